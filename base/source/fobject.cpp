@@ -1,0 +1,78 @@
+#include "base/source/fobject.h"
+
+namespace Tessarine {
+namespace {
+constexpr int32_t kDying = -1000;  // far from zero: a pair of addRef and release in a destructor can't delete twice
+
+FUID madeForThisRun() {
+    FUID id;
+    id.generate();
+    return id;
+}
+}  // namespace
+
+constinit IUpdateHandler* FObject::gUpdateHandler = nullptr;
+// Before all other static objects: while it is still zero, two copies of the framework would take each other for one.
+__attribute__((init_priority(101))) const FUID FObject::iid = madeForThisRun();
+
+int32_t FObject::queryInterface(const char* wanted, void** obj) {
+    if (FUID::same(wanted, FObject::iid)) {
+        addRef();
+        *obj = this;
+        return kResultOk;
+    }
+    return answerInterface<IDependent>(this, wanted, obj) || answerInterface<FUnknown>(this, wanted, obj)
+               ? kResultOk
+               : noInterface(obj);
+}
+
+uint32_t FObject::addRef() {
+    return uint32_t(atomicAdd(refCount, 1));
+}
+
+uint32_t FObject::release() {
+    const int32_t left = atomicAdd(refCount, -1);
+    if (left != 0)
+        return uint32_t(left);
+    refCount = kDying;
+    delete this;
+    return 0;
+}
+
+bool FObject::isTypeOf(const char* name, bool /*askBaseClass*/) const {
+    return name && std::strcmp(name, "FObject") == 0;
+}
+
+void FObject::changed(int32_t message) {
+    if (gUpdateHandler)
+        gUpdateHandler->triggerUpdates(this, message);
+    else
+        updateDone(message);
+}
+
+void FObject::deferUpdate(int32_t message) {
+    if (gUpdateHandler)
+        gUpdateHandler->deferUpdates(this, message);
+    else
+        updateDone(message);
+}
+
+void FObject::addDependent(IDependent* dependent) {
+    if (gUpdateHandler)
+        gUpdateHandler->addDependent(this, dependent);
+}
+
+void FObject::removeDependent(IDependent* dependent) {
+    if (gUpdateHandler)
+        gUpdateHandler->removeDependent(this, dependent);
+}
+
+FObject* frameworkObject(FUnknown* unknown) {
+    void* face = nullptr;
+    if (!unknown || unknown->queryInterface(FObject::iid, &face) != kResultOk)
+        return nullptr;
+    unknown->release();
+    return static_cast<FObject*>(face);
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,117 @@
+#pragma once
+#include "pluginterfaces/base/funknown.h"
+
+namespace Tessarine {
+
+enum FSeekMode { kFromStart, kFromCurrent, kFromEnd };
+
+/** Typed reading and writing over raw bytes.
+
+    Order     byteOrder 0: little-endian, as in memory; any other value swaps each multi-byte value.
+    Results   true when all bytes passed. On a short read the target is 0; of an array, all values that didn't arrive
+              whole.
+    Threads   none of its own: a streamer belongs to one thread at a time. */
+class FStreamer {
+public:
+    /** The number of bytes that passed. */
+    virtual int64_t readRaw(void* buffer, int64_t size) = 0;
+    virtual int64_t writeRaw(const void* buffer, int64_t size) = 0;
+    /** The new position. */
+    virtual int64_t seek(int64_t position, FSeekMode mode) = 0;
+    virtual int64_t tell() = 0;
+
+    bool writeChar8(char value) { return writeUnits(&value, sizeof value, 1); }
+    bool readChar8(char& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeUChar8(uint8_t value) { return writeUnits(&value, sizeof value, 1); }
+    bool readUChar8(uint8_t& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeChar16(tchar value) { return writeUnits(&value, sizeof value, 1); }
+    bool readChar16(tchar& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeInt16(int16_t value) { return writeUnits(&value, sizeof value, 1); }
+    bool readInt16(int16_t& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeInt16Array(const int16_t* values, int32_t count) { return writeUnits(values, sizeof *values, count); }
+    bool readInt16Array(int16_t* values, int32_t count) { return readUnits(values, sizeof *values, count); }
+    bool writeInt16u(uint16_t value) { return writeUnits(&value, sizeof value, 1); }
+    bool readInt16u(uint16_t& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeInt16uArray(const uint16_t* values, int32_t count) { return writeUnits(values, sizeof *values, count); }
+    bool readInt16uArray(uint16_t* values, int32_t count) { return readUnits(values, sizeof *values, count); }
+    bool writeInt32(int32_t value) { return writeUnits(&value, sizeof value, 1); }
+    bool readInt32(int32_t& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeInt32Array(const int32_t* values, int32_t count) { return writeUnits(values, sizeof *values, count); }
+    bool readInt32Array(int32_t* values, int32_t count) { return readUnits(values, sizeof *values, count); }
+    bool writeInt32u(uint32_t value) { return writeUnits(&value, sizeof value, 1); }
+    bool readInt32u(uint32_t& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeInt32uArray(const uint32_t* values, int32_t count) { return writeUnits(values, sizeof *values, count); }
+    bool readInt32uArray(uint32_t* values, int32_t count) { return readUnits(values, sizeof *values, count); }
+    bool writeInt64(int64_t value) { return writeUnits(&value, sizeof value, 1); }
+    bool readInt64(int64_t& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeInt64Array(const int64_t* values, int32_t count) { return writeUnits(values, sizeof *values, count); }
+    bool readInt64Array(int64_t* values, int32_t count) { return readUnits(values, sizeof *values, count); }
+    bool writeInt64u(uint64_t value) { return writeUnits(&value, sizeof value, 1); }
+    bool readInt64u(uint64_t& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeInt64uArray(const uint64_t* values, int32_t count) { return writeUnits(values, sizeof *values, count); }
+    bool readInt64uArray(uint64_t* values, int32_t count) { return readUnits(values, sizeof *values, count); }
+    bool writeFloat(float value) { return writeUnits(&value, sizeof value, 1); }
+    bool readFloat(float& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeFloatArray(const float* values, int32_t count) { return writeUnits(values, sizeof *values, count); }
+    bool readFloatArray(float* values, int32_t count) { return readUnits(values, sizeof *values, count); }
+    bool writeDouble(double value) { return writeUnits(&value, sizeof value, 1); }
+    bool readDouble(double& value) { return readUnits(&value, sizeof value, 1); }
+    bool writeDoubleArray(const double* values, int32_t count) { return writeUnits(values, sizeof *values, count); }
+    bool readDoubleArray(double* values, int32_t count) { return readUnits(values, sizeof *values, count); }
+    /** Two bytes; not 0 is true. */
+    bool writeBool(bool value) { return writeInt16(value); }
+    bool readBool(bool& value);
+
+    /** Reads and drops so many bytes. */
+    bool skip(uint32_t bytes);
+    /** Writes so many zero bytes. */
+    bool pad(uint32_t bytes);
+
+    /** A new array, which the caller deletes; null for null, an empty form or one that is cut off. */
+    char* readStr8();
+    /** A 32-bit size and the bytes, both with the terminator; a size of 0 for null. */
+    bool writeStr8(const char* text);
+    /** The bytes that writeStr8 would write; text isn't null. */
+    static int32_t getStr8Size(const char* text);
+    /** Reads up to a 0, a line feed or size bytes, and terminates. A line feed stays unless a carriage return stands
+        before it: then both go. Where size bytes came without an end, the last one makes room for the terminator. The
+        result is the length. */
+    int64_t readString8(char* text, int64_t size);
+    /** The bytes, and the terminator when terminated; null is empty. */
+    bool writeString8(const char* text, bool terminated = true);
+    /** Reads to a 0; UTF-8 with a mark in front, else code page 0. text has room for count units; the rest is read and
+        cut off. false: no terminator, or malformed; the text is empty then. */
+    bool readStringUtf8(tchar* text, int32_t count);
+    /** ASCII as bytes with a terminator; any other text as EF BB BF and UTF-8 with a terminator. */
+    bool writeStringUtf8(const tchar* text);
+
+    int16_t byteOrder = 0;
+
+protected:
+    ~FStreamer() = default;
+
+private:
+    bool writeUnits(const void* units, int32_t width, int32_t count);
+    bool readUnits(void* units, int32_t width, int32_t count);
+};
+
+/** A section behind its own 32-bit size, so that a reader may leave parts of it unread.
+
+    Writing   beginWrite, the content, endWrite, which fills the size in.
+    Reading   beginRead, what one knows of the content, endRead, which goes behind the section. */
+class FStreamSizeHolder {
+public:
+    explicit FStreamSizeHolder(FStreamer& held) : stream(held) {}
+    void beginWrite();
+    /** The size of the content; 0 without beginWrite. */
+    int32_t endWrite();
+    /** The size of the content; 0 when it can't be read or is negative. */
+    int32_t beginRead();
+    void endRead();
+
+private:
+    FStreamer& stream;     // borrowed
+    int64_t sizePos = -1;  // where the size stands; in reading, the position behind the section
+};
+
+}  // namespace Tessarine

@@ -1,0 +1,7 @@
+#include "base/source/hooks.h"
+
+namespace Tessarine {
+
+constinit RunLoopHooks gRunLoopHooks;
+
+}  // namespace Tessarine

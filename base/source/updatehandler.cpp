@@ -1,0 +1,264 @@
+#include "base/source/updatehandler.h"
+#include "base/source/hooks.h"
+#include <alloca.h>
+#include <algorithm>
+
+namespace Tessarine {
+
+using Update::DeferedChange;
+using Update::Dependency;
+using Update::UpdateData;
+
+namespace {
+struct ByObject {
+    bool operator()(const Dependency& a, const FUnknown* b) const { return std::less<>()(a.object, b); }
+    bool operator()(const FUnknown* a, const Dependency& b) const { return std::less<>()(a, b.object); }
+};
+
+/** The address that stands for the object, whatever face was handed in; borrowed, null for null. */
+FUnknown* identityOf(FUnknown* face) {
+    void* identity = nullptr;
+    if (!face || face->queryInterface(FUnknown::iid, &identity) != kResultOk)
+        return nullptr;
+    FUnknown* object = static_cast<FUnknown*>(identity);
+    object->release();
+    return object;
+}
+
+void tellDone(FUnknown* object, int32_t message) {
+    void* face = nullptr;
+    if (message == kDestroyed || object->queryInterface(FObject::iid, &face) != kResultOk)
+        return;
+    FObject* framework = static_cast<FObject*>(face);
+    framework->updateDone(message);
+    framework->release();
+}
+
+IDependent* load(IDependent** entry) {
+    return __atomic_load_n(entry, __ATOMIC_RELAXED);
+}
+
+void forget(IDependent** entry) {
+    __atomic_store_n(entry, nullptr, __ATOMIC_RELAXED);
+}
+}  // namespace
+
+constinit UpdateHandler* UpdateHandler::current = nullptr;
+
+UpdateHandler::UpdateHandler() {
+    if (gUpdateHandler)
+        return;
+    gUpdateHandler = this;
+    current = this;
+}
+
+UpdateHandler::~UpdateHandler() {
+    if (current != this)
+        return;
+    gUpdateHandler = nullptr;
+    current = nullptr;
+}
+
+int32_t UpdateHandler::queryInterface(const char* iid, void** obj) {
+    if (answerInterface<IUpdateHandler>(this, iid, obj) || answerInterface<IUpdateManager>(this, iid, obj))
+        return kResultOk;
+    return FObject::queryInterface(iid, obj);
+}
+
+UpdateHandler::Bucket& UpdateHandler::bucketOf(const FUnknown* object) {
+    return map[(reinterpret_cast<uintptr_t>(object) >> 12) & (kNumBuckets - 1)];
+}
+
+int32_t UpdateHandler::addDependent(FUnknown* face, IDependent* dependent) {
+    FUnknown* object = identityOf(face);
+    if (!object || !dependent)
+        return kResultFalse;
+    FGuard guard(lock);
+    Bucket& bucket = bucketOf(object);
+    bucket.insert(std::upper_bound(bucket.begin(), bucket.end(), object, ByObject()), {object, dependent});
+    return kResultOk;
+}
+
+int32_t UpdateHandler::removeDependent(FUnknown* face, IDependent* dependent) {
+    if (!face && !dependent)
+        return kResultFalse;
+    FUnknown* object = identityOf(face);
+    if (face && !object)
+        return kResultFalse;
+    FGuard guard(lock);
+    forgetInRunning(object, dependent);
+    if (!object)
+        removeFromAll(dependent);
+    else if (!removeFromObject(object, dependent))
+        cancel(object);
+    return kResultOk;
+}
+
+/** A null object stands for all, a null dependent too. */
+void UpdateHandler::forgetInRunning(const FUnknown* object, const IDependent* dependent) {
+    for (UpdateData* run = updateData; run; run = run->outer) {
+        if (object && run->object != object)
+            continue;
+        for (int32_t i = 0; i < run->count; ++i)
+            if (!dependent || run->dependents[i] == dependent)
+                forget(run->dependents + i);
+    }
+}
+
+/** Whether the object has dependents left. */
+bool UpdateHandler::removeFromObject(FUnknown* object, const IDependent* dependent) {
+    Bucket& bucket = bucketOf(object);
+    const auto [first, last] = std::equal_range(bucket.begin(), bucket.end(), object, ByObject());
+    const auto kept = std::remove_if(
+        first, last, [dependent](const Dependency& each) { return !dependent || each.dependent == dependent; });
+    const bool anyLeft = kept != first;
+    bucket.erase(kept, last);
+    return anyLeft;
+}
+
+void UpdateHandler::removeFromAll(const IDependent* dependent) {
+    for (Bucket& bucket : map)
+        std::erase_if(bucket, [dependent](const Dependency& each) { return each.dependent == dependent; });
+}
+
+int32_t UpdateHandler::triggerUpdates(FUnknown* object, int32_t message) {
+    return doTriggerUpdates(object, message, false);
+}
+
+/** A notification's entry in the list of those that run, for as long as its scope lasts. */
+struct UpdateHandler::Run : UpdateData {
+    Run(UpdateHandler& handler, FUnknown* object, IDependent** snapshot, int32_t count)
+        : UpdateData{object, snapshot, count, handler.updateData, nullptr}, owner(handler) {
+        if (outer)
+            outer->inner = this;
+        owner.updateData = this;
+    }
+    ~Run() {
+        FGuard guard(owner.lock);
+        (inner ? inner->outer : owner.updateData) = outer;
+        if (outer)
+            outer->inner = inner;
+    }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+
+    UpdateHandler& owner;
+};
+
+int32_t UpdateHandler::doTriggerUpdates(FUnknown* face, int32_t message, bool suppressDone) {
+    FUnknown* object = identityOf(face);
+    if (!object)
+        return kResultFalse;
+    int32_t told = 0;
+    lock.lock();
+    const Bucket& bucket = bucketOf(object);
+    const auto first = std::lower_bound(bucket.begin(), bucket.end(), object, ByObject());
+    auto last = first;
+    while (last != bucket.end() && last->object == object && last - first < kMaxDependents)
+        ++last;
+    told = int32_t(last - first);
+    if (told > 0) {
+        auto** snapshot = static_cast<IDependent**>(alloca(size_t(told) * sizeof(IDependent*)));
+        std::transform(first, last, snapshot, [](const Dependency& each) { return each.dependent; });
+        Run run(*this, object, snapshot, told);
+        lock.unlock();
+        for (int32_t i = 0; i < told; ++i)
+            if (IDependent* dependent = load(snapshot + i))
+                dependent->update(object, message);
+    } else
+        lock.unlock();
+    if (!suppressDone)
+        tellDone(object, message);
+    return told > 0 ? kResultOk : kResultFalse;
+}
+
+bool UpdateHandler::hasDependents(FUnknown* object) {
+    const Bucket& bucket = bucketOf(object);
+    return std::binary_search(bucket.begin(), bucket.end(), object, ByObject());
+}
+
+int32_t UpdateHandler::countDependencies(FUnknown* face) {
+    FUnknown* object = identityOf(face);
+    FGuard guard(lock);
+    const Bucket& bucket = bucketOf(object);
+    const auto [first, last] = std::equal_range(bucket.begin(), bucket.end(), object, ByObject());
+    return int32_t(last - first);
+}
+
+int32_t UpdateHandler::deferUpdates(FUnknown* face, int32_t message) {
+    FUnknown* object = identityOf(face);
+    if (!object)
+        return kResultFalse;
+    const DeferedChange change = {object, message};
+    bool nobody = false;
+    {
+        FGuard guard(lock);
+        nobody = !hasDependents(object);
+        if (!nobody && deferedSet.insert(change).second)
+            defered.push_back(change);
+    }
+    if (nobody)
+        tellDone(object, message);
+    else
+        wakeUpdates();
+    return kResultOk;
+}
+
+int32_t UpdateHandler::cancelUpdates(FUnknown* face) {
+    FUnknown* object = identityOf(face);
+    if (!object)
+        return kResultFalse;
+    FGuard guard(lock);
+    cancel(object);
+    return kResultOk;
+}
+
+void UpdateHandler::cancel(const FUnknown* object) {
+    if (deferedSet.empty())
+        return;
+    const auto ofObject = [object](const DeferedChange& each) { return each.object == object; };
+    std::erase_if(defered, ofObject);
+    std::erase_if(postponed, ofObject);
+    std::erase_if(deferedSet, ofObject);
+}
+
+/** The first change of the wanted object, null for any, leaves the list; those whose object is being told right now are
+    put off on the way. */
+bool UpdateHandler::takeDefered(const FUnknown* wanted, DeferedChange& change) {
+    FGuard guard(lock);
+    for (auto each = defered.begin(); each != defered.end();) {
+        const auto here = each++;
+        if (wanted && here->object != wanted)
+            continue;
+        if (isRunning(here->object)) {
+            postponed.splice(postponed.end(), defered, here);
+            continue;
+        }
+        change = *here;
+        defered.erase(here);
+        deferedSet.erase(change);
+        return true;
+    }
+    return false;
+}
+
+bool UpdateHandler::isRunning(const FUnknown* object) const {
+    for (const UpdateData* run = updateData; run; run = run->outer)
+        if (run->object == object)
+            return true;
+    return false;
+}
+
+int32_t UpdateHandler::triggerDeferedUpdates(FUnknown* face) {
+    FUnknown* wanted = identityOf(face);
+    if (face && !wanted)
+        return kResultFalse;
+    DeferedChange change = {};
+    while (takeDefered(wanted, change))
+        triggerUpdates(change.object, change.message);
+    FGuard guard(lock);
+    defered.splice(defered.end(), postponed);
+    return kResultOk;
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,99 @@
+#pragma once
+#include "base/source/fobject.h"
+#include "base/source/fthread.h"
+#include <array>
+#include <list>
+#include <unordered_set>
+#include <vector>
+
+namespace Tessarine {
+
+namespace Update {
+/** Who depends on what; both borrowed. */
+struct Dependency {
+    FUnknown* object;
+    IDependent* dependent;
+};
+
+struct DeferedChange {
+    FUnknown* object;
+    int32_t message;
+    bool operator==(const DeferedChange& other) const { return object == other.object && message == other.message; }
+};
+
+struct DeferedChangeHash {
+    size_t operator()(const DeferedChange& change) const {
+        return std::hash<const void*>()(change.object) * 31 + size_t(change.message);
+    }
+};
+
+/** A notification that is running: the snapshot of its dependents on the stack of the thread that runs it. Entries are set
+    to null under the lock and read without it. */
+struct UpdateData {
+    FUnknown* object;
+    IDependent** dependents;
+    int32_t count;
+    UpdateData* outer;  // linked while it runs
+    UpdateData* inner;
+};
+}  // namespace Update
+
+/** Keeps who depends on whom, outside the objects.
+
+    Owns      nothing: objects and dependents are plain pointers, an object by the address of its FUnknown. Whoever registers
+              removes; an object that dies says kDestroyed first.
+    Threads   any. No lock is held while a dependent is called, so it may add, remove and trigger freely. A dependent that
+              was removed isn't called again, not even by a notification that is running.
+    Limits    kMaxDependents of one object are told, further ones are left out.
+    Cost      a notification takes the lock twice and allocates nothing. */
+class UpdateHandler : public FObject, public IUpdateHandler, public IUpdateManager {
+public:
+    static constexpr int32_t kMaxDependents = 10240;
+
+    /** The first handler that is built becomes FObject::gUpdateHandler. */
+    UpdateHandler();
+    ~UpdateHandler() override;
+    /** The handler behind FObject::gUpdateHandler; null when there is none. Borrowed. */
+    static UpdateHandler* instance() { return current; }
+
+    int32_t queryInterface(const char* iid, void** obj) override;
+    FORWARD_REFCOUNT(FObject)
+
+    int32_t addDependent(FUnknown* object, IDependent* dependent) override;
+    int32_t removeDependent(FUnknown* object, IDependent* dependent) override;
+    int32_t triggerUpdates(FUnknown* object, int32_t message) override;
+    int32_t deferUpdates(FUnknown* object, int32_t message) override;
+    int32_t cancelUpdates(FUnknown* object) override;
+    int32_t triggerDeferedUpdates(FUnknown* object) override;
+
+    /** suppressDone: updateDone isn't called. */
+    int32_t doTriggerUpdates(FUnknown* object, int32_t message, bool suppressDone);
+    /** How many depend on the object; for tests. */
+    int32_t countDependencies(FUnknown* object);
+
+private:
+    using Bucket = std::vector<Update::Dependency>;  // by address of the object, then in order of registration
+    struct Run;
+    static constexpr size_t kNumBuckets = 256;
+
+    Bucket& bucketOf(const FUnknown* object);
+    bool hasDependents(FUnknown* object);
+    int32_t tellSnapshot(FUnknown* object, int32_t message, int32_t count, IDependent** snapshot);
+    void forgetInRunning(const FUnknown* object, const IDependent* dependent);
+    bool removeFromObject(FUnknown* object, const IDependent* dependent);
+    void removeFromAll(const IDependent* dependent);
+    void cancel(const FUnknown* object);
+    bool takeDefered(const FUnknown* wanted, Update::DeferedChange& change);
+    bool isRunning(const FUnknown* object) const;
+
+    static UpdateHandler* current;
+
+    FLock lock;  // guards all that follows
+    std::array<Bucket, kNumBuckets> map;
+    std::list<Update::DeferedChange> defered;    // in order
+    std::list<Update::DeferedChange> postponed;  // their object was just being told: they go back when a flush ends
+    std::unordered_set<Update::DeferedChange, Update::DeferedChangeHash> deferedSet;  // both, for the look-up
+    Update::UpdateData* updateData = nullptr;  // the innermost that runs
+};
+
+}  // namespace Tessarine

@@ -1,0 +1,75 @@
+# Compiler settings that every target has, and what the presets choose between.
+
+option(TESSARINE_TESTS "Build the tests" ON)
+option(TESSARINE_BENCH "Build the benchmarks" OFF)
+option(TESSARINE_FUZZ "Build the fuzz targets (clang only)" OFF)
+option(TESSARINE_PCH "Use precompiled headers" OFF)
+set(TESSARINE_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize: address,undefined or thread")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+add_compile_options(-fPIC)  # for programs too: one precompiled header serves all
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# the version stands in project() only; a file that tells it is named here, so that a new one rebuilds no other
+set_property(SOURCE tools/talv-sim/options.cpp host/options.cpp APPEND PROPERTY
+             COMPILE_DEFINITIONS TESSARINE_VERSION="${PROJECT_VERSION}")
+
+set(TESSARINE_BIN_DIR ${CMAKE_BINARY_DIR}/bin)
+set(TESSARINE_COMPONENTS lib/talv-host/Components)  # below the build folder and below the prefix
+
+add_compile_options(-Wall -Wextra -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Werror)
+# paths in the products are those of the tree, whoever built them
+add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    add_compile_options(-fno-gnu-unique)  # a unique symbol would pin the module and share it with the host
+endif()
+
+if(TESSARINE_SANITIZE)
+    add_compile_options(-fsanitize=${TESSARINE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${TESSARINE_SANITIZE})
+    add_compile_definitions(TESSARINE_SANITIZED)  # the host keeps modules mapped, so that reports have names
+    if(TESSARINE_SANITIZE MATCHES undefined)
+        # both compare type records by address, and host and module have a copy each
+        add_compile_options(-fno-sanitize=vptr)
+        if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+            add_compile_options(-fno-sanitize=function)
+        endif()
+    endif()
+endif()
+
+find_program(CCACHE ccache)
+if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+        CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE})
+endif()
+
+function(tessarine_settings target)
+    target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/frame/include)
+endfunction()
+
+# One precompiled header for all floors: it may hold system headers only, or a missing include would go unseen.
+function(tessarine_precompile target)
+    if(NOT TESSARINE_PCH)
+        return()
+    endif()
+    if(NOT TARGET tessarine_pch)
+        file(WRITE ${CMAKE_BINARY_DIR}/pch.cpp.in "\n")
+        configure_file(${CMAKE_BINARY_DIR}/pch.cpp.in ${CMAKE_BINARY_DIR}/pch.cpp COPYONLY)
+        add_library(tessarine_pch OBJECT ${CMAKE_BINARY_DIR}/pch.cpp)
+        target_precompile_headers(tessarine_pch PRIVATE
+            <algorithm> <array> <atomic> <cstdint> <cstring> <functional> <map> <memory> <string> <string_view>
+            <utility> <vector>)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+            target_compile_options(tessarine_pch PRIVATE -fpch-preprocess)
+        endif()
+    endif()
+    target_precompile_headers(${target} REUSE_FROM tessarine_pch)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        target_compile_options(${target} PRIVATE -fpch-preprocess)
+    endif()
+endfunction()

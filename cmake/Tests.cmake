@@ -1,0 +1,74 @@
+# One test program for each target, from tests/<path of the target's files>/**/*_test.cpp, and the scripts.
+#
+# Labels: unit (fast), e2e (host and simulator on pseudo-terminals), x11 (wants a display), long (minutes).
+
+find_package(GTest REQUIRED)
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+
+# What every test finds in its environment.
+set(_suppressions ${CMAKE_SOURCE_DIR}/tests/suppressions)
+set(TESSARINE_TEST_ENVIRONMENT
+    TALV_BUILD_DIR=${CMAKE_BINARY_DIR}
+    TALV_SOURCE_DIR=${CMAKE_SOURCE_DIR}
+    TALV_SANITIZE=${TESSARINE_SANITIZE}
+    "ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:strict_init_order=1"
+    "LSAN_OPTIONS=suppressions=${_suppressions}/lsan.txt:print_suppressions=0"
+    "UBSAN_OPTIONS=print_stacktrace=1"
+    "TSAN_OPTIONS=suppressions=${_suppressions}/tsan.txt:second_deadlock_stack=1")
+
+function(_test_properties name label timeout)
+    set_tests_properties(${name} PROPERTIES LABELS ${label} TIMEOUT ${timeout}
+                         ENVIRONMENT "${TESSARINE_TEST_ENVIRONMENT}")
+endfunction()
+
+function(_test_programs)
+    file(GLOB_RECURSE support CONFIGURE_DEPENDS tests/support/*.cpp)
+    add_library(tessarine_test_support OBJECT ${support})
+    tessarine_settings(tessarine_test_support)
+    target_link_libraries(tessarine_test_support PUBLIC GTest::gtest)
+
+    file(GLOB_RECURSE files CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}/tests tests/*_test.cpp)
+    foreach(file IN LISTS files)
+        tessarine_floor_of(${file} floor)
+        if(NOT floor)
+            message(WARNING "tests/${file} mirrors no file of cmake/floors.txt")
+        else()
+            list(APPEND sources_${floor} tests/${file})
+        endif()
+    endforeach()
+    foreach(floor IN LISTS FLOORS)
+        if(sources_${floor})
+            _test_program(${floor} "${sources_${floor}}")
+        endif()
+    endforeach()
+endfunction()
+
+function(_test_program floor sources)
+    string(REPLACE "-" "_" name ${floor}_test)
+    tessarine_objects_of(${floor} objects)
+    add_executable(${name} ${sources})
+    tessarine_settings(${name})
+    target_link_libraries(${name} PRIVATE tessarine_test_support ${objects} GTest::gtest)
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    tessarine_precompile(${name})
+    add_test(NAME ${name} COMMAND ${name})
+    _test_properties(${name} unit 300)
+endfunction()
+
+# A Python file is one test; it finds the programs through TALV_BUILD_DIR.
+function(_test_scripts pattern label timeout)
+    file(GLOB scripts CONFIGURE_DEPENDS ${pattern})
+    foreach(script IN LISTS scripts)
+        cmake_path(GET script STEM name)
+        cmake_path(GET script PARENT_PATH folder)
+        cmake_path(GET folder FILENAME folder)
+        add_test(NAME ${folder}.${name} COMMAND ${Python3_EXECUTABLE} -B ${script})
+        _test_properties(${folder}.${name} ${label} ${timeout})
+    endforeach()
+endfunction()
+
+enable_testing()
+_test_programs()
+_test_scripts(tests/tree/test_*.py unit 300)
+_test_scripts(tests/e2e/test_*.py e2e 300)
+_test_scripts(tests/e2e/long_*.py long 900)

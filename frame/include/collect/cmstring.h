@@ -1,0 +1,42 @@
+#pragma once
+#include "base/source/cmobject.h"
+#include "base/source/fstring.h"
+#include "pluginterfaces/base/istringresult.h"
+
+namespace Tessarine {
+
+/** A string as an object, for containers and across the component border. Its text tells equality and order. */
+class CmString : public CmObject, public FString, public IStringResult, public IString {
+public:
+    CmString() = default;
+    CmString(const char* text, int32_t count = -1) : FString(text, count) {}
+    CmString(const tchar* text, int32_t count = -1) : FString(text, count) {}
+    CmString(const ConstString& text) : FString(text) {}
+    CmString(const CmString&) = default;
+    CmString& operator=(const CmString&) = default;
+    using FString::operator=;
+    using FString::compare;
+    using FString::take;
+
+    DECLARE_CLASS(CmString, CmObject)
+    DECLARE_NEWCOPY(CmString)
+    FORWARD_REFCOUNT(CmObject)
+    int32_t queryInterface(const char* iid, void** obj) override;
+
+    /** With another CmString by text, otherwise by identity and address. */
+    bool isEqual(const CmObject* other) const override;
+    int32_t compare(const CmObject* other) const override;
+    /** Over the text in its own width: equal texts of two widths differ. */
+    uint32_t hash(uint32_t buckets) const override;
+
+    void setText(const char* text) override { setText8(text); }
+    void setText8(const char* text) override { assign(text); }
+    void setText16(const tchar* text) override { assign(text); }
+    const char* getText8() override { return text8(); }
+    const tchar* getText16() override { return text16(); }
+    /** Adopts a block of malloc. */
+    void take(void* text, bool wide) override { FString::take(text, wide); }
+    bool isWideString() const override { return FString::isWideString(); }
+};
+
+}  // namespace Tessarine

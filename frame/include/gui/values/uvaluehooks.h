@@ -1,0 +1,21 @@
+#pragma once
+
+namespace Tessarine {
+class IApplicationEventHook;
+class IValue;
+
+/** The application event hooks of this copy of the framework, in order of registration.
+
+    Owns      nothing: who registers a hook removes it before it dies.
+    Threads   the main thread. A hook may add and remove hooks while it is called; one that was removed isn't called
+              again. */
+namespace UValueHooks {
+/** false: null, or there already. */
+bool add(IApplicationEventHook* hook);
+/** false: it wasn't there. */
+bool remove(IApplicationEventHook* hook);
+/** A user has touched the value. */
+void tellValueChanged(IValue* value);
+}  // namespace UValueHooks
+
+}  // namespace Tessarine

@@ -1,0 +1,35 @@
+#include "collect/cmassociation.h"
+
+namespace Tessarine {
+namespace {
+CmObject* copyOf(const CmObject* object) {
+    return object ? object->newCopy() : nullptr;
+}
+}  // namespace
+
+IMPLEMENT_CLASS(CmAssociation, CmObject)
+
+CmAssociation::CmAssociation(const CmAssociation& source)
+    : CmObject(source), key(copyOf(source.key)), value(copyOf(source.value)) {}
+
+bool CmAssociation::isEqual(const CmObject* other) const {
+    const auto* association = classCast<CmAssociation>(other);
+    if (!association)
+        return false;
+    return key && association->key ? key->isEqual(association->key) : key == association->key;
+}
+
+int32_t CmAssociation::compare(const CmObject* other) const {
+    const auto* association = classCast<CmAssociation>(other);
+    if (!association)
+        return -1;
+    if (key && association->key)
+        return key->compare(association->key);
+    return (key ? 1 : 0) - (association->key ? 1 : 0);
+}
+
+uint32_t CmAssociation::hash(uint32_t buckets) const {
+    return key ? key->hash(buckets) : CmObject::hash(buckets);
+}
+
+}  // namespace Tessarine

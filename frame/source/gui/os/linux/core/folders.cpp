@@ -1,0 +1,95 @@
+#include "folders.h"
+#include <cstdlib>
+#include <filesystem>
+#include <pwd.h>
+#include <string>
+#include <unistd.h>
+
+namespace Tessarine {
+namespace {
+namespace fs = std::filesystem;
+
+/** An absolute path out of the environment; the desktop's rule is to ignore a relative one. */
+std::string environmentFolder(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value && value[0] == '/' ? value : "";
+}
+
+std::string homeFolder() {
+    const std::string home = environmentFolder("HOME");
+    if (!home.empty())
+        return home;
+    const passwd* user = getpwuid(getuid());
+    return user && user->pw_dir ? user->pw_dir : "";
+}
+
+std::string environmentOrHome(const char* variable, const char* belowHome) {
+    const std::string folder = environmentFolder(variable);
+    if (!folder.empty())
+        return folder;
+    const std::string home = homeFolder();
+    return home.empty() ? home : home + belowHome;
+}
+
+std::string temporaryFolder() {
+    const std::string folder = environmentFolder("TMPDIR");
+    return folder.empty() ? "/tmp" : folder;
+}
+
+fs::path executable() {
+    std::error_code error;
+    return fs::read_symlink("/proc/self/exe", error);
+}
+
+/** Beside a "bin" folder the program's data lie in "lib"; elsewhere with the program itself. */
+std::string applicationFolder() {
+    const fs::path program = executable();
+    const fs::path folder = program.parent_path();
+    if (folder.filename() != "bin")
+        return folder.string();
+    return (folder.parent_path() / "lib" / program.filename()).string();
+}
+
+std::string systemFolder() {
+    return "/usr";
+}
+
+std::string preferencesFolder() {
+    return environmentOrHome("XDG_CONFIG_HOME", "/.config");
+}
+
+std::string sharedFolder() {
+    return environmentOrHome("XDG_DATA_HOME", "/.local/share");
+}
+
+struct FolderRow {
+    PlatformFolder kind;
+    std::string (*find)();
+};
+constexpr FolderRow kFolders[] = {
+    {PlatformFolder::kApplication, applicationFolder},
+    {PlatformFolder::kSystem,      systemFolder     },
+    {PlatformFolder::kTemporary,   temporaryFolder  },
+    {PlatformFolder::kPreferences, preferencesFolder},
+    {PlatformFolder::kShared,      sharedFolder     },
+};
+}  // namespace
+
+bool findPlatformFolder(PlatformFolder kind, String& path) {
+    for (const FolderRow& row : kFolders) {
+        if (row.kind != kind)
+            continue;
+        std::string folder = row.find();
+        while (folder.size() > 1 && folder.back() == '/')
+            folder.pop_back();
+        return !folder.empty() && path.fromUTF8(folder.c_str());
+    }
+    return false;
+}
+
+bool findProgramName(String& name) {
+    const std::string program = executable().filename().string();
+    return !program.empty() && name.fromUTF8(program.c_str());
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,56 @@
+#include "valuenumbers.h"
+#include "base/source/fstring.h"
+#include <cmath>
+#include <limits>
+
+namespace Tessarine {
+namespace {
+void pointForLastComma(String& text) {
+    const int32_t comma = text.findPrev(-1, u',');
+    if (comma >= 0)
+        text.setChar16(uint32_t(comma), u'.');
+}
+}  // namespace
+
+int32_t truncated(double number) {
+    using Limits = std::numeric_limits<int32_t>;
+    if (std::isnan(number))
+        return 0;
+    if (number <= Limits::min())
+        return Limits::min();
+    return number >= Limits::max() ? Limits::max() : int32_t(number);
+}
+
+int32_t wrapped(int32_t number, int32_t min, int32_t max) {
+    const int64_t rest = (int64_t(number) - min) % (int64_t(max) - min);
+    return int32_t(rest < 0 ? rest + max + 1 : rest + min - 1);
+}
+
+float wrapped(float number, float min, float max) {
+    const double rest = std::fmod(double(number) - min, double(max) - min);
+    return float(rest < 0 ? max + rest + 1.0 : min + rest - 1.0);
+}
+
+double typedNumber(const tchar* typed, double current) {
+    String text(typed);
+    const tchar last = text.isEmpty() ? u'\0' : text.getChar16(text.length() - 1);
+    pointForLastComma(text);
+    double number = 0;
+    text.scanFloat(number);
+    if (std::isnan(number))
+        number = current;
+    switch (last) {
+    case u'*':
+        return current * number;
+    case u'+':
+        return current + number;
+    case u'-':
+        return current - number;
+    case u'/':
+        return number == 0 ? current : current / number;
+    default:
+        return number;
+    }
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,7 @@
+#include "storage/hooks.h"
+
+namespace Tessarine {
+
+constinit StorageHooks gStorageHooks;
+
+}  // namespace Tessarine

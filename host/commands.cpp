@@ -1,0 +1,338 @@
+#include "host/commands.h"
+#include "base/fmessage.h"
+#include "base/utimer.h"
+#include "host/options.h"
+#include "pluginterfaces/gui/ivalue.h"
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+using namespace Tessarine;
+
+namespace {
+constexpr int64_t kMaxWaitMs = 24 * 60 * 60 * 1000;
+constexpr int64_t kMaxDevice = 255;
+
+/** A whole decimal integer; what is larger than 64 bits is the nearest. */
+bool scanInteger(const std::string& word, int64_t& value) {
+    const char* first = word.c_str() + (word.starts_with('+') ? 1 : 0);
+    const char* last = word.c_str() + word.size();
+    const auto [end, failure] = std::from_chars(first, last, value);
+    if (failure == std::errc::result_out_of_range)
+        value = *first == '-' ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max();
+    return failure != std::errc::invalid_argument && end == last;
+}
+
+bool scanInRange(const std::string& word, int64_t low, int64_t high, int64_t& value) {
+    return scanInteger(word, value) && value >= low && value <= high;
+}
+
+/** The end of a JSON string that begins at `first`, behind its closing quote; npos: it doesn't end. */
+size_t endOfString(const std::string& line, size_t first) {
+    for (size_t i = first + 1; i < line.size(); ++i) {
+        if (line[i] == '\\')
+            ++i;
+        else if (line[i] == '"')
+            return i + 1;
+    }
+    return std::string::npos;
+}
+}  // namespace
+
+bool splitWords(const std::string& line, std::vector<std::string>& words) {
+    constexpr const char* kBlanks = " \t\r";
+    words.clear();
+    for (size_t at = line.find_first_not_of(kBlanks); at != std::string::npos;) {
+        const bool isString = line[at] == '"';
+        size_t end = isString ? endOfString(line, at) : line.find_first_of(kBlanks, at);
+        if (isString && end == std::string::npos)
+            return false;
+        const std::string word = line.substr(at, end - at);
+        if (isString) {
+            const Json parsed = Json::parse(word, nullptr, false);
+            if (!parsed.is_string() || (end < line.size() && !std::strchr(kBlanks, line[end])))
+                return false;
+            words.push_back(parsed.get<std::string>());
+        } else
+            words.push_back(word);
+        at = end == std::string::npos ? end : line.find_first_not_of(kBlanks, end);
+    }
+    return true;
+}
+
+Json valueOf(const ParamAddress& address, IValue* value) {
+    if (address.param->isText)
+        return textOf(value);
+    return value->getValueInt();
+}
+
+std::string lineOf(const Json& object) {
+    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+struct Commands::Row {
+    const char* name;
+    size_t fewest, most;  // words behind the name
+    bool (Commands::*run)(const Words& words);
+    const char* usage;
+};
+
+const Commands::Row Commands::kCommands[] = {
+    {"ready",      0, 0, &Commands::ready,      "ready"                       },
+    {"wait",       2, 2, &Commands::wait,       "wait ready MS"               },
+    {"devices",    0, 0, &Commands::devices,    "devices"                     },
+    {"get",        2, 3, &Commands::get,        "get ID PARAM [CH]"           },
+    {"set",        3, 4, &Commands::set,        "set ID PARAM [CH] VALUE"     },
+    {"assign",     2, 2, &Commands::assign,     "assign ID CH"                },
+    {"connection", 1, 1, &Commands::connection, "connection CH"               },
+    {"sleep",      1, 1, &Commands::sleep,      "sleep MS"                    },
+    {"factory",    0, 0, &Commands::factory,    "factory"                     },
+    {"help",       0, 0, &Commands::help,       "help"                        },
+    {"quit",       0, 0, &Commands::quit,       "quit"                        },
+};
+
+Commands::Commands(Remote& watchedRemote, const ModuleHost& loaded, Answer answerTo, std::function<void()> quitBy)
+    : remote(watchedRemote), module(loaded), answer(std::move(answerTo)), quitProgram(std::move(quitBy)) {}
+
+Commands::~Commands() {
+    if (timer)
+        timer->kill();
+}
+
+void Commands::take(const std::string& line) {
+    const size_t first = line.find_first_not_of(" \t\r");
+    if (first == std::string::npos || line[first] == '#')
+        return;
+    queue.push_back(line);
+    runQueue();
+}
+
+void Commands::runQueue() {
+    if (running)
+        return;
+    running = true;
+    while (!waiting && !queue.empty()) {
+        const std::string line = std::move(queue.front());
+        queue.pop_front();
+        run(line);
+    }
+    running = false;
+}
+
+void Commands::run(const std::string& line) {
+    ++number;
+    fields = Json::object();
+    Words words;
+    if (line.size() > kMaxLine || !splitWords(line, words)) {
+        refuse(line.size() > kMaxLine ? "the line is too long" : "a string is malformed");
+        return reply(false, fields);
+    }
+    const auto row = std::ranges::find_if(kCommands, [&words](const Row& each) { return words[0] == each.name; });
+    if (row == std::end(kCommands)) {
+        refuse("unknown command " + words[0]);
+        return reply(false, fields);
+    }
+    const size_t more = words.size() - 1;
+    const bool shaped = more >= row->fewest && more <= row->most;
+    const bool ok = shaped ? (this->*row->run)(words) : refuse(std::string("usage: ") + row->usage);
+    if (!waiting)
+        reply(ok, fields);
+}
+
+void Commands::reply(bool ok, Json more) {
+    Json object = {{"reply", number}, {"ok", ok}};
+    if (!ok)
+        object["error"] = error;
+    object.update(more);
+    answer(object);
+}
+
+bool Commands::refuse(const std::string& why) {
+    error = why;
+    return false;
+}
+
+bool Commands::ready(const Words& /*words*/) {
+    fields["ready"] = remote.isReady();
+    return true;
+}
+
+// --- waiting
+
+bool Commands::wait(const Words& words) {
+    int64_t milliseconds = 0;
+    if (words[1] != "ready" || !scanInRange(words[2], 0, kMaxWaitMs, milliseconds))
+        return refuse("usage: wait ready MS");
+    if (remote.isReady() || milliseconds == 0) {
+        fields["ready"] = remote.isReady();
+        return remote.isReady() || refuse("time-out");
+    }
+    startWaiting(milliseconds, true);
+    return true;
+}
+
+bool Commands::sleep(const Words& words) {
+    int64_t milliseconds = 0;
+    if (!scanInRange(words[1], 0, kMaxWaitMs, milliseconds))
+        return refuse("usage: sleep MS");
+    if (milliseconds > 0)
+        startWaiting(milliseconds, false);
+    return true;
+}
+
+void Commands::startWaiting(int64_t milliseconds, bool forReady) {
+    waiting = true;
+    waitsForReady = forReady;
+    timer = new UTimer(this, 0, uint32_t(milliseconds));
+}
+
+int32_t Commands::notify(FMessage* message) {
+    if (!message || !message->isType("Timer"))
+        return CmObject::notify(message);
+    endWaiting(!waitsForReady || remote.isReady());
+    return 1;
+}
+
+void Commands::look() {
+    if (waiting && waitsForReady && remote.isReady())
+        endWaiting(true);
+}
+
+void Commands::endWaiting(bool ok) {
+    timer->kill();
+    timer = nullptr;
+    if (waitsForReady) {
+        fields["ready"] = remote.isReady();
+        error = "time-out";
+    }
+    waiting = false;
+    reply(ok, fields);
+    runQueue();
+}
+
+// --- devices and their values
+
+bool Commands::devices(const Words& /*words*/) {
+    Json list = Json::array();
+    for (const int32_t device : remote.getDevices()) {
+        const ParamAddress name = {device, findParam("devName"), -1}, mode = {device, findParam("devMode"), -1};
+        IValue* nameValue = remote.getValue(name);
+        IValue* modeValue = remote.getValue(mode);
+        if (nameValue && modeValue)
+            list.push_back({{"id", device},
+                            {"name", valueOf(name, nameValue)},
+                            {"mode", valueOf(mode, modeValue)},
+                            {"channel", remote.getChannel(device)}});
+    }
+    fields["ready"] = remote.isReady();
+    fields["count"] = list.size();
+    fields["devices"] = std::move(list);
+    return true;
+}
+
+/** ID PARAM [CH], and `more` words behind. */
+bool Commands::scanAddress(const Words& words, size_t more, ParamAddress& address) {
+    int64_t device = 0, channel = -1;
+    if (!scanInRange(words[1], 1, kMaxDevice, device))
+        return refuse("ID is 1 to 255");
+    const ParamRow* param = findParam(words[2]);
+    if (!param)
+        return refuse("unknown parameter " + words[2]);
+    if (words.size() != 3 + more + (param->perChannel ? 1 : 0))
+        return refuse(std::string(param->name) + (param->perChannel ? " has a channel, CH" : " has no channel"));
+    if (param->perChannel && !scanInRange(words[3], 0, TALV::kNumChannels - 1, channel))
+        return refuse("CH is 0 to 7");
+    address = {int32_t(device), param, int32_t(channel)};
+    return remote.getValue(address) || refuse("no device " + words[1]);
+}
+
+void Commands::fillAddress(const ParamAddress& address, IValue* value) {
+    fields["id"] = address.device;
+    fields["param"] = address.param->name;
+    if (address.param->perChannel)
+        fields["ch"] = address.channel;
+    fields["value"] = valueOf(address, value);
+}
+
+bool Commands::get(const Words& words) {
+    ParamAddress address = {};
+    if (!scanAddress(words, 0, address))
+        return false;
+    fillAddress(address, remote.getValue(address));
+    return true;
+}
+
+bool Commands::set(const Words& words) {
+    ParamAddress address = {};
+    int64_t number64 = 0;
+    if (!scanAddress(words, 1, address))
+        return false;
+    const IPtr<IValue> value = remote.getValue(address);
+    const std::string& text = words.back();
+    if (address.param->isText) {
+        if (!setText(value, text))
+            return refuse("the text isn't UTF-8");
+    } else if (scanInteger(text, number64))
+        value->setValue2(int32_t(std::clamp<int64_t>(number64, INT32_MIN, INT32_MAX)), true);
+    else
+        return refuse("no integer: " + text);
+    fillAddress(address, value);
+    return true;
+}
+
+bool Commands::assign(const Words& words) {
+    int64_t device = 0, channel = 0;
+    if (!scanInRange(words[1], 0, kMaxDevice, device))
+        return refuse("ID is 0 to 255");
+    if (!scanInRange(words[2], -1, kMaxInputs - 1, channel))
+        return refuse("CH is -1 to 2039");
+    if (!remote.assign(int32_t(device), int32_t(channel)))
+        return refuse("there is no remote");
+    fields["id"] = device;
+    fields["ch"] = channel;
+    return true;
+}
+
+bool Commands::connection(const Words& words) {
+    int64_t channel = 0;
+    if (!scanInRange(words[1], 0, kMaxInputs - 1, channel))
+        return refuse("CH is 0 to 2039");
+    fields["ch"] = channel;
+    fields["id"] = remote.getDeviceOn(int32_t(channel));
+    return true;
+}
+
+// --- the program itself
+
+bool Commands::factory(const Words& /*words*/) {
+    IPluginFactory3* source = module.getFactory();
+    PFactoryInfo info;
+    source->getFactoryInfo(&info);
+    Json classes = Json::array();
+    for (int32_t i = 0; i < source->countClasses(); ++i) {
+        PClassInfo2 row;
+        if (source->getClassInfo2(i, &row) != kResultOk)
+            continue;
+        char cid[33];
+        FUID(static_cast<const char*>(row.cid)).toString(cid);
+        classes.push_back({{"cid", cid}, {"name", row.name}, {"category", row.category}, {"version", row.version}});
+    }
+    fields["vendor"] = info.vendor;
+    fields["flags"] = info.flags;
+    fields["classes"] = std::move(classes);
+    return true;
+}
+
+bool Commands::help(const Words& /*words*/) {
+    Json list = Json::array();
+    for (const Row& row : kCommands)
+        list.push_back(row.usage);
+    fields["commands"] = std::move(list);
+    return true;
+}
+
+bool Commands::quit(const Words& /*words*/) {
+    queue.clear();
+    quitProgram();
+    return true;
+}

@@ -1,0 +1,77 @@
+#pragma once
+#include "base/source/cmobject.h"
+#include "host/modulehost.h"
+#include "host/remote.h"
+#include <deque>
+#include <functional>
+#include <nlohmann/json.hpp>
+
+using Json = nlohmann::ordered_json;
+
+/** The words of a command line: blanks divide, a word may be a JSON string. false: a string is malformed. */
+bool splitWords(const std::string& line, std::vector<std::string>& words);
+
+/** Runs the console's commands, one after the other, and answers each with exactly one object.
+
+    Life      commands that wait leave the main loop running; those behind them wait too.
+    Threads   main. */
+class Commands : public Tessarine::CmObject {
+public:
+    using Answer = std::function<void(const Json& reply)>;
+
+    Commands(Remote& remote, const ModuleHost& module, Answer answer, std::function<void()> quit);
+    ~Commands() override;
+
+    /** An empty line, or one that begins with '#', is no command. */
+    void take(const std::string& line);
+    /** Something changed that a command may be waiting for. */
+    void look();
+    bool isIdle() const { return !waiting && queue.empty(); }
+    int32_t notify(Tessarine::FMessage* message) override;
+
+    /** A line that is longer is refused. */
+    static constexpr size_t kMaxLine = 65536;
+
+private:
+    using Words = std::vector<std::string>;
+    struct Row;
+    static const Row kCommands[];
+
+    void runQueue();
+    void run(const std::string& line);
+    void reply(bool ok, Json fields);
+    /** Each fills the reply's fields; false: refused, and error says why. */
+    bool ready(const Words& words);
+    bool wait(const Words& words);
+    bool devices(const Words& words);
+    bool get(const Words& words);
+    bool set(const Words& words);
+    bool assign(const Words& words);
+    bool connection(const Words& words);
+    bool sleep(const Words& words);
+    bool factory(const Words& words);
+    bool help(const Words& words);
+    bool quit(const Words& words);
+
+    bool scanAddress(const Words& words, size_t more, ParamAddress& address);
+    void fillAddress(const ParamAddress& address, Tessarine::IValue* value);
+    bool refuse(const std::string& why);
+    void startWaiting(int64_t milliseconds, bool forReady);
+    void endWaiting(bool ok);
+
+    Remote& remote;
+    const ModuleHost& module;
+    Answer answer;
+    std::function<void()> quitProgram;
+    std::deque<std::string> queue;
+    Tessarine::UTimer* timer = nullptr;  // owned; of the command that waits
+    bool waiting = false, waitsForReady = false, running = false;
+    int64_t number = 0;  // of the command that runs, from 1
+    Json fields;
+    std::string error;
+};
+
+/** The value as it stands in replies and events. */
+Json valueOf(const ParamAddress& address, Tessarine::IValue* value);
+/** One line, UTF-8 whatever the texts hold. */
+std::string lineOf(const Json& object);

@@ -1,0 +1,107 @@
+#include "base/source/finitializer.h"
+#include "gui/os/linux/core/platformcore.h"
+#include "gui/uctrler.h"
+#include "host/liveview.h"
+#include "host/options.h"
+#include "host/settingsport.h"
+#include "pluginglue/uplugapp.h"
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <unistd.h>
+
+using namespace Tessarine;
+
+namespace {
+namespace fs = std::filesystem;
+
+constexpr int kFailed = 1, kBadUsage = 2;
+constexpr const char* kComponentsFolder = "Components";
+
+int fail(const std::string& why) {
+    std::fprintf(stderr, "talv-host: %s\n", why.c_str());
+    return kFailed;
+}
+
+/** The preferences root for this program and, through the environment, for the module. */
+bool useUserFolder(const std::string& folder, std::string& error) {
+    if (folder.empty())
+        return true;
+    std::error_code failure;
+    fs::create_directories(folder, failure);
+    const fs::path absolute = failure ? fs::path() : fs::canonical(folder, failure);
+    error = folder + ": " + failure.message();
+    return !failure && setenv("XDG_CONFIG_HOME", absolute.c_str(), 1) == 0;
+}
+
+std::string componentsFolder() {
+    FString folder;
+    if (const FNPath* path = UController::getAppPath())
+        path->getFullPath(folder);
+    folder.toMultiByte(kCodePageUTF8);
+    return std::string(folder.text8()) + "/" + kComponentsFolder;
+}
+
+std::string modulePath(const Options& options) {
+    if (!options.module.empty())
+        return options.module;
+    const std::string found = ModuleHost::findBundle(componentsFolder());
+    return found.empty() ? componentsFolder() : found;
+}
+
+/** From the module's start to its end; what happens in between is the main loop's. */
+int runModule(ModuleHost& module, HostClasses& classes, FrontEnd& front, std::string& error) {
+    front.started(module);
+    if (!module.start(error))
+        return kFailed;
+    const IPtr<Remote> remote = OPtr<Remote>(new Remote(&classes.getDevices(), front));
+    front.run(*remote, module);
+    remote->start();
+    gController->run(gApplication);
+    front.stop();
+    remote->stop();
+    return 0;
+}
+
+int runHost(const Options& options, std::string& error) {
+    SerialNaming naming(options.serialFolder, options.serialPrefixes);
+    HostClasses classes(naming, options.inputs);
+    ModuleHost module(classes);
+    if (options.hasPort && !putPortIntoSettings(options.port, error))
+        return kFailed;
+    if (!module.load(modulePath(options), error))
+        return kFailed;
+    const auto onInterrupt = watchSignal(SIGINT, quitHost), onEnd = watchSignal(SIGTERM, quitHost);
+    std::unique_ptr<FrontEnd> front;
+    if (options.console || !isatty(STDOUT_FILENO) || !isatty(STDIN_FILENO))
+        front = std::make_unique<Console>();
+    else
+        front = std::make_unique<LiveView>();
+    const int result = runModule(module, classes, *front, error);
+    gController->quit(true);
+    module.unload();
+    front->stopped();
+    return result;
+}
+}  // namespace
+
+int main(int count, char** arguments) {
+    Options options;
+    std::string text;
+    const Options::Result scanned = scanOptions(count, arguments, options, text);
+    std::fputs(text.c_str(), scanned == Options::kRefused ? stderr : stdout);
+    if (scanned != Options::kRun)
+        return scanned == Options::kAnswered ? 0 : kBadUsage;
+    std::signal(SIGPIPE, SIG_IGN);
+    if (!useUserFolder(options.userFolder, text))
+        return fail(text);
+    installTessarinePlatformCore();
+    auto* application = new UPluginApplication("talv-host");
+    int result = kFailed;
+    if (!application->initPlugin())
+        text = "can't start";
+    else
+        result = runHost(options, text);
+    application->release();
+    return result == 0 ? 0 : fail(text);
+}

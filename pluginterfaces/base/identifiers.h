@@ -1,0 +1,63 @@
+#pragma once
+#include "pluginterfaces/base/funknown.h"
+
+/** Identifiers that were made for this system. Modules in the field carry them: never change one, only add. */
+
+namespace Tessarine {
+
+// host
+inline constexpr FUIDWords kIHostClassesID = {0xBD759080, 0x73C34859, 0xB7B50BAF, 0xC68309C2};
+inline constexpr FUIDWords kIDeviceListID = {0x337F2BBA, 0xFCB14E21, 0x8F5F1EE2, 0xA8785DD7};
+inline constexpr FUIDWords kIDeviceList2ID = {0x0C33365E, 0x74124909, 0x9B4A3F55, 0xEDFC9629};
+inline constexpr FUIDWords kIPlugDeviceID = {0x6AD7ACF0, 0x4C7147A5, 0xA007C194, 0x664C3D48};
+inline constexpr FUIDWords kIPortID = {0xA79E38D5, 0x9D8B4438, 0xB0CCDB48, 0x9E6BD03B};
+inline constexpr FUIDWords kIPortRegistry2ID = {0x8A14023F, 0x476C4850, 0xBE0E8DD2, 0xBDCE207E};
+inline constexpr FUIDWords kISerialPortNamingID = {0x240DAA7E, 0xA445483A, 0xB744E444, 0xE76568C1};
+
+// values
+inline constexpr FUIDWords kIParameterID = {0x31A6CAA1, 0x1FE44333, 0x83E6CDEC, 0x107CBCE2};
+inline constexpr FUIDWords kIValueID = {0x27621AB2, 0xEA1540BA, 0xA5CE90D3, 0xACC25BAA};
+inline constexpr FUIDWords kIValue2ID = {0xF492697F, 0xE3CC40F1, 0x9CD0985C, 0x7E4724F2};
+inline constexpr FUIDWords kIFloatValueID = {0x953AC83D, 0xE0794340, 0xBE7628C3, 0x3AEC58D9};
+inline constexpr FUIDWords kIStringListID = {0xB84D767B, 0xFEC74701, 0xB321260F, 0x796EF153};
+inline constexpr FUIDWords kIStringRepresentationTargetID = {0x9D01627C, 0x396D40CC, 0xB522221E, 0x4AA03CA6};
+inline constexpr FUIDWords kIValueStringRepresentationID = {0x09794A94, 0x8BDC4C2A, 0x8F5DAECC, 0x71E357C5};
+inline constexpr FUIDWords kIHostOnOffValueID = {0xFE20C85A, 0x6CB14679, 0xA5421F34, 0x1DA92FC0};
+inline constexpr FUIDWords kIHostIntValueID = {0x8E809BD0, 0xFDE24334, 0x859CB86C, 0x7A163095};
+inline constexpr FUIDWords kIHostFloatValueID = {0x80F5D0DE, 0x2C304A35, 0x884F2E12, 0xB0286235};
+inline constexpr FUIDWords kIHostStringValueID = {0x3E542CC0, 0x90B44629, 0xAB152078, 0x9CA6EC4C};
+inline constexpr FUIDWords kIHostStringListValueID = {0xF3C84442, 0xF11746ED, 0xAE813802, 0x530BD961};
+
+// controllers and hooks
+inline constexpr FUIDWords kIPlugControllerID = {0x37433723, 0xD0864777, 0x9618585A, 0x502B6BF9};
+inline constexpr FUIDWords kIPlugController4ID = {0x908D4138, 0x12F84929, 0xB46438D4, 0x226914DF};
+inline constexpr FUIDWords kIApplicationEventHookID = {0x0AEC1E51, 0x49D44490, 0x978DC636, 0xA4742BCE};
+inline constexpr FUIDWords kIEventHookRegistryID = {0x9174F7CA, 0x5E0849D0, 0xB1BE16FF, 0x9144A581};
+
+// application and windows
+inline constexpr FUIDWords kIPlatformID = {0x923B1661, 0xE2DF48A4, 0xAB4833F4, 0xD6CC2C02};
+inline constexpr FUIDWords kIPlatform2ID = {0x07D3649E, 0x58DD4CB4, 0xB8F10462, 0x419284C3};
+inline constexpr FUIDWords kIIdleHandlerID = {0xC25DBF05, 0x24284629, 0xBC32D680, 0xB0EDE2AA};
+inline constexpr FUIDWords kIPlatformEventHandlerID = {0xE279FB62, 0xBCFB4F44, 0xA3F0ECFA, 0xC92E28DA};
+inline constexpr FUIDWords kIWindowID = {0xDDCE62DC, 0x5F9F439F, 0xBE156A55, 0x56670298};
+inline constexpr FUIDWords kICloseWindowNotificationID = {0xFD5ED9E7, 0x887940E0, 0xB21D0C02, 0x5FFBD02B};
+inline constexpr FUIDWords kIGuiDescriptionID = {0x8A77797D, 0x2B59446D, 0xAE98826B, 0xB515DB8B};
+
+// change notification
+inline constexpr FUIDWords kIUpdateManagerID = {0x1B095249, 0x611A4A17, 0x94A9D436, 0xB9A61CE6};
+
+// messages
+inline constexpr FUIDWords kIMessageID = {0x41EC7D91, 0xBF394194, 0xB0CE2F16, 0x6543DA7B};
+inline constexpr FUIDWords kIMessage2ID = {0x502B2740, 0xC0BE4D3A, 0xB7885748, 0x6FE9F373};
+inline constexpr FUIDWords kIMessageReceiverID = {0xCBED8408, 0xA5464BC5, 0x877CFB04, 0xB658BA34};
+inline constexpr FUIDWords kIMessengerID = {0xE9B7D89C, 0x06C04F5E, 0xB00F49DB, 0xFE519639};
+
+// modules
+inline constexpr FUIDWords kIModuleBundleID = {0xA0FAF614, 0x77F44E6C, 0xB75DA7F7, 0x29A7586C};
+
+// interfaces that are known by identifier only
+inline constexpr FUIDWords kICloneableID = {0xD45406B9, 0x3A2D4443, 0x9DAD9BA9, 0x85A1454B};
+inline constexpr FUIDWords kIErrorContextID = {0x12BCD07B, 0x7C694336, 0xB7DA77C3, 0x444A0CD0};
+inline constexpr FUIDWords kIPersistentChunkID = {0x7041A824, 0xFC9A488A, 0x8F07DAC0, 0x5061E933};
+
+}  // namespace Tessarine

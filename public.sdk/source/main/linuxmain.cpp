@@ -1,0 +1,54 @@
+#include "public.sdk/source/main/linuxmain.h"
+#include "gui/os/linux/core/platformcore.h"
+#include <algorithm>
+
+using namespace Tessarine;
+
+namespace Tessarine {
+IModuleBundle* ghInst = nullptr;
+IModuleBundle* moduleHandle = nullptr;
+char gPath[2048] = {};
+int32_t bundleRefCounter = 0;
+std::vector<IModuleBundle*> gBundleRefs;
+
+namespace {
+void keepAsModule(IModuleBundle* bundle) {
+    ghInst = bundle;
+    moduleHandle = bundle;
+    const char* path = bundle->getPath();
+    std::memcpy(gPath, path, std::min(std::strlen(path), sizeof(gPath) - 1));
+}
+}  // namespace
+}  // namespace Tessarine
+
+bool bundleEntry(void* bundleRef) {
+    if (!bundleRef)
+        return InitModule();
+    auto* bundle = static_cast<IModuleBundle*>(bundleRef);
+    ++bundleRefCounter;
+    bundle->addRef();
+    gBundleRefs.push_back(bundle);
+    if (!moduleHandle)
+        keepAsModule(bundle);
+    installTessarinePlatformCore();  // this copy of the framework has hooks of its own to fill
+    return InitModule();
+}
+
+bool bundleExit() {
+    if (!DeinitModule())
+        return false;
+    if (--bundleRefCounter != 0)
+        return true;
+    for (IModuleBundle* bundle : gBundleRefs)
+        bundle->release();
+    gBundleRefs.clear();
+    return true;
+}
+
+bool InitModule() {
+    return true;
+}
+
+bool DeinitModule() {
+    return true;
+}

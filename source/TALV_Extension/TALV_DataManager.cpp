@@ -1,0 +1,176 @@
+#include "source/TALV_Extension/TALV_DataManager.h"
+#include <cstring>
+#include <memory>
+
+using namespace Tessarine;
+
+namespace TALV {
+namespace {
+constexpr int32_t kMaxDevId = 255;
+
+enum ValueKind : int32_t { kOnOffValue, kIntValue, kStringValue };
+struct ParamRow {
+    TALV_ParamId id;
+    ValueKind kind;
+    int32_t min, max, defaultValue;
+};
+constexpr ParamRow kDeviceParams[] = {
+    {kPrmDevMode,       kIntValue,    0, 3, 0},
+    {kPrmDevName,       kStringValue, 0, 0, 0},
+    {kPrmWordClock,     kIntValue,    0, 5, 0},
+    {kPrmMeterMode,     kOnOffValue,  0, 1, 0},
+    {kPrmPanelLock,     kOnOffValue,  0, 1, 0},
+    {kPrmBrightness,    kIntValue,    0, 7, 5},
+    {kPrmPlus48VMaster, kOnOffValue,  0, 1, 0},
+};
+constexpr ParamRow kChannelParams[] = {
+    {kPrmGain,     kIntValue,   0, 72,  72},
+    {kPrmPlus48V,  kOnOffValue, 0, 1,   0 },
+    {kPrmHPF,      kOnOffValue, 0, 1,   0 },
+    {kPrmMeter,    kIntValue,   0, 127, 0 },
+    {kPrmGainTrim, kIntValue,   0, 30,  15},
+    {kPrmHPFFreq,  kIntValue,   0, 59,  24},
+};
+}  // namespace
+
+TALV_DataManager::TALV_DataManager(IHostClasses* hostClasses, IDependent* dependent)
+: hostClasses(hostClasses), devices(0, nullptr), dependent(dependent), updateHandler(hostClasses), comPorts(0, 10),
+  connections(0, k_noItemForConnection) {}
+
+TALV_DataManager::~TALV_DataManager() {
+    removeAllParams();
+}
+
+void TALV_DataManager::intialize() {
+    for (int32_t devId = 1; devId <= kMaxDevId; ++devId)
+        connections.addKeyAndObject(devId, k_noItemForConnection);
+    comPortValue = createValue(IHostStringValue_iid);
+    isConnectionUpdated = createValue(IHostOnOffValue_iid);
+    isConnectionUpdated->setTargetValue(0);
+}
+
+void TALV_DataManager::addDevice(unsigned char devId) {
+    if (devices.lookupObject(devId))
+        return;
+    auto* dictionary = new ParamDictionary(kPrmNone, nullptr);
+    addRows(dictionary, kDeviceParams, 0);
+    for (int32_t channel = 0; channel < kNumChannels; ++channel)
+        addRows(dictionary, kChannelParams, channel);
+    devices.addKeyAndObject(devId, dictionary);
+}
+
+void TALV_DataManager::addOnOffValue(ParamDictionary* dictionary, TALV_ParamId id, bool defaultValue) {
+    if (!canAddTo(dictionary))
+        return;
+    IValue* value = createValue(IHostOnOffValue_iid);
+    value->setValue2(defaultValue, false);
+    addValue(dictionary, id, value);
+}
+
+void TALV_DataManager::addStringValue(ParamDictionary* dictionary, TALV_ParamId id, const char* text) {
+    if (!canAddTo(dictionary) || !text)
+        return;
+    IValue* value = createValue(IHostStringValue_iid);
+    value->fromString2(ConstStringTable::instance()->getString(text), false);
+    addValue(dictionary, id, value);
+}
+
+void TALV_DataManager::addIntValue(ParamDictionary* dictionary, TALV_ParamId id, int32_t min, int32_t max,
+                                   int32_t defaultValue) {
+    if (!canAddTo(dictionary))
+        return;
+    IValue* value = createValue(IHostIntValue_iid);
+    value->setMinValue(min);
+    value->setMaxValue(max);
+    if (const FUnknownPtr<IValue2> value2(value); value2)
+        value2->setDefault(float(defaultValue));
+    addValue(dictionary, id, value);
+}
+
+PrmInfo TALV_DataManager::getParamInfo(const IValue* value) const {
+    PrmInfo info{0, kPrmNone};
+    if (!value)
+        return info;
+    for (const auto& device : devices) {
+        info.devId = device.key;
+        for (const auto& param : *device.value)
+            if (param.value == value && param.key != kPrmNone)
+                return {device.key, param.key};
+    }
+    return info;
+}
+
+IValue* TALV_DataManager::getParamIValue(const PrmInfo& info) const {
+    const ParamDictionary* dictionary = devices.lookupObject(info.devId);
+    return dictionary ? dictionary->lookupObject(info.paramId).get() : nullptr;
+}
+
+void TALV_DataManager::removeAllParams() {
+    for (const auto& device : devices) {
+        for (const auto& param : *device.value)
+            updateHandler->removeDependent(param.value, dependent);
+        device.value->removeAll();  // whoever hears of a value's end may look for others
+    }
+    for (const auto& device : devices)
+        delete device.value;
+    devices.removeAll();
+}
+
+void TALV_DataManager::addCOMPort(const char* name, int32_t length) {
+    auto* copy = new char[size_t(length) + 1]();
+    std::memcpy(copy, name, size_t(length));
+    comPorts.add(copy);
+}
+
+void TALV_DataManager::removeAllCOMPort() {
+    for (const char* name : comPorts)
+        delete[] name;
+    comPorts.removeAll();
+}
+
+String TALV_DataManager::getCOMPort(int32_t index) const {
+    return String(comPorts.at(index));
+}
+
+String TALV_DataManager::getCurrentCOMPortStr() const {
+    int32_t length = 0;
+    if (comPortValue)
+        comPortValue->toString2(nullptr, &length);
+    if (length == 0)
+        return String();
+    const auto text = std::make_unique<tchar[]>(size_t(length) + 1);
+    comPortValue->toString2(text.get(), &length);
+    return String(text.get());
+}
+
+int32_t TALV_DataManager::getDevIdByChForConnection(int32_t channel) const {
+    for (const auto& connection : connections)
+        if (connection.value == channel)
+            return connection.key;
+    return 0;
+}
+
+IValue* TALV_DataManager::createValue(const FUID& iid) const {
+    void* value = nullptr;
+    hostClasses->createClassInstance(iid, &value);
+    return static_cast<IValue*>(value);
+}
+
+void TALV_DataManager::addValue(ParamDictionary* dictionary, TALV_ParamId id, IValue* value) {
+    dictionary->addKeyAndObject(id, OPtr<IValue>(value));
+    updateHandler->addDependent(value, dependent);
+}
+
+template <class Rows>
+void TALV_DataManager::addRows(ParamDictionary* dictionary, const Rows& rows, int32_t channel) {
+    for (const ParamRow& row : rows) {
+        const auto id = TALV_ParamId(row.id + channel);
+        switch (row.kind) {
+            case kOnOffValue: addOnOffValue(dictionary, id, row.defaultValue != 0); break;
+            case kIntValue: addIntValue(dictionary, id, row.min, row.max, row.defaultValue); break;
+            case kStringValue: addStringValue(dictionary, id, ""); break;
+        }
+    }
+}
+
+}  // namespace TALV

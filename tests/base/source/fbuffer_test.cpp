@@ -1,0 +1,169 @@
+#include "base/source/fbuffer.h"
+#include "base/source/fstring.h"
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <string>
+
+namespace Tessarine {
+namespace {
+std::string bytesOf(const Buffer& buffer) { return {buffer.data() ? buffer.data() : "", buffer.getFillSize()}; }
+Buffer filled(const std::string& bytes) { return Buffer(bytes.data(), uint32_t(bytes.size())); }
+
+TEST(Buffer, GrowsInSteps) {
+    Buffer buffer;
+    EXPECT_TRUE(buffer.put('x'));
+    EXPECT_EQ(buffer.getSize(), 4096u);
+    EXPECT_TRUE(buffer.grow(4097));
+    EXPECT_EQ(buffer.getSize(), 8192u);
+    EXPECT_TRUE(buffer.grow(10));
+    EXPECT_EQ(buffer.getSize(), 8192u);
+    buffer.setDelta(0);
+    EXPECT_TRUE(buffer.grow(8193));
+    EXPECT_EQ(buffer.getSize(), 12288u);
+    EXPECT_EQ(buffer.getDelta(), 4096u);
+    EXPECT_FALSE(buffer.grow(UINT32_MAX));  // the next step would not fit a size
+    EXPECT_EQ(bytesOf(buffer), "x");
+    Buffer fine;
+    fine.setDelta(3);
+    EXPECT_TRUE(fine.put("abcd", 4));
+    EXPECT_EQ(fine.getSize(), 6u);
+}
+
+TEST(Buffer, SizesBoundTheFill) {
+    Buffer buffer = filled("abcdef");
+    EXPECT_TRUE(buffer.setSize(4));
+    EXPECT_EQ(bytesOf(buffer), "abcd");
+    EXPECT_FALSE(buffer.setFillSize(5));
+    EXPECT_TRUE(buffer.setFillSize(2) && buffer.truncateToFillSize());
+    EXPECT_EQ(buffer.getSize(), 2u);
+    EXPECT_TRUE(buffer.setSize(0));
+    EXPECT_EQ(buffer.data(), nullptr);
+    EXPECT_EQ(buffer.getFillSize(), 0u);
+}
+
+TEST(Buffer, TakesInAndGivesOut) {
+    Buffer buffer;
+    EXPECT_TRUE(buffer.put('a') && buffer.put(uint8_t(0xFE)) && buffer.put(uint16_t(0x4342)) && buffer.put(u'D'));
+    EXPECT_TRUE(buffer.put(String("s")) && buffer.put(String(u"w")));
+    const std::string expected(
+        "a\xFE"
+        "BCD\0s\0w\0\0\0",
+        12);
+    EXPECT_EQ(bytesOf(buffer), expected);
+    EXPECT_TRUE(buffer.put(buffer.data(), 2));
+    EXPECT_TRUE(buffer.truncateToFillSize() && buffer.put(buffer.data(), 3));  // moves while it copies itself
+    EXPECT_EQ(bytesOf(buffer), expected + "a\xFE" +
+                                   "a\xFE"
+                                   "B");
+
+    EXPECT_TRUE(buffer.truncateToFillSize() && buffer.setFillSize(0));
+    std::string read(15, '\0');
+    EXPECT_EQ(buffer.get(read.data(), 15), 15u);
+    EXPECT_EQ(buffer.get(read.data(), 15), 2u);
+    EXPECT_EQ(buffer.get(read.data(), 15), 0u);
+    EXPECT_EQ(read.substr(0, 2),
+              "\xFE"
+              "B");
+}
+
+TEST(Buffer, ShiftsAndCopiesInside) {
+    Buffer buffer = filled("abcdef");
+    buffer.truncateToFillSize();
+    buffer.move(2, '-');
+    EXPECT_EQ(bytesOf(buffer), "--abcd");
+    buffer.move(-3, '+');
+    EXPECT_EQ(bytesOf(buffer), "bcd+++");
+    buffer.move(INT32_MIN, '.');
+    EXPECT_EQ(bytesOf(buffer), "......");
+
+    Buffer text = filled("abcdef");
+    EXPECT_TRUE(text.shiftAt(2, -3));
+    EXPECT_EQ(bytesOf(text), "abf");
+    EXPECT_TRUE(text.shiftAt(1, 2));
+    EXPECT_EQ(bytesOf(text).substr(0, 1) + bytesOf(text).substr(3), "abf");
+    EXPECT_TRUE(text.shiftAt(1, INT32_MIN));
+    EXPECT_EQ(bytesOf(text), "a");
+    EXPECT_FALSE(text.shiftAt(2, 1));
+
+    Buffer inside = filled("abcdef");
+    inside.truncateToFillSize();
+    EXPECT_TRUE(inside.copy(0, 2, 4));
+    EXPECT_EQ(bytesOf(inside), "ababcd");
+    EXPECT_FALSE(inside.copy(3, 0, 4));
+    EXPECT_FALSE(inside.copy(0, UINT32_MAX, 4));
+    EXPECT_TRUE(inside.copy(0, 6, 6));
+    EXPECT_EQ(std::string(inside + 6, 6), "ababcd");
+    inside.setFillSize(1);
+    inside.fillup('z');
+    EXPECT_EQ(std::string(inside.data(), 3), "azz");
+    inside.set(7);
+    EXPECT_EQ(*(inside + 0), 7);
+}
+
+TEST(Buffer, CopiesMovesAndCompares) {
+    Buffer buffer = filled("abc");
+    Buffer copy(buffer), assigned;
+    assigned = copy;
+    assigned = *&assigned;
+    EXPECT_TRUE(copy == buffer && assigned == buffer);
+    EXPECT_EQ(assigned.getSize(), buffer.getSize());
+    copy.put('d');
+    EXPECT_FALSE(copy == buffer);
+    buffer.take(copy);
+    buffer.take(buffer);
+    EXPECT_EQ(bytesOf(buffer), "abcd");
+    EXPECT_EQ(copy.getSize(), 0u);
+    EXPECT_TRUE(copy == Buffer());
+    char* memory = buffer.pass();
+    EXPECT_EQ(std::string(memory, 4), "abcd");
+    free(memory);
+    EXPECT_EQ(buffer.getSize(), 0u);
+}
+
+TEST(Buffer, SwapsWholeValues) {
+    const std::pair<int16_t, const char*> rows[] = {
+        {2, "badcfehgi"},
+        {4, "dcbahgfei"},
+        {8, "hgfedcbai"}
+    };
+    for (const auto& [width, expected] : rows) {
+        Buffer buffer = filled("abcdefghi");
+        EXPECT_TRUE(buffer.swap(width));
+        EXPECT_EQ(bytesOf(buffer), expected);
+        EXPECT_FALSE(buffer.swap(0));
+        EXPECT_FALSE(buffer.swap(3));
+    }
+}
+
+TEST(Buffer, HexadecimalText) {
+    Buffer buffer;
+    ASSERT_TRUE(buffer.fromHexString("00fFA5"));
+    EXPECT_EQ(bytesOf(buffer), std::string("\0\xFF\xA5", 3));
+    EXPECT_EQ(buffer.getSize(), 3u);
+    String text;
+    buffer.makeHexString(text);
+    EXPECT_STREQ(text.text8(), "00FFA5");
+    for (const char* bad : {"", "0", "abc", "0g", "-1", "0 "})
+        EXPECT_FALSE(buffer.fromHexString(bad)) << bad;
+    EXPECT_FALSE(buffer.fromHexString(nullptr));
+    EXPECT_EQ(buffer.getFillSize(), 3u);
+    Buffer().makeHexString(text);
+    EXPECT_TRUE(text.isEmpty());
+}
+
+TEST(Buffer, CollectsAndConvertsText) {
+    Buffer buffer;
+    EXPECT_TRUE(buffer.appendString8("b\x8A") && buffer.prependString8("a") && buffer.appendString8(nullptr));
+    EXPECT_TRUE(buffer.toWideString(0));
+    EXPECT_EQ(std::u16string(buffer.data16()), u"ab\u00E4");
+    EXPECT_EQ(buffer.getFillSize(), 6u);
+    EXPECT_TRUE(buffer.prependString16(u"\u65E5") && buffer.appendString16(u"!"));
+    EXPECT_TRUE(buffer.toMultibyteString(65001));
+    EXPECT_EQ(bytesOf(buffer), "\u65E5ab\u00E4!");
+    EXPECT_STREQ(buffer.data(), "\u65E5ab\u00E4!");
+    Buffer malformed = filled("\xC3");
+    EXPECT_FALSE(malformed.toWideString(65001));
+    EXPECT_EQ(bytesOf(malformed), "\xC3");
+}
+}  // namespace
+}  // namespace Tessarine

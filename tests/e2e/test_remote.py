@@ -1,0 +1,598 @@
+"""The whole remote: talv-host with the extension on talv-sim, over a real pseudo-terminal."""
+import os
+import random
+import resource
+import shutil
+import signal
+import subprocess
+import threading
+import time
+import unittest
+
+from harness import BROADCAST, LineTest, SLOW, frame
+
+REQUESTS = [(0x50,), (0x60, 0, 8), (0x61, 0, 8), (0x62, 0, 8), (0x64, 0, 8), (0x65,), (0x66,), (0x67,), (0x68, 0, 8)]
+TO_WIRE = {  # parameter: setting command, largest value, byte on the line
+    "devMode": (0x01, 3, lambda value: value),
+    "wordClock": (0x10, 5, lambda value: value),
+    "gain": (0x20, 72, lambda value: 72 - value),
+    "plus48V": (0x21, 1, lambda value: value),
+    "hpf": (0x22, 1, lambda value: value),
+    "gainTrim": (0x24, 30, lambda value: (value - 15) & 0xFF),
+    "panelLock": (0x25, 1, lambda value: value),
+    "brightness": (0x26, 7, lambda value: value),
+    "hpfFreq": (0x28, 59, lambda value: value + 4),
+}
+CHANNEL_PARAMS = ("gain", "plus48V", "hpf", "gainTrim", "hpfFreq")
+
+
+def setting(device, param, value, channel=None):
+    command, _, to_byte = TO_WIRE[param]
+    return frame(command, device, *([] if channel is None else [channel]), to_byte(value))
+
+
+def report(device, param, value, channel=None):
+    return frame(TO_WIRE[param][0] | 0x80, device, *([] if channel is None else [channel]), TO_WIRE[param][2](value))
+
+
+def requests(device):
+    return [frame(command, device, *payload) for command, *payload in REQUESTS]
+
+
+def name_report(device, mode, name):
+    return frame(0x81, device, mode, *name.ljust(8).encode())
+
+
+def is_setting(text):
+    return int(text[3:5], 16) < 0x40 and text != BROADCAST
+
+
+def words(*parts):
+    return " ".join(str(part) for part in parts if part is not None)
+
+
+def settings_file(port, channels=()):
+    """The bytes of the whole file; channels maps an id to its channel."""
+    lines = ['\ufeff<?xml version="1.0" encoding="utf-8"?>', "<VOREN-HA-Remote>", f'\t<ComPortName str="{port}"/>']
+    lines += [f'\t<DevId-Ch id="{n}" ch="{dict(channels).get(n, -1)}"/>' for n in range(1, 256)]
+    return "".join(line + "\r\n" for line in [*lines, "</VOREN-HA-Remote>"]).encode()
+
+
+class RemoteTest(LineTest):
+    def start(self, *sim_options):
+        """Both programs, the devices found, and nothing under way any more."""
+        sim = self.start_sim(*(sim_options or ("--devices", "1:Drums")))
+        host = self.start_host()
+        host.wait_ready()
+        self.settle(sim, host)
+        return sim, host
+
+    def start_scripted(self):
+        """A simulator whose devices are mute: device 1 is what the test says by raw bytes, and nothing else."""
+        sim = self.start_sim("--drop", "100")
+        host = self.start_host()
+        sim.wait_heard(BROADCAST, 10)
+        sim.raw(frame(0x80, 1))
+        sim.wait_heard(frame(0x41, 1))
+        host.wait_ready()
+        return sim, host
+
+    def settle(self, sim, host, device=1):
+        """Until the host has taken all that was said and has nothing to say: a turn of the brightness goes through as
+        the only thing."""
+        for _ in range(30):
+            before = len(sim.heard())
+            used = (host.value(device, "brightness"), sim.state(device)["brightness"])
+            fresh = next(value for value in range(1, 8) if value not in used)
+            mark = host.mark()
+            sim.turn(device, "brightness", fresh)
+            host.wait_value(device, "brightness", fresh, timeout=60, since=mark)
+            time.sleep(0.1 * SLOW)
+            if len(sim.heard()) == before:
+                return
+        self.fail("the line never falls silent")
+
+
+class Discovery(RemoteTest):
+    def test_a_silent_line_is_asked_four_times(self):
+        sim = self.start_sim("--drop", "100")
+        host = self.start_host()
+        host.wait_ready()
+        ready = host.times(event="ready", ready=True)[0]
+        asked = sim.times(event="rx")
+        self.assertEqual(sim.heard(), [BROADCAST] * 4)
+        for earlier, later in zip(asked, asked[1:]):
+            self.assertAlmostEqual(later - earlier, 1.0, delta=0.3 * SLOW)
+        self.assertGreater(ready - asked[-1], 1.0)
+        self.assertLess(ready - asked[-1], 1.1 + 0.5 * SLOW)
+        self.assertEqual(host.ask("devices")["devices"], [])
+        time.sleep(1.5)
+        self.assertEqual(len(sim.heard()), 4)
+
+    def test_the_first_answer_ends_the_search(self):
+        sim = self.start_sim("--devices", "2:Drums,1:Choir 12,255")
+        host = self.start_host()
+        host.wait_ready()
+        self.settle(sim, host, 255)
+        self.assertEqual(sim.heard().count(BROADCAST), 1)
+        found = host.ask("devices")
+        self.assertEqual((found["ready"], found["count"]), (True, 3))
+        self.assertEqual(found["devices"], [
+            {"id": 1, "name": "Choir 12", "mode": 3, "channel": -1},
+            {"id": 2, "name": "Drums   ", "mode": 3, "channel": -1},
+            {"id": 255, "name": "HA-8CH  ", "mode": 3, "channel": -1}])
+        self.assertEqual(sorted(item["id"] for item in host.all(event="device")), [1, 2, 255])
+        for device in (1, 2, 255):
+            said = sim.heard(device=device)
+            mode = setting(device, "devMode", 3)
+            self.assertEqual(said[:12], [mode, frame(0x41, device), mode, *requests(device)])
+            self.assertEqual([text for text in said if is_setting(text)], [mode] * 2)
+
+    def test_each_answer_has_its_effect_once(self):
+        sim, host = self.start_scripted()
+        sim.raw(name_report(1, 3, "HA-8CH"))
+        host.wait_value(1, "devName", "HA-8CH  ")
+        sim.wait_heard(requests(1)[-1])
+        mode = setting(1, "devMode", 3)
+        self.assertEqual(sim.heard(), [BROADCAST, mode, frame(0x41, 1), mode, *requests(1)])
+        mark = sim.mark()
+        sim.raw(frame(0x80, 1))  # known already: greeted again, its values stay
+        sim.wait_heard(frame(0x41, 1), since=mark)
+        self.assertEqual(host.value(1, "devName"), "HA-8CH  ")
+        self.assertEqual(host.ask("devices")["count"], 1)
+
+    def test_the_state_of_a_device_is_mirrored(self):
+        sim = self.start_sim()
+        for param, value in (("gain", 11), ("plus48V", 1), ("hpf", 1), ("gainTrim", 3), ("hpfFreq", 40)):
+            for channel in range(8):
+                sim.turn(1, param, channel, min(value + channel, 72 if value > 1 else 1))
+        for param, value in (("wordClock", 5), ("panelLock", 1), ("plus48VMaster", 1)):
+            sim.turn(1, param, value)
+        host = self.start_host()
+        host.wait_ready()
+        self.settle(sim, host)
+        state = sim.state(1)
+        for param in CHANNEL_PARAMS:
+            self.assertEqual([host.value(1, param, channel) for channel in range(8)], state[param], param)
+        for param in ("wordClock", "panelLock", "brightness", "plus48VMaster", "devMode"):
+            self.assertEqual(host.value(1, param), state[param], param)
+
+    def test_255_devices(self):
+        self.start_sim("--devices", ",".join(map(str, range(1, 256))), log=False)
+        host = self.start_host()
+        host.wait_ready(60)
+        self.assertEqual([item["id"] for item in host.ask("devices")["devices"]], list(range(1, 256)))
+
+    def test_without_a_port(self):
+        host = self.start_host()
+        host.wait_ready(5)
+        self.assertEqual(host.ask("devices")["count"], 0)
+        self.assertEqual(host.quit(), 0)
+        self.assertEqual(host.settings.read_bytes(), settings_file(""))
+
+
+class Values(RemoteTest):
+    def test_a_set_is_one_frame(self):
+        sim, host = self.start()
+        mark = sim.mark()
+        sets = [("wordClock", 2, None), ("gain", 40, 3), ("gain", 1, 0), ("plus48V", 1, 0), ("hpf", 1, 7),
+                ("gainTrim", 10, 2), ("gainTrim", 30, 7), ("panelLock", 1, None), ("brightness", 0, None),
+                ("hpfFreq", 59, 4), ("hpfFreq", 0, 0)]
+        for param, value, channel in sets:
+            answer = host.ask(words("set", 1, param, channel, value))
+            expected = {"id": 1, "param": param, "value": value} | ({} if channel is None else {"ch": channel})
+            self.assertEqual({key: answer.get(key) for key in expected}, expected)
+            self.assertEqual("ch" in answer, channel is not None)
+            sim.wait_heard(setting(1, param, value, channel), since=mark)
+        self.settle(sim, host)
+        self.assertEqual(sim.heard(mark), [setting(1, param, value, channel) for param, value, channel in sets])
+        self.assertEqual(sim.heard(mark)[1], "05 20 01 03 20 BB")
+        self.assertEqual(sim.state(1)["gain"][3], 40)
+        host.wait_value(1, "gain", 40, ch=3)
+
+    def test_what_stands_already_or_has_no_way_is_no_frame(self):
+        sim, host = self.start()
+        mark = sim.mark()
+        for line, value in (("gain 3 72", 72), ("gain 3 999", 72), ("meterMode 1", 1), ("meter 4 100", 100),
+                            ("meter 4 -3", 0), ("plus48VMaster 1", 1), ('devName "Pit 1"', "Pit 1")):
+            self.assertEqual(host.ask("set 1 " + line)["value"], value, line)
+        self.settle(sim, host)
+        self.assertEqual(sim.heard(mark), [])
+
+    def test_a_report_does_not_come_back(self):
+        sim, host = self.start()
+        mark = sim.mark()
+        for param, value, channel in (
+                ("wordClock", 4, None), ("gain", 0, 0), ("gain", 41, 7), ("plus48V", 1, 3), ("hpf", 1, 5),
+                ("gainTrim", 0, 2), ("gainTrim", 30, 6), ("panelLock", 1, None), ("plus48VMaster", 1, None),
+                ("hpfFreq", 59, 4), ("hpfFreq", 0, 1)):
+            host_mark = host.mark()
+            sim.turn(*words(1, param, channel, value).split())
+            host.wait_value(1, param, value, channel, since=host_mark)
+            self.assertEqual(host.value(*words(1, param, channel).split()), value)
+        sim.turn(1, "meter", 3, 99)
+        self.settle(sim, host)
+        self.assertEqual(host.value(1, "meter", 3), 0)
+        self.assertEqual(sim.heard(mark), [])
+
+    def test_mode_and_name_do_come_back(self):
+        sim, host = self.start_scripted()
+        sim.raw(name_report(1, 3, "A"))
+        sim.wait_heard(requests(1)[-1])
+        mark = sim.mark()
+        sim.raw(name_report(1, 3, "B c"))  # a name has no way to the device, but the report has its requests
+        host.wait_value(1, "devName", "B c     ")
+        sim.wait_heard(requests(1)[-1], since=mark)
+        self.assertEqual(sim.heard(mark), requests(1))
+        mark = sim.mark()
+        sim.raw(name_report(1, 2, "B c"))
+        sim.wait_heard(requests(1)[-1], since=mark)
+        self.assertEqual(sim.heard(mark), [setting(1, "devMode", 2), *requests(1)])
+
+    def test_bytes_out_of_range_are_bounded(self):
+        sim, host = self.start_scripted()
+        host.ask("set 1 gainTrim 0 9")
+        host.ask("set 1 hpfFreq 0 9")
+        host.ask("set 1 gain 0 9")
+        mark = host.mark()
+        for text, param, value in ((frame(0xA4, 1, 0, 0x80), "gainTrim", 0), (frame(0xA8, 1, 0, 3), "hpfFreq", 0),
+                                   (frame(0xA0, 1, 0, 0), "gain", 72), (frame(0xA0, 1, 0, 200), "gain", 0)):
+            sim.raw(text)
+            host.wait_value(1, param, value, 0, since=mark)
+
+    def test_a_report_of_a_stranger_changes_nothing(self):
+        sim, host = self.start_scripted()
+        sim.raw(report(2, "gain", 40, 0) + " " + report(1, "gain", 41, 0))
+        host.wait_value(1, "gain", 41, 0)
+        self.assertEqual(host.ask("devices")["count"], 1)
+        self.assertEqual(host.all(event="value", id=2), [])
+
+    def test_one_message_a_tick(self):
+        sim, host = self.start_scripted()
+        for channel in range(8):
+            for value in (10, 20):
+                sim.raw(report(1, "gain", value + channel, channel))
+        host.wait_value(1, "gain", 27, 7, timeout=10)
+        times = host.times(event="value", param="gain")
+        self.assertEqual(len(times), 16)
+        self.assertGreater(times[-1] - times[0], 15 * 0.05 * 0.9)
+
+    def test_a_flood_keeps_its_order_and_loses_nothing(self):
+        sim, host = self.start_scripted()
+        dice = random.Random(4)
+        stands, lines, frames = {}, [], []
+        for _ in range(3000):
+            param = dice.choice(list(TO_WIRE))
+            channel = dice.randrange(8) if param in CHANNEL_PARAMS else None
+            value = dice.randint(0, TO_WIRE[param][1])
+            lines.append(words("set", 1, param, channel, value))
+            if stands.get((param, channel), 0) != value:
+                frames.append(setting(1, param, value, channel))
+            stands[param, channel] = value
+        mark = sim.mark()
+        host.send(*lines)
+        host.reply(host.count(len(lines)), 60)
+        sim.wait_event("rx", 10, mark, bytes=frames[-1])
+        deadline = time.monotonic() + 10 * SLOW
+        while len(sim.heard(mark)) < len(frames) and time.monotonic() < deadline:
+            time.sleep(0.05)
+        self.assertEqual(sim.heard(mark), frames)
+        self.assertEqual(len([item for _, item in host.printed if item.get("ok") is False]), 0)
+
+
+class BadLine(RemoteTest):
+    def test_a_device_that_vanishes(self):
+        sim, host = self.start()
+        standing = host.value(1, "gain", 2)
+        sim.command("unplug")
+        start = time.monotonic()
+        self.assertEqual(host.ask("set 1 gain 2 33")["value"], 33)
+        self.assertLess(time.monotonic() - start, 2.0 + 1.5 * SLOW)
+        self.assertNotEqual(standing, 33)
+        self.assertEqual(host.value(1, "gain", 2), 33)
+        self.assertEqual((host.ask("ready")["ready"], host.ask("devices")["count"]), (True, 1))
+        sim.command("plug")  # a new line of the same name: nothing tells the host of it
+        self.assertEqual(host.value(1, "gain", 2), 33)
+        self.assertEqual(host.quit(), 0)
+        self.assertEqual(host.settings.read_bytes(), settings_file("tty.sim"))
+
+    def test_a_length_that_never_comes_true_swallows_what_follows(self):
+        sim, host = self.start_scripted()
+        sim.raw("40")
+        sim.raw(report(1, "gain", 30, 0))
+        time.sleep(1.5 * SLOW)
+        self.assertEqual(host.value(1, "gain", 0), 0)
+        sim.raw("00" * (0x40 - 6))
+        sim.raw(report(1, "gain", 31, 0))
+        host.wait_value(1, "gain", 31, 0)
+        self.assertEqual(host.all(event="value", param="gain", value=30), [])
+
+    def test_what_is_damaged_costs_only_itself(self):
+        sim, host = self.start_scripted()
+        sim.raw("00 03 80 05 7B 03 7F 05 7B 03 82 05 78 07 A0 01 06 01 02 03 52 " + report(1, "gain", 33, 5))
+        host.wait_value(1, "gain", 33, 5)
+        self.assertEqual(host.all(event="value", param="gain"),
+                         [{"event": "value", "id": 1, "param": "gain", "ch": 5, "value": 33}])
+        self.assertEqual(host.ask("devices")["count"], 1)
+
+    def test_noise(self):
+        sim, host = self.start_scripted()
+        dice = random.Random(11)
+        for _ in range(8):
+            sim.raw(bytes(dice.randrange(256) for _ in range(255)).hex())
+        for _ in range(10):
+            self.assertIn("ready", host.ask("ready"))
+            time.sleep(0.1)
+        sim.raw("00" * 255)  # whatever length was read last comes true now; what is left over costs a tick each
+        mark = host.mark()
+        sim.raw(report(1, "gain", 44, 6))
+        host.wait_value(1, "gain", 44, 6, timeout=40, since=mark)
+        self.assertEqual(host.quit(), 0)
+
+    def test_a_line_that_damages_and_drops(self):
+        sim = self.start_sim("--devices", "1,2,3", "--corrupt", "20", "--drop", "10", "--seed", "3", "--split")
+        host = self.start_host()
+        host.wait_ready()
+        for value in range(60):
+            sim.turn(1 + value % 3, "gain", value % 8, value)
+            host.ask(words("get", 1, "gain", 0)) if host.ask("devices")["devices"] else None
+            time.sleep(0.05)
+        start = time.monotonic()
+        self.assertEqual(host.quit(), 0)
+        self.assertLess(time.monotonic() - start, 2 * SLOW)
+
+    def test_a_line_that_delivers_byte_by_byte(self):
+        sim, host = self.start("--split", "--devices", "7:Seven,1")
+        self.assertEqual([item["name"] for item in host.ask("devices")["devices"]], ["HA-8CH  ", "Seven   "])
+
+    def test_a_babbling_line_does_not_hold_up_the_end(self):
+        sim = self.start_sim("--devices", "1", "--baud", "0", log=False)
+        host = self.start_host()
+        host.wait_ready()
+        done = threading.Event()
+
+        def babble():
+            while not done.wait(0.005):
+                sim.send("raw " + "00" * 2000)
+        babbler = threading.Thread(target=babble)
+        babbler.start()
+        self.addCleanup(babbler.join)
+        self.addCleanup(done.set)
+        time.sleep(1)
+        start = time.monotonic()
+        host.signal(signal.SIGTERM)
+        self.assertEqual(host.end(), 0)
+        self.assertLess(time.monotonic() - start, 3 * SLOW)
+
+
+class Settings(RemoteTest):
+    def stored(self, content):
+        """Puts a settings file where the host will look."""
+        path = self.folder / "user" / "VOREN TALV Extension" / "Setup.xml"
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(content)
+        return path
+
+    def test_the_file_is_exact_and_read_again(self):
+        self.start_sim("--drop", "100")
+        host = self.start_host()
+        host.ask("assign 5 8")
+        host.ask("assign 255 0")
+        self.assertEqual(host.quit(), 0)
+        expected = settings_file("tty.sim", {5: 8, 255: 0})
+        self.assertEqual(host.settings.read_bytes(), expected)
+        self.assertEqual(expected.split(b"\r\n")[257], b'\t<DevId-Ch id="255" ch="0"/>')
+        self.assertEqual([path.name for path in host.settings.parent.iterdir()], ["Setup.xml"])
+        again = self.start_host()
+        self.assertEqual([again.ask(f"connection {n}")["id"] for n in (8, 0, 1)], [5, 255, 0])
+        self.assertEqual(again.quit(), 0)
+        self.assertEqual(host.settings.read_bytes(), expected)
+
+    def test_odd_files_are_read_as_far_as_they_go(self):
+        self.stored(b'<VOREN-HA-Remote><ComPortName str="tty.gone"/><DevId-Ch id="7"/><DevId-Ch id="300" ch="8"/>'
+                    b'<DevId-Ch id="4294967304" ch="9"/><DevId-Ch id="9" ch="1"/><DevId-Ch id="9" ch="5x"/>'
+                    b'<Else id="3" ch="3"/><DevId-Ch id="10" ch="10"/><DevId-Ch id="11" ch=')
+        self.start_sim("--drop", "100")
+        host = self.start_host()
+        self.assertEqual(host.quit(), 0)
+        self.assertEqual(host.settings.read_bytes(), settings_file("tty.sim", {7: 0, 9: 5, 10: 10}))
+
+    def test_port_option_changes_that_element_only(self):
+        self.start_sim("--drop", "100")
+        other = self.folder / "dev" / "tty.other"
+        sim = self.start_sim("--drop", "100", link=other)
+        path = self.stored(settings_file("tty.sim", {3: 4}))
+        host = self.start_host("--port", "tty.other")
+        sim.wait_heard(BROADCAST, 10)
+        self.assertEqual(path.read_bytes(), settings_file("tty.other", {3: 4}))
+        self.assertEqual(host.quit(), 0)
+        self.assertEqual(path.read_bytes(), settings_file("tty.other", {3: 4}))
+        path.unlink()
+        host = self.start_host("--port", "tty.other")
+        host.wait_event("started", 10)
+        self.assertIn(b'<ComPortName str="tty.other"/>', path.read_bytes())
+        self.assertEqual(host.quit(), 0)
+        self.assertEqual(path.read_bytes(), settings_file("tty.other"))
+
+    def test_a_killed_host_leaves_the_old_file(self):
+        self.start_sim("--drop", "100")
+        path = self.stored(settings_file("tty.sim", {1: 1}))
+        host = self.start_host()
+        host.ask("assign 1 2")
+        host.signal(signal.SIGKILL)
+        self.assertEqual(host.end(), -signal.SIGKILL)
+        self.assertEqual(path.read_bytes(), settings_file("tty.sim", {1: 1}))
+
+    def test_killed_while_it_saves(self):
+        self.start_sim("--drop", "100", log=False)
+        dice = random.Random(8)
+        channel = 0
+        path = self.stored(settings_file("tty.sim", {1: channel}))
+        for turn in range(1, 11):
+            host = self.start_host()
+            host.ask(f"assign 1 {turn}")
+            host.send("quit")
+            time.sleep(dice.uniform(0, 0.6))
+            host.signal(signal.SIGKILL)
+            host.end()
+            content = path.read_bytes()
+            self.assertIn(content, (settings_file("tty.sim", {1: channel}), settings_file("tty.sim", {1: turn})))
+            channel = turn if content == settings_file("tty.sim", {1: turn}) else channel
+
+    def test_a_full_disk_keeps_the_old_file(self):
+        def small_files_only():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096))
+
+        path = self.stored(settings_file("tty.sim", {1: 1}))
+        host = self.start_host(preexec_fn=small_files_only)
+        host.ask("assign 1 2")
+        self.assertEqual(host.quit(), 0)
+        self.assertEqual(path.read_bytes(), settings_file("tty.sim", {1: 1}))
+
+    def test_a_read_only_folder_keeps_the_old_file(self):
+        path = self.stored(settings_file("tty.sim", {1: 1}))
+        host = self.start_host(wrapper=self.read_only(path.parent))
+        host.ask("assign 1 2")
+        self.assertEqual(host.quit(), 0)
+        self.assertEqual(path.read_bytes(), settings_file("tty.sim", {1: 1}))
+
+    def read_only(self, folder):
+        """The words before a command that sees the folder read-only; root may write wherever the mount allows it."""
+        if os.geteuid() != 0:
+            folder.chmod(0o555)
+            self.addCleanup(folder.chmod, 0o755)
+            return []
+        script = 'mount --bind "$0" "$0" && mount -o remount,ro,bind "$0" && exec "$@"'
+        wrapper = ["unshare", "--mount", "sh", "-c", script, str(folder)]
+        if not shutil.which("unshare") or subprocess.run([*wrapper, "true"], capture_output=True).returncode != 0:
+            self.skipTest("as root only with the right to mount")
+        return wrapper
+
+
+class Console(RemoteTest):
+    def test_refused_commands_change_nothing(self):
+        sim, host = self.start()
+        mark = sim.mark()
+        before = host.ask("devices")["devices"]
+        for line in ("bogus", "get", "get 1", "get 1 gain", "get 1 gain 8", "get 1 gain -1", "get 1 gain x",
+                     "get 1 brightness 3", "get 2 gain 0", "get 0 gain 0", "get 256 gain 0", "get 1 nothing",
+                     "set 1 gain 0", "set 1 gain 0 loud", "set 1 gain 0 1.5", "set 1 gain 0 1 2", "set 2 gain 0 1",
+                     "set 1 devName", "assign 1", "assign 256 0", "assign -1 0", "assign x 0", "connection",
+                     "connection x", "sleep", "sleep x", "wait", "wait ready", "wait ready x", 'get 1 "gain'):
+            with self.subTest(line):
+                answer = host.command(line)
+                self.assertIs(answer["ok"], False)
+                self.assertIsInstance(answer["error"], str)
+        self.assertEqual(host.ask("devices")["devices"], before)
+        self.assertEqual(sim.heard(mark), [])
+
+    def test_replies_are_numbered_and_words_may_be_quoted(self):
+        sim, host = self.start()
+        host.send("", "# a remark", "   ", '"get" "1" "gain" 3', "  help ", "# get", "ready")
+        number = host.count(3)
+        self.assertEqual(host.reply(number)["ready"], True)
+        self.assertEqual(host.reply(number - 2)["value"], 72)
+        self.assertTrue(host.reply(number - 1)["commands"])
+        self.assertEqual(host.ask('set 1 devName "a \\"\\u0062"')["value"], 'a "b')
+        replies = [item["reply"] for _, item in host.printed if "reply" in item]
+        self.assertEqual(replies, list(range(1, len(replies) + 1)))
+
+    def test_assignments(self):
+        sim, host = self.start("--devices", "1,2")
+        for line, channel, device in (("assign 1 3", 3, 1), ("assign 2 3", 3, 2), ("assign 2 5", 3, 0),
+                                      ("assign 0 5", 5, 0), ("assign 1 -1", 3, 0)):
+            mark = host.mark()
+            device_id, ch = map(int, line.split()[1:])
+            answer = host.ask(line)
+            self.assertEqual((answer["id"], answer["ch"]), (device_id, ch))
+            host.wait_event("connection", since=mark)
+            answer = host.ask(f"connection {channel}")
+            self.assertEqual((answer["ch"], answer["id"]), (channel, device))
+        host.ask("assign 2 7")
+        self.assertEqual([item["channel"] for item in host.ask("devices")["devices"]], [-1, 7])
+
+    def test_waiting_and_sleeping(self):
+        self.start_sim("--drop", "100")
+        host = self.start_host()
+        answer = host.command("wait ready 100")
+        self.assertEqual((answer["ok"], host.ask("ready")["ready"]), (False, False))
+        start = time.monotonic()
+        host.ask("sleep 400")
+        self.assertGreaterEqual(time.monotonic() - start, 0.39)
+        host.wait_ready()
+        self.assertEqual([item["ready"] for item in host.all(event="ready")], [True])
+
+    def test_first_and_last_words(self):
+        for end in ("quit", "end of input", signal.SIGTERM, signal.SIGINT):
+            with self.subTest(end):
+                host = self.start_host()
+                started = host.wait_event("started", 10)
+                self.assertTrue(started["module"] and started["version"])
+                if end == "quit":
+                    host.ask("quit")
+                elif end == "end of input":
+                    host.process.stdin.close()
+                else:
+                    host.signal(end)
+                self.assertEqual(host.end(), 0)
+                self.assertEqual(host.printed[0][1], started)
+                self.assertEqual(host.printed[-1][1]["event"], "stopped")
+                self.assertEqual(host.all(event="no JSON"), [])
+                self.assertTrue(host.settings.exists())
+
+    def test_a_signal_ends_a_sleep(self):
+        host = self.start_host()
+        host.wait_event("started", 10)
+        host.send("sleep 60000")
+        time.sleep(0.3)
+        host.signal(signal.SIGTERM)
+        self.assertEqual(host.end(10), 0)
+
+    def test_factory(self):
+        host = self.start_host()
+        factory = host.ask("factory")
+        self.assertEqual((factory["vendor"], factory["flags"]), ("Orsola Corporation", 16))
+        self.assertEqual([(each["name"], each["category"]) for each in factory["classes"]], [
+            ("Orsola VOREN TALV Extension", "Service"), ("TALV Param Accessor", "Private"),
+            ("VOREN HA Remote Setup", "Private")])
+        self.assertEqual(factory["classes"][0]["version"], "1.0.0")
+        self.assertEqual(factory["classes"][1]["cid"].replace("-", "").replace(" ", "").upper(),
+                         "A1F1CD5EAC5A4B21ACC55855D48971A2")
+
+    def test_options(self):
+        for option in ("--help", "--version"):
+            done = self.run_program("talv-host", option)
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertTrue(done.stdout)
+        for options in (("--bogus",), ("--inputs", "2041"), ("--inputs", "x"), ("--port",)):
+            done = self.run_program("talv-host", *options)
+            self.assertEqual((done.returncode, done.stdout, done.stderr.count("\n")), (2, "", 1), options)
+        done = self.run_program("talv-host", "--console", "--user-folder", self.folder, "--module", self.folder)
+        self.assertEqual(done.returncode, 1)
+        self.assertTrue(done.stderr)
+
+    def test_the_console_may_change_the_port(self):
+        """Only with a command `port NAME`, which a host may have beyond its contract."""
+        sim = self.start_sim("--devices", "1:One")
+        other = self.start_sim("--devices", "2:Two", link=self.folder / "dev" / "tty.two")
+        host = self.start_host()
+        if not any(text.split()[0] == "port" for text in host.ask("help")["commands"]):
+            self.skipTest("this host has no command port")
+        host.wait_ready()
+        self.settle(sim, host)
+        mark, quiet = host.mark(), sim.mark()
+        host.ask("port tty.two")
+        host.wait_event("ready", since=mark, ready=False)
+        host.wait_event("devices-gone", since=mark)
+        host.wait_event("ready", 20, since=mark, ready=True)
+        self.settle(other, host, 2)
+        self.assertEqual([item["id"] for item in host.ask("devices")["devices"]], [2])
+        self.assertEqual(host.command("get 1 gain 0")["ok"], False)
+        self.assertEqual((other.heard().count(BROADCAST), sim.heard(quiet)), (1, []))
+        self.assertEqual(host.quit(), 0)
+        self.assertEqual(host.settings.read_bytes(), settings_file("tty.two"))
+
+
+if __name__ == "__main__":
+    unittest.main()

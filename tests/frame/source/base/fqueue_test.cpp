@@ -1,0 +1,140 @@
+#include "base/fqueue.h"
+#include <functional>
+#include <gtest/gtest.h>
+#include <vector>
+
+using namespace Tessarine;
+
+namespace {
+class Runner : public FThread {
+public:
+    explicit Runner(std::function<void()> work) : FThread("Runner"), work(std::move(work)) {}
+    ~Runner() override { waitDead(-1); }
+    void entry() override { work(); }
+
+private:
+    std::function<void()> work;
+};
+
+int gItems[100'000];
+
+void* item(intptr_t number) {
+    return &gItems[number];
+}
+
+intptr_t numberOf(void* item) {
+    return item ? static_cast<int*>(item) - gItems : -1;
+}
+
+int gDeleted = 0;
+void countDeleted(void* item) {
+    gDeleted += static_cast<int>(numberOf(item));
+}
+}  // namespace
+
+TEST(FQueueOrder, GivesNullWhenEmpty) {
+    FQueue queue;
+    EXPECT_EQ(queue.removeFirst(), nullptr);
+    EXPECT_EQ(queue.removeLast(), nullptr);
+    queue.append(item(2));
+    queue.add(item(3));
+    queue.prepend(item(1));
+    EXPECT_FALSE(queue.isEmpty());
+    EXPECT_EQ(queue.removeLast(), item(3));
+    EXPECT_EQ(queue.removeFirst(), item(1));
+    EXPECT_EQ(queue.removeFirst(), item(2));
+    EXPECT_TRUE(queue.isEmpty());
+}
+
+TEST(FQueueOrder, LosesNothingBetweenThreads) {
+    constexpr intptr_t kItems = 3000;
+    FQueue queue;
+    std::atomic<intptr_t> sum{0}, taken{0};
+    const auto produce = [&] {
+        for (intptr_t i = 1; i <= kItems; ++i)
+            i % 2 ? queue.append(item(i)) : queue.prepend(item(i));
+    };
+    const auto consume = [&] {
+        while (taken < 2 * kItems) {
+            if (queue.isEmpty()) {
+                sched_yield();
+            } else if (void* got = queue.removeFirst()) {
+                sum += numberOf(got);
+                ++taken;
+            }
+        }
+    };
+    {
+        Runner threads[] = {Runner(produce), Runner(produce), Runner(consume), Runner(consume)};
+        for (Runner& thread : threads)
+            ASSERT_TRUE(thread.run());
+    }
+    EXPECT_EQ(sum, kItems * (kItems + 1));
+    EXPECT_TRUE(queue.isEmpty());
+}
+
+TEST(FLockFreeQueueRoom, IsOneLessOnceTheReaderHasMoved) {
+    FLockFreeQueue queue(4, nullptr);
+    EXPECT_EQ(queue.pop(), nullptr);
+    EXPECT_TRUE(queue.push(item(1)));
+    EXPECT_EQ(queue.peek(), item(1));
+    EXPECT_EQ(queue.pop(), item(1));
+    for (intptr_t i = 2; i <= 4; ++i)
+        EXPECT_TRUE(queue.push(item(i)));
+    EXPECT_FALSE(queue.push(item(5)));
+    for (intptr_t i = 2; i <= 4; ++i)
+        EXPECT_EQ(queue.pop(), item(i));
+    EXPECT_EQ(queue.pop(), nullptr);
+}
+
+TEST(FLockFreeQueueRoom, ReadsAsEmptyAfterOneTooManyFromTheStart) {
+    FLockFreeQueue queue(4, countDeleted);
+    gDeleted = 0;
+    for (intptr_t i = 1; i <= 4; ++i)
+        EXPECT_TRUE(queue.push(item(i)));
+    EXPECT_EQ(queue.pop(), nullptr);
+    queue.flush();
+    EXPECT_EQ(gDeleted, 0);
+}
+
+TEST(FLockFreeQueueRoom, EndsWithTheDeleter) {
+    gDeleted = 0;
+    {
+        FLockFreeQueue queue(8, countDeleted);
+        for (intptr_t i = 1; i <= 3; ++i)
+            queue.push(item(i));
+        queue.flush();
+        EXPECT_EQ(gDeleted, 6);
+        EXPECT_EQ(queue.pop(), nullptr);
+        queue.push(item(10));
+    }
+    EXPECT_EQ(gDeleted, 16);
+    FLockFreeQueue tiny(-3, nullptr);
+    EXPECT_TRUE(tiny.push(item(1))) << "room for one, which reads as empty at once";
+    EXPECT_EQ(tiny.pop(), nullptr);
+}
+
+TEST(FLockFreeQueueRoom, KeepsTheOrderBetweenTwoThreads) {
+    constexpr intptr_t kItems = 50'000;
+    FLockFreeQueue queue(16, nullptr);
+    std::atomic<intptr_t> popped{0};
+    Runner producer([&] {
+        for (intptr_t i = 0; i < kItems; ++i) {
+            while (i - popped >= 15)  // never one too many
+                sched_yield();
+            gItems[i] = static_cast<int>(i);  // written before it is seen
+            EXPECT_TRUE(queue.push(item(i)));
+        }
+    });
+    ASSERT_TRUE(producer.run());
+    while (popped < kItems) {
+        void* got = queue.pop();
+        if (!got) {
+            sched_yield();
+            continue;
+        }
+        ASSERT_EQ(numberOf(got), popped);
+        ASSERT_EQ(*static_cast<int*>(got), popped);
+        ++popped;
+    }
+}

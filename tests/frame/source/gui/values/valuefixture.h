@@ -1,0 +1,116 @@
+#pragma once
+#include "base/source/updatehandler.h"
+#include "gui/values/uvalue.h"
+#include "pluginterfaces/gui/iplugcontroller.h"
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Tessarine {
+
+using Log = std::vector<std::string>;
+
+inline std::u16string textOf(IValue* value) {
+    int32_t size = 0;
+    value->toString2(nullptr, &size);
+    std::u16string text(size_t(size), u'#');
+    value->toString2(text.data(), nullptr);
+    EXPECT_EQ(text.back(), u'\0');
+    text.pop_back();
+    return text;
+}
+
+inline uint32_t referencesOf(FUnknown* object) {
+    object->addRef();
+    return object->release();
+}
+
+/** Notes each update as "<name> <message>". */
+class Watcher : public FObject {
+public:
+    explicit Watcher(Log& log, std::string name = "view") : log(log), name(std::move(name)) {}
+    void update(FUnknown*, int32_t message) override { log.push_back(name + " " + std::to_string(message)); }
+
+private:
+    Log& log;
+    const std::string name;
+};
+
+/** An owner that notes its updates, and "discard" where a session was given up; it counts its living objects. */
+class Owner : public CmObject {
+public:
+    explicit Owner(Log& log) : log(log) { ++living; }
+    ~Owner() override { --living; }
+    using CmObject::update;
+    void update(CmObject* object, int32_t message) override {
+        const auto* value = classCast<UValue>(object);
+        const bool discarding = value && (value->getState() & UValue::kDiscarding);
+        log.push_back((discarding ? "discard " : "owner ") + std::to_string(message));
+        if (failing)
+            throw std::string("owner fails");
+    }
+    int32_t notify(FMessage*) override {
+        log.push_back("notify");
+        return 1;
+    }
+
+    static inline int32_t living = 0;
+    bool failing = false;
+
+private:
+    Log& log;
+};
+
+/** A plug-in's controller; with Face IPlugController4 it takes part in edit sessions. */
+template <class Face>
+class Controller : public Face {
+public:
+    explicit Controller(Log& log) : log(log) {}
+    virtual ~Controller() = default;
+    int32_t queryInterface(const char* iid, void** obj) override {
+        const bool found = answerInterface<Face>(this, iid, obj) || answerInterface<IPlugController>(this, iid, obj) ||
+                           answerInterface<FUnknown>(this, iid, obj);
+        return found ? kResultOk : noInterface(obj);
+    }
+    uint32_t addRef() override { return uint32_t(++references); }
+    uint32_t release() override { return uint32_t(--references); }
+    IParameter* getParameter(const char*) override { return nullptr; }
+    void parameterChanged(IParameter* parameter, int32_t tag) override {
+        log.push_back("changed " + std::to_string(tag) + "=" + std::to_string(parameter->getValueInt()));
+    }
+
+    int32_t references = 1;
+
+protected:
+    Log& log;
+};
+
+class EditController : public Controller<IPlugController4> {
+public:
+    using Controller::Controller;
+    void beginEdit(IParameter* parameter) override {
+        log.push_back("begin " + std::to_string(parameter->getValueInt()));
+    }
+    void endEdit(IParameter* parameter) override { log.push_back("end " + std::to_string(parameter->getValueInt())); }
+};
+
+/** A real update handler and a log that the test reads. */
+class ValueTest : public testing::Test {
+protected:
+    ValueTest() : handler(UpdateHandler::instance()) {
+        if (!handler)
+            handler = OPtr<UpdateHandler>(new UpdateHandler);
+    }
+    /** The next turn of the main loop. */
+    Log flush() {
+        handler->triggerDeferedUpdates(nullptr);
+        return take();
+    }
+    Log take() { return std::exchange(log, {}); }
+
+    IPtr<UpdateHandler> handler;
+    Log log;
+};
+
+}  // namespace Tessarine

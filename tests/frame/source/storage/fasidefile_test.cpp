@@ -1,0 +1,221 @@
+#include "storage/fasidefile.h"
+#include "storage/fbstream.h"
+#include "tempfolder.h"
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/ptrace.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace Tessarine {
+namespace {
+constexpr int32_t kLines = 12;
+const std::string kLine(700, 'n');
+const std::string kOld = "the old content, which is shorter";
+constexpr int32_t kNotPermitted = 77;
+
+std::string newContent() {
+    std::string text;
+    for (int32_t i = 0; i < kLines; ++i)
+        text += kLine;
+    return text;
+}
+
+bool save(const FPath& path) {
+    FAsideFile file(gFileSystem, path);
+    if (!file.getStream())
+        return false;
+    for (int32_t i = 0; i < kLines; ++i)
+        file.getStream()->writeRaw(kLine.data(), int64_t(kLine.size()));
+    return file.commit();
+}
+
+/** What the function answers in a process of its own. */
+int32_t inChild(const std::function<int32_t()>& function) {
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(function());
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+class AsideFile : public testing::Test {
+protected:
+    AsideFile() { temp.write("Setup.xml", kOld); }
+    void expectAlone(const std::string& content) {
+        EXPECT_EQ(temp.read("Setup.xml"), content);
+        EXPECT_EQ(temp.names(), (std::set<std::string>{"Setup.xml"}));
+    }
+
+    TempFolder temp;
+    FNPath path = temp.at("Setup.xml");
+};
+
+TEST_F(AsideFile, ReplacesTheOldFile) {
+    EXPECT_TRUE(save(path));
+    expectAlone(newContent());
+    std::filesystem::remove(temp / "Setup.xml");
+    EXPECT_TRUE(save(path));
+    expectAlone(newContent());
+}
+
+TEST_F(AsideFile, WithoutCommitNothingHappened) {
+    {
+        FAsideFile file(gFileSystem, path);
+        ASSERT_NE(file.getStream(), nullptr);
+        file.getStream()->writeRaw("x", 1);
+        EXPECT_EQ(temp.read("Setup.xml"), kOld);
+    }
+    expectAlone(kOld);
+}
+
+TEST_F(AsideFile, CommitFailsOnceAndForAll) {
+    std::filesystem::remove(temp / "Setup.xml");
+    std::filesystem::create_directory(temp / "Setup.xml");
+    FAsideFile file(gFileSystem, path);
+    ASSERT_NE(file.getStream(), nullptr);
+    EXPECT_FALSE(file.commit());
+    EXPECT_EQ(file.getStream(), nullptr);
+    EXPECT_FALSE(file.commit());
+    EXPECT_EQ(temp.names().size(), 1u);
+    FAsideFile nowhere(gFileSystem, temp.at("missing/Setup.xml"));
+    EXPECT_FALSE(nowhere.commit());
+}
+
+TEST_F(AsideFile, RemovesWhatCrashesLeftAndNothingElse) {
+    const std::string mark = ".0123456789ABCDEF0123456789ABCDEF";
+    temp.write("Setup.xml" + mark + ".aside", "stale");
+    std::set<std::string> kept = {"Setup.xml", "Setup.xml.aside", "Setup.xml" + mark, "Other.xml" + mark + ".aside",
+                                  "Setup.xml.0123456789abcdef0123456789abcdef.aside"};
+    for (const std::string& name : kept)
+        temp.write(name, "kept");
+    EXPECT_TRUE(save(path));
+    EXPECT_EQ(temp.names(), kept);
+}
+
+TEST_F(AsideFile, OfTwoSaversTheLaterWinsWhole) {
+    FAsideFile first(gFileSystem, path);
+    first.getStream()->writeRaw("first", 5);
+    FAsideFile second(gFileSystem, path);
+    second.getStream()->writeRaw("second", 6);
+    first.getStream()->writeRaw("first", 5);
+    EXPECT_FALSE(first.commit());
+    EXPECT_TRUE(second.commit());
+    expectAlone("second");
+}
+
+TEST_F(AsideFile, StaysOldWhenTheFileCannotGrow) {
+    const auto whole = rlim_t(newContent().size());
+    for (const rlim_t limit : {rlim_t(0), rlim_t(1), rlim_t(kLine.size()), whole / 2, whole - 1, whole}) {
+        SCOPED_TRACE(limit);
+        const int32_t saved = inChild([&] {
+            const rlimit most = {limit, limit};
+            ::signal(SIGXFSZ, SIG_IGN);
+            ::setrlimit(RLIMIT_FSIZE, &most);
+            return int32_t(save(path));
+        });
+        EXPECT_EQ(saved, limit == whole);
+        expectAlone(limit == whole ? newContent() : kOld);
+    }
+}
+
+bool haveOwnMounts() {
+    if (::unshare(CLONE_NEWNS) != 0) {
+        const std::string map = std::to_string(::getuid()) + " " + std::to_string(::getuid()) + " 1";
+        if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+            return false;
+        std::ofstream("/proc/self/uid_map") << map;
+    }
+    return ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
+/** Saves on a disk of 16 kilobytes that is full but for the free ones, or read-only. Bits: 1 saved, 2 the old file
+    isn't there, 4 something was left behind. */
+int32_t saveOnSmallDisk(const TempFolder& temp, size_t freeBytes, bool readOnly) {
+    const std::string top = temp / "";
+    if (!haveOwnMounts() || ::mount("none", top.c_str(), "tmpfs", 0, "size=16k") != 0)
+        return kNotPermitted;
+    temp.write("Setup.xml", kOld);
+    temp.write("filler", std::string(16384 - 4096 - freeBytes, 'f'));
+    if (readOnly && ::mount(nullptr, top.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0)
+        return kNotPermitted;
+    const bool saved = save(temp.at("Setup.xml"));
+    const bool kept = temp.read("Setup.xml") == kOld;
+    return saved + 2 * !kept + 4 * (temp.names().size() != 2);
+}
+
+TEST_F(AsideFile, StaysOldOnAFullOrReadOnlyDisk) {
+    struct DiskRow {
+        const char* name;
+        size_t freeBytes;
+        bool readOnly;
+        int32_t expected;
+    };
+    constexpr DiskRow kDisks[] = {
+        {"full",            0,     false, 0    },
+        {"full in between", 4096,  false, 0    },
+        {"room enough",     12288, false, 1 + 2},
+        {"read-only",       12288, true,  0    },
+    };
+    for (const DiskRow& row : kDisks) {
+        SCOPED_TRACE(row.name);
+        const int32_t answer = inChild([&] { return saveOnSmallDisk(temp, row.freeBytes, row.readOnly); });
+        if (answer == kNotPermitted)
+            GTEST_SKIP() << "no file system can be mounted here";
+        EXPECT_EQ(answer, row.expected);
+    }
+}
+
+enum Ending { kKilled, kFinished, kNotTraced };
+
+/** Saves in a process of its own, which is killed at the border of a system call, the number of which counts from 0. */
+Ending saveAndKill(const FPath& path, int32_t border) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
+            ::_exit(kNotPermitted);
+        ::raise(SIGSTOP);
+        ::_exit(!save(path));
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    for (int32_t i = 0; i < border && WIFSTOPPED(status); ++i) {
+        ::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
+        ::waitpid(child, &status, 0);
+    }
+    if (WIFEXITED(status))
+        return WEXITSTATUS(status) == 0 ? kFinished : kNotTraced;
+    ::kill(child, SIGKILL);
+    ::waitpid(child, &status, 0);
+    return kKilled;
+}
+
+TEST_F(AsideFile, IsOldOrNewWhereverTheProcessIsKilled) {
+    int32_t olds = 0, news = 0;
+    for (int32_t border = 0;; ++border) {
+        temp.write("Setup.xml", kOld);
+        const Ending ending = saveAndKill(path, border);
+        if (ending == kNotTraced)
+            GTEST_SKIP() << "processes can't be traced here";
+        const std::string content = temp.read("Setup.xml");
+        ASSERT_TRUE(content == kOld || content == newContent()) << "killed at border " << border;
+        ASSERT_LE(temp.names().size(), 2u);  // what one crash left is gone with the next save
+        ++(content == kOld ? olds : news);
+        if (ending == kFinished)
+            break;
+    }
+    EXPECT_GT(olds, 2 * kLines);  // each write was hit on both sides
+    EXPECT_GT(news, 1);
+    EXPECT_TRUE(save(path));
+    expectAlone(newContent());
+}
+
+}  // namespace
+}  // namespace Tessarine

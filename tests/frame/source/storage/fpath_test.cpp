@@ -1,0 +1,107 @@
+#include "storage/fpath.h"
+#include "storage/hooks.h"
+#include "tempfolder.h"
+#include <gtest/gtest.h>
+
+namespace Tessarine {
+namespace {
+
+struct PathRow {
+    const char16_t* text;
+    const char16_t* folders;
+    const char16_t* name;
+    bool folder;
+    const char16_t* above;  // null: nothing above
+};
+constexpr PathRow kPaths[] = {
+    {u"/a/b.txt", u"/a/", u"b.txt", false, u"/a"   },
+    {u"/a/b/",    u"/a/", u"b",     true,  u"/a"   },
+    {u"/a/b///",  u"/a/", u"b",     true,  u"/a"   },
+    {u"/a",       u"/",   u"a",     false, u"/"    },
+    {u"/",        u"/",   u"",      true,  nullptr },
+    {u"a/b",      u"a/",  u"b",     false, u"a"    },
+    {u"a",        u"",    u"a",     false, nullptr },
+    {u"",         u"",    u"",      false, nullptr },
+};
+
+std::u16string textOf(const FPath& path) {
+    FString text;
+    path.getFullPath(text);
+    return text.text16();
+}
+
+TEST(FPath, SplitsAndAscends) {
+    for (const PathRow& row : kPaths) {
+        SCOPED_TRACE(testing::PrintToString(std::u16string(row.text)));
+        FPath path;
+        path.fromString(row.text, kFilePath);
+        EXPECT_EQ(std::u16string(path.getPathName()), row.folders);
+        EXPECT_EQ(std::u16string(path.getName()), row.name);
+        EXPECT_EQ(path.isFolder(), row.folder);
+        const std::u16string before = textOf(path);
+        ASSERT_EQ(path.ascend(), row.above != nullptr);
+        EXPECT_EQ(textOf(path), row.above ? row.above : before);
+        EXPECT_EQ(path.isFolder(), row.above || row.folder);
+    }
+}
+
+TEST(FPath, WhatWasDescendedIsAscended) {
+    FNPath path(u"/home", kFolderPath);
+    path.descend(u"settings", kFolderPath);
+    path.descend(u"Setup.xml", kFilePath);
+    EXPECT_EQ(textOf(path), u"/home/settings/Setup.xml");
+    EXPECT_TRUE(path.isFile());
+    for (const char16_t* expected : {u"/home/settings", u"/home", u"/"}) {
+        ASSERT_TRUE(path.ascend());
+        EXPECT_EQ(textOf(path), expected);
+    }
+    EXPECT_FALSE(path.ascend());
+    path.descend(u"x", kFilePath);
+    EXPECT_EQ(textOf(path), u"/x");
+}
+
+class StandardFolder : public testing::Test {
+protected:
+    ~StandardFolder() override { gStorageHooks = {}; }
+    static bool folderOf(int32_t number, FNPath& folder) {
+        folder = *userFolder;
+        folder.descend(u"deep/down", kFolderPath);
+        return number == kUserFolder;
+    }
+
+    TempFolder temp;
+    FNPath top = temp.self();
+    static inline const FNPath* userFolder;
+};
+
+TEST_F(StandardFolder, IsMadeWhenAskedFor) {
+    userFolder = &top;
+    gStorageHooks.standardFolder = folderOf;
+    const FNPath looked(u"Setup.xml", kUserFolder, kFilePath, nullptr, false);
+    EXPECT_EQ(temp.names().size(), 0u);
+    const FNPath made(u"Setup.xml", kUserFolder, kFilePath, u"sub", true);
+    EXPECT_EQ(textOf(looked), textOf(top) + u"/deep/down/Setup.xml");
+    EXPECT_EQ(textOf(made), textOf(top) + u"/deep/down/sub/Setup.xml");
+    EXPECT_TRUE(std::filesystem::is_directory(temp / "deep/down/sub"));
+}
+
+TEST_F(StandardFolder, UnknownGivesNoPathAtAll) {
+    userFolder = &top;
+    EXPECT_TRUE(FNPath(u"Setup.xml", kUserFolder, kFilePath, nullptr, true).isEmpty());
+    gStorageHooks.standardFolder = folderOf;
+    EXPECT_TRUE(FNPath(u"Setup.xml", kApplicationFolder, kFilePath, nullptr, true).isEmpty());
+    EXPECT_EQ(temp.names().size(), 0u);
+}
+
+TEST(FFileType, EqualByTheMarksBothHave) {
+    const FFileType xml(u"XML File", u"xml", u"xml", 0, u"text/xml");
+    EXPECT_TRUE(xml == FFileType(u"Something", u"XML"));
+    EXPECT_FALSE(xml == FFileType(u"XML File", u"xml", nullptr, 0, u"text/plain"));
+    EXPECT_FALSE(xml == FFileType(u"XML File"));
+    EXPECT_FALSE(FFileType() == FFileType());
+    EXPECT_FALSE(FFileType(u"Name").isValid());
+    EXPECT_TRUE(FFileType(nullptr, nullptr, nullptr, 1).isValid());
+}
+
+}  // namespace
+}  // namespace Tessarine

@@ -1,0 +1,265 @@
+#include "storage/fxmlparser2.h"
+#include "base/source/classfactory.h"
+#include "pluginterfaces/base/istringresult.h"
+#include "storage/fmstream.h"
+#include <algorithm>
+#include <functional>
+#include <gtest/gtest.h>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace Tessarine {
+namespace {
+
+/** Writes down what it hears, and does what a test wants at a start tag. */
+class Listener : public FObject, public INewXmlHandler {
+public:
+    int32_t queryInterface(const char* iid, void** obj) override {
+        return answerInterface<INewXmlHandler>(this, iid, obj) ? int32_t(kResultOk) : FObject::queryInterface(iid, obj);
+    }
+    void startTag(INewXmlParser* parser, const char* name, const char** attributes) override {
+        heard += std::string("<") + name;
+        for (; *attributes; attributes += 2)
+            heard += std::string(" ") + attributes[0] + "=" + attributes[1];
+        heard += ">";
+        if (onStart)
+            onStart(parser, name);
+    }
+    void endTag(INewXmlParser*, const char* name) override { heard += std::string("</") + name + ">"; }
+    void charData(INewXmlParser*, const char* data, int32_t length) override { heard.append(data, size_t(length)); }
+    void comment(INewXmlParser*, const char* text) override { heard += std::string("{") + text + "}"; }
+    uint32_t references() { return addRef(), release(); }
+    FORWARD_REFCOUNT(FObject)
+
+    std::string heard;
+    std::function<void(INewXmlParser*, const std::string&)> onStart;
+};
+
+class TextResult : public FObject, public IStringResult {
+public:
+    int32_t queryInterface(const char* iid, void** obj) override { return FObject::queryInterface(iid, obj); }
+    void setText(const char* newText) override { text = newText; }
+    FORWARD_REFCOUNT(FObject)
+
+    std::string text;
+};
+
+class XmlReading : public testing::Test {
+protected:
+    bool process(const std::string& text) {
+        stream.setSize(0);
+        stream.writeRaw(text.data(), int64_t(text.size()));
+        stream.rewind();
+        return parser.process(&stream);
+    }
+    std::string context() {
+        TextResult result;
+        return parser.getErrorContext(result) ? result.text : "no error";
+    }
+
+    FMemoryStream stream;
+    Listener listener;
+    FXmlParser2 parser{&listener, nullptr};
+};
+
+TEST_F(XmlReading, TellsInTheOrderOfTheDocument) {
+    EXPECT_TRUE(process("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+                        "<a x=\"1\" y=\"&lt;&#228;\"><b/>t&amp;u<!-- c --></a>"));
+    EXPECT_EQ(listener.heard, "<a x=1 y=<\xC3\xA4><b></b>t&u{ c }</a>");
+    EXPECT_EQ(context(), "no error");
+}
+
+TEST_F(XmlReading, GoesOverItsBlocks) {
+    std::string text = "<all>";
+    for (int32_t i = 0; i < 9000; ++i)
+        text += "<row i=\"" + std::to_string(i) + "\"/>";
+    EXPECT_TRUE(process(text + "</all>"));
+    EXPECT_EQ(std::ranges::count(listener.heard, '='), 9000);
+    EXPECT_NE(listener.heard.find("<row i=8999>"), std::string::npos);
+}
+
+struct FaultRow {
+    const char* text;
+    const char* heard;
+    const char* context;
+};
+constexpr FaultRow kFaults[] = {
+    {"",                              "",               "Xml Error: no element found \r\nLine: 1"            },
+    {"<a>\n<b/>\n<c",                 "<a>\n<b></b>\n", "Xml Error: unclosed token \r\nLine: 3"              },
+    {"<a>\n</b>",                     "<a>\n",          "Xml Error: mismatched tag \r\nLine: 2"              },
+    {"<a><b n=\"&dollar;\"/><c/></a>", "<a>",           "Xml Error: undefined entity \r\nLine: 1"            },
+    {"<a>\xFF</a>",                   "<a>",            "Xml Error: not well-formed (invalid token) \r\nLine: 1"},
+};
+
+TEST_F(XmlReading, WhatCameBeforeAFaultStaysTold) {
+    for (const FaultRow& row : kFaults) {
+        SCOPED_TRACE(row.text);
+        EXPECT_FALSE(process(row.text));
+        EXPECT_EQ(listener.heard, row.heard);
+        EXPECT_EQ(context(), row.context);
+        EXPECT_TRUE(parser.reset(nullptr));
+        listener.heard.clear();
+    }
+    EXPECT_TRUE(process("<again/>"));
+    EXPECT_EQ(listener.heard, "<again></again>");
+}
+
+TEST_F(XmlReading, CutOffAnywhereNeverSucceeds) {
+    const std::string whole = "\xEF\xBB\xBF<?xml version=\"1.0\"?><a x=\"1\">t<b/></a>";
+    for (size_t length = 0; length < whole.size(); ++length) {
+        SCOPED_TRACE(length);
+        EXPECT_FALSE(process(whole.substr(0, length)));
+        parser.reset(nullptr);
+    }
+}
+
+TEST_F(XmlReading, LeavesWhatFollowsInTheStream) {
+    EXPECT_TRUE(process("<a/>  rest"));
+    EXPECT_EQ(stream.tell(), 6);
+}
+
+TEST_F(XmlReading, StopsForGood) {
+    listener.onStart = [](INewXmlParser* source, const std::string& name) {
+        EXPECT_TRUE(name != "b" || source->stop());
+    };
+    EXPECT_FALSE(process("<a>\n<b/><c/></a>"));
+    EXPECT_EQ(listener.heard.substr(0, 7), "<a>\n<b>");
+    EXPECT_EQ(listener.heard.find("<c>"), std::string::npos);
+    EXPECT_EQ(context(), "Xml Error: parsing aborted \r\nLine: 1");
+}
+
+TEST_F(XmlReading, GoesOnAfterAPause) {
+    listener.onStart = [](INewXmlParser* source, const std::string&) { EXPECT_TRUE(source->suspend()); };
+    EXPECT_TRUE(process("<a><b/><c/></a>"));
+    EXPECT_EQ(listener.heard, "<a>");
+    EXPECT_FALSE(parser.setEncoding("utf-8"));
+    EXPECT_TRUE(parser.resume(&stream));
+    EXPECT_TRUE(parser.resume(&stream));
+    EXPECT_TRUE(parser.resume(&stream));
+    EXPECT_EQ(listener.heard, "<a><b></b><c></c></a>");
+    EXPECT_FALSE(parser.resume(&stream));
+}
+
+TEST_F(XmlReading, TakesTheEncodingItIsTold) {
+    EXPECT_TRUE(parser.reset("iso-8859-1"));
+    EXPECT_TRUE(process("<a x=\"\xE4\"/>"));
+    EXPECT_EQ(listener.heard, "<a x=\xC3\xA4></a>");
+}
+
+TEST_F(XmlReading, SharesItsHandler) {
+    EXPECT_EQ(listener.references(), 2u);
+    {
+        FXmlParser2 second(&listener);
+        EXPECT_EQ(listener.references(), 3u);
+        listener.onStart = [](INewXmlParser* source, const std::string&) { source->setHandler(nullptr); };
+        stream.writeRaw("<a><b/></a>", 11);
+        stream.rewind();
+        EXPECT_TRUE(second.process(&stream));  // nobody listens any more
+        EXPECT_EQ(listener.heard, "<a>");
+        EXPECT_EQ(listener.references(), 2u);
+    }
+    parser.setHandler(nullptr);
+    EXPECT_EQ(listener.references(), 1u);
+}
+
+TEST(XmlClasses, AreMadeByIdentifier) {
+    OPtr<FUnknown> made(ClassFactory::instance(false)->createObjectByID(INewXmlParser::iid));
+    FUnknownPtr<INewXmlParser> parser(made);
+    FMemoryStream stream;
+    ASSERT_TRUE(parser);
+    EXPECT_FALSE(parser->process(&stream));
+    EXPECT_FALSE(parser->process(nullptr));
+}
+
+TEST(XmlAttributes, TheFirstOfANameCounts) {
+    const char* pairs[] = {"id", "5", "ch", "8", "id", "6", nullptr};
+    const XmlAttributeAccessor accessor(pairs);
+    EXPECT_EQ(accessor.count, 3);
+    EXPECT_STREQ(accessor.lookupValue("id"), "5");
+    EXPECT_STREQ(accessor.lookupValue("ch"), "8");
+    EXPECT_EQ(accessor.lookupValue("5"), nullptr);
+    EXPECT_EQ(XmlAttributeAccessor(nullptr).lookupValue("id"), nullptr);
+}
+
+class XmlWriting : public testing::Test {
+protected:
+    std::string written() { return {stream.getData(), size_t(stream.getSize())}; }
+
+    FMemoryStream stream;
+    XmlWriter2 writer{&stream};
+};
+
+TEST_F(XmlWriting, OneTagALine) {
+    EXPECT_TRUE(writer.writeIntro(true));
+    EXPECT_TRUE(writer.writeStartTag("root", kXmlStartTagOpen));
+    EXPECT_TRUE(writer.beginStartTag("ComPortName"));
+    EXPECT_TRUE(writer.appendAttribute8("str", "tty$"));
+    EXPECT_TRUE(writer.appendAttribute8("none", nullptr));
+    EXPECT_EQ(stream.getSize(), 51);  // a line goes out when it is whole
+    EXPECT_TRUE(writer.finishStartTag(kXmlStartTagEmpty));
+    EXPECT_TRUE(writer.writeStartTag("in", kXmlStartTagOpen));
+    EXPECT_TRUE(writer.beginStartTag("DevId-Ch"));
+    EXPECT_TRUE(writer.appendIntAttribute("ch", -1));
+    EXPECT_TRUE(writer.appendUIntAttribute("most", std::numeric_limits<uint64_t>::max()));
+    EXPECT_TRUE(writer.appendFloatAttribute("half", 0.5));
+    EXPECT_TRUE(writer.appendAttribute16("wide", u"\u00E4<"));
+    EXPECT_TRUE(writer.finishStartTag(kXmlStartTagEmpty));
+    EXPECT_TRUE(writer.writeEndTag("in", false));
+    EXPECT_TRUE(writer.writeComment8("8 & bits"));
+    EXPECT_TRUE(writer.writeComment16(u"16 \u00E4"));
+    EXPECT_TRUE(writer.writeEndTag("root", false));
+    EXPECT_EQ(written(), "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+                         "<root>\r\n"
+                         "\t<ComPortName str=\"tty&dollar;\" none=\"\"/>\r\n"
+                         "\t<in>\r\n"
+                         "\t\t<DevId-Ch ch=\"-1\" most=\"18446744073709551615\" half=\"0.5\""
+                         " wide=\"\xC3\xA4&lt;\"/>\r\n"
+                         "\t</in>\r\n"
+                         "<!-- 8 & bits -->\r\n"
+                         "<!-- 16 \xC3\xA4 -->\r\n"
+                         "</root>\r\n");
+}
+
+TEST_F(XmlWriting, EverythingOnOneLine) {
+    writer.setUseBlanks(true);
+    writer.writeIntro(false);
+    writer.writeStartTag("a", kXmlStartTagOpen);
+    writer.writeStartTag("b", kXmlStartTagOpen);
+    writer.setNoLineBreaks(true);
+    writer.writeString8("'t' & \xC3\xA4");
+    writer.writeString16(u"<\u00E4>");
+    writer.writeInt(std::numeric_limits<int64_t>::min());
+    writer.writeFloat(-2.5);
+    EXPECT_TRUE(writer.writeEndTag("b", true));
+    EXPECT_TRUE(writer.writeEndTag("a", false));
+    EXPECT_EQ(written(), "<?xml version=\"1.0\"?>\r\n"
+                         "<a>\r\n"
+                         "   <b>\r\n"
+                         "'t' &amp; \xC3\xA4&lt;\xC3\xA4&gt;-9223372036854775808"
+                         "-2.5</b>\r\n"
+                         "</a>\r\n");
+}
+
+TEST_F(XmlWriting, FloatsReadAsTheSameNumber) {
+    for (const double value : {0.1, 1.0 / 3, 5e-324, 1.7976931348623157e308, -0.0001234, 2.0}) {
+        stream.setSize(0);
+        ASSERT_TRUE(writer.writeFloat(value));
+        char expected[128];
+        std::snprintf(expected, sizeof expected, "%.50g", value);
+        EXPECT_EQ(written(), expected);
+    }
+}
+
+TEST(XmlWritingFails, WhenTheStreamTakesNoMore) {
+    char memory[16];
+    FMemoryStream stream(memory, sizeof memory);
+    XmlWriter2 writer(&stream), nowhere(nullptr);
+    EXPECT_TRUE(writer.writeStartTag("fits", kXmlStartTagOpen));
+    EXPECT_FALSE(writer.writeStartTag("does not fit", kXmlStartTagOpen));
+    EXPECT_FALSE(nowhere.writeIntro(true));
+    EXPECT_FALSE(writer.writeString8(nullptr));
+}
+
+}  // namespace
+}  // namespace Tessarine

@@ -1,0 +1,49 @@
+#pragma once
+#include "storage/fpath.h"
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+
+namespace Tessarine {
+
+/** A real folder that goes with the test. */
+class TempFolder {
+public:
+    TempFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "storage.XXXXXX").string();
+        path = ::mkdtemp(name.data());
+    }
+    ~TempFolder() { std::filesystem::remove_all(path); }
+    TempFolder(const TempFolder&) = delete;
+
+    std::string operator/(const std::string& name) const { return (path / name).string(); }
+    FNPath at(const std::string& name) const { return pathOf(path / name); }
+    FNPath self() const { return pathOf(path); }
+    void write(const std::string& name, const std::string& text) const {
+        std::ofstream(path / name, std::ios::binary) << text;
+    }
+    std::string read(const std::string& name) const {
+        std::ifstream file(path / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    std::set<std::string> names() const {
+        std::set<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(path))
+            found.insert(entry.path().filename());
+        return found;
+    }
+
+private:
+    static FNPath pathOf(const std::filesystem::path& path) {
+        FString text;
+        text.fromUTF8(path.c_str());
+        return FNPath(text.text16(), kFilePath);
+    }
+
+    std::filesystem::path path;
+};
+
+}  // namespace Tessarine

@@ -1,0 +1,384 @@
+#include "source/TALV_Extension/COM Port/TALV_COMPortMac.h"
+#include "source/TALV_Extension/TALV_DataManager.h"
+#include "tests/source/TALV_Extension/pseudoterminal.h"
+#include "tests/source/TALV_Extension/testhost.h"
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <numeric>
+#include <thread>
+
+using namespace TALV;
+using namespace TALV::Test;
+
+namespace {
+using Bytes = std::vector<unsigned char>;
+
+/** What a port can do without a device: the records in its ring. */
+class Records : public TALV_COMPort {
+public:
+    Records() { initialize(); }
+    int32_t openPort() override { return 1; }
+    int32_t closePort() override { return 1; }
+    int32_t sendMessage(const unsigned char*, int32_t) override { return 1; }
+    int32_t receiveMessage() override { return 1; }
+    void updateCOMInfo() override {}
+
+    void put(const Bytes& bytes) { ring().write(bytes.data(), int32_t(bytes.size())); }
+    void putRecord(int32_t length, const Bytes& bytes) {
+        Bytes record(sizeof(length));
+        std::memcpy(record.data(), &length, sizeof(length));
+        record.insert(record.end(), bytes.begin(), bytes.end());
+        put(record);
+    }
+    Bytes take(int32_t size, int32_t* total = nullptr) {
+        Bytes bytes(size_t(size) + 1, 0);
+        const int32_t count = readData(bytes.data(), size);
+        if (total)
+            *total = count;
+        bytes.resize(size_t(count));
+        return bytes;
+    }
+    TALV_CircularBuffer& ring() { return *buffer; }
+};
+
+class Port : public testing::Test {
+protected:
+    Port() : dataManager(&host, &manager) {
+        naming.folder = folder.path.string() + "/";
+        host.naming = &naming;
+        host.platform = &platform;
+        dataManager.intialize();
+        FObject::gUpdateHandler->addDependent(dataManager.comPortValue, &manager);
+    }
+    ~Port() override {
+        FObject::gUpdateHandler->removeDependent(dataManager.comPortValue, &manager);
+        dataManager.removeAllCOMPort();
+    }
+    std::unique_ptr<PseudoTerminal> line(const char* name) {
+        return std::make_unique<PseudoTerminal>(folder.path / name);
+    }
+    void choose(const char* name) { dataManager.comPortValue->fromString2(String(name).text16(), true); }
+    std::string current() { return dataManager.getCurrentCOMPortStr().text8(); }
+    std::vector<std::string> listed() {
+        std::vector<std::string> names;
+        while (dataManager.getCOMPort(int32_t(names.size())).length() > 0)
+            names.emplace_back(dataManager.getCOMPort(int32_t(names.size())).text8());
+        return names;
+    }
+    /** The reader looks twice a second. */
+    Bytes receive(TALV_COMPortMac& port, size_t count) {
+        Bytes bytes(1024);
+        size_t total = 0;
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        while (total < count && std::chrono::steady_clock::now() < end) {
+            total += size_t(port.readData(bytes.data() + total, int32_t(bytes.size() - total)));
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        bytes.resize(total);
+        return bytes;
+    }
+
+    Updates updates;
+    TempFolder folder;
+    TestNaming naming;
+    TestPlatform platform;
+    TestHost host;
+    Listener manager;
+    TALV_DataManager dataManager;
+};
+}  // namespace
+
+TEST(PortRecords, AreTakenWhole) {
+    Records records;
+    const Bytes first(60, 1), second(60, 2);
+    records.putRecord(60, first);
+    records.putRecord(60, second);
+    EXPECT_EQ(records.take(100), first);
+    EXPECT_EQ(records.take(100), second);
+    EXPECT_EQ(records.take(100), Bytes());
+
+    records.putRecord(60, first);
+    records.putRecord(0, {});
+    records.putRecord(60, second);
+    EXPECT_EQ(records.take(59), Bytes());
+    Bytes both = first;
+    both.insert(both.end(), second.begin(), second.end());
+    EXPECT_EQ(records.take(120), both);
+    EXPECT_EQ(records.readData(nullptr, 100), 0);
+}
+
+TEST(PortRecords, ThatWereCutCountWithTheLengthTheyClaim) {
+    Records records;
+    records.putRecord(10, {1, 2, 3});  // as at the end of a full ring
+    int32_t total = 0;
+    EXPECT_EQ(records.take(100, &total), Bytes({1, 2, 3, 0, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(total, 10);
+
+    records.put({2, 0});  // not even a whole header
+    EXPECT_EQ(records.take(100), Bytes({0, 0}));
+}
+
+TEST(PortRecords, ThatClaimTooMuchStay) {
+    for (const int32_t length : {-1, INT32_MIN, INT32_MAX, 101}) {
+        SCOPED_TRACE(length);
+        Records records;
+        records.putRecord(3, {1, 2, 3});
+        records.putRecord(length, {4});
+        EXPECT_EQ(records.take(100), Bytes({1, 2, 3}));
+        EXPECT_EQ(records.take(100), Bytes());
+        EXPECT_EQ(records.ring().avail(), 5);
+    }
+}
+
+TEST(PortThread, PollsAndCanRunAgain) {
+    struct Observer final : COMPortThreadObserver {
+        void callObserver() override { ++calls; }
+        std::atomic<int32_t> calls{0};
+    } observer;
+    COMPortThread thread(&observer);
+    thread.cleanup();  // never ran
+    for (int32_t round = 1; round <= 2; ++round) {
+        ASSERT_TRUE(thread.run());
+        while (observer.calls < round)
+            std::this_thread::yield();
+        EXPECT_TRUE(thread.isContinued());
+        thread.cleanup();
+        EXPECT_EQ(observer.calls, round);  // cleanup came long before the second look
+    }
+}
+
+TEST_F(Port, CarriesBytesBothWays) {
+    const auto far = line("tty.a");
+    TALV_COMPortMac port(&host, &dataManager);
+    port.initialize();
+    ASSERT_EQ(port.openPort(), 0);
+    const Bytes out = {5, 0x20, 1, 3, 0x20, 0xBB};
+    EXPECT_EQ(port.sendMessage(out.data(), int32_t(out.size())), 0);
+    EXPECT_EQ(far->receive(out.size()), out);
+
+    Bytes in(600);
+    std::iota(in.begin(), in.end(), static_cast<unsigned char>(0));  // all values: nothing is changed on the way
+    ASSERT_TRUE(far->send(in));
+    EXPECT_EQ(receive(port, in.size()), in);
+    EXPECT_EQ(port.closePort(), 0);
+    EXPECT_EQ(platform.references, 0);
+    EXPECT_EQ(naming.references, 0);
+}
+
+TEST_F(Port, SetsUpTheLineAndPutsItBack) {
+    const auto far = line("tty.a");
+    const termios before = far->settings();
+    TALV_COMPortMac port(&host, &dataManager);
+    port.initialize();
+    ASSERT_EQ(port.openPort(), 0);
+    const termios open = far->settings();
+    EXPECT_EQ(open.c_iflag, tcflag_t(IGNPAR));
+    EXPECT_EQ(open.c_oflag, 0u);
+    EXPECT_EQ(open.c_lflag, 0u);
+    EXPECT_EQ(open.c_cflag & (CSIZE | CREAD | CLOCAL | PARENB | CSTOPB | CRTSCTS), tcflag_t(CS8 | CREAD | CLOCAL));
+    EXPECT_EQ(cfgetispeed(&open), speed_t(B38400));
+    EXPECT_EQ(cfgetospeed(&open), speed_t(B38400));
+    EXPECT_EQ(open.c_cc[VMIN], 0);
+    EXPECT_EQ(open.c_cc[VTIME], 1);
+    EXPECT_EQ(open.c_cc[VINTR], before.c_cc[VINTR]);
+    EXPECT_EQ(port.closePort(), 0);
+    const termios after = far->settings();
+    EXPECT_EQ(after.c_iflag, before.c_iflag);
+    EXPECT_EQ(after.c_lflag, before.c_lflag);
+    EXPECT_EQ(after.c_cflag, before.c_cflag);
+}
+
+TEST_F(Port, ClosesOnceAndLosesWhatWasNotTaken) {
+    class PortWithRing : public TALV_COMPortMac {
+    public:
+        using TALV_COMPortMac::TALV_COMPortMac;
+        int32_t stored() const { return buffer->avail(); }
+    };
+    const auto far = line("tty.a");
+    PortWithRing port(&host, &dataManager);
+    port.initialize();
+    EXPECT_EQ(port.closePort(), 1);
+    ASSERT_EQ(port.openPort(), 0);
+    ASSERT_TRUE(far->send(Bytes(20, 7)));
+    ASSERT_EQ(receive(port, 20).size(), 20u);
+    ASSERT_TRUE(far->send(Bytes(20, 8)));
+    while (port.stored() == 0)
+        std::this_thread::yield();
+    EXPECT_EQ(port.closePort(), 0);
+    EXPECT_EQ(port.closePort(), 1);
+    unsigned char bytes[100];
+    EXPECT_EQ(port.readData(bytes, sizeof(bytes)), 0);
+    EXPECT_EQ(port.openPort(), 0);  // the same object again
+    EXPECT_EQ(port.closePort(), 0);
+}
+
+TEST_F(Port, ClosesUnderALineThatNeverRunsDry) {
+    const auto far = line("tty.a");
+    TALV_COMPortMac port(&host, &dataManager);
+    port.initialize();
+    ASSERT_EQ(port.openPort(), 0);
+    std::atomic<bool> done{false};
+    std::thread flood([&] {
+        fcntl(far->master, F_SETFL, O_NONBLOCK);
+        while (!done)
+            far->send(Bytes(255, 0));
+    });
+    ASSERT_GT(receive(port, 1000).size(), 0u);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(port.closePort(), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+    done = true;
+    flood.join();
+}
+
+TEST_F(Port, DropsChunksThatFindNoRoom) {
+    const auto far = line("tty.a");
+    TALV_COMPortMac port(&host, &dataManager);
+    port.initialize();
+    ASSERT_EQ(port.openPort(), 0);
+    size_t sent = 0;
+    for (unsigned char chunk = 0; chunk < 40; ++chunk) {
+        ASSERT_TRUE(far->send(Bytes(255, chunk)));
+        sent += 255;
+        port.receiveMessage();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    Bytes bytes(sent);
+    const size_t kept = size_t(port.readData(bytes.data(), int32_t(bytes.size())));
+    EXPECT_LE(kept, 4096u);
+    EXPECT_GT(kept, 3000u);
+    EXPECT_TRUE(std::is_sorted(bytes.begin(), bytes.begin() + ptrdiff_t(kept)));
+    port.closePort();
+}
+
+TEST_F(Port, WithoutADeviceNothingWorksAndNothingHangs) {
+    TALV_COMPortMac port(&host, &dataManager);
+    port.initialize();
+    choose("tty.missing");
+    EXPECT_EQ(port.openPort(), 1);
+    const Bytes bytes = {1};
+    const int32_t looks = platform.looks;
+    EXPECT_EQ(port.sendMessage(bytes.data(), 1), 1);
+    EXPECT_EQ(platform.looks, looks);
+    EXPECT_EQ(port.receiveMessage(), 1);
+    EXPECT_EQ(port.closePort(), 1);
+    TALV_COMPortMac alone(nullptr, nullptr);
+    alone.initialize();
+    EXPECT_EQ(alone.openPort(), 1);
+}
+
+TEST_F(Port, APathBeyondItsRoomFails) {
+    const auto far = line("tty.a");
+    TALV_COMPortMac port(&host, &dataManager);
+    port.initialize();
+    for (int32_t i = 0; i < 60; ++i)
+        naming.folder += "././";
+    EXPECT_EQ(port.openPort(), 1);
+}
+
+TEST_F(Port, SpinsTwoSecondsOnADeviceThatTakesNothing) {
+    struct Row {
+        const char* name;
+        std::function<void(PseudoTerminal&)> break_;
+        int32_t size;
+    };
+    const Row rows[] = {
+        {"gone", [](PseudoTerminal& far) { far.hangUp(); }, 6},
+        {"full", [](PseudoTerminal&) {}, 1000000},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto far = line("tty.a");
+        TALV_COMPortMac port(&host, &dataManager);
+        port.initialize();
+        ASSERT_EQ(port.openPort(), 0);
+        row.break_(*far);
+        platform.step = 20;
+        const uint32_t start = platform.ticks;
+        EXPECT_EQ(port.sendMessage(Bytes(size_t(row.size)).data(), row.size), 1);
+        EXPECT_GE(platform.ticks - start, 2000u);
+        EXPECT_LE(platform.ticks - start, 2040u);
+        EXPECT_EQ(port.closePort(), 0) << "it stays open";
+    }
+}
+
+TEST_F(Port, WithoutAClockNothingIsWritten) {
+    const auto far = line("tty.a");
+    TALV_COMPortMac port(&host, &dataManager);
+    port.initialize();
+    ASSERT_EQ(port.openPort(), 0);
+    host.platform = nullptr;
+    const Bytes bytes = {1};
+    EXPECT_EQ(port.sendMessage(bytes.data(), 1), 1);
+    port.closePort();
+}
+
+TEST_F(Port, ListsWhatOpensInNaturalOrder) {
+    std::vector<std::unique_ptr<PseudoTerminal>> lines;
+    for (const char* name : {"ttyS10", "ttyS9", "tty.b", "tty.\xFC", "ttyT1", "xtty.a", "TTY.a", "tty.no"})
+        lines.push_back(line(name));
+    std::filesystem::create_symlink(folder.path / "nowhere", folder.path / "tty.dangling");
+    std::filesystem::create_directory(folder.path / "tty.folder");
+    naming.refused = "tty.no";
+    TALV_COMPortMac port(&host, &dataManager);
+    port.initialize();
+    std::vector<std::string> names = listed();
+    EXPECT_TRUE(std::ranges::find(names, "tty.\xFC") != names.end()) << "raw bytes";
+    std::erase(names, "tty.\xFC");
+    EXPECT_EQ(names, (std::vector<std::string>{"tty.b", "ttyS9", "ttyS10"}));
+    lines.erase(lines.begin());
+    port.updateCOMInfo();
+    EXPECT_EQ(listed().size(), 3u) << "anew";
+}
+
+TEST_F(Port, ReplacesAMissingPortUnheard) {
+    struct Row {
+        const char* name;
+        const char* stored;
+        std::vector<const char*> there;
+        const char* after;
+    };
+    const Row rows[] = {
+        {"still there",    "tty.b",    {"tty.a", "tty.b"}, "tty.b"},
+        {"gone",           "tty.gone", {"tty.b", "tty.a"}, "tty.a"},
+        {"first start",    "",         {"tty.a"},          "tty.a"},
+        {"no port at all", "tty.gone", {},                 ""     },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::vector<std::unique_ptr<PseudoTerminal>> lines;
+        for (const char* name : row.there)
+            lines.push_back(line(name));
+        choose(row.stored);
+        manager.heard.clear();
+        TALV_COMPortMac port(&host, &dataManager);
+        port.initialize();
+        EXPECT_EQ(current(), row.after);
+        EXPECT_TRUE(manager.heard.empty());
+        choose("tty.other");
+        EXPECT_EQ(manager.heard.size(), 1u) << "news go on afterwards";
+    }
+}
+
+TEST_F(Port, OpensANameOfRawBytes) {
+    const auto far = line("tty.\xFC\x80");
+    TALV_COMPortMac port(&host, &dataManager);
+    port.initialize();
+    EXPECT_EQ(current(), "tty.\xFC\x80");
+    EXPECT_EQ(port.openPort(), 0);
+    EXPECT_EQ(port.closePort(), 0);
+}
+
+TEST(PortNaming, HasItsOwnPlacesWithoutAHost) {
+    const TALV_PortNaming naming(nullptr);
+    EXPECT_STREQ(naming.folder(), "/dev/");
+    for (const char* name : {"tty.usb", "ttyS0", "ttyUSB12", "ttyACM3"})
+        EXPECT_TRUE(naming.accepts(name)) << name;
+    for (const char* name : {"tty", "tty0", "ttyU", "cu.usb", "TTYS0", "xttyS0", ""})
+        EXPECT_FALSE(naming.accepts(name)) << name;
+}

@@ -1,0 +1,92 @@
+#include "source/TALV_Extension/TALV_PrmAccessor.h"
+#include "source/TALV_Extension/TALV_DataManager.h"
+#include "tests/source/TALV_Extension/testhost.h"
+#include <gtest/gtest.h>
+
+using namespace TALV;
+using namespace TALV::Test;
+
+namespace {
+class Accessor : public testing::Test {
+protected:
+    Accessor() { data.intialize(); }
+
+    Updates updates;
+    TestHost host;
+    Listener manager;
+    TALV_DataManager data{&host, &manager};
+    OPtr<TALV_PrmAccessor> accessor{new TALV_PrmAccessor};
+};
+}  // namespace
+
+TEST_F(Accessor, IsOneObjectWithTwoFaces) {
+    FUnknown* made = TALV_PrmAccessor::newInstance(nullptr);
+    void* service = nullptr;
+    void* device = nullptr;
+    void* unknown = nullptr;
+    ASSERT_EQ(made->queryInterface(ITALV_PrmAccessor::iid, &service), kResultOk);
+    ASSERT_EQ(made->queryInterface(IPlugDevice::iid, &device), kResultOk);
+    ASSERT_EQ(made->queryInterface(FUnknown::iid, &unknown), kResultOk);
+    EXPECT_NE(service, device);
+    EXPECT_EQ(unknown, device);
+    EXPECT_EQ(unknown, made);
+    EXPECT_EQ(static_cast<ITALV_PrmAccessor*>(service)->release(), 3u);
+    EXPECT_EQ(static_cast<IPlugDevice*>(device)->release(), 2u);
+    EXPECT_EQ(made->queryInterface(IHostClasses::iid, &service), kNoInterface);
+    EXPECT_EQ(service, nullptr);
+    made->release();
+    EXPECT_EQ(made->release(), 0u);
+}
+
+TEST_F(Accessor, HasNothingWithoutADataManager) {
+    for (int32_t round = 0; round < 2; ++round) {
+        EXPECT_EQ(accessor->getIValue(5, kPrmGain), nullptr);
+        EXPECT_FALSE(accessor->isReady());
+        EXPECT_EQ(accessor->totalDevices(), 0);
+        EXPECT_EQ(accessor->getConnectionPrm(8), 0);
+        EXPECT_EQ(accessor->getIsConnectionUpdated(), nullptr);
+        accessor->setConnectionPrm(3, 8);
+        accessor->initialize(&data, &host);  // the second round: it has gone again
+        data.addDevice(5);
+        accessor->forgetDataManager();
+    }
+    EXPECT_TRUE(accessor->getIsPortUpdated());
+}
+
+TEST_F(Accessor, HandsOutWhatTheDataManagerHas) {
+    accessor->initialize(&data, &host);
+    EXPECT_EQ(accessor->getIValue(5, kPrmGain), nullptr);
+    data.addDevice(5);
+    data.addDevice(6);
+    EXPECT_EQ(accessor->getIValue(5, kPrmGain), data.getParamIValue({5, kPrmGain}));
+    EXPECT_EQ(accessor->totalDevices(), 2);
+    EXPECT_EQ(accessor->getIsConnectionUpdated(), data.isConnectionUpdated.get());
+    EXPECT_NE(accessor->getIsPortUpdated(), nullptr);
+}
+
+TEST_F(Accessor, AssignsEachChannelToOneDevice) {
+    struct Step {
+        const char* name;
+        int32_t devId, channel;
+        int32_t on0, on8;  // device ids afterwards
+    };
+    constexpr Step kSteps[] = {
+        {"5 takes 8",              5,   8,  0,   5  },
+        {"3 takes 8 from 5",       3,   8,  0,   3  },
+        {"3 moves",                3,   0,  3,   0  },
+        {"5 takes 8 again",        5,   8,  3,   5  },
+        {"3 is freed",             3,   -1, 0,   5  },
+        {"nobody on 8",            0,   8,  0,   0  },
+        {"255 is the last",        255, 8,  0,   255},
+        {"no such device: freed",  300, 8,  0,   0  },
+    };
+    accessor->initialize(&data, &host);
+    for (const Step& step : kSteps) {
+        SCOPED_TRACE(step.name);
+        accessor->setConnectionPrm(step.devId, step.channel);
+        EXPECT_EQ(accessor->getConnectionPrm(0), step.on0);
+        EXPECT_EQ(accessor->getConnectionPrm(8), step.on8);
+        EXPECT_EQ(data.connections.total(), 255);
+    }
+    EXPECT_EQ(data.isConnectionUpdated->getValueInt(), 0) << "who changes the table toggles";
+}

@@ -1,0 +1,145 @@
+#pragma once
+#include "base/fhostclasses.h"
+#include "base/source/updatehandler.h"
+#include "gui/values/uvalue.h"
+#include "pluginterfaces/gui/iplatform.h"
+#include "pluginterfaces/host/iserialportnaming.h"
+#include <filesystem>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+/** What tests of the extension have as their host: the framework's own values and update handler, and the services that
+    a test switches on. */
+
+namespace TALV::Test {
+using namespace Tessarine;
+
+/** A folder of its own, gone at the end. */
+class TempFolder {
+public:
+    TempFolder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "talv-XXXXXX").string();
+        path = mkdtemp(pattern.data());
+    }
+    ~TempFolder() { std::filesystem::remove_all(path); }
+    TempFolder(const TempFolder&) = delete;
+
+    std::filesystem::path path;
+};
+
+/** Serves without being counted: the test owns it. */
+template <class Interface>
+class Uncounted : public Interface {
+public:
+    virtual ~Uncounted() = default;
+    int32_t queryInterface(const char* iid, void** obj) override {
+        return answerInterface<Interface>(this, iid, obj) ? kResultOk : noInterface(obj);
+    }
+    uint32_t addRef() override { return uint32_t(++references); }
+    uint32_t release() override { return uint32_t(--references); }
+
+    int32_t references = 0;  // taken and not yet given back
+};
+
+/** A clock that each look at it moves. */
+class TestPlatform : public Uncounted<IPlatform2> {
+public:
+    bool isActive() override { return true; }
+    bool isDone() override { return false; }
+    bool doUpdates() override { return true; }
+    void setWaitCursor(bool) override {}
+    bool isWaitCursorSet() override { return false; }
+    bool waitDoubleClick() override { return false; }
+    bool waitDrag() override { return false; }
+    void showCursor(bool) override {}
+    bool isInMainThread() override { return true; }
+    int32_t getModifiers() override { return 0; }
+    bool escapePressed() override { return false; }
+    void sleep(int32_t) override {}
+    uint32_t getTickCount() override {
+        ++looks;
+        return ticks += step;
+    }
+    bool isInModalMode() override { return false; }
+    int32_t addIdleHandler(IIdleHandler*) override { return kResultOk; }
+    int32_t removeIdleHandler(IIdleHandler*) override { return kResultOk; }
+    int32_t beginPlugModal(const tchar*) override { return kResultFalse; }
+    int32_t beginPlugModal2(IWindow*) override { return kResultFalse; }
+    int32_t endPlugModal() override { return kResultFalse; }
+
+    uint32_t ticks = 0, step = 1;  // milliseconds
+    int32_t looks = 0;
+};
+
+class TestNaming : public Uncounted<ISerialPortNaming> {
+public:
+    const char* getFolder() const override { return folder.c_str(); }
+    int32_t countPrefixes() const override { return int32_t(prefixes.size()); }
+    const char* getPrefix(int32_t index) const override { return prefixes.at(size_t(index)).c_str(); }
+    bool accepts(const char* name) const override { return refused != name; }
+
+    std::string folder;  // with a closing "/"
+    std::vector<std::string> prefixes = {"tty.", "ttyS"};
+    std::string refused;
+};
+
+/** Values tell their dependents at once. */
+class TestHost : public FHostClasses {
+public:
+    int32_t createClassInstance(const char* iid, void** obj) override {
+        if (platform && answerInterface<IPlatform2>(platform, iid, obj))
+            return kResultOk;
+        if (naming && answerInterface<ISerialPortNaming>(naming, iid, obj))
+            return kResultOk;
+        const int32_t result = FHostClasses::createClassInstance(iid, obj);
+        if (result == kResultOk && makesValue(iid))
+            if (auto* value = classCast<UValue>(commonObject(static_cast<IValue*>(*obj))))
+                value->setStraightUpdate(true);
+        return result;
+    }
+
+    TestPlatform* platform = nullptr;
+    TestNaming* naming = nullptr;
+
+private:
+    static bool makesValue(const char* iid) {
+        return FUID::same(iid, IHostIntValue_iid) || FUID::same(iid, IHostOnOffValue_iid) ||
+               FUID::same(iid, IHostStringValue_iid);
+    }
+};
+
+/** Remembers what it heard. */
+class Listener : public Uncounted<IDependent> {
+public:
+    struct News {
+        FUnknown* object;
+        int32_t message;
+    };
+    void update(FUnknown* changedUnknown, int32_t message) override { heard.push_back({changedUnknown, message}); }
+    size_t count(int32_t message) const {
+        size_t number = 0;
+        for (const News& news : heard)
+            number += news.message == message;
+        return number;
+    }
+
+    std::vector<News> heard;
+};
+
+/** The framework's update handler for the time of a test. */
+class Updates {
+public:
+    Updates() : handler(FObject::gUpdateHandler ? nullptr : new UpdateHandler) {}
+    ~Updates() {
+        if (handler)
+            handler->release();
+    }
+    Updates(const Updates&) = delete;
+    Updates& operator=(const Updates&) = delete;
+
+private:
+    UpdateHandler* handler;
+};
+
+}  // namespace TALV::Test

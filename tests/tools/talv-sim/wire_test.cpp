@@ -1,0 +1,126 @@
+#include "tools/talv-sim/wire.h"
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace TalvSim {
+namespace {
+Bytes hex(const std::string& text) {
+    return fromHex(text).value_or(Bytes());
+}
+
+struct FrameRow {
+    const char* bytes;
+    const char* text;
+};
+constexpr FrameRow kFrames[] = {
+    {"03 00 00 FF",                            "device id broadcast"                     },
+    {"04 01 01 03 FA",                         "devMode = 3"                             },
+    {"03 41 01 BD",                            "request devMode and devName"             },
+    {"04 10 01 02 EC",                         "wordClock = 2"                           },
+    {"03 50 01 AE",                            "request wordClock"                       },
+    {"05 20 01 03 20 BB",                      "gain ch 3 = 40"                          },
+    {"05 60 01 00 08 96",                      "request gain ch 0 to 7"                  },
+    {"05 21 01 00 01 DC",                      "plus48V ch 0 = 1"                        },
+    {"05 22 01 07 01 D4",                      "hpf ch 7 = 1"                            },
+    {"05 24 01 02 FB DD",                      "gainTrim ch 2 = 10"                      },
+    {"04 25 01 01 D8",                         "panelLock = 1"                           },
+    {"04 26 01 05 D3",                         "brightness = 5"                          },
+    {"03 67 01 97",                            "request plus48VMaster"                   },
+    {"05 28 01 04 1C B6",                      "hpfFreq ch 4 = 24"                       },
+    {"04 23 01 01 DA",                         "meterMode = 1"                           },
+    {"03 80 05 7A",                            "device 5 is here"                        },
+    {"0C 81 05 03 48 41 2D 38 43 48 20 20 BD", "devMode = 3, devName = \"HA-8CH  \""     },
+    {"04 90 05 01 69",                         "wordClock = 1"                           },
+    {"0C A0 05 00 48 3C 32 28 1E 14 0A 00 40", "gain ch 0 to 7 = 0 12 22 32 42 52 62 72" },
+    {"04 A7 05 01 52",                         "plus48VMaster = 1"                       },
+    {"0B A3 05 00 0A 14 1E 28 32 3C 7F 06",    "meter ch 0 to 7 = 0 10 20 30 40 50 60 127"},
+    {"06 A8 05 00 1C 2C 0A",                   "hpfFreq ch 0 to 1 = 24 40"               },
+    {"03 80 05 7B",                            "bad checksum"                            },
+    {"03 82 05 78",                            "unknown command"                         },
+    {"03 20 01 DE",                            "gain without a channel"                  },
+    {"68 65 6C",                               "no frame"                                },
+};
+
+TEST(Wire, FramesAreBuiltCheckedAndDescribed) {
+    for (const FrameRow& row : kFrames) {
+        SCOPED_TRACE(row.bytes);
+        const Bytes bytes = hex(row.bytes);
+        EXPECT_EQ(toHex(bytes), row.bytes);
+        EXPECT_EQ(describe(bytes), row.text);
+        if (isFrame(bytes)) {
+            EXPECT_EQ(makeFrame(bytes[1], bytes[2], payloadOf(bytes)), bytes);
+        }
+    }
+}
+
+TEST(Wire, DescribesWhateverComes) {
+    for (int32_t command = 0; command < 256; ++command)
+        for (size_t size = 0; size <= 12; ++size)
+            EXPECT_FALSE(describe(makeFrame(command, 1, Bytes(size, 0xFF))).empty());
+}
+
+TEST(Wire, ValuesAreBoundedWhateverTheByte) {
+    for (const ParamRow& row : kParams) {
+        SCOPED_TRACE(row.name);
+        for (int32_t value = 0; value <= row.max; ++value)
+            EXPECT_EQ(row.fromWire(row.toWire(value)), value);
+        for (int32_t byte = 0; byte < 256; ++byte) {
+            EXPECT_GE(row.fromWire(uint8_t(byte)), 0);
+            EXPECT_LE(row.fromWire(uint8_t(byte)), row.max);
+        }
+    }
+    EXPECT_EQ(kParams[kGainTrim].fromWire(0x80), 0);
+    EXPECT_EQ(kParams[kGain].fromWire(0xFF), 0);
+    EXPECT_EQ(kParams[kHPFFreq].fromWire(3), 0);
+}
+
+TEST(Wire, HexIsReadWholeOrNotAtAll) {
+    for (const char* text : {"0", "05 2", "0x05", "05,20", "g0", "05 20 1"})
+        EXPECT_EQ(fromHex(text), std::nullopt) << text;
+    for (const char* text : {"05200103", " 05 20  0103 ", "0520 01 03"})
+        EXPECT_EQ(fromHex(text), (Bytes{5, 0x20, 1, 3})) << text;
+}
+
+struct ScanRow {
+    const char* name;
+    const char* bytes;
+    std::vector<std::string> pieces;
+    const char* rest;
+};
+const ScanRow kScans[] = {
+    {"two frames",                "03 00 00 FF 03 41 01 BD", {"03 00 00 FF", "03 41 01 BD"},          ""        },
+    {"noise before a frame",      "00 02 0D FF 03 00 00 FF", {"00 02 0D FF", "03 00 00 FF"},          ""        },
+    {"a bad one before a good",   "03 00 00 FE 03 00 00 FF", {"03 00 00 FE", "03 00 00 FF"},          ""        },
+    {"noise only",                "00 00",                   {"00 00"},                               ""        },
+    {"cut off",                   "03 00 00 FF 05 20 01",    {"03 00 00 FF"},                         "05 20 01"},
+    {"the longest possible one",  "0C 20 01 00 01 02 03 04 05 06 07 08 BA", {"0C 20 01 00 01 02 03 04 05 06 07 08 BA"}, ""},
+};
+
+std::vector<std::string> scanned(const Bytes& bytes, size_t step, FrameScanner& scanner) {
+    std::vector<std::string> pieces;
+    for (size_t at = 0; at < bytes.size(); at += step) {
+        scanner.append(std::span(bytes).subspan(at, std::min(step, bytes.size() - at)));
+        while (const auto piece = scanner.next())
+            pieces.push_back(toHex(*piece));
+    }
+    return pieces;
+}
+
+TEST(FrameScanner, CutsFramesOutOfNoise) {
+    for (const ScanRow& row : kScans) {
+        SCOPED_TRACE(row.name);
+        FrameScanner scanner;
+        EXPECT_EQ(scanned(hex(row.bytes), 1000, scanner), row.pieces);
+        EXPECT_EQ(scanner.isWaiting(), *row.rest != 0);
+        EXPECT_EQ(toHex(scanner.takeRest()), row.rest);
+        EXPECT_FALSE(scanner.isWaiting());
+    }
+}
+
+TEST(FrameScanner, FramesMayComeByteByByte) {
+    FrameScanner scanner;
+    const std::vector<std::string> expected = {"03 41 01 BD", "05 20 01 03 20 BB"};
+    EXPECT_EQ(scanned(hex("03 41 01 BD 05 20 01 03 20 BB"), 1, scanner), expected);
+}
+}  // namespace
+}  // namespace TalvSim
