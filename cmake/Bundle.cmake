@@ -13,6 +13,7 @@ function(tessarine_make_bundle floor)
         message(STATUS "${floor} has no source yet")
         return()
     endif()
+    target_compile_definitions(${FLOOR_${floor}_OBJECTS} PRIVATE TALV_BUILD_MODULE)  # these sources show their classes
     tessarine_objects_of(${floor} objects)
     set(map ${CMAKE_SOURCE_DIR}/public.sdk/source/main/module.map)
     file(WRITE ${CMAKE_BINARY_DIR}/${floor}.cpp "")  # a library wants a source; the objects are the content
