@@ -1,7 +1,8 @@
 #include "base/source/updatehandler.h"
 #include "base/source/hooks.h"
-#include <alloca.h>
 #include <algorithm>
+#include <alloca.h>
+#include <utility>
 
 namespace Tessarine {
 
@@ -134,10 +135,16 @@ struct UpdateHandler::Run : UpdateData {
         owner.updateData = this;
     }
     ~Run() {
+        if (leave())
+            wakeUpdates();
+    }
+    /** Whether a flush has put changes off, perhaps because of this very run. */
+    bool leave() {
         FGuard guard(owner.lock);
         (inner ? inner->outer : owner.updateData) = outer;
         if (outer)
             outer->inner = inner;
+        return std::exchange(owner.putOff, false);
     }
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
@@ -232,6 +239,7 @@ bool UpdateHandler::takeDefered(const FUnknown* wanted, DeferedChange& change) {
             continue;
         if (isRunning(here->object)) {
             postponed.splice(postponed.end(), defered, here);
+            putOff = true;
             continue;
         }
         change = *here;

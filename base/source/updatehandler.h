@@ -92,8 +92,9 @@ private:
     std::array<Bucket, kNumBuckets> map;
     std::list<Update::DeferedChange> defered;    // in order
     std::list<Update::DeferedChange> postponed;  // their object was just being told: they go back when a flush ends
+    bool putOff = false;  // some were put off since a run last ended, which wakes the loop for them
     std::unordered_set<Update::DeferedChange, Update::DeferedChangeHash> deferedSet;  // both, for the look-up
-    Update::UpdateData* updateData = nullptr;  // the innermost that runs
+    Update::UpdateData* updateData = nullptr;                                         // the innermost that runs
 };
 
 }  // namespace Tessarine

@@ -46,7 +46,8 @@ void TALV_DataManager::intialize() {
         connections.addKeyAndObject(devId, k_noItemForConnection);
     comPortValue = createValue(IHostStringValue_iid);
     isConnectionUpdated = createValue(IHostOnOffValue_iid);
-    isConnectionUpdated->setTargetValue(0);
+    if (isConnectionUpdated)
+        isConnectionUpdated->setTargetValue(0);
 }
 
 void TALV_DataManager::addDevice(unsigned char devId) {
@@ -152,7 +153,8 @@ int32_t TALV_DataManager::getDevIdByChForConnection(int32_t channel) const {
 
 IValue* TALV_DataManager::createValue(const FUID& iid) const {
     void* value = nullptr;
-    hostClasses->createClassInstance(iid, &value);
+    if (hostClasses)
+        hostClasses->createClassInstance(iid, &value);
     return static_cast<IValue*>(value);
 }
 

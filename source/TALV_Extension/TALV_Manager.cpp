@@ -108,6 +108,8 @@ FUnknown* TALV_Manager::newInstance(void* /*context*/) {
 TALV_Manager::TALV_Manager() = default;
 
 TALV_Manager::~TALV_Manager() {
+    if (dataManager)  // it wasn't ended, and nobody can any more
+        tearDown();
     FInstancePtr<IDeviceList2> devices(hostClasses);
     if (devices) {
         removeDevice(devices, prmAccessorDevice, ITALV_PrmAccessor::iid);
@@ -115,7 +117,6 @@ TALV_Manager::~TALV_Manager() {
     }
     mp_talv = nullptr;
     gMessenger->killMessages(static_cast<CmObject*>(this));
-    tearDown();
     if (setup)
         setup->release();
 }
@@ -484,9 +485,9 @@ void TALV_Manager::devIdReceived(const MessagePrm& prm) {
 }
 
 void TALV_Manager::devModeDevNameReceived(const MessagePrm& prm) {
-    if (IValue* mode = valueOf(prm.devId, kPrmDevMode))
+    if (const IPtr<IValue> mode = valueOf(prm.devId, kPrmDevMode); mode)
         mode->setValue2(prm.devMode, true);
-    if (IValue* name = valueOf(prm.devId, kPrmDevName))
+    if (const IPtr<IValue> name = valueOf(prm.devId, kPrmDevName); name)
         name->fromString2(String(prm.devName, sizeof(prm.devName)).text16(), true);
     for (const MessageType request : k_requests)
         sendRequestMessage(prm.devId, request);
@@ -496,17 +497,18 @@ IValue* TALV_Manager::valueOf(unsigned char devId, int32_t paramId) const {
     return dataManager ? dataManager->getParamIValue({devId, TALV_ParamId(paramId)}) : nullptr;
 }
 
-/** This object off the value while a report goes into it, or the report would come back to the device as a setting. */
+/** This object off the value while a report goes into it, or the report would come back to the device as a setting. Who
+    hears of the report may drop the device: its values aren't depended on again. */
 struct TALV_Manager::ValueReport {
     ValueReport(TALV_Manager& manager, unsigned char devId, int32_t paramId)
-        : value(manager.updateHandler ? manager.valueOf(devId, paramId) : nullptr), handler(manager.updateHandler),
-          dependent(static_cast<CmObject*>(&manager)) {
+        : manager(manager), devId(devId), paramId(paramId),
+          value(manager.updateHandler ? manager.valueOf(devId, paramId) : nullptr) {
         if (value)
-            handler->removeDependent(value, dependent);
+            manager.updateHandler->removeDependent(value, static_cast<CmObject*>(&manager));
     }
     ~ValueReport() {
-        if (value)
-            handler->addDependent(value, dependent);
+        if (value && manager.valueOf(devId, paramId) == value)
+            manager.updateHandler->addDependent(value, static_cast<CmObject*>(&manager));
     }
     ValueReport(const ValueReport&) = delete;
     ValueReport& operator=(const ValueReport&) = delete;
@@ -516,9 +518,10 @@ struct TALV_Manager::ValueReport {
             value->setValue2(systemValue, true);
     }
 
-    IPtr<IValue> value;  // held: who hears of the report may drop it
-    IPtr<IUpdateHandler> handler;
-    IDependent* dependent;
+    TALV_Manager& manager;
+    const unsigned char devId;
+    const int32_t paramId;
+    const IPtr<IValue> value;
 };
 
 void TALV_Manager::writeReport(unsigned char devId, int32_t paramId, int32_t value) {

@@ -14,8 +14,8 @@ class TALV_DataManager;
     and the channel of each device id.
 
     Owns      nothing; the data manager is borrowed.
-    Results   nobody hears of a failure: what can't be read leaves the defaults, what can't be written leaves the old
-    file. Threads   the main thread. */
+    Results   nobody hears of a failure: what can't be read leaves the defaults, what can't be written the old file.
+    Threads   the main thread. */
 class TALV_EXPORT TALV_Setup : public Tessarine::INewXmlHandler {
 public:
     explicit TALV_Setup(TALV_DataManager* manager) : dataManager(manager) {}

@@ -4,8 +4,8 @@
 #include "collect/cmarray.h"
 #include "collect/cmlinkedlist.h"
 #include "gui/drawing/upoint.h"
-#include "pluginterfaces/gui/iplatform.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "pluginterfaces/gui/iplatform.h"
 #include "storage/fpath.h"
 #include <utility>
 
@@ -56,7 +56,8 @@ enum USpecialPath : int32_t { kNoPath = 0, kAppPath = 1, kSysPath = 2, kTempPath
     standard folders; the face is the host-side IPlatform2.
 
     Owns      what is handed to deferDestruction. Idle objects, handlers and the event handler are borrowed.
-    Threads   main, except addIdle, removeIdle, addIdleHandler, removeIdleHandler, deferDestruction, isInMainThread, getTicks.
+    Threads   main, except addIdle, removeIdle, addIdleHandler, removeIdleHandler, deferDestruction, postQuitMessage,
+              deferAlert, deferPopupMessage, isInMainThread, getTicks, wait.
     Units     milliseconds; ticks wrap at 32 bits. */
 class UController : public CmObject, public IPlatform2 {
 public:
@@ -122,7 +123,7 @@ public:
     static bool suspendFlush(bool state);
     bool suspendMouse(bool state) { return std::exchange(mouseSuspended, state); }
     bool suspendIdle(bool state) { return std::exchange(idleSuspended, state); }
-    bool suspendUpdates(bool state) { return std::exchange(updatesSuspended, state); }
+    bool suspendUpdates(bool state);
     bool isMouseSuspended() const { return mouseSuspended; }
 
     // mouse and modifiers
@@ -167,12 +168,12 @@ public:
 private:
     bool initPlatform(int32_t flags);
     void initPaths();
-    bool canServeIdle(bool throttled, bool& result);
-    void serveIdleObjects();
-    void serveIdleHandlers();
+    bool isIdleDue(bool throttled);
+    void serveIdle();
+    bool hasDeferredDestruction();
     void destroyDeferred();
+    static void deliverAndUpdate();
     void postText(const char* id, const tchar* text, int32_t durationMs);
-    bool quitAsking(bool force);
 
     bool isDoneFlag = false;
     bool isActiveFlag = true;
@@ -184,7 +185,7 @@ private:
     FLock idleLock;   // guards the idle objects and handlers; held while they are served
     FLock deferLock;  // guards deferredDestruction
     CmArray idleObjects;
-    int32_t lastIdleTime = 0;
+    int32_t lastIdleTime = 0;  // ticks of 31 bits, as idealNextIdle
     UPoint mouseDownLocation;
     uint16_t mouseDownButtons = 0;
     int32_t doubleClickState = -1;  // of this press: not asked yet, 1 single, 2 double

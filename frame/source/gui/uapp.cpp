@@ -4,6 +4,7 @@
 #include "base/source/thashtable.h"
 #include "base/source/updatehandler.h"
 #include "gui/uctrler.h"
+#include <cstring>
 
 namespace Tessarine {
 namespace {

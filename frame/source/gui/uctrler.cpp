@@ -13,9 +13,9 @@
 
 namespace Tessarine {
 namespace {
-constexpr int32_t kIdlePeriod = 10;         // an idle step serves for so long
-constexpr int32_t kNearlyDue = 6;           // a step that is due sooner than this is taken at once
-constexpr int32_t kClockJumped = 11;        // a step can't be farther away than the period
+constexpr int32_t kIdlePeriod = 10;   // an idle step serves for so long
+constexpr int32_t kNearlyDue = 6;     // a step that is due sooner than this is taken at once
+constexpr int32_t kClockJumped = 11;  // a step can't be farther away than the period
 constexpr int32_t kIdleArrayGrowth = 10;
 constexpr int32_t kSingleClick = 1, kDoubleClick = 2;
 
@@ -34,7 +34,7 @@ FNPath* newPlatformPath(PlatformFolder kind) {
 bool standardFolder(int32_t number, FNPath& folder) {
     const FNPath* path = number == kUserFolder          ? UController::getUserPath()
                          : number == kApplicationFolder ? UController::getAppPath()
-                                                                : nullptr;
+                                                        : nullptr;
     if (!path)
         return false;
     folder = *path;
@@ -74,9 +74,12 @@ UController::UController(int32_t flags) : idleObjects(0, kIdleArrayGrowth) {
 UController::~UController() {
     if (gMessenger)
         gMessenger->killMessages(this);
-    destroyDeferred();
+    while (hasDeferredDestruction())
+        destroyDeferred();
     if (IPlatformEventHandler* handler = IPlatformEventHandler::instance())
         handler->close(true);
+    FGuard guard(idleLock);
+    idlePlugObjects.removeAll();  // their owners have nobody to take them off from any more
     if (gController == this)
         gController = nullptr;
 }
@@ -115,7 +118,7 @@ int32_t UController::notify(FMessage* message) {
     if (!message)
         return CmObject::notify(message);
     if (message->isType("Quit"))
-        return quitAsking(false);
+        return quit(false);
     const bool popup = message->isType("PopupMessage");
     if (!popup && !message->isType("Notification"))
         return CmObject::notify(message);
@@ -199,14 +202,13 @@ void UController::run(UApplication* application) {
     if (isDoneFlag)
         return;
     handler->runPlatformEventLoop();
-    destroyDeferred();
+    while (hasDeferredDestruction())
+        destroyDeferred();
 }
 
 bool UController::quit(bool force) {
-    return isDoneFlag || quitAsking(force);
-}
-
-bool UController::quitAsking(bool force) {
+    if (isDoneFlag)
+        return true;
     if (gApplication && !gApplication->canQuit(force))
         return isDoneFlag;
     if (gControllerHooks.closeAllWindows && !gControllerHooks.closeAllWindows())
@@ -228,51 +230,50 @@ bool UController::onIdle(bool throttled) {
         return false;
     if (!idleSuspended) {
         idleSuspended = true;
-        bool result = true;
-        const bool serve = canServeIdle(throttled, result);
-        if (serve) {
-            serveIdleObjects();
-            serveIdleHandlers();
-        }
+        const bool due = isIdleDue(throttled);
+        if (due)
+            serveIdle();
         idleSuspended = false;
-        if (!serve)
-            return result;
+        if (!due)
+            return true;
     }
     destroyDeferred();
     updateDependencies();
     return true;
 }
 
-/** The throttle. A clock that has jumped back is forgiven after one call. */
-bool UController::canServeIdle(bool throttled, bool& result) {
-    const int32_t now = int32_t(getTicks());
-    const int32_t left = int32_t(uint32_t(idealNextIdle) - uint32_t(now));
+/** The throttle. A clock that has jumped back, as one of 31 bits does now and then, is forgiven after one call: 0 is never
+    ahead of it. */
+bool UController::isIdleDue(bool throttled) {
+    const int32_t now = UTicks::now();
+    const int32_t left = idealNextIdle - now;
     if (throttled && left >= kNearlyDue) {
         if (left >= kClockJumped)
             idealNextIdle = 0;
-        result = true;
         return false;
     }
-    idealNextIdle = int32_t(uint32_t(now) + kIdlePeriod);
+    idealNextIdle = UTicks::future(kIdlePeriod);
     lastIdleTime = now;
     return true;
 }
 
-void UController::serveIdleObjects() {
+/** What is added during the step is served in it. */
+void UController::serveIdle() {
     FGuard guard(idleLock);
     inIdleObjects = true;
     if (!idleObjects.isEmpty()) {
-        IPtr<FMessage> message = OPtr<FMessage>(new FMessage("Idle"));
-        for (int32_t i = 0; i < idleObjects.total(); ++i)  // an object may add others
+        const OPtr<FMessage> message(new FMessage("Idle"));
+        for (int32_t i = 0; i < idleObjects.total(); ++i)
             idleObjects.at(i)->notify(message);
     }
-}
-
-void UController::serveIdleHandlers() {
-    FGuard guard(idleLock);
     for (int32_t i = 0; i < idlePlugObjects.total(); ++i)
         idlePlugObjects.at(i)->onIdle();
     inIdleObjects = false;
+}
+
+bool UController::hasDeferredDestruction() {
+    FGuard guard(deferLock);
+    return !deferredDestruction.isEmpty();
 }
 
 void UController::destroyDeferred() {
@@ -323,8 +324,7 @@ bool UController::wantsIdle() {
         if (!idleObjects.isEmpty() || !idlePlugObjects.isEmpty())
             return true;
     }
-    FGuard guard(deferLock);
-    return !deferredDestruction.isEmpty();
+    return hasDeferredDestruction();
 }
 
 // --- events
@@ -334,7 +334,7 @@ bool UController::tryNextEvent() {
         doNextEvent();
         return !isDoneFlag;
     }
-    updateDependencies();
+    deliverAndUpdate();
     return true;
 }
 
@@ -343,7 +343,14 @@ void UController::flushEvent() {
         return;
     while (eventPending())
         doNextEvent();
-    updateDependencies();
+    deliverAndUpdate();
+}
+
+void UController::deliverAndUpdate() {
+    if (gMessenger)
+        gMessenger->deliverMessages();
+    if (UpdateHandler* handler = UpdateHandler::instance())
+        handler->triggerDeferedUpdates(nullptr);
 }
 
 void UController::doNextEvent() {
@@ -363,6 +370,12 @@ void UController::waitKeyReleased(const UKeyCode& key) {
 
 bool UController::suspendFlush(bool state) {
     return std::exchange(noFlush, state);
+}
+
+bool UController::suspendUpdates(bool state) {
+    if (!state)
+        wakeUpdates();  // what has piled up meanwhile
+    return std::exchange(updatesSuspended, state);
 }
 
 // --- mouse and modifiers

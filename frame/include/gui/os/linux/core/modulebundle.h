@@ -15,6 +15,7 @@ public:
     /** The bundle folder, or the shared object in it. Its machine is looked at, nothing is loaded yet. */
     static ModuleBundle* open(const std::string& path, std::string& error);
 
+    /** Once is enough: further calls change nothing. */
     bool load(std::string& error);
     /** Really unmapped, except under a sanitizer, whose reports need the symbols. false: it isn't loaded. */
     bool unload();

@@ -10,7 +10,8 @@ CoreEventHandler* CoreEventHandler::instance() {
 }
 
 int32_t CoreEventHandler::queryInterface(const char* iid, void** obj) {
-    const bool known = answerInterface<IPlatformEventHandler>(this, iid, obj) || answerInterface<FUnknown>(this, iid, obj);
+    const bool known =
+        answerInterface<IPlatformEventHandler>(this, iid, obj) || answerInterface<FUnknown>(this, iid, obj);
     return known ? kResultOk : noInterface(obj);
 }
 

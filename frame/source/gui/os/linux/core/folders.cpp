@@ -28,7 +28,7 @@ std::string environmentOrHome(const char* variable, const char* belowHome) {
     if (!folder.empty())
         return folder;
     const std::string home = homeFolder();
-    return home.empty() ? home : home + belowHome;
+    return home.empty() ? home : (fs::path(home) / belowHome).string();
 }
 
 std::string temporaryFolder() {
@@ -55,11 +55,11 @@ std::string systemFolder() {
 }
 
 std::string preferencesFolder() {
-    return environmentOrHome("XDG_CONFIG_HOME", "/.config");
+    return environmentOrHome("XDG_CONFIG_HOME", ".config");
 }
 
 std::string sharedFolder() {
-    return environmentOrHome("XDG_DATA_HOME", "/.local/share");
+    return environmentOrHome("XDG_DATA_HOME", ".local/share");
 }
 
 struct FolderRow {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sys/utsname.h>
+#include <unistd.h>
 
 namespace Tessarine {
 namespace {
@@ -16,12 +17,14 @@ constexpr int kLoadFlags = RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE;
 constexpr int kLoadFlags = RTLD_NOW | RTLD_LOCAL;
 #endif
 
-/** What the running program was built for; a module for another machine is refused before the loader sees it. */
+constexpr const char* kContents = "Contents";
+
 bool readHeader(const fs::path& file, Elf64_Ehdr& header) {
     std::ifstream stream(file, std::ios::binary);
     return bool(stream.read(reinterpret_cast<char*>(&header), sizeof(header)));
 }
 
+/** What the running program was built for; a module for another machine is refused before the loader sees it. */
 bool isOurMachine(const fs::path& file) {
     Elf64_Ehdr ours = {}, theirs = {};
     return readHeader("/proc/self/exe", ours) && readHeader(file, theirs) &&
@@ -36,9 +39,28 @@ std::string machineFolder() {
     return std::string(system.machine) + "-linux";
 }
 
-/** The folder that a path names: itself, or for a shared object the bundle around it. */
-fs::path bundleOf(const fs::path& path) {
-    return fs::is_directory(path) ? path : path.parent_path().parent_path().parent_path();
+/** The folder and the shared object of a bundle, by the path of either of them. */
+struct Parts {
+    fs::path folder, object;
+};
+
+Parts partsOf(const fs::path& path) {
+    std::error_code failure;
+    if (fs::is_directory(path, failure))
+        return {path, path / kContents / machineFolder() / (path.stem().string() + ".so")};
+    return {path.parent_path().parent_path().parent_path(), path};
+}
+
+/** What keeps a module from being loaded; null: nothing that can be seen from outside. */
+const char* faultOf(const Parts& parts) {
+    std::error_code failure;
+    if (!fs::is_regular_file(parts.object, failure))
+        return "no such module";
+    if (parts.object.parent_path().parent_path() != parts.folder / kContents)
+        return "not in a bundle";
+    if (access(parts.object.c_str(), R_OK) != 0)
+        return "can't be read";
+    return isOurMachine(parts.object) ? nullptr : "not a module for this machine";
 }
 }  // namespace
 
@@ -49,25 +71,21 @@ ModuleBundle* ModuleBundle::open(const std::string& path, std::string& error) {
         error = path + ": " + failure.message();
         return nullptr;
     }
-    const fs::path bundle = bundleOf(given);
-    const fs::path object =
-        fs::is_directory(given) ? bundle / "Contents" / machineFolder() / (bundle.stem().string() + ".so") : given;
-    if (!fs::is_regular_file(object, failure)) {
-        error = object.string() + ": no such module";
-        return nullptr;
-    }
-    if (!isOurMachine(object)) {
-        error = object.string() + ": not a module for this machine";
+    const Parts parts = partsOf(given);
+    if (const char* fault = faultOf(parts)) {
+        error = parts.object.string() + ": " + fault;
         return nullptr;
     }
     auto* result = new ModuleBundle;
-    result->folder = bundle.string();
-    result->resources = (bundle / "Contents" / "Resources").string();
-    result->executable = object.string();
+    result->folder = parts.folder.string();
+    result->resources = (parts.folder / kContents / "Resources").string();
+    result->executable = parts.object.string();
     return result;
 }
 
 bool ModuleBundle::load(std::string& error) {
+    if (handle)
+        return true;
     handle = dlopen(executable.c_str(), kLoadFlags);
     if (!handle)
         error = dlerror();

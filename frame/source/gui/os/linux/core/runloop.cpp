@@ -4,6 +4,7 @@
 #include <glib.h>
 #include <new>
 #include <tuple>
+#include <utility>
 
 namespace Tessarine {
 namespace {
@@ -16,15 +17,26 @@ gboolean dispatch(GSource*, GSourceFunc, gpointer) {
     return G_SOURCE_CONTINUE;
 }
 
+/** A source that was ready when another one's callback closed and unloaded this copy is let go of, and its functions are
+    looked at, only later in that turn: they go with the source, not with the copy. */
+struct OwnedSource {
+    GSource base;
+    GSourceFuncs functions;
+};
+
 template <void (RunLoop::*Serve)()>
 GSource* attachSource(const char* name) {
-    static GSourceFuncs functions = {nullptr, nullptr, dispatch<Serve>, nullptr, nullptr, nullptr};
-    GSource* source = g_source_new(&functions, sizeof(GSource));
-    g_source_set_name(source, name);           // copied
-    g_source_set_can_recurse(source, TRUE);    // a modal loop may run within any callback
+    GSourceFuncs functions = {nullptr, nullptr, dispatch<Serve>, nullptr, nullptr, nullptr};
+    GSource* source = g_source_new(&functions, sizeof(OwnedSource));
+    auto* owned = reinterpret_cast<OwnedSource*>(source);
+    owned->functions = functions;
+    g_source_set_funcs(source, &owned->functions);
+    g_source_set_name(source, name);         // copied
+    g_source_set_can_recurse(source, TRUE);  // a modal loop may run within any callback
     g_source_attach(source, nullptr);
     return source;
 }
+
 /** The last moment at which this copy's code is still there to be called. */
 struct CloseAtEnd {
     ~CloseAtEnd() { RunLoop::instance().close(); }
@@ -52,14 +64,15 @@ bool RunLoop::open() {
 }
 
 void RunLoop::close() {
-    for (LinuxTimer* timer : std::set<LinuxTimer*, Earlier>(std::move(armed)))
+    {
+        FGuard guard(wakeLock);
+        destroy(timerSource);
+        destroy(updateSource);
+        destroy(idleSource);
+        updatesWoken = false;
+    }
+    for (LinuxTimer* timer : std::exchange(armed, {}))
         timer->release();
-    armed.clear();
-    FGuard guard(wakeLock);
-    destroy(timerSource);
-    destroy(updateSource);
-    destroy(idleSource);
-    updatesWoken = false;
 }
 
 void RunLoop::destroy(GSource*& source) {
@@ -80,11 +93,14 @@ void RunLoop::wakeUpdates() {
         updatesWoken = false;
 }
 
+/** The source stays ready during the work, so that a modal loop within it serves what still waits. */
 void RunLoop::serveUpdates() {
-    g_source_set_ready_time(updateSource, -1);
     updatesWoken = false;  // before the work: what is posted during it wakes the loop again
     if (gController)
         gController->updateDependencies();
+    FGuard guard(wakeLock);
+    if (updateSource && !updatesWoken)
+        g_source_set_ready_time(updateSource, -1);
 }
 
 void RunLoop::wakeIdle() {
@@ -95,9 +111,14 @@ void RunLoop::wakeIdle() {
 
 void RunLoop::serveIdle() {
     g_source_set_ready_time(idleSource, -1);
-    if (!gController)
-        return;
-    gController->onIdle(true);
+    planIdle();  // a modal loop may run within the step
+    if (gController)
+        gController->onIdle(true);
+    planIdle();
+}
+
+/** Never takes a wake-up back: one that comes from another thread right now must not be lost. */
+void RunLoop::planIdle() {
     if (idleSource && gController && gController->wantsIdle())
         g_source_set_ready_time(idleSource, g_get_monotonic_time() + kIdlePeriodUs);
 }

@@ -45,6 +45,7 @@ private:
     };
 
     void setNextDue();
+    void planIdle();
     static void destroy(_GSource*& source);
 
     std::set<LinuxTimer*, Earlier> armed;  // counted; by due time, the older start first
