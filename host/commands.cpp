@@ -139,7 +139,7 @@ void Commands::run(const std::string& line) {
         reply(ok, fields);
 }
 
-void Commands::reply(bool ok, Json more) {
+void Commands::reply(bool ok, const Json& more) {
     Json object = {{"reply", number}, {"ok", ok}};
     if (!ok)
         object["error"] = error;

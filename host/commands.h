@@ -39,7 +39,7 @@ private:
 
     void runQueue();
     void run(const std::string& line);
-    void reply(bool ok, Json fields);
+    void reply(bool ok, const Json& more);
     /** Each fills the reply's fields; false: refused, and error says why. */
     bool ready(const Words& words);
     bool wait(const Words& words);

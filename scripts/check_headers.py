@@ -17,7 +17,7 @@ def glib_flags():
 
 def compile_alone(header):
     command = ["clang++-16", "-std=c++20", "-fsyntax-only", "-xc++", "-Wno-pragma-once-outside-header",
-               "-Wno-unused-const-variable", f"-I{ROOT}", f"-I{ROOT / 'frame/include'}", *glib_flags(), *WARNINGS,
+               f"-I{ROOT}", f"-I{ROOT / 'frame/include'}", *glib_flags(), *WARNINGS, "-Wno-unused-const-variable",
                str(header)]
     return header, subprocess.run(command, check=False, capture_output=True, text=True)
 

@@ -53,28 +53,40 @@ const Class* classCast(const CmObject* object) {
 
 /** Members that each class declares of its record; what follows is public. An abstract class is one that nobody makes by
     name. */
-#define DECLARE_ABSTRACT_CLASS(Class, Base)                                                                            \
-public:                                                                                                         \
-    static ::Tessarine::MetaClass __fClass;                                                                     \
-    static constexpr const char* className() { return #Class; }                                                 \
-    const char* isA() const override { return #Class; }                                                         \
-    bool isA(const char* name) const override { return isTypeOf(name, false); }                                 \
-    bool isTypeOf(const char* name, bool askBaseClass) const override {                                         \
+#define DECLARE_ABSTRACT_CLASS(Class, Base)                                                                      \
+public:                                                                                                          \
+    static ::Tessarine::MetaClass __fClass;                                                                      \
+    static constexpr const char* className() {                                                                   \
+        return #Class;                                                                                           \
+    }                                                                                                            \
+    const char* isA() const override {                                                                           \
+        return #Class;                                                                                           \
+    }                                                                                                            \
+    bool isA(const char* name) const override {                                                                  \
+        return isTypeOf(name, false);                                                                            \
+    }                                                                                                            \
+    bool isTypeOf(const char* name, bool askBaseClass) const override {                                          \
         return name && (std::strcmp(name, #Class) == 0 || (askBaseClass && Base::isTypeOf(name, askBaseClass))); \
-    }                                                                                                           \
-    ::Tessarine::MetaClass* getClass() const override { return &__fClass; }
+    }                                                                                                            \
+    ::Tessarine::MetaClass* getClass() const override {                                                          \
+        return &__fClass;                                                                                        \
+    }
 
-#define DECLARE_CLASS(Class, Base)       \
-    DECLARE_ABSTRACT_CLASS(Class, Base)  \
+#define DECLARE_CLASS(Class, Base)                      \
+    DECLARE_ABSTRACT_CLASS(Class, Base)                 \
     /** A default-built instance with one reference. */ \
     static ::Tessarine::FUnknown* __fCreate();
 
-#define DECLARE_NEWCOPY(Class) \
-    ::Tessarine::CmObject* newCopy() const override { return new Class(*this); }
+#define DECLARE_NEWCOPY(Class)                        \
+    ::Tessarine::CmObject* newCopy() const override { \
+        return new Class(*this);                      \
+    }
 
-#define IMPLEMENT_CLASS_V(Class, Base, version)                                                    \
+#define IMPLEMENT_CLASS_V(Class, Base, version)                                                           \
     ::Tessarine::MetaClass Class::__fClass(#Class, &Class::__fCreate, nullptr, &Base::__fClass, version); \
-    ::Tessarine::FUnknown* Class::__fCreate() { return static_cast<::Tessarine::CmObject*>(new Class); }
+    ::Tessarine::FUnknown* Class::__fCreate() {                                                           \
+        return static_cast<::Tessarine::CmObject*>(new Class);                                            \
+    }
 #define IMPLEMENT_CLASS(Class, Base) IMPLEMENT_CLASS_V(Class, Base, 0)
 #define IMPLEMENT_ABSTRACT_CLASS(Class, Base) \
     ::Tessarine::MetaClass Class::__fClass(#Class, nullptr, nullptr, &Base::__fClass, 0);

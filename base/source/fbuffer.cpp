@@ -188,9 +188,11 @@ bool Buffer::prependString16(const tchar* text) {
 }
 
 void Buffer::makeHexString(String& text) const {
-    if (uint64_t(fillSize) * 2 > ConstString::kMaxLength || !text.resize(fillSize * 2, false) || fillSize == 0)
+    if (uint64_t(fillSize) * 2 > ConstString::kMaxLength || !text.resize(fillSize * 2, false))
         return;
     char* digits = text.writable8();
+    if (!digits || !buffer)
+        return;
     for (uint32_t i = 0; i < fillSize; ++i) {
         *digits++ = kHexDigits[uint8_t(buffer[i]) >> 4];
         *digits++ = kHexDigits[buffer[i] & 0xF];

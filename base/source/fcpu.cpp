@@ -13,7 +13,7 @@ int32_t countAllowed(int32_t otherwise) {
 }  // namespace
 
 FCpuInfo::FCpuInfo()
-: numberOfCpus(static_cast<int32_t>(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)))),
-  availableCpus(countAllowed(numberOfCpus)) {}
+    : numberOfCpus(static_cast<int32_t>(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)))),
+      availableCpus(countAllowed(numberOfCpus)) {}
 
 }  // namespace Tessarine

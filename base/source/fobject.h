@@ -50,8 +50,12 @@ protected:
 FObject* frameworkObject(FUnknown* unknown);
 
 /** For classes with several counted bases: counts in the named one. */
-#define FORWARD_REFCOUNT(Base)                                \
-    uint32_t addRef() override { return Base::addRef(); }     \
-    uint32_t release() override { return Base::release(); }
+#define FORWARD_REFCOUNT(Base)    \
+    uint32_t addRef() override {  \
+        return Base::addRef();    \
+    }                             \
+    uint32_t release() override { \
+        return Base::release();   \
+    }
 
 }  // namespace Tessarine

@@ -283,9 +283,8 @@ int32_t ConstString::findPrev(int32_t start, tchar c, CompareMode mode) const {
 bool ConstString::startsWith(const ConstString& text, CompareMode mode) const {
     if (text.isEmpty())
         return isEmpty();
-    return inOneWidth(*this, text, [&](auto here, auto what) {
-        return what.size() <= here.size() && standsAt(here, 0, what, mode);
-    });
+    return inOneWidth(
+        *this, text, [&](auto here, auto what) { return what.size() <= here.size() && standsAt(here, 0, what, mode); });
 }
 
 bool ConstString::endsWith(const ConstString& text, CompareMode mode) const {

@@ -143,11 +143,11 @@ struct PageRow {
 constexpr char kMacRoman[] = "macintosh", kShiftJIS[] = "ibm-943_P15A-2003", kLatin1[] = "ibm-5348_P100-1997",
                kMacCentralEurope[] = "macos-29-10.2", kAscii[] = "US-ASCII";
 constexpr PageRow kPages[] = {
-    {kCodePageMacRoman,         0,         1, pageTable<kMacRoman>                      },
-    {kCodePageShiftJIS,         1576,      2, pageTable<kShiftJIS, 0x3000, 0x80 * 0x100>},
-    {kCodePageLatin1,           1280,      1, pageTable<kLatin1>                        },
-    {kCodePageMacCentralEurope, 29,        1, pageTable<kMacCentralEurope>              },
-    {kCodePageUTF8,             0x8000100, 3, nullptr                                   },
+    {kCodePageMacRoman, 0, 1, pageTable<kMacRoman>},
+    {kCodePageShiftJIS, 1576, 2, pageTable<kShiftJIS, 0x3000, 0x80 * 0x100>},
+    {kCodePageLatin1, 1280, 1, pageTable<kLatin1>},
+    {kCodePageMacCentralEurope, 29, 1, pageTable<kMacCentralEurope>},
+    {kCodePageUTF8, 0x8000100, 3, nullptr},
 };
 constexpr PageRow kOtherPage = {0, 1536, 1, pageTable<kAscii>};
 

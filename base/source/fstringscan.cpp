@@ -128,8 +128,7 @@ struct NumberRun {
 
     template <class View>
     NumberRun(View text, size_t at)
-        : first(at),
-          significant(skipWhile(text, at, [](typename View::value_type c) { return c == '0'; })),
+        : first(at), significant(skipWhile(text, at, [](typename View::value_type c) { return c == '0'; })),
           end(skipWhile(text, significant, &ConstString::isCharDigit)) {}
     int32_t zeros() const { return int32_t(significant - first); }
     int32_t digits() const { return int32_t(end - significant); }

@@ -410,7 +410,7 @@ void FThread::nameCaller() const {
 
 void FThreadSleep(int32_t ms) {
     while (ms < 0)
-        pause();
+        pause();  // NOLINT(bugprone-infinite-loop): for ever is what is asked
     const timespec deadline = deadlineIn(ms);
     int result = EINTR;
     while (result == EINTR)

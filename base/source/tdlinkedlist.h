@@ -34,7 +34,7 @@ public:
     using Pair = TAssociation<K, V>;
 
     explicit TDictionary(const K& defaultKey = K(), const V& defaultValue = V())
-    : TDLinkedList<Pair>(Pair(defaultKey, defaultValue)) {}
+        : TDLinkedList<Pair>(Pair(defaultKey, defaultValue)) {}
 
     TDictionary* newInstance() const override {
         return new TDictionary(this->errorObject.key, this->errorObject.value);

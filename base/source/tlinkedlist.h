@@ -148,7 +148,7 @@ template <class T, class Link>
 class TLinkIterator : public TIterator<T> {
 public:
     explicit TLinkIterator(const TLinkedContainer<T, Link>* list)
-    : TIterator<T>(list), list(list), cursor(list->_first) {}
+        : TIterator<T>(list), list(list), cursor(list->_first) {}
 
     bool done() const override { return !cursor; }
     T& next() override {

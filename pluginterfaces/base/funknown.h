@@ -30,7 +30,9 @@ public:
     static constexpr int32_t kSize = 16;
 
     constexpr FUID() = default;
-    constexpr FUID(uint32_t word1, uint32_t word2, uint32_t word3, uint32_t word4) { from4Int(word1, word2, word3, word4); }
+    constexpr FUID(uint32_t word1, uint32_t word2, uint32_t word3, uint32_t word4) {
+        from4Int(word1, word2, word3, word4);
+    }
     constexpr explicit FUID(const FUIDWords& words) : FUID(words.word1, words.word2, words.word3, words.word4) {}
     /** 16 raw bytes; null gives all zero. */
     FUID(const char* bytes) { *this = bytes; }
@@ -81,11 +83,11 @@ private:
 };
 
 /** Ends the declaration of an interface: its identifier, and no way to delete through it. */
-#define DECLARE_INTERFACE(Interface) \
-public:                              \
+#define DECLARE_INTERFACE(Interface)    \
+public:                                 \
     static const ::Tessarine::FUID iid; \
-                                     \
-protected:                           \
+                                        \
+protected:                              \
     ~Interface() = default;
 
 /** The identifier's definition, constant-initialised, so that it is valid before any static constructor ran. */
@@ -103,7 +105,9 @@ public:
     virtual uint32_t release() = 0;
 
     /** Adds with a full barrier and returns the new value. */
-    static int32_t atomicAdd(int32_t& value, int32_t amount) { return __atomic_add_fetch(&value, amount, __ATOMIC_SEQ_CST); }
+    static int32_t atomicAdd(int32_t& value, int32_t amount) {
+        return __atomic_add_fetch(&value, amount, __ATOMIC_SEQ_CST);
+    }
 
     DECLARE_INTERFACE(FUnknown)
 };

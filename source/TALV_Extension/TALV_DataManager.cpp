@@ -34,8 +34,8 @@ constexpr ParamRow kChannelParams[] = {
 }  // namespace
 
 TALV_DataManager::TALV_DataManager(IHostClasses* hostClasses, IDependent* dependent)
-: hostClasses(hostClasses), devices(0, nullptr), dependent(dependent), updateHandler(hostClasses), comPorts(0, 10),
-  connections(0, k_noItemForConnection) {}
+    : hostClasses(hostClasses), devices(0, nullptr), dependent(dependent), updateHandler(hostClasses), comPorts(0, 10),
+      connections(0, k_noItemForConnection) {}
 
 TALV_DataManager::~TALV_DataManager() {
     removeAllParams();
@@ -168,9 +168,15 @@ void TALV_DataManager::addRows(ParamDictionary* dictionary, const Rows& rows, in
     for (const ParamRow& row : rows) {
         const auto id = TALV_ParamId(row.id + channel);
         switch (row.kind) {
-            case kOnOffValue: addOnOffValue(dictionary, id, row.defaultValue != 0); break;
-            case kIntValue: addIntValue(dictionary, id, row.min, row.max, row.defaultValue); break;
-            case kStringValue: addStringValue(dictionary, id, ""); break;
+        case kOnOffValue:
+            addOnOffValue(dictionary, id, row.defaultValue != 0);
+            break;
+        case kIntValue:
+            addIntValue(dictionary, id, row.min, row.max, row.defaultValue);
+            break;
+        case kStringValue:
+            addStringValue(dictionary, id, "");
+            break;
         }
     }
 }

@@ -37,7 +37,7 @@ constinit const FUID k_managerClassId(0x00630BF2, 0x4FF049CF, 0xBF01F480, 0x3210
 
 /** What a new device is asked for, in this order, once its mode and name are known. */
 constexpr MessageType k_requests[] = {
-    kMessageReqWordClock, kMessageReqGain,      kMessageReqPlus48V,    kMessageReqHPF,           kMessageReqGainTrim,
+    kMessageReqWordClock, kMessageReqGain,       kMessageReqPlus48V,       kMessageReqHPF,     kMessageReqGainTrim,
     kMessageReqPanelLock, kMessageReqBrightness, kMessageReqPlus48VMaster, kMessageReqHPFFreq,
 };
 
@@ -56,16 +56,18 @@ void sendMode(const TALV_Manager& manager, const PrmInfo& info, int32_t value) {
     manager.sendDeviceMode(info.devId, value);
 }
 
+constexpr auto sendFreq = sendBy<&TALV_Manager::sendHPFFreq, k_firstFreqByte>;
+
 constexpr SendRow k_senders[] = {
-    {kPrmDevMode,    1,            sendMode                                        },
-    {kPrmWordClock,  1,            sendBy<&TALV_Manager::sendWordClock>            },
-    {kPrmGain,       kNumChannels, sendBy<&TALV_Manager::sendGain>                 },
-    {kPrmPlus48V,    kNumChannels, sendBy<&TALV_Manager::sendPlus48V>              },
-    {kPrmHPF,        kNumChannels, sendBy<&TALV_Manager::sendHPF>                  },
-    {kPrmGainTrim,   kNumChannels, sendBy<&TALV_Manager::sendTrim>                 },
-    {kPrmPanelLock,  1,            sendBy<&TALV_Manager::sendPanelLock>            },
-    {kPrmBrightness, 1,            sendBy<&TALV_Manager::sendBrightness>           },
-    {kPrmHPFFreq,    kNumChannels, sendBy<&TALV_Manager::sendHPFFreq, k_firstFreqByte>},
+    {kPrmDevMode,    1,            sendMode                             },
+    {kPrmWordClock,  1,            sendBy<&TALV_Manager::sendWordClock> },
+    {kPrmGain,       kNumChannels, sendBy<&TALV_Manager::sendGain>      },
+    {kPrmPlus48V,    kNumChannels, sendBy<&TALV_Manager::sendPlus48V>   },
+    {kPrmHPF,        kNumChannels, sendBy<&TALV_Manager::sendHPF>       },
+    {kPrmGainTrim,   kNumChannels, sendBy<&TALV_Manager::sendTrim>      },
+    {kPrmPanelLock,  1,            sendBy<&TALV_Manager::sendPanelLock> },
+    {kPrmBrightness, 1,            sendBy<&TALV_Manager::sendBrightness>},
+    {kPrmHPFFreq,    kNumChannels, sendFreq                             },
 };
 
 struct ReceiveRow {
@@ -141,8 +143,9 @@ int32_t TALV_Manager::queryInterface(const char* iid, void** obj) {
         return kResultOk;
     }
     IPluginBase* first = this;
-    return answerInterface<FUnknown>(first, iid, obj) || answerInterface<IPluginBase>(first, iid, obj) ? kResultOk
-                                                                                                       : noInterface(obj);
+    return answerInterface<FUnknown>(first, iid, obj) || answerInterface<IPluginBase>(first, iid, obj)
+               ? kResultOk
+               : noInterface(obj);
 }
 
 uint32_t TALV_Manager::addRef() {
@@ -588,8 +591,8 @@ extern "C" Tessarine::IPluginFactory* GetPluginFactory() {
         return gPluginFactory;
     }
     static const PFactoryInfo factoryInfo("Orsola Corporation", nullptr, nullptr, 0);
-    static const PClassInfo2 service(TALV::k_managerClassId, 1, "Service", "Orsola VOREN TALV Extension", 0, "", nullptr,
-                                     "1.0.0", nullptr);
+    static const PClassInfo2 service(TALV::k_managerClassId, 1, "Service", "Orsola VOREN TALV Extension", 0, "",
+                                     nullptr, "1.0.0", nullptr);
     static const PClassInfo accessor(TALV::ITALV_PrmAccessor::iid, 1, "Private", "TALV Param Accessor");
     static const PClassInfo window(TALV_HWSetup::MainWindowManager::k_classId, 1, "Private", "VOREN HA Remote Setup");
     gPluginFactory = new CPluginFactory(factoryInfo);

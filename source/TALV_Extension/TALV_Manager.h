@@ -18,15 +18,15 @@ class TALV_COMPort;
 class TALV_PrmAccessor;
 class TALV_Setup;
 
-/** The extension's service. It builds everything else, owns the port, finds the devices on the line, keeps the values in step
-    with the hardware both ways, and follows when another port is chosen.
+/** The extension's service. It builds everything else, owns the port, finds the devices on the line, keeps the values in
+    step with the hardware both ways, and follows when another port is chosen.
 
     Life      one in a module. A host that lives on can't end it: terminate refuses until the host is quitting.
     Out       a value changes → one frame, written at once, on the same thread. Nothing waits for an answer.
-    In        each tick of readTimer takes one message off the line and writes it into its value, which this object doesn't
-              depend on for that moment: reports aren't echoed. Device mode and name are: the mode goes back to the device.
-    Search    a broadcast when the port opens and three more, a second apart, until a device answers; ready 1.1 seconds after
-              the last broadcast or answer.
+    In        each tick of readTimer takes one message off the line and writes it into its value, which this object
+              doesn't depend on for that moment: reports aren't echoed. Only a new device mode goes back to the device.
+    Search    a broadcast when the port opens and three more, a second apart, until a device answers; ready 1.1 seconds
+              after the last broadcast or answer.
     Threads   main. */
 class TALV_EXPORT TALV_Manager : public Tessarine::IPluginBase, public Tessarine::CmObject {
 public:
@@ -112,10 +112,10 @@ private:
     int32_t refCount = 1;
     Tessarine::IHostClasses* hostClasses = nullptr;  // the reference of its query is kept
     Tessarine::IPtr<Tessarine::IUpdateHandler> updateHandler;
-    TALV_COMPort* comPort = nullptr;                           // owned
-    TALV_DataManager* dataManager = nullptr;                   // owned
-    Tessarine::IPlugDevice* prmAccessorDevice = nullptr;       // the host's
-    Tessarine::UTimer* readTimer = nullptr;                    // this and the next two go with the timers of the module
+    TALV_COMPort* comPort = nullptr;                      // owned
+    TALV_DataManager* dataManager = nullptr;              // owned
+    Tessarine::IPlugDevice* prmAccessorDevice = nullptr;  // the host's
+    Tessarine::UTimer* readTimer = nullptr;               // this and the next two go with the timers of the module
     Tessarine::UTimer* devIdTimer = nullptr;
     Tessarine::UTimer* readyTimer = nullptr;
     Tessarine::IPlugDevice* setupDevice = nullptr;  // the host's

@@ -14,9 +14,9 @@ Tessarine::TArray<Byte> g_messageContainer(0, 10);
 
 constexpr int32_t kMaxChannels = 8;
 constexpr int32_t kLengthAt = 0, kCommandAt = 1, kDevIdAt = 2, kPayloadAt = 3;
-constexpr int32_t kFrameBytes = 4;     // length, command, device id, checksum
-constexpr int32_t kUncounted = 1;      // the length byte doesn't count itself
-constexpr int32_t kMaxFrame = 256;     // more, a length byte can't say
+constexpr int32_t kFrameBytes = 4;  // length, command, device id, checksum
+constexpr int32_t kUncounted = 1;   // the length byte doesn't count itself
+constexpr int32_t kMaxFrame = 256;  // more, a length byte can't say
 constexpr int32_t kFirstReport = 0x80;
 constexpr int32_t kNumReports = 41;
 
@@ -76,27 +76,27 @@ struct CommandRow {
     PutPayload putPayload;
 };
 constexpr CommandRow kCommands[] = {
-    {kMessageDevId,             0x00, true,  putNothing                     },
-    {kMessageDevMode,           0x01, false, putByte<&MessagePrm::devMode>  },
-    {kMessageReqDevModeDevName, 0x41, false, putNothing                     },
-    {kMessageWordClock,         0x10, false, putByte<&MessagePrm::wordClock>},
-    {kMessageReqWordClock,      0x50, false, putNothing                     },
-    {kMessageGain,              0x20, false, putChannels<kGain>             },
-    {kMessageReqGain,           0x60, false, putChannelRange<kGain>         },
-    {kMessagePlus48V,           0x21, false, putChannels<kPlus48V>          },
-    {kMessageReqPlus48V,        0x61, false, putChannelRange<kPlus48V>      },
-    {kMessageHPF,               0x22, false, putChannels<kHPF>              },
-    {kMessageReqHPF,            0x62, false, putChannelRange<kHPF>          },
-    {kMessageMeterMode,         0x23, false, putByte<&MessagePrm::meterMode>},
-    {kMessageGainTrim,          0x24, false, putChannels<kGainTrim>         },
-    {kMessageReqGainTrim,       0x64, false, putChannelRange<kGainTrim>     },
-    {kMessagePanelLock,         0x25, false, putByte<&MessagePrm::panelLock>},
-    {kMessageReqPanelLock,      0x65, false, putNothing                     },
+    {kMessageDevId,             0x00, true,  putNothing                      },
+    {kMessageDevMode,           0x01, false, putByte<&MessagePrm::devMode>   },
+    {kMessageReqDevModeDevName, 0x41, false, putNothing                      },
+    {kMessageWordClock,         0x10, false, putByte<&MessagePrm::wordClock> },
+    {kMessageReqWordClock,      0x50, false, putNothing                      },
+    {kMessageGain,              0x20, false, putChannels<kGain>              },
+    {kMessageReqGain,           0x60, false, putChannelRange<kGain>          },
+    {kMessagePlus48V,           0x21, false, putChannels<kPlus48V>           },
+    {kMessageReqPlus48V,        0x61, false, putChannelRange<kPlus48V>       },
+    {kMessageHPF,               0x22, false, putChannels<kHPF>               },
+    {kMessageReqHPF,            0x62, false, putChannelRange<kHPF>           },
+    {kMessageMeterMode,         0x23, false, putByte<&MessagePrm::meterMode> },
+    {kMessageGainTrim,          0x24, false, putChannels<kGainTrim>          },
+    {kMessageReqGainTrim,       0x64, false, putChannelRange<kGainTrim>      },
+    {kMessagePanelLock,         0x25, false, putByte<&MessagePrm::panelLock> },
+    {kMessageReqPanelLock,      0x65, false, putNothing                      },
     {kMessageBrightness,        0x26, false, putByte<&MessagePrm::brightness>},
-    {kMessageReqBrightness,     0x66, false, putNothing                     },
-    {kMessageReqPlus48VMaster,  0x67, false, putNothing                     },
-    {kMessageHPFFreq,           0x28, false, putChannels<kHPFFreq>          },
-    {kMessageReqHPFFreq,        0x68, false, putChannelRange<kHPFFreq>      },
+    {kMessageReqBrightness,     0x66, false, putNothing                      },
+    {kMessageReqPlus48VMaster,  0x67, false, putNothing                      },
+    {kMessageHPFFreq,           0x28, false, putChannels<kHPFFreq>           },
+    {kMessageReqHPFFreq,        0x68, false, putChannelRange<kHPFFreq>       },
 };
 static_assert(std::size(kCommands) == kNumMessageTypes - 1, "each kind but kMessageNone has its row");
 static_assert(std::ranges::is_sorted(kCommands, {}, &CommandRow::kind), "a kind is the index of its row, less one");
@@ -215,9 +215,9 @@ int32_t TALV_MessageFactory::createMessage(const MessagePrm& prm, unsigned char*
     return build(prm.type, prm, buffer, size);
 }
 
-#define CREATE_OPERATION(operation, kind) \
+#define CREATE_OPERATION(operation, kind)                                                                \
     int32_t TALV_MessageFactory::operation(const MessagePrm& prm, unsigned char* buffer, int32_t size) { \
-        return build(kind, prm, buffer, size); \
+        return build(kind, prm, buffer, size);                                                           \
     }
 CREATE_OPERATION(createDevIdMessage, kMessageDevId)
 CREATE_OPERATION(createDevModeMessage, kMessageDevMode)
@@ -255,10 +255,10 @@ void TALV_MessageFactory::parseMessage(const unsigned char* data, int32_t size, 
         prm.type = kMessageNone;
 }
 
-#define PARSE_OPERATION(operation, command) \
+#define PARSE_OPERATION(operation, command)                                                         \
     void TALV_MessageFactory::operation(const unsigned char* data, int32_t size, MessagePrm& prm) { \
-        static_assert(rowOfReport(command) != nullptr, "a report has its row"); \
-        parseReport(*rowOfReport(command), data, size, prm); \
+        static_assert(rowOfReport(command) != nullptr, "a report has its row");                     \
+        parseReport(*rowOfReport(command), data, size, prm);                                        \
     }
 PARSE_OPERATION(parseDevIdMessage, 0x80)
 PARSE_OPERATION(parseDevModeDevNameMessage, 0x81)

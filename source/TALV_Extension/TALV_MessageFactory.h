@@ -65,7 +65,7 @@ struct MessagePrm {
 
     Building   the number of bytes written; 0, and nothing written, for a null buffer, one that is too small, or
                channels beyond the eighth.
-    Parsing    a frame that is too short or has a bad checksum leaves the record as it was. There is no resynchronisation.
+    Parsing    a frame that is too short or has a bad checksum leaves the record as it was; nothing resynchronises.
     Threads    building any thread; what touches the container of received bytes (parseMessage, ajustmentMessage,
                clearMessageContainer) the main thread. */
 class TALV_EXPORT TALV_MessageFactory {

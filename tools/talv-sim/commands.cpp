@@ -5,7 +5,10 @@
 namespace TalvSim {
 namespace {
 Json refused(const std::string& why) {
-    return {{"event", "error"}, {"error", why}};
+    return {
+        {"event", "error"},
+        {"error", why    }
+    };
 }
 
 /** The end of the JSON string that begins at start; npos when it has none. */
@@ -84,7 +87,10 @@ Json Commands::help(const Words&) {
     for (const Row& row : kRows)
         names.push_back(row.usage);
     names.push_back("quit");
-    return {{"event", "help"}, {"commands", names}};
+    return {
+        {"event",    "help"},
+        {"commands", names }
+    };
 }
 
 Json Commands::plug(const Words&) {
@@ -93,7 +99,11 @@ Json Commands::plug(const Words&) {
         return refused("the line is plugged already");
     if (!rig.line.plug(error))
         return refused(error);
-    return {{"event", "plugged"}, {"path", rig.line.path()}, {"terminal", rig.line.terminal()}};
+    return {
+        {"event",    "plugged"          },
+        {"path",     rig.line.path()    },
+        {"terminal", rig.line.terminal()}
+    };
 }
 
 Json Commands::raw(const Words& words) {
@@ -106,14 +116,20 @@ Json Commands::raw(const Words& words) {
     if (!rig.line.isPlugged())
         return refused("the line is unplugged");
     rig.outbox.put(*bytes, now);
-    return {{"event", "raw"}, {"bytes", toHex(*bytes)}};
+    return {
+        {"event", "raw"        },
+        {"bytes", toHex(*bytes)}
+    };
 }
 
 Json Commands::state(const Words& words) {
     const Device* device = deviceOf(words[0]);
     if (!device)
         return refused("no device '" + words[0] + "'");
-    Json reply = {{"event", "state"}, {"id", device->id()}};
+    Json reply = {
+        {"event", "state"     },
+        {"id",    device->id()}
+    };
     for (const ParamRow& row : kParams)
         reply[row.name] = valuesOf(*device, row);
     return reply;
@@ -147,7 +163,9 @@ Json Commands::unplug(const Words&) {
         return refused("the line is unplugged already");
     rig.line.unplug();
     rig.outbox.clear();
-    return {{"event", "unplugged"}};
+    return {
+        {"event", "unplugged"}
+    };
 }
 
 Device* Commands::deviceOf(const std::string& word) {
@@ -157,7 +175,11 @@ Device* Commands::deviceOf(const std::string& word) {
 }
 
 Json Commands::turned(Device& device, const ParamRow& row, int32_t channel) {
-    Json reply = {{"event", "turned"}, {"id", device.id()}, {"param", row.name}};
+    Json reply = {
+        {"event", "turned"   },
+        {"id",    device.id()},
+        {"param", row.name   }
+    };
     if (row.isPerChannel())
         reply["ch"] = channel;
     reply["value"] = valueOf(device, row, channel);

@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <string_view>
 #include <termios.h>
 #include <unistd.h>
 

@@ -134,17 +134,17 @@ struct Row {
 };
 const std::vector<Row>& rows() {
     static const std::vector<Row> table = {
-        {"--link",     true,  takeLink                                   },
-        {"--devices",  true,  takeDevices                                },
-        {"--baud",     true,  intoNumber(&LineQuality::baud, kMaxBaud)   },
-        {"--corrupt",  true,  intoPercent(&LineQuality::corruptPercent)  },
-        {"--drop",     true,  intoPercent(&LineQuality::dropPercent)     },
-        {"--seed",     true,  intoNumber(&LineQuality::seed, INT64_MAX)  },
-        {"--delay-ms", true,  intoNumber(&LineQuality::delayMs, kMaxDelayMs)},
-        {"--split",    false, takeSplit                                  },
-        {"--log",      false, takeLog                                    },
-        {"--help",     false, takeHelp                                   },
-        {"--version",  false, takeVersion                                },
+        {"--link", true, takeLink},
+        {"--devices", true, takeDevices},
+        {"--baud", true, intoNumber(&LineQuality::baud, kMaxBaud)},
+        {"--corrupt", true, intoPercent(&LineQuality::corruptPercent)},
+        {"--drop", true, intoPercent(&LineQuality::dropPercent)},
+        {"--seed", true, intoNumber(&LineQuality::seed, INT64_MAX)},
+        {"--delay-ms", true, intoNumber(&LineQuality::delayMs, kMaxDelayMs)},
+        {"--split", false, takeSplit},
+        {"--log", false, takeLog},
+        {"--help", false, takeHelp},
+        {"--version", false, takeVersion},
     };
     return table;
 }

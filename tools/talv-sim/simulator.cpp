@@ -58,11 +58,17 @@ int Simulator::run(std::string& error) {
     }
     if (!rig.line.plug(error))
         return 1;
-    print({{"event", "line"}, {"path", rig.line.path()}, {"terminal", rig.line.terminal()}});
+    print({
+        {"event",    "line"             },
+        {"path",     rig.line.path()    },
+        {"terminal", rig.line.terminal()}
+    });
     while (!ended && !outputFailed)
         waitForNews();
     rig.line.unplug();
-    print({{"event", "stopped"}});
+    print({
+        {"event", "stopped"}
+    });
     if (outputFailed)
         error = "nobody reads the output";
     return outputFailed ? 1 : 0;
@@ -118,7 +124,10 @@ void Simulator::takeInput(short news, TimePoint now) {
     input.erase(0, start);
     if (input.size() > kMaxCommand) {
         input.clear();
-        print({{"event", "error"}, {"error", "a command without an end"}});
+        print({
+            {"event", "error"                   },
+            {"error", "a command without an end"}
+        });
     }
 }
 
@@ -200,7 +209,11 @@ std::optional<TimePoint> Simulator::nextWake() const {
 void Simulator::log(const char* event, const Bytes& bytes, const std::string& text, bool corrupted) {
     if (!logging)
         return;
-    Json line = {{"event", event}, {"bytes", toHex(bytes)}, {"text", text}};
+    Json line = {
+        {"event", event       },
+        {"bytes", toHex(bytes)},
+        {"text",  text        }
+    };
     if (bytes.size() > 2 && isFrame(bytes))
         line["id"] = bytes[2];
     if (corrupted)

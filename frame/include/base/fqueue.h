@@ -28,7 +28,7 @@ class TRingBuffer {
 public:
     /** At least one element. */
     explicit TRingBuffer(int32_t capacity)
-    : data(new std::atomic<T>[static_cast<uint32_t>(std::max(capacity, 1))]()), capacity(std::max(capacity, 1)) {}
+        : data(new std::atomic<T>[static_cast<uint32_t>(std::max(capacity, 1))]()), capacity(std::max(capacity, 1)) {}
     ~TRingBuffer() {
         if (ownsBuffer)
             delete[] data;

@@ -23,7 +23,7 @@ void* FQueue::removeLast() {
 }
 
 FLockFreeQueue::FLockFreeQueue(int32_t capacity, void (*deleter)(void*))
-: CmTLockFreeQueue(capacity), deleter(deleter) {}
+    : CmTLockFreeQueue(capacity), deleter(deleter) {}
 
 void FLockFreeQueue::flush() {
     while (hasItem()) {

@@ -1,5 +1,5 @@
-#include "pluginterfaces/base/smartpointer.h"
 #include "platformname.h"
+#include "pluginterfaces/base/smartpointer.h"
 #include "storage/ffilesystem.h"
 #include "storage/ffstream.h"
 #include <algorithm>
@@ -27,16 +27,16 @@ constexpr const char* kReadOnly = "This disk is read only.";
 constexpr const char* kFull = "This disk is full.";
 constexpr const char* kNotPermitted = "This operation is not allowed.";
 constexpr MessageRow kMessages[] = {
-    {0,            "No error occurred."                                                    },
-    {ENOENT,       kNotFound                                                               },
-    {ENOTDIR,      kNotFound                                                               },
-    {EROFS,        kReadOnly                                                               },
-    {ENOSPC,       kFull                                                                   },
-    {EDQUOT,       kFull                                                                   },
-    {EIO,          "A reading/writing error occurred. This disk is not working normaly."   },
-    {EPERM,        kNotPermitted                                                           },
-    {EACCES,       kNotPermitted                                                           },
-    {ENAMETOOLONG, "This name is too long."                                                },
+    {0,            "No error occurred."                                                 },
+    {ENOENT,       kNotFound                                                            },
+    {ENOTDIR,      kNotFound                                                            },
+    {EROFS,        kReadOnly                                                            },
+    {ENOSPC,       kFull                                                                },
+    {EDQUOT,       kFull                                                                },
+    {EIO,          "A reading/writing error occurred. This disk is not working normaly."},
+    {EPERM,        kNotPermitted                                                        },
+    {EACCES,       kNotPermitted                                                        },
+    {ENAMETOOLONG, "This name is too long."                                             },
 };
 constexpr const char* kUnexpected = "An unexpected error occurred. The system's description is: ";
 

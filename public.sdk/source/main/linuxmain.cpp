@@ -1,6 +1,5 @@
 #include "public.sdk/source/main/linuxmain.h"
 #include "gui/os/linux/core/platformcore.h"
-#include <algorithm>
 
 using namespace Tessarine;
 
@@ -15,8 +14,7 @@ namespace {
 void keepAsModule(IModuleBundle* bundle) {
     ghInst = bundle;
     moduleHandle = bundle;
-    const char* path = bundle->getPath();
-    std::memcpy(gPath, path, std::min(std::strlen(path), sizeof(gPath) - 1));
+    std::snprintf(gPath, sizeof(gPath), "%s", bundle->getPath());
 }
 }  // namespace
 }  // namespace Tessarine

@@ -7,8 +7,8 @@ namespace Tessarine {
 /** The classes of this module, for the host.
 
     Life      counted; the maker holds the first reference. When it dies it clears gPluginFactory if it stands there.
-    Results   registerClass: false on a null record, a null create function or when the table can't grow; nothing changes
-              then. The others as in IPluginFactory.
+    Results   registerClass: false on a null record, a null create function or when the table can't grow; nothing
+              changes then. The others as in IPluginFactory.
     Threads   the main thread, except addRef and release. */
 class CPluginFactory : public IPluginFactory3 {
 public:

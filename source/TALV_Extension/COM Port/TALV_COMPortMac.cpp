@@ -53,9 +53,8 @@ std::vector<std::string> candidates(const TALV_PortNaming& naming) {
         if (naming.accepts(entry->d_name))
             names.emplace_back(entry->d_name);
     closedir(folder);
-    std::ranges::sort(names, [](const std::string& a, const std::string& b) {
-        return strnatcmp8(a.c_str(), b.c_str()) < 0;
-    });
+    std::ranges::sort(names,
+                      [](const std::string& a, const std::string& b) { return strnatcmp8(a.c_str(), b.c_str()) < 0; });
     return names;
 }
 
@@ -68,7 +67,7 @@ void replaceSilently(IValue* value, const String& text) {
 }  // namespace
 
 TALV_COMPortMac::TALV_COMPortMac(IHostClasses* hostClasses, TALV_DataManager* dataManager)
-: hostClasses(hostClasses), dataManager(dataManager) {}
+    : hostClasses(hostClasses), dataManager(dataManager) {}
 
 void TALV_COMPortMac::initialize() {
     TALV_COMPort::initialize();

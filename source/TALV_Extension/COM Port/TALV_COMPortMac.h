@@ -23,8 +23,8 @@ private:
     bool store(const unsigned char* data, int32_t count);
 
     Tessarine::IHostClasses* hostClasses;
-    int32_t portHandle = -1;   // file descriptor; the reader thread sees it while it runs
-    termios savedSettings{};   // what the device had before
+    int32_t portHandle = -1;  // file descriptor; the reader thread sees it while it runs
+    termios savedSettings{};  // what the device had before
     TALV_DataManager* dataManager;
 };
 

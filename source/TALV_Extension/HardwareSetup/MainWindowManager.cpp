@@ -34,8 +34,9 @@ int32_t MainWindowManager::queryInterface(const char* iid, void** obj) {
         *obj = first;
         return kResultOk;
     }
-    return answerInterface<FUnknown>(first, iid, obj) || answerInterface<IPlugDevice>(first, iid, obj) ? kResultOk
-                                                                                                       : noInterface(obj);
+    return answerInterface<FUnknown>(first, iid, obj) || answerInterface<IPlugDevice>(first, iid, obj)
+               ? kResultOk
+               : noInterface(obj);
 }
 
 uint32_t MainWindowManager::addRef() {

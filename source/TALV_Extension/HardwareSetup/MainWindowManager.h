@@ -14,8 +14,8 @@ class CmObject;
 
 namespace TALV_HWSetup {
 
-/** The setup device: what the host asks for the panel. Its window needs the host's skin service; as long as there is none, there
-    is no window.
+/** The setup device: what the host asks for the panel. Its window needs the host's skin service; as long as there is
+    none, there is no window.
 
     Life      counted, owned by the host's device list. Host, data manager and manager are borrowed.
     Threads   main. */

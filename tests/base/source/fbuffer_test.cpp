@@ -6,8 +6,12 @@
 
 namespace Tessarine {
 namespace {
-std::string bytesOf(const Buffer& buffer) { return {buffer.data() ? buffer.data() : "", buffer.getFillSize()}; }
-Buffer filled(const std::string& bytes) { return Buffer(bytes.data(), uint32_t(bytes.size())); }
+std::string bytesOf(const Buffer& buffer) {
+    return {buffer.data() ? buffer.data() : "", buffer.getFillSize()};
+}
+Buffer filled(const std::string& bytes) {
+    return Buffer(bytes.data(), uint32_t(bytes.size()));
+}
 
 TEST(Buffer, GrowsInSteps) {
     Buffer buffer;

@@ -11,9 +11,15 @@ namespace Tessarine {
 namespace {
 using std::string_literals::operator""s;
 
-std::string text8Of(const String& text) { return text.isWideString() ? "(wide)" : text.text8(); }
-std::u16string text16Of(const String& text) { return text.isWideString() ? text.text16() : u"(narrow)"; }
-int32_t signOf(int32_t number) { return (number > 0) - (number < 0); }
+std::string text8Of(const String& text) {
+    return text.isWideString() ? "(wide)" : text.text8();
+}
+std::u16string text16Of(const String& text) {
+    return text.isWideString() ? text.text16() : u"(narrow)";
+}
+int32_t signOf(int32_t number) {
+    return (number > 0) - (number < 0);
+}
 
 /** Sets code page 0 to the end of the block. */
 class DefaultEncoding {

@@ -23,10 +23,34 @@ struct CommandsTest : testing::Test {
 TEST_F(CommandsTest, RefusedOnesSayWhyAndChangeNothing) {
     const Json before = run("state 5");
     const std::vector<std::string> lines = {
-        "bogus", "turn", "turn 5 gain 3", "turn 5 gain 8 1", "turn 5 gain -1 1", "turn 5 gain x 1", "turn 5 gain 3 loud",
-        "turn 5 gain 3 1.5", "turn 5 brightness 0 3", "turn 5 nothing 3", "turn 6 gain 3 1", "turn 0 gain 3 1",
-        "turn 300 gain 3 1", "turn 5 devName \"open", "turn 5 devName \"\\u00e9\"", "turn 5 gain 3 99999999999999999999",
-        "state", "state 6", "state x", "raw", "raw 0", "raw zz", "raw 00", "plug now", "unplug", "\"", "\"\\q\"", "\xff",
+        "bogus",
+        "turn",
+        "turn 5 gain 3",
+        "turn 5 gain 8 1",
+        "turn 5 gain -1 1",
+        "turn 5 gain x 1",
+        "turn 5 gain 3 loud",
+        "turn 5 gain 3 1.5",
+        "turn 5 brightness 0 3",
+        "turn 5 nothing 3",
+        "turn 6 gain 3 1",
+        "turn 0 gain 3 1",
+        "turn 300 gain 3 1",
+        "turn 5 devName \"open",
+        "turn 5 devName \"\\u00e9\"",
+        "turn 5 gain 3 99999999999999999999",
+        "state",
+        "state 6",
+        "state x",
+        "raw",
+        "raw 0",
+        "raw zz",
+        "raw 00",
+        "plug now",
+        "unplug",
+        "\"",
+        "\"\\q\"",
+        "\xff",
     };
     for (const std::string& line : lines) {
         const Json reply = run(line);
@@ -46,14 +70,14 @@ TEST_F(CommandsTest, TurnsChangeTheDeviceAndSendItsReport) {
     std::string error;
     ASSERT_TRUE(rig.line.plug(error)) << error;
     const TurnRow rows[] = {
-        {"turn 5 gain 3 40",          40,         "05 A0 05 03 20 37"                     },
-        {"turn 5 gain 3 -7",          0,          "05 A0 05 03 48 0F"                     },
-        {"turn 5  gainTrim\t2 10",    10,         "05 A4 05 02 FB 59"                     },
-        {"turn 5 plus48VMaster 1",    1,          "04 A7 05 01 52"                        },
-        {"turn 5 devMode 3",          3,          "0C 81 05 03 48 41 2D 38 43 48 20 20 BD"},
+        {"turn 5 gain 3 40",           40,          "05 A0 05 03 20 37"                     },
+        {"turn 5 gain 3 -7",           0,           "05 A0 05 03 48 0F"                     },
+        {"turn 5  gainTrim\t2 10",     10,          "05 A4 05 02 FB 59"                     },
+        {"turn 5 plus48VMaster 1",     1,           "04 A7 05 01 52"                        },
+        {"turn 5 devMode 3",           3,           "0C 81 05 03 48 41 2D 38 43 48 20 20 BD"},
         {"turn 5 devName \"A \\\"B\"", "A \"B    ", "0C 81 05 03 41 20 22 42 20 20 20 20 31"},
-        {"turn 5 meter 7 127",        127,        "0B A3 05 00 00 00 00 00 00 00 7F D8"   },
-        {"turn 5 meterMode 1",        1,          nullptr                                 },
+        {"turn 5 meter 7 127",         127,         "0B A3 05 00 00 00 00 00 00 00 7F D8"   },
+        {"turn 5 meterMode 1",         1,           nullptr                                 },
     };
     for (const TurnRow& row : rows) {
         const Json reply = run(row.command);

@@ -14,12 +14,31 @@ std::vector<std::string> wordsOfText(const std::string& text) {
 
 TEST(Options, BadOnesAreNamedInOneLine) {
     const char* const lines[] = {
-        "", "--link", "--link=", "--link x --bogus", "--link x extra", "--link x --baud", "--link x --baud fast",
-        "--link x --baud -1", "--link x --baud 99999999999", "--link x --corrupt 101", "--link x --corrupt nan",
-        "--link x --drop -0.5", "--link x --drop 5%", "--link x --seed 1e3", "--link x --delay-ms 1.5",
-        "--link x --split=yes", "--link x --devices 0", "--link x --devices 256", "--link x --devices 1,,2",
-        "--link x --devices 1,", "--link x --devices=", "--link x --devices one", "--link x --devices 1,1",
-        "--link x --devices 1:\xc3\xa9", "--li x",
+        "",
+        "--link",
+        "--link=",
+        "--link x --bogus",
+        "--link x extra",
+        "--link x --baud",
+        "--link x --baud fast",
+        "--link x --baud -1",
+        "--link x --baud 99999999999",
+        "--link x --corrupt 101",
+        "--link x --corrupt nan",
+        "--link x --drop -0.5",
+        "--link x --drop 5%",
+        "--link x --seed 1e3",
+        "--link x --delay-ms 1.5",
+        "--link x --split=yes",
+        "--link x --devices 0",
+        "--link x --devices 256",
+        "--link x --devices 1,,2",
+        "--link x --devices 1,",
+        "--link x --devices=",
+        "--link x --devices one",
+        "--link x --devices 1,1",
+        "--link x --devices 1:\xc3\xa9",
+        "--li x",
     };
     for (const char* line : lines) {
         std::string error;
@@ -36,7 +55,11 @@ TEST(Options, AreReadInEitherForm) {
                                      error);
     ASSERT_TRUE(options) << error;
     EXPECT_EQ(options->link, "a=b");
-    EXPECT_EQ(options->devices, (std::map<uint8_t, std::string>{{1, "Drums"}, {7, "HA-8CH"}, {255, "A:B"}}));
+    EXPECT_EQ(options->devices, (std::map<uint8_t, std::string>{
+                                    {1,   "Drums" },
+                                    {7,   "HA-8CH"},
+                                    {255, "A:B"   }
+    }));
     EXPECT_EQ(options->quality.baud, 0u);
     EXPECT_EQ(options->quality.corruptPercent, 0.5);
     EXPECT_EQ(options->quality.dropPercent, 100);

@@ -1,7 +1,7 @@
 #include "gui/values/ufloatvalue.h"
-#include "valuenumbers.h"
 #include "base/ftextutils.h"
 #include "base/source/fstring.h"
+#include "valuenumbers.h"
 
 namespace Tessarine {
 

@@ -1,6 +1,6 @@
 #include "gui/values/uintvalue.h"
-#include "valuenumbers.h"
 #include "base/source/fstring.h"
+#include "valuenumbers.h"
 #include <cmath>
 
 namespace Tessarine {

@@ -1,11 +1,11 @@
 #include "gui/values/uvalue.h"
-#include "gui/values/uplugtarget.h"
-#include "gui/values/uvaluehooks.h"
-#include "valuenumbers.h"
 #include "base/fmessage.h"
 #include "base/source/updatehandler.h"
 #include "base/utranslatedstring.h"
 #include "collect/cmstring.h"
+#include "gui/values/uplugtarget.h"
+#include "gui/values/uvaluehooks.h"
+#include "valuenumbers.h"
 #include <algorithm>
 #include <cmath>
 
@@ -36,13 +36,8 @@ IMPLEMENT_CLASS(UValue, CmObject)
 constinit bool UValue::bypassAllHooks = false;
 
 UValue::UValue(const UValue& source)
-    : CmObject(source),
-      IValue2(source),
-      IStringRepresentationTarget(source),
-      flags(source.flags),
-      tag(source.tag),
-      owner(source.owner),
-      stringRepresentation(source.stringRepresentation) {
+    : CmObject(source), IValue2(source), IStringRepresentationTarget(source), flags(source.flags), tag(source.tag),
+      owner(source.owner), stringRepresentation(source.stringRepresentation) {
     if (has(kOwnerOwned))
         owner->addRef();
 }

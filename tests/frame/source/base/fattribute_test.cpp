@@ -79,8 +79,7 @@ void checkObjectCounts(bool asUnknown) {
             EXPECT_FALSE(value.is(FAttributeValue::kObject | FAttributeValue::kUnknown | FAttributeValue::kShared |
                                   FAttributeValue::kOwned));
             ASSERT_EQ(referencesOf(object), row.afterwards);
-            while (object->release() > 0) {
-            }
+            while (object->release() > 0) {}
         }
     }
 }
@@ -100,8 +99,7 @@ TEST_F(FAttributeTest, DetachedObjectKeepsTheReference) {
         EXPECT_EQ(value.detachObj(), object);
         EXPECT_EQ(value.detachObj(), nullptr);
         EXPECT_EQ(referencesOf(object), row.whileHeld);
-        while (object->release() > 0) {
-        }
+        while (object->release() > 0) {}
     }
 }
 
@@ -289,8 +287,7 @@ TEST_F(FAttributeTest, ListsCountTheirObjectsOnce) {
             EXPECT_EQ(list.countAttributes(), 0);
         }
         ASSERT_EQ(referencesOf(object), row.afterwards);
-        while (object->release() > 0) {
-        }
+        while (object->release() > 0) {}
     }
 }
 

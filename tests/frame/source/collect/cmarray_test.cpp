@@ -112,29 +112,29 @@ void editBoth(CmArray& array, std::vector<CmObject*>& model, std::mt19937& rando
     const auto at = model.begin() + place;
     CmObject* object = nullptr;
     switch (random() % 5) {
-        case 0:
-        case 1:
-            object = new Probe(static_cast<int32_t>(random() % 50));
-            ASSERT_TRUE(array.insertAt(object, place));
-            model.insert(at, object);
-            break;
-        case 2:
-            ASSERT_EQ(array.removeAt(place), place < count);
-            if (place < count)
-                model.erase(at);
-            break;
-        case 3:
-            object = new Probe(static_cast<int32_t>(random() % 50));
-            ASSERT_EQ(array.replaceAt(object, place), place < count);
-            if (place < count)
-                *at = object;
-            else
-                object->release();
-            break;
-        default:
-            ASSERT_EQ(array.swap(0, place), place < count);
-            if (place < count)
-                std::swap(model.front(), *at);
+    case 0:
+    case 1:
+        object = new Probe(static_cast<int32_t>(random() % 50));
+        ASSERT_TRUE(array.insertAt(object, place));
+        model.insert(at, object);
+        break;
+    case 2:
+        ASSERT_EQ(array.removeAt(place), place < count);
+        if (place < count)
+            model.erase(at);
+        break;
+    case 3:
+        object = new Probe(static_cast<int32_t>(random() % 50));
+        ASSERT_EQ(array.replaceAt(object, place), place < count);
+        if (place < count)
+            *at = object;
+        else
+            object->release();
+        break;
+    default:
+        ASSERT_EQ(array.swap(0, place), place < count);
+        if (place < count)
+            std::swap(model.front(), *at);
     }
 }
 

@@ -67,10 +67,8 @@ TEST_F(CmBTreeDictionaryTest, CountsKeysAndValuesOnce) {
             EXPECT_EQ(dictionary._ownsObjects, row.mode);
             ASSERT_EQ(referencesOf(key), row.afterRemoval);
             ASSERT_EQ(referencesOf(value), row.afterRemoval);
-            while (key->release() > 0) {
-            }
-            while (value->release() > 0) {
-            }
+            while (key->release() > 0) {}
+            while (value->release() > 0) {}
         }
     }
 }
@@ -128,8 +126,7 @@ TEST_F(CmBTreeDictionaryTest, TakesAnAssociationAndSharesItWhenItShares) {
         EXPECT_EQ(referencesOf(association), row.mode == CmContainer::kShares ? 3u : 2u);
         dictionary.removeAll();
         EXPECT_EQ(referencesOf(association), row.mode == CmContainer::kShares ? 2u : 1u);
-        while (association->release() > 0) {
-        }
+        while (association->release() > 0) {}
     }
 }
 

@@ -80,8 +80,7 @@ void checkCounts(CmContainer& container, const OwnershipRow& ownership, const Re
     removal.removeOne(container, probe);
     EXPECT_TRUE(container.isEmpty());
     ASSERT_EQ(referencesOf(probe), ownership.afterRemoval);
-    while (probe->release() > 0) {
-    }
+    while (probe->release() > 0) {}
 }
 
 TEST_F(CmContainerTest, CountsEachReferenceOnce) {
@@ -243,8 +242,7 @@ TEST_F(CmContainerTest, TakingAllSettlesTheReferences) {
         EXPECT_EQ(referencesOf(probe), row.references);
         EXPECT_EQ(source.total(), 1);
         target.removeAll();
-        while (probe->release() > 0) {
-        }
+        while (probe->release() > 0) {}
     }
 }
 

@@ -36,17 +36,17 @@ struct OpenRow {
     const char* after;  // content, when it could be opened, after "new" was written
 };
 constexpr OpenRow kOpenings[] = {
-    {"create empties",         true,  "old",   kOpenWrite,              0,       "new"   },
-    {"create makes",           true,  "fresh", kOpenWrite,              0,       "new"   },
-    {"create opens for both",  true,  "old",   kOpenRead | kOpenWrite,  0,       "new"   },
-    {"open keeps the rest",    false, "old",   kOpenWrite,              0,       "newent"},
-    {"open shares",            false, "old",   kOpenWrite | kOpenShared, 0,      "newent"},
-    {"open with create",       false, "fresh", kOpenCreate,             0,       "new"   },
-    {"open finds nothing",     false, "fresh", kOpenWrite,              ENOENT,  nullptr },
-    {"no folder on the way",   true,  "no/x",  kOpenWrite,              ENOENT,  nullptr },
-    {"file on the way",        true,  "old/x", kOpenWrite,              ENOTDIR, nullptr },
-    {"a folder isn't read",    false, "dir",   kOpenRead,               EISDIR,  nullptr },
-    {"a folder isn't written", true,  "dir",   kOpenWrite,              EISDIR,  nullptr },
+    {"create empties",         true,  "old",   kOpenWrite,               0,       "new"   },
+    {"create makes",           true,  "fresh", kOpenWrite,               0,       "new"   },
+    {"create opens for both",  true,  "old",   kOpenRead | kOpenWrite,   0,       "new"   },
+    {"open keeps the rest",    false, "old",   kOpenWrite,               0,       "newent"},
+    {"open shares",            false, "old",   kOpenWrite | kOpenShared, 0,       "newent"},
+    {"open with create",       false, "fresh", kOpenCreate,              0,       "new"   },
+    {"open finds nothing",     false, "fresh", kOpenWrite,               ENOENT,  nullptr },
+    {"no folder on the way",   true,  "no/x",  kOpenWrite,               ENOENT,  nullptr },
+    {"file on the way",        true,  "old/x", kOpenWrite,               ENOTDIR, nullptr },
+    {"a folder isn't read",    false, "dir",   kOpenRead,                EISDIR,  nullptr },
+    {"a folder isn't written", true,  "dir",   kOpenWrite,               EISDIR,  nullptr },
 };
 
 TEST_F(Disk, OpensByMode) {
@@ -210,13 +210,13 @@ TEST_F(Disk, ListsNamesAsTheyAre) {
 
 TEST(DiskMessages, SayWhatAUserCanUnderstand) {
     const std::pair<int32_t, const char*> rows[] = {
-        {0,      "No error occurred."                                                               },
-        {ENOENT, "The file/folder could not be found at this location."                             },
-        {30,     "This disk is read only."                                                          },
-        {EACCES, "This operation is not allowed."                                                   },
-        {EIO,    "A reading/writing error occurred. This disk is not working normaly."              },
+        {0,      "No error occurred."                                                                          },
+        {ENOENT, "The file/folder could not be found at this location."                                        },
+        {30,     "This disk is read only."                                                                     },
+        {EACCES, "This operation is not allowed."                                                              },
+        {EIO,    "A reading/writing error occurred. This disk is not working normaly."                         },
         {ELOOP,  "An unexpected error occurred. The system's description is: Too many levels of symbolic links"},
-        {-43,    "An unexpected error occurred. The system's description is: Unknown error -43"     },
+        {-43,    "An unexpected error occurred. The system's description is: Unknown error -43"                },
     };
     for (const auto& [code, expected] : rows) {
         FString text;

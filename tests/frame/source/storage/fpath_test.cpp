@@ -14,14 +14,14 @@ struct PathRow {
     const char16_t* above;  // null: nothing above
 };
 constexpr PathRow kPaths[] = {
-    {u"/a/b.txt", u"/a/", u"b.txt", false, u"/a"   },
-    {u"/a/b/",    u"/a/", u"b",     true,  u"/a"   },
-    {u"/a/b///",  u"/a/", u"b",     true,  u"/a"   },
-    {u"/a",       u"/",   u"a",     false, u"/"    },
-    {u"/",        u"/",   u"",      true,  nullptr },
-    {u"a/b",      u"a/",  u"b",     false, u"a"    },
-    {u"a",        u"",    u"a",     false, nullptr },
-    {u"",         u"",    u"",      false, nullptr },
+    {u"/a/b.txt", u"/a/", u"b.txt", false, u"/a"  },
+    {u"/a/b/",    u"/a/", u"b",     true,  u"/a"  },
+    {u"/a/b///",  u"/a/", u"b",     true,  u"/a"  },
+    {u"/a",       u"/",   u"a",     false, u"/"   },
+    {u"/",        u"/",   u"",      true,  nullptr},
+    {u"a/b",      u"a/",  u"b",     false, u"a"   },
+    {u"a",        u"",    u"a",     false, nullptr},
+    {u"",         u"",    u"",      false, nullptr},
 };
 
 std::u16string textOf(const FPath& path) {
@@ -46,12 +46,12 @@ TEST(FPath, SplitsAndAscends) {
 }
 
 TEST(FPath, WhatWasDescendedIsAscended) {
-    FNPath path(u"/home", kFolderPath);
+    FNPath path(u"/house", kFolderPath);
     path.descend(u"settings", kFolderPath);
     path.descend(u"Setup.xml", kFilePath);
-    EXPECT_EQ(textOf(path), u"/home/settings/Setup.xml");
+    EXPECT_EQ(textOf(path), u"/house/settings/Setup.xml");
     EXPECT_TRUE(path.isFile());
-    for (const char16_t* expected : {u"/home/settings", u"/home", u"/"}) {
+    for (const char16_t* expected : {u"/house/settings", u"/house", u"/"}) {
         ASSERT_TRUE(path.ascend());
         EXPECT_EQ(textOf(path), expected);
     }

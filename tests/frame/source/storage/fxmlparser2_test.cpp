@@ -64,8 +64,9 @@ protected:
 };
 
 TEST_F(XmlReading, TellsInTheOrderOfTheDocument) {
-    EXPECT_TRUE(process("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
-                        "<a x=\"1\" y=\"&lt;&#228;\"><b/>t&amp;u<!-- c --></a>"));
+    EXPECT_TRUE(
+        process("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+                "<a x=\"1\" y=\"&lt;&#228;\"><b/>t&amp;u<!-- c --></a>"));
     EXPECT_EQ(listener.heard, "<a x=1 y=<\xC3\xA4><b></b>t&u{ c }</a>");
     EXPECT_EQ(context(), "no error");
 }
@@ -85,11 +86,11 @@ struct FaultRow {
     const char* context;
 };
 constexpr FaultRow kFaults[] = {
-    {"",                              "",               "Xml Error: no element found \r\nLine: 1"            },
-    {"<a>\n<b/>\n<c",                 "<a>\n<b></b>\n", "Xml Error: unclosed token \r\nLine: 3"              },
-    {"<a>\n</b>",                     "<a>\n",          "Xml Error: mismatched tag \r\nLine: 2"              },
-    {"<a><b n=\"&dollar;\"/><c/></a>", "<a>",           "Xml Error: undefined entity \r\nLine: 1"            },
-    {"<a>\xFF</a>",                   "<a>",            "Xml Error: not well-formed (invalid token) \r\nLine: 1"},
+    {"",                               "",               "Xml Error: no element found \r\nLine: 1"               },
+    {"<a>\n<b/>\n<c",                  "<a>\n<b></b>\n", "Xml Error: unclosed token \r\nLine: 3"                 },
+    {"<a>\n</b>",                      "<a>\n",          "Xml Error: mismatched tag \r\nLine: 2"                 },
+    {"<a><b n=\"&dollar;\"/><c/></a>", "<a>",            "Xml Error: undefined entity \r\nLine: 1"               },
+    {"<a>\xFF</a>",                    "<a>",            "Xml Error: not well-formed (invalid token) \r\nLine: 1"},
 };
 
 TEST_F(XmlReading, WhatCameBeforeAFaultStaysTold) {
@@ -209,16 +210,17 @@ TEST_F(XmlWriting, OneTagALine) {
     EXPECT_TRUE(writer.writeComment8("8 & bits"));
     EXPECT_TRUE(writer.writeComment16(u"16 \u00E4"));
     EXPECT_TRUE(writer.writeEndTag("root", false));
-    EXPECT_EQ(written(), "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
-                         "<root>\r\n"
-                         "\t<ComPortName str=\"tty&dollar;\" none=\"\"/>\r\n"
-                         "\t<in>\r\n"
-                         "\t\t<DevId-Ch ch=\"-1\" most=\"18446744073709551615\" half=\"0.5\""
-                         " wide=\"\xC3\xA4&lt;\"/>\r\n"
-                         "\t</in>\r\n"
-                         "<!-- 8 & bits -->\r\n"
-                         "<!-- 16 \xC3\xA4 -->\r\n"
-                         "</root>\r\n");
+    EXPECT_EQ(written(),
+              "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+              "<root>\r\n"
+              "\t<ComPortName str=\"tty&dollar;\" none=\"\"/>\r\n"
+              "\t<in>\r\n"
+              "\t\t<DevId-Ch ch=\"-1\" most=\"18446744073709551615\" half=\"0.5\""
+              " wide=\"\xC3\xA4&lt;\"/>\r\n"
+              "\t</in>\r\n"
+              "<!-- 8 & bits -->\r\n"
+              "<!-- 16 \xC3\xA4 -->\r\n"
+              "</root>\r\n");
 }
 
 TEST_F(XmlWriting, EverythingOnOneLine) {
@@ -233,12 +235,13 @@ TEST_F(XmlWriting, EverythingOnOneLine) {
     writer.writeFloat(-2.5);
     EXPECT_TRUE(writer.writeEndTag("b", true));
     EXPECT_TRUE(writer.writeEndTag("a", false));
-    EXPECT_EQ(written(), "<?xml version=\"1.0\"?>\r\n"
-                         "<a>\r\n"
-                         "   <b>\r\n"
-                         "'t' &amp; \xC3\xA4&lt;\xC3\xA4&gt;-9223372036854775808"
-                         "-2.5</b>\r\n"
-                         "</a>\r\n");
+    EXPECT_EQ(written(),
+              "<?xml version=\"1.0\"?>\r\n"
+              "<a>\r\n"
+              "   <b>\r\n"
+              "'t' &amp; \xC3\xA4&lt;\xC3\xA4&gt;-9223372036854775808"
+              "-2.5</b>\r\n"
+              "</a>\r\n");
 }
 
 TEST_F(XmlWriting, FloatsReadAsTheSameNumber) {

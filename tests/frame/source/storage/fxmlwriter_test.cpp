@@ -24,14 +24,14 @@ struct EncodingRow {
     const char* plain;  // UTF-8
 };
 constexpr EncodingRow kEncodings[] = {
-    {"",                "|",                                    "|"                                          },
-    {"tty.usbserial-0", "|tty.usbserial-0",                     "|tty.usbserial-0"                           },
-    {"<a & \"b\">'",    "|&lt;a &amp; &quot;b&quot;&gt;'",      "|&lt;a &amp; &quot;b&quot;&gt;'"            },
-    {"$^`",             "|&dollar;&circ;&grave;",               "|$^`"                                       },
-    {"\n\r\f\t",        "|&nl;&cr;\f\t",                        "|\n\r\f\t"                                  },
-    {"a\xFFz",          "|a&nbsp;z",                            "|a\xFFz"                                    },
-    {"\x80\xC3\xA4",    "|&#x80;&#xc3;&#xa4;",                  "|\x80\xC3\xA4"                              },
-    {"&&",              "|&amp;&amp;",                          "|&amp;&amp;"                                },
+    {"",                "|",                               "|"                              },
+    {"tty.usbserial-0", "|tty.usbserial-0",                "|tty.usbserial-0"               },
+    {"<a & \"b\">'",    "|&lt;a &amp; &quot;b&quot;&gt;'", "|&lt;a &amp; &quot;b&quot;&gt;'"},
+    {"$^`",             "|&dollar;&circ;&grave;",          "|$^`"                           },
+    {"\n\r\f\t",        "|&nl;&cr;\f\t",                   "|\n\r\f\t"                      },
+    {"a\xFFz",          "|a&nbsp;z",                       "|a\xFFz"                        },
+    {"\x80\xC3\xA4",    "|&#x80;&#xc3;&#xa4;",             "|\x80\xC3\xA4"                  },
+    {"&&",              "|&amp;&amp;",                     "|&amp;&amp;"                    },
 };
 
 TEST(XmlEncoding, EightBitText) {

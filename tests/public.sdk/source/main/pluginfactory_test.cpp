@@ -169,9 +169,9 @@ TEST_F(Factory, CreatesNothingOnAMiss) {
         const FUID *cid, *iid;
     };
     const Row rows[] = {
-        {"unknown class", &kClassB, &FUnknown::iid},
-        {"unknown face", &kClassA, &IPluginBase::iid},
-        {"no object", &kClassC, &FUnknown::iid},
+        {"unknown class", &kClassB, &FUnknown::iid   },
+        {"unknown face",  &kClassA, &IPluginBase::iid},
+        {"no object",     &kClassC, &FUnknown::iid   },
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

@@ -331,8 +331,7 @@ TEST(UValueFaces, AllOfOneObject) {
     EXPECT_EQ(sameIdentity.get(), identity);
     EXPECT_EQ(UValue::createParamInterface(nullptr), nullptr);
     sameIdentity = nullptr;
-    while (value->release() > 0) {
-    }
+    while (value->release() > 0) {}
 }
 
 TEST(UValueFaces, FlagsThatHostsRead) {

@@ -16,7 +16,7 @@ std::string environmentFolder(const char* variable) {
 }
 
 std::string homeFolder() {
-    const std::string home = environmentFolder("HOME");
+    std::string home = environmentFolder("HOME");
     if (!home.empty())
         return home;
     const passwd* user = getpwuid(getuid());
@@ -24,7 +24,7 @@ std::string homeFolder() {
 }
 
 std::string environmentOrHome(const char* variable, const char* belowHome) {
-    const std::string folder = environmentFolder(variable);
+    std::string folder = environmentFolder(variable);
     if (!folder.empty())
         return folder;
     const std::string home = homeFolder();

@@ -11,11 +11,30 @@ namespace {
 constexpr int64_t kUsPerMs = 1000;
 constexpr int64_t kIdlePeriodUs = 10 * kUsPerMs;
 
-template <void (RunLoop::*Serve)()>
-gboolean dispatch(GSource*, GSourceFunc, gpointer) {
-    (RunLoop::instance().*Serve)();
-    return G_SOURCE_CONTINUE;
+/** The time until then, rounded up so that the loop doesn't turn for nothing; -1: never. */
+gint timeoutFor(int64_t dueUs, int64_t nowUs) {
+    if (dueUs == RunLoop::kNever)
+        return -1;
+    return gint(std::clamp<int64_t>((dueUs - nowUs + kUsPerMs - 1) / kUsPerMs, 0, G_MAXINT));
 }
+
+/** What a source is asked and told. It says when it is due each time, instead of setting its ready time: GLib answers each
+    change of that with one more turn. */
+template <auto Due, auto Serve>
+struct Calls {
+    static gboolean check(GSource* source) {
+        const int64_t dueUs = (RunLoop::instance().*Due)();
+        return dueUs != RunLoop::kNever && dueUs <= g_source_get_time(source);
+    }
+    static gboolean prepare(GSource* source, gint* timeout) {
+        *timeout = timeoutFor((RunLoop::instance().*Due)(), g_source_get_time(source));
+        return *timeout == 0;
+    }
+    static gboolean dispatch(GSource*, GSourceFunc, gpointer) {
+        (RunLoop::instance().*Serve)();
+        return G_SOURCE_CONTINUE;
+    }
+};
 
 /** A source that was ready when another one's callback closed and unloaded this copy is let go of, and its functions are
     looked at, only later in that turn: they go with the source, not with the copy. */
@@ -24,9 +43,10 @@ struct OwnedSource {
     GSourceFuncs functions;
 };
 
-template <void (RunLoop::*Serve)()>
+template <auto Due, auto Serve>
 GSource* attachSource(const char* name) {
-    GSourceFuncs functions = {nullptr, nullptr, dispatch<Serve>, nullptr, nullptr, nullptr};
+    using Call = Calls<Due, Serve>;
+    GSourceFuncs functions = {Call::prepare, Call::check, Call::dispatch, nullptr, nullptr, nullptr};
     GSource* source = g_source_new(&functions, sizeof(OwnedSource));
     auto* owned = reinterpret_cast<OwnedSource*>(source);
     owned->functions = functions;
@@ -53,26 +73,20 @@ RunLoop& RunLoop::instance() {
 bool RunLoop::open() {
     if (isOpen())
         return true;
-    FGuard guard(wakeLock);
-    timerSource = attachSource<&RunLoop::fireEarliest>("timers");
-    updateSource = attachSource<&RunLoop::serveUpdates>("updates");
-    idleSource = attachSource<&RunLoop::serveIdle>("idle");
+    timerSource = attachSource<&RunLoop::timersDue, &RunLoop::fireEarliest>("timers");
+    updateSource = attachSource<&RunLoop::updatesDue, &RunLoop::serveUpdates>("updates");
+    idleSource = attachSource<&RunLoop::idleDue, &RunLoop::serveIdle>("idle");
     updatesWoken = true;  // what was queued before
-    g_source_set_ready_time(updateSource, 0);
-    g_source_set_ready_time(idleSource, 0);
+    idleDueUs = kNow;
     return true;
 }
 
 void RunLoop::close() {
-    {
-        FGuard guard(wakeLock);
-        destroy(timerSource);
-        destroy(updateSource);
-        destroy(idleSource);
-        updatesWoken = false;
-    }
+    for (GSource** source : {&timerSource, &updateSource, &idleSource})
+        destroy(*source);
     for (LinuxTimer* timer : std::exchange(armed, {}))
         timer->release();
+    restWaits = false;
 }
 
 void RunLoop::destroy(GSource*& source) {
@@ -84,33 +98,29 @@ void RunLoop::destroy(GSource*& source) {
 }
 
 void RunLoop::wakeUpdates() {
-    if (updatesWoken.exchange(true))
-        return;
-    FGuard guard(wakeLock);
-    if (updateSource)
-        g_source_set_ready_time(updateSource, 0);
-    else
-        updatesWoken = false;
+    if (!updatesWoken.exchange(true))
+        g_main_context_wakeup(nullptr);
 }
 
-/** The source stays ready during the work, so that a modal loop within it serves what still waits. */
+int64_t RunLoop::updatesDue() const {
+    return updatesWoken || restWaits ? kNow : kNever;
+}
+
 void RunLoop::serveUpdates() {
     updatesWoken = false;  // before the work: what is posted during it wakes the loop again
+    restWaits = true;
     if (gController)
         gController->updateDependencies();
-    FGuard guard(wakeLock);
-    if (updateSource && !updatesWoken)
-        g_source_set_ready_time(updateSource, -1);
+    restWaits = false;
 }
 
 void RunLoop::wakeIdle() {
-    FGuard guard(wakeLock);
-    if (idleSource)
-        g_source_set_ready_time(idleSource, 0);
+    idleDueUs = kNow;
+    g_main_context_wakeup(nullptr);
 }
 
 void RunLoop::serveIdle() {
-    g_source_set_ready_time(idleSource, -1);
+    idleDueUs = kNever;
     planIdle();  // a modal loop may run within the step
     if (gController)
         gController->onIdle(true);
@@ -119,8 +129,8 @@ void RunLoop::serveIdle() {
 
 /** Never takes a wake-up back: one that comes from another thread right now must not be lost. */
 void RunLoop::planIdle() {
-    if (idleSource && gController && gController->wantsIdle())
-        g_source_set_ready_time(idleSource, g_get_monotonic_time() + kIdlePeriodUs);
+    if (gController && gController->wantsIdle())
+        idleDueUs = g_get_monotonic_time() + kIdlePeriodUs;
 }
 
 bool RunLoop::Earlier::operator()(const LinuxTimer* a, const LinuxTimer* b) const {
@@ -132,7 +142,6 @@ void RunLoop::arm(LinuxTimer* timer) {
         return;
     timer->addRef();
     armed.insert(timer);
-    setNextDue();
 }
 
 void RunLoop::disarm(LinuxTimer* timer) {
@@ -140,20 +149,18 @@ void RunLoop::disarm(LinuxTimer* timer) {
     if (found == armed.end())
         return;
     armed.erase(found);
-    setNextDue();
     timer->release();
 }
 
-void RunLoop::setNextDue() {
-    if (timerSource)
-        g_source_set_ready_time(timerSource, armed.empty() ? -1 : (*armed.begin())->dueUs);
+int64_t RunLoop::timersDue() const {
+    return armed.empty() ? kNever : (*armed.begin())->dueUs;
 }
 
 /** One timer a turn: what it does may stop, restart or delay any other. */
 void RunLoop::fireEarliest() {
     const int64_t nowUs = g_get_monotonic_time();
     if (armed.empty() || (*armed.begin())->dueUs > nowUs)
-        return setNextDue();
+        return;
     LinuxTimer* timer = *armed.begin();  // the reference is this function's now
     armed.erase(armed.begin());
     timer->skipTo(nowUs);

@@ -1,5 +1,4 @@
 #pragma once
-#include "base/source/fthread.h"
 #include "base/source/timer.h"
 #include <atomic>
 #include <set>
@@ -30,7 +29,12 @@ public:
     void arm(LinuxTimer* timer);
     void disarm(LinuxTimer* timer);
 
-    /** Called by the sources. */
+    /** When a source has something to do, in microseconds of GLib's monotonic clock. */
+    static constexpr int64_t kNow = 0, kNever = -1;
+    int64_t timersDue() const;
+    int64_t updatesDue() const;
+    int64_t idleDue() const { return idleDueUs; }
+    /** What it does then. */
     void fireEarliest();
     void serveUpdates();
     void serveIdle();
@@ -44,17 +48,17 @@ private:
         bool operator()(const LinuxTimer* a, const LinuxTimer* b) const;
     };
 
-    void setNextDue();
     void planIdle();
     static void destroy(_GSource*& source);
 
     std::set<LinuxTimer*, Earlier> armed;  // counted; by due time, the older start first
     uint64_t starts = 0;                   // timers started so far
-    FLock wakeLock;                        // guards the two sources that other threads wake
     _GSource* timerSource = nullptr;
     _GSource* updateSource = nullptr;
     _GSource* idleSource = nullptr;
-    std::atomic<bool> updatesWoken{false};  // a wake-up is under way already
+    std::atomic<bool> updatesWoken{false};  // messages or updates wait, and the loop knows
+    std::atomic<int64_t> idleDueUs{kNever};
+    bool restWaits = false;  // they are being served: a modal loop within that serves what still waits
 
     friend class LinuxTimer;
 };

@@ -1,0 +1,48 @@
+# Benchmarks: bench/<family>_bench.cpp, each a program of its own on the target that BENCH_<family> names. Peers that aren't
+# installed are left out.
+if(NOT TESSARINE_BENCH)
+    return()
+endif()
+
+set(BENCH_notification tessarine_base)
+set(BENCH_frames talv_extension)
+set(BENCH_moduleload talv_host_core)  # loads the bundle, so it must not hold its objects
+
+find_package(benchmark REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(SIGCPP IMPORTED_TARGET sigc++-3.0)
+find_package(Boost 1.70 QUIET)
+find_package(Qt5 COMPONENTS Core QUIET)
+set(BENCH_PEERS "")
+foreach(_peer "SIGCPP PkgConfig::SIGCPP" "BOOST Boost::headers" "QT Qt5::Core")
+    string(REPLACE " " ";" _peer "${_peer}")
+    list(GET _peer 0 _name)
+    list(GET _peer 1 _target)
+    if(TARGET ${_target})
+        list(APPEND BENCH_PEERS ${_target})
+        list(APPEND BENCH_PEER_DEFINITIONS BENCH_${_name})
+    else()
+        message(STATUS "no benchmark beside ${_target}: it isn't installed")
+    endif()
+endforeach()
+
+file(GLOB _benches CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR} bench/*_bench.cpp)
+foreach(_bench IN LISTS _benches)
+    cmake_path(GET _bench STEM _program)
+    string(REPLACE "_bench" "" _family ${_program})
+    if(NOT BENCH_${_family})
+        message(FATAL_ERROR "cmake/Bench.cmake doesn't say what ${_bench} measures")
+    endif()
+    tessarine_objects_of(${BENCH_${_family}} _objects)
+    add_executable(${_program} ${_bench})
+    tessarine_settings(${_program})
+    target_link_libraries(${_program} PRIVATE ${_objects} benchmark::benchmark_main)
+    set_target_properties(${_program} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bench)
+endforeach()
+
+target_link_libraries(notification_bench PRIVATE ${BENCH_PEERS})
+target_compile_definitions(notification_bench PRIVATE ${BENCH_PEER_DEFINITIONS} QT_NO_KEYWORDS)
+if(TARGET Qt5::Core)
+    target_sources(notification_bench PRIVATE bench/qtsubject.h)  # for its signal
+    set_target_properties(notification_bench PROPERTIES AUTOMOC ON)
+endif()

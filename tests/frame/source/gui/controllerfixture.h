@@ -1,0 +1,111 @@
+#pragma once
+#include "base/fmessage.h"
+#include "base/source/hooks.h"
+#include "base/source/updatehandler.h"
+#include "gui/hooks.h"
+#include "gui/uctrler.h"
+#include "pluginglue/uplugapp.h"
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace Tessarine {
+
+/** What happened, in order. */
+using Log = std::vector<std::string>;
+
+/** A window system that answers as the test says, and counts the questions. */
+class ScriptedHandler final : public IPlatformEventHandler {
+public:
+    int32_t queryInterface(const char*, void** obj) override { return noInterface(obj); }
+    uint32_t addRef() override { return 1; }
+    uint32_t release() override { return 1; }
+
+    bool open(int32_t) override { return opens; }
+    bool close(bool) override { return ++closed > 0; }
+    void startupFinished(UApplication*) override { onStartup(); }
+    void runPlatformEventLoop() override { onRun(); }
+    void quitPlatformEventLoop() override { ++quits; }
+    void doUpdates() override {}
+    void doNextEvent() override { --pending; }
+    bool eventPending() override { return pending > 0; }
+    void waitKeyReleased(const UKeyCode&) override {}
+    bool waitMouseDoubleClick() override { return ++clickQuestions, doubleClick; }
+    tchar mapScanCodeToCharacter(uint32_t) override { return 0; }
+    void getMouseLocation(UPoint&) override {}
+    void setMouseLocation(const UPoint&) override {}
+    int32_t getCurrentMouseButtons() override { return 0; }
+    int32_t getCurrentModifiers() override { return modifiers; }
+    bool checkEventQueueForUserCancel() override { return false; }
+    void enableScreenSaver(bool) override {}
+    void cancelMenuLoop() override {}
+    void onLocalEventLoop(bool) override {}
+
+    bool opens = true, doubleClick = false;
+    int32_t closed = 0, quits = 0, pending = 0, clickQuestions = 0, modifiers = 0;
+    std::function<void()> onStartup = [] {}, onRun = [] {};
+};
+
+/** Does what the test says with each message. */
+class Listener : public CmObject {
+public:
+    explicit Listener(std::function<void(FMessage*)> action) : action(std::move(action)) {}
+    ~Listener() override { gMessenger->killMessages(this); }
+    int32_t notify(FMessage* message) override {
+        action(message);
+        return 1;
+    }
+
+private:
+    std::function<void(FMessage*)> action;
+};
+
+/** Does what the test says with each change. */
+class Dependent : public CmObject {
+public:
+    explicit Dependent(std::function<void()> action) : action(std::move(action)) {}
+    using CmObject::update;
+    void update(FUnknown*, int32_t) override { action(); }
+
+private:
+    std::function<void()> action;
+};
+
+/** Does something at its end. */
+class Farewell : public CmObject {
+public:
+    explicit Farewell(std::function<void()> action) : action(std::move(action)) {}
+    ~Farewell() override { action(); }
+
+private:
+    std::function<void()> action;
+};
+
+/** A platform without a run loop, which counts the wake-ups. */
+class ControllerTest : public testing::Test {
+protected:
+    ControllerTest() : controllerHooks(gControllerHooks), runLoopHooks(gRunLoopHooks) {
+        platform = &handler;
+        updateWakes = idleWakes = 0;
+        gControllerHooks = {};
+        gControllerHooks.eventHandler = [] { return platform; };
+        gRunLoopHooks = {};
+        gRunLoopHooks.wakeUpdates = [] { ++updateWakes; };
+        gRunLoopHooks.wakeIdle = [] { ++idleWakes; };
+    }
+    ~ControllerTest() override {
+        gControllerHooks = controllerHooks;
+        gRunLoopHooks = runLoopHooks;
+    }
+
+    ScriptedHandler handler;
+    inline static IPlatformEventHandler* platform;
+    inline static int32_t updateWakes, idleWakes;
+
+private:
+    ControllerHooks controllerHooks;
+    RunLoopHooks runLoopHooks;
+};
+
+}  // namespace Tessarine

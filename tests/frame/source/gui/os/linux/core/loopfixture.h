@@ -1,0 +1,81 @@
+#pragma once
+#include "base/fmessage.h"
+#include "base/source/updatehandler.h"
+#include "base/utimer.h"
+#include "gui/os/linux/core/platformcore.h"
+#include "gui/uctrler.h"
+#include "pluginglue/uplugapp.h"
+#include <functional>
+#include <glib.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace Tessarine {
+
+/** What happened, in order. */
+using Log = std::vector<std::string>;
+
+/** Does what the test says with each message. */
+class Receiver : public CmObject {
+public:
+    explicit Receiver(std::function<void(FMessage*)> action) : action(std::move(action)) {}
+    ~Receiver() override { gMessenger->killMessages(this); }
+    int32_t notify(FMessage* message) override {
+        action(message);
+        return 1;
+    }
+
+private:
+    std::function<void(FMessage*)> action;
+};
+
+/** Does what the test says with each change. */
+class Dependent : public CmObject {
+public:
+    explicit Dependent(std::function<void()> action) : action(std::move(action)) {}
+    using CmObject::update;
+    void update(FUnknown*, int32_t) override { action(); }
+
+private:
+    std::function<void()> action;
+};
+
+/** The real loop, turned by hand. */
+class LoopTest : public testing::Test {
+protected:
+    LoopTest() {
+        installTessarinePlatformCore();
+        start();
+        while (turn()) {}
+    }
+    ~LoopTest() override { end(); }
+    void start() { application = new UPluginApplication("loop test"); }
+    void end() {
+        if (application)
+            application->release();
+        application = nullptr;
+    }
+
+    /** What is ready now, without waiting; whether there was any. */
+    static bool turn() { return g_main_context_iteration(nullptr, FALSE); }
+    static void runFor(int32_t ms) {
+        for (const int32_t end = UTicks::future(ms); !UTicks::reachedFuture(end);)
+            if (!turn())
+                g_usleep(500);
+    }
+    /** false: it didn't come true in a time that is long enough on any machine. */
+    static bool runUntil(const std::function<bool()>& condition) {
+        const int32_t end = UTicks::future(5000);
+        while (!condition() && !UTicks::reachedFuture(end))
+            if (!turn())
+                g_usleep(500);
+        return condition();
+    }
+    static void post(CmObject& receiver, const char* id) { gMessenger->postMessage(&receiver, new FMessage(id)); }
+
+    UApplication* application = nullptr;
+    Log log;
+};
+
+}  // namespace Tessarine

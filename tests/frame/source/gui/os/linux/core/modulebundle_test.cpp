@@ -1,0 +1,152 @@
+#include "gui/os/linux/core/modulebundle.h"
+#include "pluginterfaces/base/smartpointer.h"
+#include "tests/frame/source/storage/tempfolder.h"
+#include <dlfcn.h>
+#include <elf.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <link.h>
+#include <sys/utsname.h>
+
+using namespace Tessarine;
+
+namespace {
+namespace fs = std::filesystem;
+using Bundle = OPtr<ModuleBundle>;
+
+/** The file of a library that this program has anyway: as good a module as any. */
+std::string someLibrary() {
+    std::string found;
+    const auto look = [](dl_phdr_info* info, size_t, void* result) {
+        const bool wanted = std::string(info->dlpi_name).find("/libexpat.so") != std::string::npos;
+        if (wanted)
+            *static_cast<std::string*>(result) = info->dlpi_name;
+        return int(wanted);
+    };
+    dl_iterate_phdr(look, &found);
+    return found;
+}
+
+#ifdef TESSARINE_SANITIZED
+constexpr bool kStaysMapped = true;
+#else
+constexpr bool kStaysMapped = false;
+#endif
+
+bool isMapped(const std::string& file) {
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        if (line.find(file) != std::string::npos)
+            return true;
+    return false;
+}
+
+class ModuleBundleTest : public testing::Test {
+protected:
+    ModuleBundleTest() {
+        utsname system = {};
+        uname(&system);
+        code = std::string(root) + "/Contents/" + system.machine + "-linux";
+        object = code + "/My Module.1.so";
+        fs::create_directories(code);
+        fs::create_directories(root + "/Contents/Resources");
+    }
+    void install() { fs::copy_file(someLibrary(), object, fs::copy_options::overwrite_existing); }
+    template <class Value>
+    void patch(size_t offset, Value value) {
+        std::fstream file(object, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(std::streamoff(offset));
+        file.write(reinterpret_cast<const char*>(&value), sizeof(value));
+    }
+    void expectRefusal(const std::string& path, const std::string& why) {
+        std::string error;
+        EXPECT_FALSE(Bundle(ModuleBundle::open(path, error)));
+        EXPECT_NE(error.find(why), std::string::npos) << error;
+        EXPECT_NE(error.find(path), std::string::npos) << error;
+    }
+
+    TempFolder folder;
+    std::string root = folder / "My Module.1.bundle";
+    std::string code, object;
+};
+}  // namespace
+
+TEST_F(ModuleBundleTest, LoadsByEitherOfItsPathsAndReallyUnloads) {
+    install();
+    fs::create_symlink(root, folder / "link");
+    for (const std::string& path : {root, root + "/", object, folder / "link"}) {
+        SCOPED_TRACE(path);
+        std::string error;
+        const Bundle bundle(ModuleBundle::open(path, error));
+        ASSERT_TRUE(bundle) << error;
+        EXPECT_EQ(bundle->getPath(), fs::canonical(root).string());
+        EXPECT_EQ(bundle->getResourcePath(), fs::canonical(root).string() + "/Contents/Resources");
+        EXPECT_EQ(bundle->getProcAddress("XML_ExpatVersion"), nullptr) << "not loaded yet";
+        EXPECT_FALSE(bundle->unload());
+        for (int32_t round = 0; round < 2; ++round) {
+            ASSERT_TRUE(bundle->load(error)) << error;
+            ASSERT_TRUE(bundle->load(error));
+            void* own = bundle->getProcAddress("XML_ExpatVersion");
+            ASSERT_NE(own, nullptr);
+            EXPECT_NE(own, dlsym(RTLD_DEFAULT, "XML_ExpatVersion")) << "a module's names are its own";
+            EXPECT_EQ(bundle->getProcAddress("no_such_name"), nullptr);
+            EXPECT_TRUE(bundle->unload());
+            EXPECT_FALSE(bundle->unload());
+            EXPECT_EQ(bundle->getProcAddress("XML_ExpatVersion"), nullptr);
+            EXPECT_EQ(isMapped(object), kStaysMapped);
+        }
+    }
+}
+
+TEST_F(ModuleBundleTest, RefusesWhatIsNoModuleForThisMachine) {
+    expectRefusal(folder / "missing", "No such file");
+    expectRefusal(root, "no such module");
+    fs::create_directory(object);
+    expectRefusal(root, "no such module");
+    fs::remove(object);
+    install();
+    fs::copy_file(object, folder / "alone.so");
+    expectRefusal(folder / "alone.so", "not in a bundle");
+
+    constexpr const char* kForeign = "not a module for this machine";
+    patch(offsetof(Elf64_Ehdr, e_machine), uint16_t(EM_SPARC));
+    expectRefusal(object, kForeign);
+    install();
+    patch(EI_CLASS, uint8_t(ELFCLASS32));
+    expectRefusal(object, kForeign);
+    install();
+    patch(offsetof(Elf64_Ehdr, e_type), uint16_t(ET_REL));
+    expectRefusal(object, kForeign);
+    install();
+    patch(0, 'X');
+    expectRefusal(object, kForeign);
+    for (const size_t size : {size_t(0), sizeof(Elf64_Ehdr) - 1}) {
+        fs::resize_file(object, size);
+        expectRefusal(object, kForeign);
+    }
+}
+
+TEST_F(ModuleBundleTest, SaysWhyTheLoaderRefuses) {
+    install();
+    fs::resize_file(object, sizeof(Elf64_Ehdr));
+    std::string error;
+    const Bundle bundle(ModuleBundle::open(root, error));
+    ASSERT_TRUE(bundle) << error;
+    EXPECT_FALSE(bundle->load(error));
+    EXPECT_NE(error.find("My Module.1.so"), std::string::npos) << error;
+    EXPECT_FALSE(bundle->unload());
+}
+
+TEST_F(ModuleBundleTest, IsCounted) {
+    install();
+    std::string error;
+    Bundle bundle(ModuleBundle::open(root, error));
+    ASSERT_TRUE(bundle) << error;
+    void* face = nullptr;
+    ASSERT_EQ(bundle->queryInterface(IModuleBundle::iid, &face), kResultOk);
+    EXPECT_EQ(bundle->references(), 2);
+    auto* kept = static_cast<IModuleBundle*>(face);
+    bundle = nullptr;
+    EXPECT_EQ(kept->getPath(), fs::canonical(root).string());
+    EXPECT_EQ(kept->release(), 0u);
+}

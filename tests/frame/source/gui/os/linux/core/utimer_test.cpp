@@ -1,0 +1,188 @@
+#include "base/utimer.h"
+#include "tests/frame/source/gui/os/linux/core/loopfixture.h"
+#include <map>
+
+using namespace Tessarine;
+
+namespace {
+/** Timers that note their number when they fire, and then do what the test says. */
+class UTimerTest : public LoopTest {
+protected:
+    UTimerTest()
+        : receiver([this](FMessage* message) {
+              auto* timer = static_cast<UTimer*>(message->get("Timer"));
+              EXPECT_TRUE(message->isType("Timer"));
+              fired.push_back(timer->getID());
+              if (const auto action = actions.find(timer->getID()); action != actions.end())
+                  action->second(timer);
+          }) {}
+    ~UTimerTest() override {
+        for (UTimer* timer : timers)
+            timer->kill();
+    }
+    UTimer* add(int32_t id, uint32_t period) { return timers.emplace_back(new UTimer(&receiver, id, period)); }
+    int32_t count(int32_t id) const { return int32_t(std::ranges::count(fired, id)); }
+
+    Receiver receiver;
+    std::map<int32_t, std::function<void(UTimer*)>> actions;
+    std::vector<int32_t> fired;
+    std::vector<UTimer*> timers;
+};
+using Ids = std::vector<int32_t>;
+}  // namespace
+
+TEST_F(UTimerTest, FireByDueTimeAfterABlockedLoop) {
+    add(1, 30);
+    add(2, 10);
+    add(3, 20);
+    UController::wait(38);
+    while (fired.size() < 3)
+        turn();
+    EXPECT_EQ(fired, (Ids{2, 3, 1})) << "each once: what was missed is skipped";
+}
+
+TEST_F(UTimerTest, FireInOrderOfTheirStartWhenTheyAreDueTogether) {
+    Ids ids;
+    for (int32_t id = 0; id < 60; ++id) {
+        add(id, 20);
+        ids.push_back(id);
+    }
+    UController::wait(30);
+    while (fired.size() < ids.size())
+        turn();
+    EXPECT_EQ(fired, ids);
+}
+
+TEST_F(UTimerTest, AreLookedAtAfreshAfterEachCallback) {
+    UTimer* victim = nullptr;
+    UTimer* later = nullptr;
+    actions[1] = [&](UTimer*) {
+        victim->stop();
+        later->restart(1000);
+    };
+    add(1, 10);
+    victim = add(2, 11);
+    later = add(3, 12);
+    add(4, 13);
+    UController::wait(20);
+    while (count(4) == 0)
+        turn();
+    EXPECT_EQ(count(2), 0);
+    EXPECT_EQ(count(3), 0);
+    EXPECT_FALSE(victim->isAlive());
+    EXPECT_TRUE(later->isAlive());
+    EXPECT_EQ(later->getPeriod(), 1000u);
+}
+
+TEST_F(UTimerTest, KeepTheirCadence) {
+    constexpr int32_t kPeriod = 20, kBlock = 50;
+    int32_t earliestPhase = kPeriod;
+    for (int32_t attempt = 0; attempt < 5 && earliestPhase >= 7; ++attempt) {
+        fired.clear();
+        const int32_t start = UTicks::now();
+        UTimer* timer = add(1, kPeriod);
+        UController::wait(kBlock);
+        ASSERT_TRUE(runUntil([&] { return fired.size() == 1; }));
+        for (size_t n = 2; n < 5; ++n) {
+            ASSERT_TRUE(runUntil([&] { return fired.size() == n; }));
+            const int32_t passed = UTicks::now() - start;
+            EXPECT_GE(passed, kPeriod * int32_t(n + 1)) << "too early";
+            earliestPhase = std::min(earliestPhase, passed % kPeriod);
+        }
+        timer->stop();
+    }
+    EXPECT_LT(earliestPhase, 7) << "the pace is that of the start, not of the late firing";
+}
+
+TEST_F(UTimerTest, MayBeKilledOrStartedAnewInTheirOwnCall) {
+    UTimer* killed = new UTimer(&receiver, 1, 5);
+    actions[1] = [&](UTimer* timer) { timer->kill(); };
+    actions[2] = [&](UTimer* timer) { timer->restart(7); };
+    killed->addRef();
+    UTimer* restarted = add(2, 5);
+    ASSERT_TRUE(runUntil([&] { return count(2) >= 3; }));
+    EXPECT_EQ(count(1), 1);
+    EXPECT_FALSE(killed->isAlive());
+    EXPECT_EQ(killed->release(), 0u);
+    EXPECT_EQ(restarted->getPeriod(), 7u);
+    EXPECT_TRUE(restarted->stop());
+    EXPECT_FALSE(restarted->stop());
+    const size_t before = fired.size();
+    runFor(20);
+    EXPECT_EQ(fired.size(), before);
+    EXPECT_TRUE(restarted->restart(0));
+    EXPECT_TRUE(runUntil([&] { return fired.size() > before; })) << "with the period of before";
+}
+
+TEST_F(UTimerTest, GoOnInTheModalLoopOfOneOfThem) {
+    int32_t depth = 0;
+    actions[1] = [&](UTimer*) {
+        EXPECT_EQ(depth, 0) << "it is still in its call";
+        ++depth;
+        const int32_t before = count(2);
+        EXPECT_TRUE(runUntil([&] { return count(2) >= before + 3; }));
+        --depth;
+    };
+    UTimer* outer = add(1, 5);
+    add(2, 8);
+    ASSERT_TRUE(runUntil([&] { return count(1) >= 2; })) << "and comes again afterwards";
+    outer->stop();
+    EXPECT_GE(count(2), 6);
+}
+
+TEST_F(UTimerTest, StayStillWhileDispatchIsOff) {
+    add(1, 2);
+    {
+        const DisableDispatchingTimers outer;
+        const DisableDispatchingTimers inner;
+        runFor(15);
+    }
+    EXPECT_EQ(fired, Ids());
+    EXPECT_TRUE(runUntil([&] { return !fired.empty(); }));
+}
+
+TEST_F(UTimerTest, DoNotSpinWithoutAPeriod) {
+    add(1, 0);
+    const int32_t start = UTicks::now();
+    runFor(20);
+    EXPECT_GE(fired.size(), 1u);
+    EXPECT_LE(int32_t(fired.size()), UTicks::now() - start + 1);
+}
+
+TEST_F(UTimerTest, StayDeadAfterTheEndOfTheLoop) {
+    UTimer* running = add(1, 2);
+    UTimer* stopped = add(2, 2);
+    stopped->stop();
+    end();
+    UTimer* late = add(3, 2);
+    EXPECT_FALSE(late->isAlive());
+    EXPECT_FALSE(stopped->restart(0));
+    runFor(10);
+    start();
+    runFor(10);
+    EXPECT_EQ(fired, Ids());
+    EXPECT_TRUE(running->restart(0));
+    EXPECT_TRUE(runUntil([&] { return count(1) > 0; })) << "unless someone starts them anew";
+}
+
+TEST(UTicks, GoesTheShortWayRound) {
+    struct Row {
+        int32_t a, b;
+        bool bigger;
+    };
+    constexpr Row kRows[] = {
+        {5,          5,          false},
+        {6,          5,          true },
+        {5,          6,          false},
+        {0x40000000, 0,          true },
+        {0x40000001, 0,          false},
+        {0,          0x40000000, false},
+        {0,          0x40000001, true },
+        {3,          0x7FFFFFFF, true },
+        {0x7FFFFFFF, 3,          false},
+    };
+    for (const Row& row : kRows)
+        EXPECT_EQ(UTicks::isBigger(row.a, row.b), row.bigger) << row.a << " " << row.b;
+    EXPECT_FALSE(UTicks::reachedFuture(UTicks::future(10000)));
+    EXPECT_TRUE(UTicks::reachedFuture(UTicks::future(-1)));
+}

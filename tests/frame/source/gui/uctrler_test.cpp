@@ -1,0 +1,274 @@
+#include "gui/uctrler.h"
+#include "base/utimer.h"
+#include "tests/frame/source/gui/controllerfixture.h"
+#include <thread>
+
+using namespace Tessarine;
+
+namespace {
+class Controller : public ControllerTest {
+protected:
+    Controller() : application(new UPluginApplication("controller test")) {}
+    ~Controller() override {
+        if (application)
+            application->release();
+        EXPECT_EQ(handler.closed, 1);
+    }
+    void endApplication() {
+        application->release();
+        application = nullptr;
+    }
+    void add(Listener& listener) {
+        gController->addIdle(&listener);
+        idle.push_back(&listener);
+    }
+    void TearDown() override {
+        for (Listener* listener : idle)
+            if (gController)
+                gController->removeIdle(listener);
+    }
+
+    UApplication* application;
+    Log log;
+    std::vector<Listener*> idle;
+};
+
+class Handler final : public IIdleHandler {
+public:
+    int32_t queryInterface(const char*, void** obj) override { return noInterface(obj); }
+    uint32_t addRef() override { return 1; }
+    uint32_t release() override { return 1; }
+    void onIdle() override { ++calls; }
+
+    int32_t calls = 0;
+};
+}  // namespace
+
+TEST_F(Controller, ThrottledStepsComeAtMostOnceInTenMilliseconds) {
+    int32_t served = 0;
+    Listener listener([&](FMessage* message) { served += message->isType("Idle"); });
+    add(listener);
+    uint32_t start = 0;
+    do {  // a machine that was busy in between proves nothing
+        UController::wait(11);
+        served = 0;
+        start = UController::getTicks();
+        EXPECT_TRUE(gController->onIdle(true));
+        UController::wait(2);
+        EXPECT_TRUE(gController->onIdle(true));
+    } while (UController::getTicks() - start > 3);
+    EXPECT_EQ(served, 1);
+    UController::wait(11);
+    EXPECT_TRUE(gController->onIdle(true));
+    EXPECT_EQ(served, 2);
+    for (int32_t i = 0; i < 3; ++i)
+        EXPECT_TRUE(gController->onIdle(false));
+    EXPECT_EQ(served, 5);
+}
+
+TEST_F(Controller, StepsServeWhatIsAddedDuringThem) {
+    Listener second([&](FMessage*) { log.push_back("second"); });
+    Listener first([&](FMessage*) {
+        log.push_back("first");
+        if (log.size() == 1)
+            add(second);
+    });
+    Handler plugin;
+    EXPECT_EQ(gController->addIdleHandler(&plugin), kResultOk);
+    add(first);
+    EXPECT_EQ(idleWakes, 2);
+    gController->onIdle(false);
+    EXPECT_EQ(log, (Log{"first", "second"}));
+    EXPECT_EQ(plugin.calls, 1);
+    EXPECT_EQ(gController->removeIdleHandler(&plugin), kResultOk);
+    EXPECT_EQ(gController->removeIdleHandler(&plugin), kInvalidArgument);
+    EXPECT_EQ(gController->addIdleHandler(nullptr), kInvalidArgument);
+    gController->removeIdle(&first);
+    gController->removeIdle(&first);
+    gController->onIdle(false);
+    EXPECT_EQ(log, (Log{"first", "second", "second"}));
+    EXPECT_EQ(plugin.calls, 1);
+    gController->removeIdle(&second);
+    EXPECT_FALSE(gController->wantsIdle());
+}
+
+TEST_F(Controller, AStepWithinAStepDeliversButDoesNotServeAgain) {
+    Listener receiver([&](FMessage* message) { log.push_back(message->getMessageID()); });
+    Listener busy([&](FMessage*) {
+        log.push_back("idle");
+        gMessenger->postMessage(&receiver, new FMessage("post"));
+        EXPECT_TRUE(gController->onIdle(false));
+    });
+    add(busy);
+    gController->onIdle(false);
+    EXPECT_EQ(log, (Log{"idle", "post"}));
+    const bool before = gController->suspendIdle(true);
+    gController->onIdle(false);
+    EXPECT_FALSE(before);
+    EXPECT_EQ(log.size(), 2u);
+    EXPECT_TRUE(gController->suspendIdle(false));
+}
+
+TEST_F(Controller, SuspendedUpdatesAreServedWhenTheyResume) {
+    Listener receiver([&](FMessage* message) { log.push_back(message->getMessageID()); });
+    add(receiver);
+    EXPECT_FALSE(gController->suspendUpdates(true));
+    gMessenger->postMessage(&receiver, new FMessage("post"));
+    EXPECT_FALSE(gController->onIdle(false));
+    gController->updateDependencies();
+    EXPECT_EQ(log, Log());
+    updateWakes = 0;
+    EXPECT_TRUE(gController->suspendUpdates(false));
+    EXPECT_GT(updateWakes, 0) << "nobody would come for what piled up";
+    gController->updateDependencies();
+    EXPECT_EQ(log, (Log{"post"}));
+}
+
+TEST_F(Controller, MessagesSeeTheStateSettledAndTheirOwnChangesFollow) {
+    CmObject before, after;
+    Dependent first([&] { log.push_back("update before"); }), second([&] { log.push_back("update after"); });
+    before.addDependent(&first);
+    after.addDependent(&second);
+    Listener receiver([&](FMessage*) {
+        log.push_back("message");
+        after.deferUpdate();
+    });
+    const auto prepare = [&] {
+        log.clear();
+        before.deferUpdate();
+        gMessenger->postMessage(&receiver, new FMessage("post"));
+    };
+    prepare();
+    gController->updateDependencies();
+    EXPECT_EQ(log, (Log{"update before", "message", "update after"}));
+    prepare();
+    EXPECT_TRUE(gController->tryNextEvent());
+    EXPECT_EQ(log, (Log{"message", "update before", "update after"}));
+    prepare();
+    handler.pending = 2;
+    EXPECT_TRUE(gController->tryNextEvent()) << "an event goes before all else";
+    EXPECT_EQ(log, Log());
+    EXPECT_FALSE(UController::suspendFlush(true));
+    gController->flushEvent();
+    EXPECT_EQ(handler.pending, 1);
+    EXPECT_TRUE(UController::suspendFlush(false));
+    gController->flushEvent();
+    EXPECT_EQ(handler.pending, 0);
+    EXPECT_EQ(log.size(), 3u);
+    before.removeDependent(&first);
+    after.removeDependent(&second);
+}
+
+TEST_F(Controller, DeferredDestructionComesFromAnyThreadAndEndsWithTheController) {
+    int32_t gone = 0;
+    const auto doomed = [&gone] { return new Farewell([&gone] { ++gone; }); };
+    std::thread([&] { gController->deferDestruction(doomed()); }).join();
+    EXPECT_EQ(idleWakes, 1);
+    EXPECT_TRUE(gController->wantsIdle());
+    EXPECT_EQ(gone, 0);
+    gController->onIdle(false);
+    EXPECT_EQ(gone, 1);
+    gController->deferDestruction(nullptr);
+    EXPECT_FALSE(gController->wantsIdle());
+    gController->deferDestruction(new Farewell([&] { gController->deferDestruction(doomed()); }));
+    endApplication();
+    EXPECT_EQ(gone, 2) << "also what an object leaves behind at its end";
+}
+
+TEST_F(Controller, AsksOncePerPress) {
+    static int32_t dragQuestions;
+    static bool drags;
+    dragQuestions = 0;
+    drags = false;
+    gControllerHooks.waitDrag = [] { return ++dragQuestions, drags; };
+    for (const bool answer : {true, false}) {
+        SCOPED_TRACE(answer);
+        gController->setMouseDownData({3, 4}, 1);
+        handler.doubleClick = answer;
+        EXPECT_EQ(gController->waitDoubleClick(), answer);
+        handler.doubleClick = !answer;
+        EXPECT_EQ(gController->waitDoubleClick(), answer);
+    }
+    EXPECT_EQ(handler.clickQuestions, 2);
+    EXPECT_FALSE(gController->waitDrag());
+    drags = true;
+    EXPECT_TRUE(gController->waitDrag());
+    drags = false;
+    EXPECT_TRUE(gController->waitDrag()) << "a press that was a drag stays one";
+    EXPECT_EQ(dragQuestions, 2);
+    gController->setMouseDownData({3, 4}, 1);
+    EXPECT_FALSE(gController->waitDrag());
+}
+
+TEST_F(Controller, QuitsWhenApplicationAndWindowsAgree) {
+    static bool windowsClose;
+    windowsClose = false;
+    gControllerHooks.closeAllWindows = [] { return windowsClose; };
+    EXPECT_FALSE(gController->quit(false));
+    EXPECT_FALSE(gController->isDone());
+    gController->postQuitMessage();
+    windowsClose = true;
+    gController->updateDependencies();
+    EXPECT_TRUE(gController->isDone());
+    EXPECT_TRUE(gController->quit(false));
+    EXPECT_EQ(handler.quits, 1);
+    handler.onRun = [] { ADD_FAILURE() << "done before it began"; };
+    gController->run(application);
+}
+
+TEST_F(Controller, RunEndsAfterStartUpOrWhenTheLoopDoes) {
+    int32_t gone = 0;
+    handler.onStartup = [&] { log.push_back("startup"); };
+    handler.onRun = [&] {
+        log.push_back("loop");
+        gController->deferDestruction(
+            new Farewell([&] { gController->deferDestruction(new Farewell([&gone] { ++gone; })); }));
+    };
+    gController->run(application);
+    EXPECT_EQ(log, (Log{"startup", "loop"}));
+    EXPECT_EQ(gone, 1);
+    handler.onStartup = [] { gController->quit(true); };
+    gController->run(application);
+    EXPECT_EQ(log.size(), 2u);
+}
+
+TEST_F(Controller, ShowsPostedTexts) {
+    static std::vector<std::pair<String, int32_t>> shown;
+    shown.clear();
+    gControllerHooks.showText = [](const tchar* text, int32_t duration) { shown.emplace_back(String(text), duration); };
+    std::thread([] { gController->deferAlert(u"alert"); }).join();
+    gController->deferPopupMessage(u"popup", 250);
+    EXPECT_TRUE(shown.empty());
+    gController->updateDependencies();
+    ASSERT_EQ(shown.size(), 2u);
+    EXPECT_EQ(shown[0].first.compare("alert"), 0);
+    EXPECT_EQ(shown[0].second, 0);
+    EXPECT_EQ(shown[1].first.compare("popup"), 0);
+    EXPECT_EQ(shown[1].second, 250);
+    shown.clear();
+}
+
+TEST_F(Controller, KnowsItsThreadAndItsFaces) {
+    bool inMain = true;
+    std::thread([&inMain] { inMain = gController->isInMainThread(); }).join();
+    EXPECT_FALSE(inMain);
+    EXPECT_TRUE(gController->isInMainThread());
+    handler.modifiers = 5;
+    EXPECT_TRUE(gController->doUpdates());
+    EXPECT_EQ(gController->getModifiers(), 5);
+    void* face = nullptr;
+    ASSERT_EQ(gController->queryInterface(IPlatform2::iid, &face), kResultOk);
+    EXPECT_EQ(face, static_cast<IPlatform2*>(gController));
+    gController->release();
+    EXPECT_EQ(gController->endPlugModal(), kWrongState);
+}
+
+TEST_F(Controller, HandlersEndWithTheController) {
+    Handler forgotten;
+    gController->addIdleHandler(&forgotten);
+    endApplication();
+    handler.closed = 0;
+    application = new UPluginApplication("next");
+    gController->onIdle(false);
+    EXPECT_EQ(forgotten.calls, 0);
+}
