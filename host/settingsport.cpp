@@ -93,14 +93,15 @@ Range findStartTag(const std::string& text, std::string_view name) {
 std::string portTag(const std::string& port, bool isEmpty) {
     Buffer escaped;
     FXmlWriter::encodeString(escaped, port.c_str(), false);
-    return "<" + std::string(kPortElement) + " str=\"" + std::string(escaped.data(), escaped.getFillSize()) +
-           (isEmpty ? "\"/>" : "\">");
+    std::string tag("<");
+    tag.append(kPortElement).append(" str=\"").append(escaped.data(), escaped.getFillSize());
+    return tag.append(isEmpty ? "\"/>" : "\">");
 }
 
 std::string newSettings(const std::string& port) {
     const std::string root = kRoot;
     std::string text = "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<" + root + ">\r\n";
-    text += "\t" + portTag(port, true) + "\r\n";
+    text.append("\t").append(portTag(port, true)).append("\r\n");
     for (int32_t id = 1; id <= kLastDevice; ++id)
         text += "\t<DevId-Ch id=\"" + std::to_string(id) + "\" ch=\"-1\"/>\r\n";
     return text + "</" + root + ">\r\n";

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <cstring>
+#include <sys/single_threaded.h>
 
 /** The component model: 16-byte identifiers, the root interface and its result codes. What crosses the border between host and
     module is built from this file alone; plain types only, no exceptions. */

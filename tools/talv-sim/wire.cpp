@@ -30,7 +30,7 @@ std::string channelsText(int32_t first, int32_t count) {
 std::string valuesText(const ParamRow& row, std::span<const uint8_t> bytes) {
     std::string text = " =";
     for (const uint8_t byte : bytes)
-        text += " " + std::to_string(row.fromWire(byte));
+        text.append(" ").append(std::to_string(row.fromWire(byte)));
     return text;
 }
 
@@ -98,7 +98,10 @@ const ParamRow* paramByCommand(int32_t ParamRow::*column, int32_t command) {
 }
 
 Bytes makeFrame(int32_t command, uint8_t devId, std::span<const uint8_t> payload) {
-    Bytes frame = {uint8_t(kHeadSize + payload.size()), uint8_t(command), devId};
+    Bytes frame;
+    frame.reserve(size_t(kHeadSize) + 1 + payload.size());
+    for (const int32_t head : {int32_t(kHeadSize + payload.size()), command, int32_t(devId)})
+        frame.push_back(uint8_t(head));
     frame.insert(frame.end(), payload.begin(), payload.end());
     frame.push_back(uint8_t(~sumOf(std::span(frame).subspan(1))));
     return frame;

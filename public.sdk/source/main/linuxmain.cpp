@@ -1,5 +1,6 @@
 #include "public.sdk/source/main/linuxmain.h"
 #include "gui/os/linux/core/platformcore.h"
+#include <cstdio>
 
 using namespace Tessarine;
 
