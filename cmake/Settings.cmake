@@ -52,24 +52,43 @@ function(tessarine_settings target)
     target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/frame/include)
 endfunction()
 
-# One precompiled header for all floors: it may hold system headers only, or a missing include would go unseen.
-function(tessarine_precompile target)
-    if(NOT TESSARINE_PCH)
-        return()
+# Precompiled headers, one for the floors and one for the tests, shared by all targets of a kind (object libraries only:
+# programs are compiled as position-independent in another way). System headers only: a missing include of the project's
+# own would go unseen.
+set(_pch_system <algorithm> <array> <atomic> <cstdint> <cstring> <functional> <map> <memory> <string> <string_view>
+                <utility> <vector>)
+
+function(_make_precompiled name)
+    file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/${name}.cpp CONTENT "")
+    add_library(${name} OBJECT ${CMAKE_BINARY_DIR}/${name}.cpp)
+    target_precompile_headers(${name} PRIVATE ${_pch_system} ${ARGN})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        target_compile_options(${name} PRIVATE -fpch-preprocess)  # ccache asks for it
     endif()
-    if(NOT TARGET tessarine_pch)
-        file(WRITE ${CMAKE_BINARY_DIR}/pch.cpp.in "\n")
-        configure_file(${CMAKE_BINARY_DIR}/pch.cpp.in ${CMAKE_BINARY_DIR}/pch.cpp COPYONLY)
-        add_library(tessarine_pch OBJECT ${CMAKE_BINARY_DIR}/pch.cpp)
-        target_precompile_headers(tessarine_pch PRIVATE
-            <algorithm> <array> <atomic> <cstdint> <cstring> <functional> <map> <memory> <string> <string_view>
-            <utility> <vector>)
-        if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-            target_compile_options(tessarine_pch PRIVATE -fpch-preprocess)
-        endif()
-    endif()
-    target_precompile_headers(${target} REUSE_FROM tessarine_pch)
+endfunction()
+
+function(_use_precompiled target from)
+    target_precompile_headers(${target} REUSE_FROM ${from})
     if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
         target_compile_options(${target} PRIVATE -fpch-preprocess)
+    endif()
+endfunction()
+
+function(tessarine_precompile target)
+    if(TESSARINE_PCH)
+        if(NOT TARGET tessarine_pch)
+            _make_precompiled(tessarine_pch)
+        endif()
+        _use_precompiled(${target} tessarine_pch)
+    endif()
+endfunction()
+
+function(tessarine_precompile_test target)
+    if(TESSARINE_PCH)
+        if(NOT TARGET tessarine_test_pch)
+            _make_precompiled(tessarine_test_pch <gtest/gtest.h>)
+            target_link_libraries(tessarine_test_pch PRIVATE GTest::gtest)
+        endif()
+        _use_precompiled(${target} tessarine_test_pch)
     endif()
 endfunction()

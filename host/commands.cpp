@@ -15,12 +15,22 @@ constexpr int64_t kMaxDevice = 255;
 
 /** A whole decimal integer; what is larger than 64 bits is the nearest. */
 bool scanInteger(const std::string& word, int64_t& value) {
-    const char* first = word.c_str() + (word.starts_with('+') ? 1 : 0);
-    const char* last = word.c_str() + word.size();
+    const char* first = word.data() + (word.starts_with('+') ? 1 : 0);
+    const char* last = word.data() + word.size();
+    if (word.starts_with("+-"))
+        return false;
     const auto [end, failure] = std::from_chars(first, last, value);
     if (failure == std::errc::result_out_of_range)
         value = *first == '-' ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max();
     return failure != std::errc::invalid_argument && end == last;
+}
+
+/** Milliseconds; more than a day is a day. */
+bool scanTime(const std::string& word, int64_t& milliseconds) {
+    if (!scanInteger(word, milliseconds) || milliseconds < 0)
+        return false;
+    milliseconds = std::min(milliseconds, kMaxWaitMs);
+    return true;
 }
 
 bool scanInRange(const std::string& word, int64_t low, int64_t high, int64_t& value) {
@@ -66,6 +76,17 @@ Json valueOf(const ParamAddress& address, IValue* value) {
     return value->getValueInt();
 }
 
+Json describe(const ParamAddress& address, IValue* value) {
+    Json fields = {
+        {"id",    address.device     },
+        {"param", address.param->name}
+    };
+    if (address.param->perChannel)
+        fields["ch"] = address.channel;
+    fields["value"] = valueOf(address, value);
+    return fields;
+}
+
 std::string lineOf(const Json& object) {
     return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
@@ -78,17 +99,17 @@ struct Commands::Row {
 };
 
 const Commands::Row Commands::kCommands[] = {
-    {"ready",      0, 0, &Commands::ready,      "ready"                       },
-    {"wait",       2, 2, &Commands::wait,       "wait ready MS"               },
-    {"devices",    0, 0, &Commands::devices,    "devices"                     },
-    {"get",        2, 3, &Commands::get,        "get ID PARAM [CH]"           },
-    {"set",        3, 4, &Commands::set,        "set ID PARAM [CH] VALUE"     },
-    {"assign",     2, 2, &Commands::assign,     "assign ID CH"                },
-    {"connection", 1, 1, &Commands::connection, "connection CH"               },
-    {"sleep",      1, 1, &Commands::sleep,      "sleep MS"                    },
-    {"factory",    0, 0, &Commands::factory,    "factory"                     },
-    {"help",       0, 0, &Commands::help,       "help"                        },
-    {"quit",       0, 0, &Commands::quit,       "quit"                        },
+    {"ready",      0, 0, &Commands::ready,      "ready"                  },
+    {"wait",       2, 2, &Commands::wait,       "wait ready MS"          },
+    {"devices",    0, 0, &Commands::devices,    "devices"                },
+    {"get",        2, 3, &Commands::get,        "get ID PARAM [CH]"      },
+    {"set",        3, 4, &Commands::set,        "set ID PARAM [CH] VALUE"},
+    {"assign",     2, 2, &Commands::assign,     "assign ID CH"           },
+    {"connection", 1, 1, &Commands::connection, "connection CH"          },
+    {"sleep",      1, 1, &Commands::sleep,      "sleep MS"               },
+    {"factory",    0, 0, &Commands::factory,    "factory"                },
+    {"help",       0, 0, &Commands::help,       "help"                   },
+    {"quit",       0, 0, &Commands::quit,       "quit"                   },
 };
 
 Commands::Commands(Remote& watchedRemote, const ModuleHost& loaded, Answer answerTo, std::function<void()> quitBy)
@@ -97,6 +118,12 @@ Commands::Commands(Remote& watchedRemote, const ModuleHost& loaded, Answer answe
 Commands::~Commands() {
     if (timer)
         timer->kill();
+}
+
+void Commands::end() {
+    queue.clear();
+    if (waiting)
+        endWaiting(false, "the host ends");
 }
 
 void Commands::take(const std::string& line) {
@@ -140,7 +167,10 @@ void Commands::run(const std::string& line) {
 }
 
 void Commands::reply(bool ok, const Json& more) {
-    Json object = {{"reply", number}, {"ok", ok}};
+    Json object = {
+        {"reply", number},
+        {"ok",    ok    }
+    };
     if (!ok)
         object["error"] = error;
     object.update(more);
@@ -161,7 +191,7 @@ bool Commands::ready(const Words& /*words*/) {
 
 bool Commands::wait(const Words& words) {
     int64_t milliseconds = 0;
-    if (words[1] != "ready" || !scanInRange(words[2], 0, kMaxWaitMs, milliseconds))
+    if (words[1] != "ready" || !scanTime(words[2], milliseconds))
         return refuse("usage: wait ready MS");
     if (remote.isReady() || milliseconds == 0) {
         fields["ready"] = remote.isReady();
@@ -173,7 +203,7 @@ bool Commands::wait(const Words& words) {
 
 bool Commands::sleep(const Words& words) {
     int64_t milliseconds = 0;
-    if (!scanInRange(words[1], 0, kMaxWaitMs, milliseconds))
+    if (!scanTime(words[1], milliseconds))
         return refuse("usage: sleep MS");
     if (milliseconds > 0)
         startWaiting(milliseconds, false);
@@ -189,22 +219,21 @@ void Commands::startWaiting(int64_t milliseconds, bool forReady) {
 int32_t Commands::notify(FMessage* message) {
     if (!message || !message->isType("Timer"))
         return CmObject::notify(message);
-    endWaiting(!waitsForReady || remote.isReady());
+    endWaiting(!waitsForReady || remote.isReady(), "time-out");
     return 1;
 }
 
 void Commands::look() {
     if (waiting && waitsForReady && remote.isReady())
-        endWaiting(true);
+        endWaiting(true, "");
 }
 
-void Commands::endWaiting(bool ok) {
+void Commands::endWaiting(bool ok, const char* why) {
     timer->kill();
     timer = nullptr;
-    if (waitsForReady) {
+    if (waitsForReady)
         fields["ready"] = remote.isReady();
-        error = "time-out";
-    }
+    error = why;
     waiting = false;
     reply(ok, fields);
     runQueue();
@@ -219,10 +248,12 @@ bool Commands::devices(const Words& /*words*/) {
         IValue* nameValue = remote.getValue(name);
         IValue* modeValue = remote.getValue(mode);
         if (nameValue && modeValue)
-            list.push_back({{"id", device},
-                            {"name", valueOf(name, nameValue)},
-                            {"mode", valueOf(mode, modeValue)},
-                            {"channel", remote.getChannel(device)}});
+            list.push_back({
+                {"id", device},
+                {"name", valueOf(name, nameValue)},
+                {"mode", valueOf(mode, modeValue)},
+                {"channel", remote.getChannel(device)}
+            });
     }
     fields["ready"] = remote.isReady();
     fields["count"] = list.size();
@@ -246,19 +277,11 @@ bool Commands::scanAddress(const Words& words, size_t more, ParamAddress& addres
     return remote.getValue(address) || refuse("no device " + words[1]);
 }
 
-void Commands::fillAddress(const ParamAddress& address, IValue* value) {
-    fields["id"] = address.device;
-    fields["param"] = address.param->name;
-    if (address.param->perChannel)
-        fields["ch"] = address.channel;
-    fields["value"] = valueOf(address, value);
-}
-
 bool Commands::get(const Words& words) {
     ParamAddress address = {};
     if (!scanAddress(words, 0, address))
         return false;
-    fillAddress(address, remote.getValue(address));
+    fields = describe(address, remote.getValue(address));
     return true;
 }
 
@@ -276,7 +299,7 @@ bool Commands::set(const Words& words) {
         value->setValue2(int32_t(std::clamp<int64_t>(number64, INT32_MIN, INT32_MAX)), true);
     else
         return refuse("no integer: " + text);
-    fillAddress(address, value);
+    fields = describe(address, value);
     return true;
 }
 
@@ -315,7 +338,12 @@ bool Commands::factory(const Words& /*words*/) {
             continue;
         char cid[33];
         FUID(static_cast<const char*>(row.cid)).toString(cid);
-        classes.push_back({{"cid", cid}, {"name", row.name}, {"category", row.category}, {"version", row.version}});
+        classes.push_back({
+            {"cid",      cid         },
+            {"name",     row.name    },
+            {"category", row.category},
+            {"version",  row.version }
+        });
     }
     fields["vendor"] = info.vendor;
     fields["flags"] = info.flags;

@@ -26,6 +26,8 @@ public:
     void take(const std::string& line);
     /** Something changed that a command may be waiting for. */
     void look();
+    /** Nothing is waited for any more: a command that waits is refused, and what is behind it doesn't come. */
+    void end();
     bool isIdle() const { return !waiting && queue.empty(); }
     int32_t notify(Tessarine::FMessage* message) override;
 
@@ -54,10 +56,9 @@ private:
     bool quit(const Words& words);
 
     bool scanAddress(const Words& words, size_t more, ParamAddress& address);
-    void fillAddress(const ParamAddress& address, Tessarine::IValue* value);
     bool refuse(const std::string& why);
     void startWaiting(int64_t milliseconds, bool forReady);
-    void endWaiting(bool ok);
+    void endWaiting(bool ok, const char* error);
 
     Remote& remote;
     const ModuleHost& module;
@@ -73,5 +74,7 @@ private:
 
 /** The value as it stands in replies and events. */
 Json valueOf(const ParamAddress& address, Tessarine::IValue* value);
+/** id, param, ch and value, as in replies and events. */
+Json describe(const ParamAddress& address, Tessarine::IValue* value);
 /** One line, UTF-8 whatever the texts hold. */
 std::string lineOf(const Json& object);

@@ -1,81 +1,69 @@
 #include "host/console.h"
-#include "gui/uctrler.h"
 #include "pluginterfaces/gui/ivalue.h"
 #include <unistd.h>
 
 using namespace Tessarine;
 
-void quitHost() {
-    gController->quit(true);
-}
-
 void Console::put(const Json& object) {
-    if (!writeAll(STDOUT_FILENO, lineOf(object)))
+    if (!writeAll(STDOUT_FILENO, lineOf(object), quitSignalsDescriptor()))
         quitHost();
-    if (inputEnded)
-        quitWhenIdle();
 }
 
 void Console::started(const ModuleHost& module) {
-    put({{"event", "started"}, {"module", module.getPath()}, {"version", module.getVersion()}});
-}
-
-void Console::run(Remote& watched, const ModuleHost& module) {
-    remote = &watched;
-    commands = new Commands(watched, module, [this](const Json& reply) { put(reply); }, quitHost);
-    input = watchInput(STDIN_FILENO, [this] { readInput(); });
-}
-
-void Console::readInput() {
-    std::vector<std::string> lines;
-    inputEnded = !reader.read(lines);
-    if (inputEnded)
-        input = nullptr;
-    for (const std::string& line : lines)
-        commands->take(line);
-    if (inputEnded)
-        quitWhenIdle();
-}
-
-/** The end of the input is a command like any other: those before it come first. */
-void Console::quitWhenIdle() {
-    if (commands && commands->isIdle())
-        quitHost();
-}
-
-void Console::stop() {
-    input = nullptr;
-    commands = nullptr;
+    put({
+        {"event",   "started"          },
+        {"module",  module.getPath()   },
+        {"version", module.getVersion()}
+    });
 }
 
 void Console::stopped() {
-    put({{"event", "stopped"}});
-}
-
-void Console::readyChanged(bool ready) {
-    put({{"event", "ready"}, {"ready", ready}});
-    if (commands)
-        commands->look();
+    put({
+        {"event", "stopped"}
+    });
 }
 
 void Console::deviceFound(int32_t device) {
-    put({{"event", "device"}, {"id", device}});
+    put({
+        {"event", "device"},
+        {"id",    device  }
+    });
 }
 
 void Console::devicesGone() {
-    put({{"event", "devices-gone"}});
+    put({
+        {"event", "devices-gone"}
+    });
 }
 
 void Console::valueChanged(const ParamAddress& address) {
-    Json event = {{"event", "value"}, {"id", address.device}, {"param", address.param->name}};
-    if (address.param->perChannel)
-        event["ch"] = address.channel;
-    if (IValue* value = remote->getValue(address)) {
-        event["value"] = valueOf(address, value);
-        put(event);
-    }
+    IValue* value = remote->getValue(address);
+    if (!value)
+        return;
+    Json event = {
+        {"event", "value"}
+    };
+    event.update(describe(address, value));
+    put(event);
 }
 
 void Console::connectionChanged() {
-    put({{"event", "connection"}});
+    put({
+        {"event", "connection"}
+    });
+}
+
+void Console::showReady(bool ready) {
+    put({
+        {"event", "ready"},
+        {"ready", ready  }
+    });
+}
+
+bool Console::readInput() {
+    std::vector<std::string> lines;
+    const bool more = reader.read(lines);
+    for (const std::string& line : lines)
+        take(line);
+    return more;
 }

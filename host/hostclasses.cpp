@@ -20,8 +20,8 @@ HostClasses::HostClasses(SerialNaming& naming, int32_t inputs)
 int32_t HostClasses::createClassInstance(const char* iid, void** obj) {
     if (!iid || !obj)
         return kResultFalse;
-    FUnknown* const services[] = {&serialNaming, static_cast<FObject*>(devices.get()), static_cast<FObject*>(ports.get()),
-                                  static_cast<CmObject*>(gController)};
+    FUnknown* const services[] = {&serialNaming, static_cast<FObject*>(devices.get()),
+                                  static_cast<FObject*>(ports.get()), static_cast<CmObject*>(gController)};
     constexpr const FUID* kOffered[] = {&IDeviceList::iid,       &IDeviceList2::iid, &IPortRegistry2::iid,
                                         &ISerialPortNaming::iid, &IPlatform::iid,    &IPlatform2::iid};
     for (const FUID* offered : kOffered)

@@ -1,7 +1,11 @@
 #include "host/liveview.h"
 #include "base/fmessage.h"
+#include "base/utimer.h"
+#include "host/linereader.h"
+#include "host/screentext.h"
 #include "pluginterfaces/gui/ivalue.h"
 #include <algorithm>
+#include <csignal>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -9,38 +13,67 @@ using namespace Tessarine;
 
 namespace {
 constexpr uint32_t kRedrawMs = 100;  // as often as an eye can follow
-constexpr size_t kLastLines = 4;
-constexpr size_t kLabelWidth = 8, kCellWidth = 8;
-constexpr char kEndOfInput = 4, kBackspace = 127, kOldBackspace = 8, kClearLine = 21;
-constexpr const char* kEnter = "\x1b[?1049h\x1b[2J";   // the other page of the terminal
-constexpr const char* kLeave = "\x1b[?1049l";
+constexpr std::chrono::milliseconds kLit{1500};
+constexpr size_t kMaxSaid = 12, kFewestSaid = 3;
+constexpr size_t kLabelWidth = 7, kCellWidth = 8, kNameWidth = 8;
+constexpr size_t kHeadRows = 2, kPromptRows = 1;
+constexpr const char* kPrompt = "> ";
+constexpr const char* kEnter = "\x1b[?1049h\x1b[?7l\x1b[2J";  // the other page of the terminal, without breaking lines
+constexpr const char* kLeave = "\x1b[?7h\x1b[?1049l";
 constexpr const char* kHome = "\x1b[H";
 constexpr const char* kEndLine = "\x1b[K\r\n";
-constexpr const char* kClearRest = "\x1b[J";
+constexpr const char* kClearRest = "\x1b[K\x1b[J";
+constexpr const char* kBold = "\x1b[1m";
+constexpr const char* kDim = "\x1b[2m";
+constexpr const char* kLitUp = "\x1b[1;33m";
+constexpr const char* kRed = "\x1b[1;31m";
+constexpr const char* kGreen = "\x1b[1;32m";
 
-struct ChannelRow {
-    const char* label;
-    const char* param;
-    bool isSwitch;
-};
-constexpr ChannelRow kChannelRows[] = {
-    {"gain",  "gain",     false},
-    {"+48V",  "plus48V",  true },
-    {"HPF",   "hpf",      true },
-    {"freq",  "hpfFreq",  false},
-    {"trim",  "gainTrim", false},
-};
-
-std::string cell(std::string text, size_t width) {
-    text.resize(std::max(width, text.size()), ' ');
-    return text;
+std::string styled(const char* style, const std::string& text) {
+    return style + text + "\x1b[0m";
 }
 
-size_t terminalRows() {
+struct Size {
+    size_t rows, columns;
+};
+
+Size terminalSize() {
     winsize size = {};
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 4 ? size.ws_row : 24;
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0)
+        return {24, 80};
+    return {size.ws_row, size.ws_col};
+}
+
+/** A reply for a person. */
+std::string spoken(const Json& reply) {
+    std::string line = reply["ok"] == true ? "ok" : "refused: " + reply.value("error", "");
+    for (const auto& [name, value] : reply.items()) {
+        if (name == "reply" || name == "ok" || name == "error")
+            continue;
+        line += "  " + name + " ";
+        const bool isTexts = value.is_array() && !value.empty() && value[0].is_string();
+        if (!isTexts)
+            line += value.is_string() ? value.get<std::string>()
+                                      : value.dump(-1, ' ', false, Json::error_handler_t::replace);
+        for (size_t i = 0; isTexts && i < value.size(); ++i)
+            line += (i ? ", " : "") + value[i].get<std::string>();
+    }
+    return line;
 }
 }  // namespace
+
+struct LiveView::ChannelRow {
+    const char* label;
+    const char* param;
+    const char* onStyle;  // null: a number
+};
+const LiveView::ChannelRow LiveView::kChannelRows[] = {
+    {"gain", "gain",     nullptr},
+    {"+48V", "plus48V",  kRed   },
+    {"HPF",  "hpf",      kGreen },
+    {"freq", "hpfFreq",  nullptr},
+    {"trim", "gainTrim", nullptr},
+};
 
 /** Draws at most so often, and only after a change. */
 class LiveView::Redraw : public CmObject {
@@ -65,17 +98,19 @@ private:
     UTimer* timer;
 };
 
-LiveView::LiveView() {
-    tcgetattr(STDIN_FILENO, &before);
-    termios keysAtOnce = before;
-    keysAtOnce.c_lflag &= tcflag_t(~(ICANON | ECHO));
-    tcsetattr(STDIN_FILENO, TCSANOW, &keysAtOnce);
-    writeAll(STDOUT_FILENO, kEnter);
+LiveView::LiveView() : hasKeys(tcgetattr(STDIN_FILENO, &before) == 0) {
+    if (hasKeys) {
+        termios keysAtOnce = before;
+        keysAtOnce.c_lflag &= tcflag_t(~(ICANON | ECHO | ISIG));
+        tcsetattr(STDIN_FILENO, TCSANOW, &keysAtOnce);
+    }
+    writeAll(STDOUT_FILENO, kEnter, quitSignalsDescriptor());
 }
 
 LiveView::~LiveView() {
-    writeAll(STDOUT_FILENO, kLeave);
-    tcsetattr(STDIN_FILENO, TCSANOW, &before);
+    writeAll(STDOUT_FILENO, kLeave, quitSignalsDescriptor());
+    if (hasKeys)
+        tcsetattr(STDIN_FILENO, TCSANOW, &before);
 }
 
 void LiveView::started(const ModuleHost& module) {
@@ -83,102 +118,159 @@ void LiveView::started(const ModuleHost& module) {
 }
 
 void LiveView::run(Remote& watched, const ModuleHost& module) {
-    remote = &watched;
-    redraw = new Redraw(*this);
-    commands = new Commands(watched, module, [this](const Json& reply) { say(reply.dump(-1, ' ', false, Json::error_handler_t::replace)); },
-                            quitHost);
-    input = watchInput(STDIN_FILENO, [this] { readKeys(); });
-    say("type help for the commands, quit to end");
+    redraw = OPtr<Redraw>(new Redraw(*this));
+    resize = watchSignal(SIGWINCH, [this] { drawSoon(); });
+    FrontEnd::run(watched, module);
+    say("\"help\" lists the commands, \"quit\" ends; for instance: set 1 gain 0 40");
+    draw();
 }
 
 void LiveView::stop() {
-    input = nullptr;
-    commands = nullptr;
+    FrontEnd::stop();
+    resize = nullptr;
     redraw = nullptr;
 }
 
-void LiveView::readyChanged(bool ready) {
+void LiveView::showReady(bool ready) {
     say(ready ? "ready" : "looking for devices");
-    if (commands)
-        commands->look();
+}
+
+void LiveView::showReply(const Json& reply) {
+    say(spoken(reply));
 }
 
 void LiveView::deviceFound(int32_t device) {
     say("found device " + std::to_string(device));
 }
 
-void LiveView::say(const std::string& line) {
-    lastLines.push_back(line);
-    if (lastLines.size() > kLastLines)
-        lastLines.erase(lastLines.begin());
+void LiveView::devicesGone() {
+    changes.clear();
+    say("the devices are gone");
+}
+
+void LiveView::valueChanged(const ParamAddress& address) {
+    changes[remote->getValue(address)] = Clock::now() + kLit;
     drawSoon();
 }
+
+void LiveView::say(const std::string& line) {
+    said.push_back(line);
+    if (said.size() > kMaxSaid)
+        said.erase(said.begin());
+    drawSoon();
+}
+
+bool LiveView::readInput() {
+    char block[256];
+    const ssize_t count = ::read(STDIN_FILENO, block, sizeof(block));
+    if (count <= 0)
+        return count < 0 && (errno == EAGAIN || errno == EINTR);
+    drawSoon();
+    for (const char byte : std::string(block, size_t(count))) {
+        const LineEditor::Result result = editor.take(byte);
+        if (result == LineEditor::kEnd)
+            return false;
+        if (result == LineEditor::kLine)
+            take(editor.takeLine());
+        else if (result == LineEditor::kPageUp)
+            firstShown -= std::min(firstShown, shown);
+        else if (result == LineEditor::kPageDown)
+            firstShown += shown;
+    }
+    return true;
+}
+
+// --- the page
 
 void LiveView::drawSoon() {
     if (redraw)
         redraw->soon();
 }
 
-std::string LiveView::text(int32_t device, const char* param, int32_t channel) const {
-    const ParamAddress address = {device, findParam(param), channel};
-    IValue* value = remote->getValue(address);
-    return value ? textOf(value) : "";
-}
-
-void LiveView::appendDevice(std::string& page, int32_t device) const {
-    const int32_t first = remote->getChannel(device);
-    const std::string place = first < 0 ? "not assigned"
-                                        : "inputs " + std::to_string(first + 1) + " - " + std::to_string(first + 8);
-    page += "Device " + std::to_string(device) + "  " + cell(text(device, "devName"), kCellWidth) + "  " + place +
-            "  mode " + text(device, "devMode") + "  clock " + text(device, "wordClock") + "  lock " +
-            text(device, "panelLock") + "  brightness " + text(device, "brightness") + "  +48V master " +
-            text(device, "plus48VMaster") + kEndLine;
-    for (const ChannelRow& row : kChannelRows) {
-        page += "  " + cell(row.label, kLabelWidth);
-        for (int32_t channel = 0; channel < TALV::kNumChannels; ++channel)
-            page += cell(text(device, row.param, channel), kCellWidth);
-        page += kEndLine;
-    }
-    page += kEndLine;
-}
-
 void LiveView::draw() {
-    const size_t roomForDevices = terminalRows() - kLastLines - 3;
-    std::string page = kHome + title + (remote->isReady() ? "  ready" : "  looking for devices") + kEndLine + kEndLine;
-    size_t lines = 2;
-    for (const int32_t device : remote->getDevices()) {
-        lines += std::size(kChannelRows) + 2;
-        if (lines > roomForDevices) {
-            page += std::string("  ... more devices than lines") + kEndLine;
-            break;
-        }
-        appendDevice(page, device);
+    const Size size = terminalSize();
+    std::erase_if(changes, [now = Clock::now()](const auto& each) { return each.second <= now; });
+    Lines messages;
+    for (const std::string& line : said)
+        for (const std::string& piece : wrapped(line, size.columns))
+            messages.push_back(piece);
+    Lines page;
+    const size_t room = size.rows - std::min(size.rows, kHeadRows + kPromptRows);
+    appendDevices(page, room - std::min(room, kFewestSaid));
+    const size_t free = room - std::min(room, page.size());
+    messages.erase(messages.begin(), messages.end() - std::ptrdiff_t(std::min(messages.size(), free)));
+    page.resize(room - std::min(room, messages.size()));
+    std::string output = kHome + styled(kBold, headOf(shown)) + kEndLine + kEndLine;
+    for (const Lines* part : {&page, &messages})
+        for (const std::string& line : *part)
+            output += line + kEndLine;
+    output += kPrompt + tailOf(editor.getText(), size.columns - std::min<size_t>(size.columns, 3)) + kClearRest;
+    if (!writeAll(STDOUT_FILENO, output, quitSignalsDescriptor()))
+        quitHost();
+    if (!changes.empty())
+        drawSoon();  // until nothing is lit any more
+}
+
+std::string LiveView::headOf(size_t devices) const {
+    const size_t total = remote->getDevices().size();
+    std::string head = title + (remote->isReady() ? "  ready" : "  looking for devices");
+    if (total == 0)
+        return head + (remote->isReady() ? ", there are none" : "");
+    if (total > devices)
+        head += "  " + std::to_string(firstShown + 1) + " to " + std::to_string(firstShown + devices) + " of " +
+                std::to_string(total) + " devices (Page Up, Page Down)";
+    return head;
+}
+
+/** As many whole devices as there is room for. */
+void LiveView::appendDevices(Lines& page, size_t rows) {
+    const std::vector<int32_t> all(remote->getDevices().begin(), remote->getDevices().end());
+    const size_t rowsOfDevice = std::size(kChannelRows) + 1;
+    const bool spaced = all.size() * (rowsOfDevice + 1) <= rows + 1;
+    shown = std::clamp<size_t>(rows / (rowsOfDevice + spaced), 1, std::max<size_t>(all.size(), 1));
+    if (spaced)
+        shown = std::max<size_t>(all.size(), 1);
+    firstShown = std::min(firstShown, all.size() - std::min(all.size(), shown));
+    for (size_t i = firstShown; i < std::min(firstShown + shown, all.size()); ++i) {
+        appendDevice(page, all[i]);
+        if (spaced && i + 1 < all.size())
+            page.emplace_back();
     }
-    for (const std::string& line : lastLines)
-        page += line.substr(0, 200) + kEndLine;
-    if (!writeAll(STDOUT_FILENO, page + "> " + typed + "\x1b[K" + kClearRest))
-        quitHost();
 }
 
-void LiveView::readKeys() {
-    char block[256];
-    const ssize_t count = ::read(STDIN_FILENO, block, sizeof(block));
-    if (count <= 0)
-        return quitHost();
-    for (const char key : std::string(block, size_t(count)))
-        takeKey(key);
-    drawSoon();
+void LiveView::appendDevice(Lines& page, int32_t device) const {
+    const int32_t first = remote->getChannel(device);
+    const std::string place =
+        first < 0 ? "unassigned" : "inputs " + std::to_string(first) + " to " + std::to_string(first + 7);
+    page.push_back(
+        styled(kBold, "device " + fitted(std::to_string(device), 4) + fitted(text(device, "devName"), kNameWidth)) +
+        "  " + place + "  mode " + text(device, "devMode") + "  clock " + text(device, "wordClock") + "  light " +
+        text(device, "brightness") + "  lock " + text(device, "panelLock") + "  +48V master " +
+        text(device, "plus48VMaster"));
+    for (const ChannelRow& row : kChannelRows) {
+        std::string line = "  " + fitted(row.label, kLabelWidth);
+        for (int32_t channel = 0; channel < TALV::kNumChannels; ++channel)
+            line += cell({device, findParam(row.param), channel}, row);
+        page.push_back(line);
+    }
 }
 
-void LiveView::takeKey(char key) {
-    if (key == kEndOfInput)
-        quitHost();
-    else if (key == '\n' || key == '\r')
-        commands->take(std::exchange(typed, std::string()));
-    else if (key == kBackspace || key == kOldBackspace)
-        typed.resize(typed.empty() ? 0 : typed.size() - 1);
-    else if (key == kClearLine)
-        typed.clear();
-    else if (uint8_t(key) >= ' ' && typed.size() < Commands::kMaxLine)
-        typed += key;
+std::string LiveView::cell(const ParamAddress& address, const ChannelRow& row) const {
+    IValue* value = remote->getValue(address);
+    if (!value)
+        return fitted("", kCellWidth);
+    const bool isOn = row.onStyle && value->getValueInt() != 0;
+    const std::string shownText = fitted(!row.onStyle ? textOf(value) : isOn ? "on" : "off", kCellWidth);
+    if (changes.contains(value))
+        return styled(kLitUp, shownText);
+    return row.onStyle ? styled(isOn ? row.onStyle : kDim, shownText) : shownText;
+}
+
+std::string LiveView::text(int32_t device, const char* param) const {
+    const ParamAddress address = {device, findParam(param), -1};
+    IValue* value = remote->getValue(address);
+    if (!value)
+        return "";
+    const std::string shownText = printable(textOf(value));
+    return changes.contains(value) && !address.param->isText ? styled(kLitUp, shownText) : shownText;
 }

@@ -1,9 +1,11 @@
 #pragma once
-#include "base/utimer.h"
-#include "host/console.h"
+#include "host/frontend.h"
+#include "host/lineeditor.h"
+#include <chrono>
 #include <termios.h>
 
-/** The devices with their channels on a terminal, as they change, and a line for commands. */
+/** The devices with their channels on a terminal, as they change, and a line for commands. What has just changed is lit for a
+    moment. Standard input may be no terminal: then it is read as it comes. */
 class LiveView : public FrontEnd {
 public:
     LiveView();
@@ -14,28 +16,39 @@ public:
     void stop() override;
     void stopped() override {}
 
-    void readyChanged(bool ready) override;
     void deviceFound(int32_t device) override;
-    void devicesGone() override { drawSoon(); }
-    void valueChanged(const ParamAddress& /*address*/) override { drawSoon(); }
+    void devicesGone() override;
+    void valueChanged(const ParamAddress& address) override;
     void connectionChanged() override { drawSoon(); }
+
+protected:
+    void showReady(bool ready) override;
+    void showReply(const Json& reply) override;
+    bool readInput() override;
 
 private:
     class Redraw;
+    struct ChannelRow;
+    static const ChannelRow kChannelRows[];
+    using Clock = std::chrono::steady_clock;
+    using Lines = std::vector<std::string>;
 
+    void say(const std::string& line);
     void drawSoon();
     void draw();
-    void appendDevice(std::string& page, int32_t device) const;
-    void say(const std::string& line);
-    void readKeys();
-    void takeKey(char key);
-    std::string text(int32_t device, const char* param, int32_t channel = -1) const;
+    void appendDevices(Lines& page, size_t rows);
+    void appendDevice(Lines& page, int32_t device) const;
+    std::string cell(const ParamAddress& address, const ChannelRow& row) const;
+    std::string headOf(size_t shown) const;
+    std::string text(int32_t device, const char* param) const;
 
-    Remote* remote = nullptr;  // borrowed
-    Tessarine::OPtr<Commands> commands;
     Tessarine::OPtr<Redraw> redraw;
-    std::unique_ptr<Tessarine::Watch> input;
-    termios before{};  // the terminal's settings, put back at the end
-    std::string title, typed, keys;
-    std::vector<std::string> lastLines;
+    std::unique_ptr<Tessarine::Watch> resize;
+    bool hasKeys = false;  // standard input is a terminal
+    termios before{};      // its settings, put back at the end
+    std::string title;
+    LineEditor editor;
+    Lines said;
+    std::map<Tessarine::IValue*, Clock::time_point> changes;  // of what is still lit; keys are only compared
+    size_t firstShown = 0, shown = 1;                         // devices on the page
 };

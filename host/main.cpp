@@ -1,6 +1,7 @@
 #include "base/source/finitializer.h"
 #include "gui/os/linux/core/platformcore.h"
 #include "gui/uctrler.h"
+#include "host/console.h"
 #include "host/liveview.h"
 #include "host/options.h"
 #include "host/settingsport.h"
@@ -63,6 +64,12 @@ int runModule(ModuleHost& module, HostClasses& classes, FrontEnd& front, std::st
     return 0;
 }
 
+std::unique_ptr<FrontEnd> makeFront(const Options& options) {
+    if (options.console || !isatty(STDOUT_FILENO))
+        return std::make_unique<Console>();
+    return std::make_unique<LiveView>();
+}
+
 int runHost(const Options& options, std::string& error) {
     SerialNaming naming(options.serialFolder, options.serialPrefixes);
     HostClasses classes(naming, options.inputs);
@@ -71,12 +78,8 @@ int runHost(const Options& options, std::string& error) {
         return kFailed;
     if (!module.load(modulePath(options), error))
         return kFailed;
-    const auto onInterrupt = watchSignal(SIGINT, quitHost), onEnd = watchSignal(SIGTERM, quitHost);
-    std::unique_ptr<FrontEnd> front;
-    if (options.console || !isatty(STDOUT_FILENO) || !isatty(STDIN_FILENO))
-        front = std::make_unique<Console>();
-    else
-        front = std::make_unique<LiveView>();
+    const auto onSignal = watchQuitSignals();
+    const std::unique_ptr<FrontEnd> front = makeFront(options);
     const int result = runModule(module, classes, *front, error);
     gController->quit(true);
     module.unload();
@@ -93,6 +96,7 @@ int main(int count, char** arguments) {
     if (scanned != Options::kRun)
         return scanned == Options::kAnswered ? 0 : kBadUsage;
     std::signal(SIGPIPE, SIG_IGN);
+    holdQuitSignals();
     if (!useUserFolder(options.userFolder, text))
         return fail(text);
     installTessarinePlatformCore();

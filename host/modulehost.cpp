@@ -23,6 +23,11 @@ Function entryOf(const ModuleBundle& bundle, const char* name) {
 
 ModuleHost::~ModuleHost() {
     unload();
+    if (!bundle)
+        return;
+    service.detach();  // it goes on, and its code with it
+    factory.detach();
+    bundle.detach();
 }
 
 std::string ModuleHost::findBundle(const std::string& folder) {

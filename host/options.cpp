@@ -45,21 +45,21 @@ bool takeText(Options& options, const char* text) {
 }
 
 constexpr OptionRow kOptions[] = {
-    {"--console",       [](Options& options, const char*) { return options.console = true; }, false},
-    {"--module",        takeText<&Options::module>,                                           true },
-    {"--user-folder",   takeText<&Options::userFolder>,                                       true },
-    {"--serial-dir",    takeText<&Options::serialFolder>,                                     true },
+    {"--console", [](Options& options, const char*) { return options.console = true; }, false},
+    {"--module", takeText<&Options::module>, true},
+    {"--user-folder", takeText<&Options::userFolder>, true},
+    {"--serial-dir", takeText<&Options::serialFolder>, true},
     {"--serial-prefix",
      [](Options& options, const char* text) {
          options.serialPrefixes.push_back(text);
          return *text != 0;
-     },                                                                                       true },
+     }, true},
     {"--port",
      [](Options& options, const char* text) {
          options.port = text;
          return options.hasPort = std::strchr(text, '/') == nullptr;
-     },                                                                                       true },
-    {"--inputs",        takeInputs,                                                           true },
+     }, true},
+    {"--inputs", takeInputs, true},
 };
 
 const OptionRow* rowOf(const std::string& name) {
@@ -85,7 +85,7 @@ Options::Result scanOptions(int count, char** arguments, Options& options, std::
             text += "unknown option " + word + "\n";
             return Options::kRefused;
         }
-        const char* value = !row->hasText                ? ""
+        const char* value = !row->hasText                 ? ""
                             : equals != std::string::npos ? arguments[i] + equals + 1
                             : i + 1 < count               ? arguments[++i]
                                                           : nullptr;

@@ -130,11 +130,19 @@ IValue* Remote::getValue(const ParamAddress& address) const {
     return accessor->getIValue(uint8_t(address.device), TALV::TALV_ParamId(id));
 }
 
-int32_t Remote::getChannel(int32_t device) const {
-    for (int32_t channel = 0; accessor && channel < kMaxInputs; ++channel)
-        if (accessor->getConnectionPrm(channel) == device)
-            return channel;
-    return -1;
+int32_t Remote::getChannel(int32_t device) {
+    if (!channelsKnown)
+        readChannels();
+    return device > 0 && device <= kMaxDevice ? channels[size_t(device)] : -1;
+}
+
+/** The table answers by channel only, and each answer is a search. */
+void Remote::readChannels() {
+    channels.fill(-1);
+    for (int32_t channel = kMaxInputs - 1; accessor && channel >= 0; --channel)
+        if (const int32_t device = accessor->getConnectionPrm(channel); device > 0 && device <= kMaxDevice)
+            channels[size_t(device)] = channel;
+    channelsKnown = accessor;
 }
 
 int32_t Remote::getDeviceOn(int32_t channel) const {
@@ -146,6 +154,7 @@ bool Remote::assign(int32_t device, int32_t channel) {
     if (!notice)
         return false;
     accessor->setConnectionPrm(device, channel);
+    channelsKnown = false;
     notice->setValue2(!notice->getValueInt(), true);
     return true;
 }
@@ -164,11 +173,13 @@ void Remote::update(FUnknown* changed, int32_t message) {
         if (!accessor->isReady()) {
             forgetDevices();
             looksToSkip = kLooksBetweenPorts;
-        }
+        } else
+            lookForDevices();  // who hears of ready asks for them
         setReady(accessor->isReady());
-    } else if (value.get() == accessor->getIsConnectionUpdated())
+    } else if (value.get() == accessor->getIsConnectionUpdated()) {
+        channelsKnown = false;
         listener.connectionChanged();
-    else if (const auto found = watched.find(value); found != watched.end())
+    } else if (const auto found = watched.find(value); found != watched.end())
         listener.valueChanged(found->second);
 }
 

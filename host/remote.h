@@ -3,6 +3,7 @@
 #include "pluginterfaces/base/smartpointer.h"
 #include "pluginterfaces/host/idevicelist.h"
 #include "pluginterfaces/host/italvprmaccessor.h"
+#include <array>
 #include <map>
 #include <set>
 #include <string>
@@ -76,7 +77,7 @@ public:
     /** Null: no such device now. Borrowed for the moment. */
     Tessarine::IValue* getValue(const ParamAddress& address) const;
     /** The channel that a device is assigned to, or -1. */
-    int32_t getChannel(int32_t device) const;
+    int32_t getChannel(int32_t device);
     /** The device on the channel, or 0. */
     int32_t getDeviceOn(int32_t channel) const;
     /** Assigns, and tells all who watch the assignments. false: there is no remote. */
@@ -88,6 +89,7 @@ public:
 
 private:
     void look();
+    void readChannels();
     bool findAccessor();
     void lookForDevices();
     void watchDevice(int32_t device);
@@ -97,9 +99,11 @@ private:
     Tessarine::IDeviceList* deviceList;  // borrowed
     RemoteListener& listener;
     Tessarine::OPtr<TALV::ITALV_PrmAccessor> accessor;
-    Tessarine::UTimer* timer = nullptr;  // owned
+    Tessarine::UTimer* timer = nullptr;                  // owned
     std::map<Tessarine::IValue*, ParamAddress> watched;  // borrowed
     std::set<int32_t> known;
+    std::array<int32_t, 256> channels = {};  // of each device, as far as they are known
+    bool channelsKnown = false;              // false: the table changed
     bool ready = false;
     int32_t looksToSkip = 0;  // the old devices are about to go
 };

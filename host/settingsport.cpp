@@ -76,7 +76,8 @@ Range findStartTag(const std::string& text, std::string_view name) {
     size_t at = 0;
     while ((at = text.find('<', at)) != std::string::npos) {
         const std::string_view here = std::string_view(text).substr(at);
-        const auto skipped = std::ranges::find_if(kSkipped, [here](const auto& each) { return here.starts_with(each.first); });
+        const auto skipped =
+            std::ranges::find_if(kSkipped, [here](const auto& each) { return here.starts_with(each.first); });
         if (skipped != std::end(kSkipped)) {
             at = text.find(skipped->second, at);
             continue;

@@ -16,12 +16,9 @@ constinit IUpdateHandler* FObject::gUpdateHandler = nullptr;
 __attribute__((init_priority(101))) const FUID FObject::iid = madeForThisRun();
 
 int32_t FObject::queryInterface(const char* wanted, void** obj) {
-    if (FUID::same(wanted, FObject::iid)) {
-        addRef();
-        *obj = this;
-        return kResultOk;
-    }
-    return answerInterface<IDependent>(this, wanted, obj) || answerInterface<FUnknown>(this, wanted, obj)
+    // the first two are asked at each change
+    return answerInterface<FUnknown>(this, wanted, obj) || answerInterface<FObject>(this, wanted, obj) ||
+                   answerInterface<IDependent>(this, wanted, obj)
                ? kResultOk
                : noInterface(obj);
 }

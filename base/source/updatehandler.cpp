@@ -2,6 +2,7 @@
 #include "base/source/hooks.h"
 #include <algorithm>
 #include <alloca.h>
+#include <sys/single_threaded.h>
 #include <utility>
 
 namespace Tessarine {
@@ -42,6 +43,26 @@ IDependent* load(IDependent** entry) {
 void forget(IDependent** entry) {
     __atomic_store_n(entry, nullptr, __ATOMIC_RELAXED);
 }
+
+/** Holds the lock to the end of the block, or to end(). Until then nobody else's code runs, so that a process
+    with one thread has one to the end, and needs no lock. */
+class ShortGuard {
+public:
+    explicit ShortGuard(FLock& wanted) : held(__libc_single_threaded ? nullptr : &wanted) {
+        if (held)
+            held->lock();
+    }
+    ~ShortGuard() { end(); }
+    void end() {
+        if (held)
+            std::exchange(held, nullptr)->unlock();
+    }
+    ShortGuard(const ShortGuard&) = delete;
+    ShortGuard& operator=(const ShortGuard&) = delete;
+
+private:
+    FLock* held;  // borrowed; null: nobody to lock out
+};
 }  // namespace
 
 constinit UpdateHandler* UpdateHandler::current = nullptr;
@@ -74,7 +95,7 @@ int32_t UpdateHandler::addDependent(FUnknown* face, IDependent* dependent) {
     FUnknown* object = identityOf(face);
     if (!object || !dependent)
         return kResultFalse;
-    FGuard guard(lock);
+    const ShortGuard guard(lock);
     Bucket& bucket = bucketOf(object);
     bucket.insert(std::upper_bound(bucket.begin(), bucket.end(), object, ByObject()), {object, dependent});
     return kResultOk;
@@ -86,7 +107,7 @@ int32_t UpdateHandler::removeDependent(FUnknown* face, IDependent* dependent) {
     FUnknown* object = identityOf(face);
     if (face && !object)
         return kResultFalse;
-    FGuard guard(lock);
+    const ShortGuard guard(lock);
     forgetInRunning(object, dependent);
     if (!object)
         removeFromAll(dependent);
@@ -126,7 +147,7 @@ int32_t UpdateHandler::triggerUpdates(FUnknown* object, int32_t message) {
     return doTriggerUpdates(object, message, false);
 }
 
-/** A notification's entry in the list of those that run, for as long as its scope lasts. */
+/** A notification's entry in the list of those that run, for as long as its scope lasts. Made under the lock. */
 struct UpdateHandler::Run : UpdateData {
     Run(UpdateHandler& handler, FUnknown* object, IDependent** snapshot, int32_t count)
         : UpdateData{object, snapshot, count, handler.updateData, nullptr}, owner(handler) {
@@ -138,16 +159,17 @@ struct UpdateHandler::Run : UpdateData {
         if (leave())
             wakeUpdates();
     }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+
     /** Whether a flush has put changes off, perhaps because of this very run. */
     bool leave() {
-        FGuard guard(owner.lock);
+        const ShortGuard guard(owner.lock);
         (inner ? inner->outer : owner.updateData) = outer;
         if (outer)
             outer->inner = inner;
         return std::exchange(owner.putOff, false);
     }
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
 
     UpdateHandler& owner;
 };
@@ -156,27 +178,33 @@ int32_t UpdateHandler::doTriggerUpdates(FUnknown* face, int32_t message, bool su
     FUnknown* object = identityOf(face);
     if (!object)
         return kResultFalse;
-    int32_t told = 0;
-    lock.lock();
-    const Bucket& bucket = bucketOf(object);
-    const auto first = std::lower_bound(bucket.begin(), bucket.end(), object, ByObject());
-    auto last = first;
-    while (last != bucket.end() && last->object == object && last - first < kMaxDependents)
-        ++last;
-    told = int32_t(last - first);
-    if (told > 0) {
-        auto** snapshot = static_cast<IDependent**>(alloca(size_t(told) * sizeof(IDependent*)));
-        std::transform(first, last, snapshot, [](const Dependency& each) { return each.dependent; });
-        Run run(*this, object, snapshot, told);
-        lock.unlock();
-        for (int32_t i = 0; i < told; ++i)
-            if (IDependent* dependent = load(snapshot + i))
-                dependent->update(object, message);
-    } else
-        lock.unlock();
+    const bool anybody = tellDependents(object, message);
     if (!suppressDone)
         tellDone(object, message);
-    return told > 0 ? kResultOk : kResultFalse;
+    return anybody ? kResultOk : kResultFalse;
+}
+
+bool UpdateHandler::tellDependents(FUnknown* object, int32_t message) {
+    ShortGuard guard(lock);
+    const std::span<const Dependency> found = dependentsOf(object);
+    if (found.empty())
+        return false;
+    const size_t count = found.size();
+    auto** snapshot = static_cast<IDependent**>(alloca(count * sizeof(IDependent*)));
+    std::ranges::transform(found, snapshot, &Dependency::dependent);
+    const Run run(*this, object, snapshot, int32_t(count));
+    guard.end();
+    for (size_t i = 0; i < count; ++i)
+        if (IDependent* dependent = load(snapshot + i))
+            dependent->update(object, message);
+    return true;
+}
+
+std::span<const Dependency> UpdateHandler::dependentsOf(const FUnknown* object) {
+    const Bucket& bucket = bucketOf(object);
+    const auto first = std::lower_bound(bucket.begin(), bucket.end(), object, ByObject());
+    const auto limit = first + std::min<ptrdiff_t>(bucket.end() - first, kMaxDependents);
+    return {first, std::find_if(first, limit, [object](const Dependency& each) { return each.object != object; })};
 }
 
 bool UpdateHandler::hasDependents(FUnknown* object) {
@@ -186,7 +214,7 @@ bool UpdateHandler::hasDependents(FUnknown* object) {
 
 int32_t UpdateHandler::countDependencies(FUnknown* face) {
     FUnknown* object = identityOf(face);
-    FGuard guard(lock);
+    const ShortGuard guard(lock);
     const Bucket& bucket = bucketOf(object);
     const auto [first, last] = std::equal_range(bucket.begin(), bucket.end(), object, ByObject());
     return int32_t(last - first);
@@ -199,7 +227,7 @@ int32_t UpdateHandler::deferUpdates(FUnknown* face, int32_t message) {
     const DeferedChange change = {object, message};
     bool nobody = false;
     {
-        FGuard guard(lock);
+        const ShortGuard guard(lock);
         nobody = !hasDependents(object);
         if (!nobody && deferedSet.insert(change).second)
             defered.push_back(change);
@@ -215,7 +243,7 @@ int32_t UpdateHandler::cancelUpdates(FUnknown* face) {
     FUnknown* object = identityOf(face);
     if (!object)
         return kResultFalse;
-    FGuard guard(lock);
+    const ShortGuard guard(lock);
     cancel(object);
     return kResultOk;
 }
@@ -232,7 +260,7 @@ void UpdateHandler::cancel(const FUnknown* object) {
 /** The first change of the wanted object, null for any, leaves the list; those whose object is being told right now are
     put off on the way. */
 bool UpdateHandler::takeDefered(const FUnknown* wanted, DeferedChange& change) {
-    FGuard guard(lock);
+    const ShortGuard guard(lock);
     for (auto each = defered.begin(); each != defered.end();) {
         const auto here = each++;
         if (wanted && here->object != wanted)
@@ -264,7 +292,7 @@ int32_t UpdateHandler::triggerDeferedUpdates(FUnknown* face) {
     DeferedChange change = {};
     while (takeDefered(wanted, change))
         triggerUpdates(change.object, change.message);
-    FGuard guard(lock);
+    const ShortGuard guard(lock);
     defered.splice(defered.end(), postponed);
     return kResultOk;
 }

@@ -3,6 +3,7 @@
 #include "base/source/fthread.h"
 #include <array>
 #include <list>
+#include <span>
 #include <unordered_set>
 #include <vector>
 
@@ -78,7 +79,9 @@ private:
 
     Bucket& bucketOf(const FUnknown* object);
     bool hasDependents(FUnknown* object);
-    int32_t tellSnapshot(FUnknown* object, int32_t message, int32_t count, IDependent** snapshot);
+    /** false: there are none. */
+    bool tellDependents(FUnknown* object, int32_t message);
+    std::span<const Update::Dependency> dependentsOf(const FUnknown* object);
     void forgetInRunning(const FUnknown* object, const IDependent* dependent);
     bool removeFromObject(FUnknown* object, const IDependent* dependent);
     void removeFromAll(const IDependent* dependent);

@@ -105,9 +105,9 @@ public:
     virtual uint32_t addRef() = 0;
     virtual uint32_t release() = 0;
 
-    /** Adds with a full barrier and returns the new value. */
+    /** Adds with a full barrier and returns the new value. While the process has one thread, nobody needs the barrier. */
     static int32_t atomicAdd(int32_t& value, int32_t amount) {
-        return __atomic_add_fetch(&value, amount, __ATOMIC_SEQ_CST);
+        return __libc_single_threaded ? value += amount : __atomic_add_fetch(&value, amount, __ATOMIC_SEQ_CST);
     }
 
     DECLARE_INTERFACE(FUnknown)
