@@ -22,11 +22,12 @@ NUM_DEVICES = 32
 IDENTIFY, NAME_REQUEST, GAIN_SET, NAME_REPORT, GAIN_REPORT, HERE = 0x00, 0x41, 0x20, 0x81, 0xA0, 0x80
 MODE = 3
 POLLS_MS = 500 + 50  # the host looks at its port, then takes a frame
+OWN_WAY_MS = 20  # for all the rest: two timers that may be late, the pipe to this script
 
 
 class Line:
-    """The devices' end. A thread answers what a host asks when it starts; settings are left unanswered, and their time of
-    arrival is kept."""
+    """The devices' end. A thread answers what a host asks when it starts; settings are left unanswered, and their
+    time of arrival is kept."""
 
     def __init__(self, link, devices):
         self.devices = devices
@@ -137,7 +138,7 @@ def report_to_value(count):
             times.append((seen - begin) * 1e3)
             time.sleep(random.uniform(0, 0.5))
     yield {"measure": "report to value, median", "value": statistics.median(times), "unit": "ms", "count": count}
-    yield {"measure": "report to value, longest", "value": max(times), "unit": "ms", "aim": POLLS_MS + 20}
+    yield {"measure": "report to value, longest", "value": max(times), "unit": "ms", "aim": POLLS_MS + OWN_WAY_MS}
 
 
 def cpu_seconds(pid):
@@ -166,6 +167,7 @@ def idle(seconds):
 
 
 def main():
+    random.seed(1)
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--quick", action="store_true", help="fewer and shorter")
     quick = parser.parse_args().quick

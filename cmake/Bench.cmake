@@ -5,6 +5,7 @@ if(NOT TESSARINE_BENCH)
 endif()
 
 set(BENCH_notification tessarine_base)
+set(BENCH_threads tessarine_base)
 set(BENCH_frames talv_extension)
 set(BENCH_moduleload talv_host_core)  # loads the bundle, so it must not hold its objects
 
@@ -40,9 +41,11 @@ foreach(_bench IN LISTS _benches)
     set_target_properties(${_program} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bench)
 endforeach()
 
-target_link_libraries(notification_bench PRIVATE ${BENCH_PEERS})
-target_compile_definitions(notification_bench PRIVATE ${BENCH_PEER_DEFINITIONS} QT_NO_KEYWORDS)
-if(TARGET Qt5::Core)
-    target_sources(notification_bench PRIVATE bench/qtsubject.h)  # for its signal
-    set_target_properties(notification_bench PROPERTIES AUTOMOC ON)
-endif()
+foreach(_program notification_bench threads_bench)
+    target_link_libraries(${_program} PRIVATE ${BENCH_PEERS})
+    target_compile_definitions(${_program} PRIVATE ${BENCH_PEER_DEFINITIONS} QT_NO_KEYWORDS)
+    if(TARGET Qt5::Core)
+        target_sources(${_program} PRIVATE bench/qtsubject.h)  # for its signal
+        set_target_properties(${_program} PROPERTIES AUTOMOC ON)
+    endif()
+endforeach()

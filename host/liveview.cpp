@@ -15,7 +15,7 @@ namespace {
 constexpr uint32_t kRedrawMs = 100;  // as often as an eye can follow
 constexpr std::chrono::milliseconds kLit{1500};
 constexpr size_t kMaxSaid = 12, kFewestSaid = 3;
-constexpr size_t kLabelWidth = 7, kCellWidth = 8, kNameWidth = 8;
+constexpr size_t kLabelWidth = 7, kCellWidth = 8, kNumberWidth = 4, kNameWidth = 8;
 constexpr size_t kHeadRows = 2, kPromptRows = 1;
 constexpr const char* kPrompt = "> ";
 constexpr const char* kEnter = "\x1b[?1049h\x1b[?7l\x1b[2J";  // the other page of the terminal, without breaking lines
@@ -241,12 +241,12 @@ void LiveView::appendDevices(Lines& page, size_t rows) {
 void LiveView::appendDevice(Lines& page, int32_t device) const {
     const int32_t first = remote->getChannel(device);
     const std::string place =
-        first < 0 ? "unassigned" : "inputs " + std::to_string(first) + " to " + std::to_string(first + 7);
-    page.push_back(
-        styled(kBold, "device " + fitted(std::to_string(device), 4) + fitted(text(device, "devName"), kNameWidth)) +
-        "  " + place + "  mode " + text(device, "devMode") + "  clock " + text(device, "wordClock") + "  light " +
-        text(device, "brightness") + "  lock " + text(device, "panelLock") + "  +48V master " +
-        text(device, "plus48VMaster"));
+        first < 0 ? "unassigned"
+                  : "inputs " + std::to_string(first) + "-" + std::to_string(first + TALV::kNumChannels - 1);
+    const std::string name = fitted(std::to_string(device), kNumberWidth) + fitted(text(device, "devName"), kNameWidth);
+    page.push_back(styled(kBold, name) + "  " + place + "  mode " + text(device, "devMode") + "  clock " +
+                   text(device, "wordClock") + "  light " + text(device, "brightness") + "  lock " +
+                   text(device, "panelLock") + "  +48V master " + text(device, "plus48VMaster"));
     for (const ChannelRow& row : kChannelRows) {
         std::string line = "  " + fitted(row.label, kLabelWidth);
         for (int32_t channel = 0; channel < TALV::kNumChannels; ++channel)

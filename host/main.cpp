@@ -4,6 +4,7 @@
 #include "host/console.h"
 #include "host/liveview.h"
 #include "host/options.h"
+#include "host/screentext.h"
 #include "host/settingsport.h"
 #include "pluginglue/uplugapp.h"
 #include <csignal>
@@ -20,7 +21,7 @@ constexpr int kFailed = 1, kBadUsage = 2;
 constexpr const char* kComponentsFolder = "Components";
 
 int fail(const std::string& why) {
-    std::fprintf(stderr, "talv-host: %s\n", why.c_str());
+    std::fprintf(stderr, "talv-host: %s\n", printable(why).c_str());
     return kFailed;
 }
 

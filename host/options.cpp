@@ -1,4 +1,5 @@
 #include "host/options.h"
+#include "host/screentext.h"
 #include <charconv>
 #include <cstring>
 
@@ -44,22 +45,29 @@ bool takeText(Options& options, const char* text) {
     return *text != 0;
 }
 
+bool takeConsole(Options& options, const char* /*text*/) {
+    return options.console = true;
+}
+
+bool takePrefix(Options& options, const char* text) {
+    options.serialPrefixes.push_back(text);
+    return *text != 0;
+}
+
+/** A name in the folder, not a path. */
+bool takePort(Options& options, const char* text) {
+    options.port = text;
+    return options.hasPort = std::strchr(text, '/') == nullptr;
+}
+
 constexpr OptionRow kOptions[] = {
-    {"--console", [](Options& options, const char*) { return options.console = true; }, false},
-    {"--module", takeText<&Options::module>, true},
-    {"--user-folder", takeText<&Options::userFolder>, true},
-    {"--serial-dir", takeText<&Options::serialFolder>, true},
-    {"--serial-prefix",
-     [](Options& options, const char* text) {
-         options.serialPrefixes.push_back(text);
-         return *text != 0;
-     }, true},
-    {"--port",
-     [](Options& options, const char* text) {
-         options.port = text;
-         return options.hasPort = std::strchr(text, '/') == nullptr;
-     }, true},
-    {"--inputs", takeInputs, true},
+    {"--console",       takeConsole,                      false},
+    {"--module",        takeText<&Options::module>,       true },
+    {"--user-folder",   takeText<&Options::userFolder>,   true },
+    {"--serial-dir",    takeText<&Options::serialFolder>, true },
+    {"--serial-prefix", takePrefix,                       true },
+    {"--port",          takePort,                         true },
+    {"--inputs",        takeInputs,                       true },
 };
 
 const OptionRow* rowOf(const std::string& name) {
@@ -67,6 +75,11 @@ const OptionRow* rowOf(const std::string& name) {
         if (name == row.name)
             return &row;
     return nullptr;
+}
+/** One line, whatever was typed. */
+Options::Result refuse(std::string& text, const std::string& why) {
+    text = "talv-host: " + printable(why) + "\n";
+    return Options::kRefused;
 }
 }  // namespace
 
@@ -78,21 +91,15 @@ Options::Result scanOptions(int count, char** arguments, Options& options, std::
             return Options::kAnswered;
         }
         const size_t equals = word.find('=');
-        const std::string name = word.substr(0, equals);
-        const OptionRow* row = rowOf(name);
-        text = "talv-host: ";
-        if (!row || (equals != std::string::npos && !row->hasText)) {
-            text += "unknown option " + word + "\n";
-            return Options::kRefused;
-        }
-        const char* value = !row->hasText                 ? ""
-                            : equals != std::string::npos ? arguments[i] + equals + 1
-                            : i + 1 < count               ? arguments[++i]
-                                                          : nullptr;
-        if (!value || !row->take(options, value)) {
-            text += name + (value ? std::string(": bad value \"") + value + "\"\n" : " needs a value\n");
-            return Options::kRefused;
-        }
+        const bool isJoined = equals != std::string::npos;
+        const OptionRow* row = rowOf(word.substr(0, equals));
+        if (!row || (isJoined && !row->hasText))
+            return refuse(text, "unknown option " + word);
+        if (row->hasText && !isJoined && i + 1 == count)
+            return refuse(text, word + " needs a value");
+        const char* value = !row->hasText ? "" : isJoined ? arguments[i] + equals + 1 : arguments[++i];
+        if (!row->take(options, value))
+            return refuse(text, std::string(row->name) + ": bad value \"" + value + "\"");
     }
     text.clear();
     return Options::kRun;

@@ -13,7 +13,6 @@ public:
     static MetaClass __fClass;
     static FUnknown* __fCreate();
 
-    int32_t queryInterface(const char* iid, void** obj) override { return FObject::queryInterface(iid, obj); }
     const char* isA() const override { return "CmObject"; }
     bool isA(const char* name) const override { return isTypeOf(name, false); }
     bool isTypeOf(const char* name, bool askBaseClass) const override;

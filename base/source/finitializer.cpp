@@ -10,22 +10,6 @@ using Instances = TArray<FObject**>;
 constinit Instances* singletonInstances = nullptr;  // made by the first registration
 constinit bool singletonsTerminated = false;
 
-struct Deleter {
-    ~Deleter();
-} deleter;
-
-Deleter::~Deleter() {
-    singletonsTerminated = true;
-    if (!singletonInstances)
-        return;
-    for (FObject** instance : *singletonInstances) {
-        (*instance)->release();
-        *instance = nullptr;
-    }
-    delete singletonInstances;
-    singletonInstances = nullptr;
-}
-
 struct ProcedureSorter {
     const OneTimeProcedure* procedure = nullptr;  // borrowed: a static object
 
@@ -41,6 +25,24 @@ constinit bool initPerformed = false;
 void drop(Procedures*& procedures) {
     delete procedures;
     procedures = nullptr;
+}
+
+struct Deleter {
+    ~Deleter();
+} deleter;
+
+Deleter::~Deleter() {
+    singletonsTerminated = true;
+    OneTimeProcedure::cancel();  // of a module that was loaded and never started
+    if (!singletonInstances)
+        return;
+    for (FObject** instance : *singletonInstances) {
+        if (*instance)
+            (*instance)->release();
+        *instance = nullptr;
+    }
+    delete singletonInstances;
+    singletonInstances = nullptr;
 }
 }  // namespace
 

@@ -36,6 +36,8 @@ uint32_t FObject::release() {
     return 0;
 }
 
+void FObject::update(FUnknown* /*changedUnknown*/, int32_t /*message*/) {}
+
 bool FObject::isTypeOf(const char* name, bool /*askBaseClass*/) const {
     return name && std::strcmp(name, "FObject") == 0;
 }

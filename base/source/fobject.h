@@ -19,7 +19,7 @@ public:
     int32_t queryInterface(const char* iid, void** obj) override;
     uint32_t addRef() override;
     uint32_t release() override;
-    void update(FUnknown* /*changedUnknown*/, int32_t /*message*/) override {}
+    void update(FUnknown* changedUnknown, int32_t message) override;
 
     virtual ~FObject() = default;
     /** The class name. */

@@ -189,13 +189,12 @@ bool UpdateHandler::tellDependents(FUnknown* object, int32_t message) {
     const std::span<const Dependency> found = dependentsOf(object);
     if (found.empty())
         return false;
-    const size_t count = found.size();
-    auto** snapshot = static_cast<IDependent**>(alloca(count * sizeof(IDependent*)));
-    std::ranges::transform(found, snapshot, &Dependency::dependent);
-    const Run run(*this, object, snapshot, int32_t(count));
+    auto** snapshot = static_cast<IDependent**>(alloca(found.size() * sizeof(IDependent*)));
+    IDependent** const end = std::ranges::transform(found, snapshot, &Dependency::dependent).out;
+    const Run run(*this, object, snapshot, int32_t(found.size()));
     guard.end();
-    for (size_t i = 0; i < count; ++i)
-        if (IDependent* dependent = load(snapshot + i))
+    for (IDependent** each = snapshot; each != end; ++each)
+        if (IDependent* dependent = load(each))
             dependent->update(object, message);
     return true;
 }
@@ -204,7 +203,10 @@ std::span<const Dependency> UpdateHandler::dependentsOf(const FUnknown* object) 
     const Bucket& bucket = bucketOf(object);
     const auto first = std::lower_bound(bucket.begin(), bucket.end(), object, ByObject());
     const auto limit = first + std::min<ptrdiff_t>(bucket.end() - first, kMaxDependents);
-    return {first, std::find_if(first, limit, [object](const Dependency& each) { return each.object != object; })};
+    auto last = first;
+    while (last != limit && last->object == object)
+        ++last;
+    return {first, last};
 }
 
 bool UpdateHandler::hasDependents(FUnknown* object) {

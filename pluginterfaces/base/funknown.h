@@ -43,7 +43,7 @@ public:
     FUID& operator=(const char* bytes);
     FUID& operator=(char* bytes) { return *this = static_cast<const char*>(bytes); }
 
-    static bool same(const char* a, const char* b) { return std::memcmp(a, b, kSize) == 0; }
+    static bool same(const char* a, const char* b) { return a == b || std::memcmp(a, b, kSize) == 0; }
     bool operator==(const FUID& other) const { return same(data, other.data); }
     operator const char*() const { return data; }
     /** Any byte is set. */

@@ -136,6 +136,8 @@ public:
 private:
     void doPostMessage(FUnknown* receiver, FMessage* message, bool replace, int32_t delay);
     void doKillMessages(FUnknown* receiver, const FMessage* like);
+    template <class Matches>
+    void dropQueued(const Matches& matches);
     bool isPosted(const FUnknown* receiver, const char* id);
     void takeDue();
     CmObject* lookupName(const char* name);

@@ -8,7 +8,8 @@ namespace Tessarine {
 namespace {
 constexpr int32_t kNamesOrder = 3;
 
-FMessenger messenger;
+// Made before all that may post and gone after all that may still kill its posts.
+__attribute__((init_priority(103))) FMessenger messenger;
 
 int32_t result(bool done) {
     return done ? kResultOk : kResultFalse;
@@ -197,10 +198,11 @@ bool anyMatches(const CmQueue& queue, const FUnknown* receiver, Id id) {
 }
 
 /** Moves the entries that match to another queue, which takes them over. */
-void takeMatching(CmQueue& from, CmQueue& to, const FUnknown* receiver, const FMessage* like) {
+template <class Matches>
+void takeMatching(CmQueue& from, CmQueue& to, const Matches& matches) {
     for (int32_t left = from.total(); left > 0; --left) {
         CmObject* entry = from.dequeue();
-        (static_cast<FPostedMessage*>(entry)->matches(receiver, like) ? to : from).enqueue(entry);
+        (matches(static_cast<FPostedMessage*>(entry)) ? to : from).enqueue(entry);
     }
 }
 }  // namespace
@@ -276,12 +278,17 @@ int32_t FMessenger::killMessages(IMessageReceiver* receiver, IMessage* like) {
 }
 
 void FMessenger::doKillMessages(FUnknown* receiver, const FMessage* like) {
+    dropQueued([=](const FPostedMessage* posted) { return posted->matches(receiver, like); });
+}
+
+template <class Matches>
+void FMessenger::dropQueued(const Matches& matches) {
     CmQueue killed;  // dies behind the locks: what a message holds may come back here
     killed._ownsObjects = CmContainer::kTakesOver;
     FGuard delivering(deliverLock);
     FGuard guard(queueLock);
-    takeMatching(messages, killed, receiver, like);
-    takeMatching(deliverQueue, killed, receiver, like);
+    takeMatching(messages, killed, matches);
+    takeMatching(deliverQueue, killed, matches);
     anyMessages = !messages.isEmpty();
 }
 
@@ -367,13 +374,7 @@ CmObject* FMessenger::lookupName(const char* name) {
 }
 
 void FMessenger::clear() {
-    {
-        FGuard delivering(deliverLock);
-        FGuard guard(queueLock);
-        messages.removeAll();
-        deliverQueue.removeAll();
-        anyMessages = false;
-    }
+    dropQueued([](const FPostedMessage*) { return true; });
     FGuard guard(registryLock);
     clearNames();
 }

@@ -288,8 +288,8 @@ TEST_F(Port, SpinsTwoSecondsOnADeviceThatTakesNothing) {
         int32_t size;
     };
     const Row rows[] = {
-        {"gone", [](PseudoTerminal& far) { far.hangUp(); }, 6},
-        {"full", [](PseudoTerminal&) {}, 1000000},
+        {"gone", [](PseudoTerminal& far) { far.hangUp(); }, 6      },
+        {"full", [](PseudoTerminal&) {},                    1000000},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

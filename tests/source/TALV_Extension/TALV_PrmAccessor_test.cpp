@@ -71,14 +71,14 @@ TEST_F(Accessor, AssignsEachChannelToOneDevice) {
         int32_t on0, on8;  // device ids afterwards
     };
     constexpr Step kSteps[] = {
-        {"5 takes 8",              5,   8,  0,   5  },
-        {"3 takes 8 from 5",       3,   8,  0,   3  },
-        {"3 moves",                3,   0,  3,   0  },
-        {"5 takes 8 again",        5,   8,  3,   5  },
-        {"3 is freed",             3,   -1, 0,   5  },
-        {"nobody on 8",            0,   8,  0,   0  },
-        {"255 is the last",        255, 8,  0,   255},
-        {"no such device: freed",  300, 8,  0,   0  },
+        {"5 takes 8",             5,   8,  0, 5  },
+        {"3 takes 8 from 5",      3,   8,  0, 3  },
+        {"3 moves",               3,   0,  3, 0  },
+        {"5 takes 8 again",       5,   8,  3, 5  },
+        {"3 is freed",            3,   -1, 0, 5  },
+        {"nobody on 8",           0,   8,  0, 0  },
+        {"255 is the last",       255, 8,  0, 255},
+        {"no such device: freed", 300, 8,  0, 0  },
     };
     accessor->initialize(&data, &host);
     for (const Step& step : kSteps) {

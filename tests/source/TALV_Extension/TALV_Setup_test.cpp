@@ -4,10 +4,10 @@
 #include "storage/hooks.h"
 #include "tests/source/TALV_Extension/testhost.h"
 #include <algorithm>
+#include <csignal>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
-#include <csignal>
 #include <sstream>
 #include <sys/resource.h>
 
@@ -79,8 +79,9 @@ TEST_F(Setup, IsWrittenToTheByte) {
     setPort("tty.usbserial-0");
     data.connections.replace(5, 8);
     setup->save();
-    std::string expected = "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<VOREN-HA-Remote>\r\n"
-                           "\t<ComPortName str=\"tty.usbserial-0\"/>\r\n";
+    std::string expected =
+        "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<VOREN-HA-Remote>\r\n"
+        "\t<ComPortName str=\"tty.usbserial-0\"/>\r\n";
     for (int32_t id = 1; id <= 255; ++id)
         expected += "\t<DevId-Ch id=\"" + std::to_string(id) + "\" ch=\"" + (id == 5 ? "8" : "-1") + "\"/>\r\n";
     expected += "</VOREN-HA-Remote>\r\n";
@@ -99,7 +100,10 @@ TEST_F(Setup, ComesBackAsItWas) {
     data.connections.replace(1, -1);
     setup->load();
     EXPECT_EQ(port(), "tty.&<>\"' \x7E");
-    EXPECT_EQ(assigned(), (Channels{{1, 2032}, {255, 0}}));
+    EXPECT_EQ(assigned(), (Channels{
+                              {1,   2032},
+                              {255, 0   }
+    }));
     setup->save();
     EXPECT_EQ(content(), first);
 }
@@ -141,28 +145,28 @@ TEST_F(Setup, TakesConnectionsAsFarAsTheyGo) {
         Channels assigned;
     };
     const Row rows[] = {
-        {R"(<DevId-Ch id="7" ch="8"/>)", {{7, 8}}},
-        {R"(<DevId-Ch ch="8" id="7"/>)", {{7, 8}}},
-        {R"(<DevId-Ch id="7"/>)", {{7, 0}}},
-        {R"(<DevId-Ch ch="8"/>)", {}},
-        {R"(<DevId-Ch id="7" ch=""/>)", {{7, 0}}},
-        {R"(<DevId-Ch id="7" ch="x"/>)", {{7, 0}}},
-        {R"(<DevId-Ch id="7" ch="5x"/>)", {{7, 5}}},
-        {R"(<DevId-Ch id="7x" ch=" 5"/>)", {{7, 5}}},
-        {R"(<DevId-Ch id="x7" ch="5"/>)", {}},
-        {R"(<DevId-Ch id="7" ch="-7"/>)", {{7, -7}}},
-        {R"(<DevId-Ch id="7" ch="9"/>)", {{7, 9}}},
-        {R"(<DevId-Ch id="0" ch="8"/>)", {}},
-        {R"(<DevId-Ch id="256" ch="8"/>)", {}},
-        {R"(<DevId-Ch id="-1" ch="8"/>)", {}},
-        {R"(<DevId-Ch id="4294967303" ch="8"/>)", {}},
-        {R"(<DevId-Ch id="99999999999999999999" ch="8"/>)", {}},
-        {R"(<DevId-Ch id="7" ch="8"/><DevId-Ch id="7" ch="16"/>)", {{7, 16}}},
-        {R"(<DevId-Ch id="7" ch="8"/><DevId-Ch id="8" ch="8"/>)", {{7, 8}, {8, 8}}},
-        {R"(<Other><DevId-Ch id="7" ch="8"/></Other>)", {{7, 8}}},
-        {R"(<devid-ch id="7" ch="8"/>)", {}},
-        {R"(<DevId-Ch id="7" ch="8"/><broken)", {{7, 8}}},
-        {R"(<DevId-Ch id="7" ch="8"/></wrong><DevId-Ch id="9" ch="8"/>)", {{7, 8}}},
+        {R"(<DevId-Ch id="7" ch="8"/>)",                                  {{7, 8}}        },
+        {R"(<DevId-Ch ch="8" id="7"/>)",                                  {{7, 8}}        },
+        {R"(<DevId-Ch id="7"/>)",                                         {{7, 0}}        },
+        {R"(<DevId-Ch ch="8"/>)",                                         {}              },
+        {R"(<DevId-Ch id="7" ch=""/>)",                                   {{7, 0}}        },
+        {R"(<DevId-Ch id="7" ch="x"/>)",                                  {{7, 0}}        },
+        {R"(<DevId-Ch id="7" ch="5x"/>)",                                 {{7, 5}}        },
+        {R"(<DevId-Ch id="7x" ch=" 5"/>)",                                {{7, 5}}        },
+        {R"(<DevId-Ch id="x7" ch="5"/>)",                                 {}              },
+        {R"(<DevId-Ch id="7" ch="-7"/>)",                                 {{7, -7}}       },
+        {R"(<DevId-Ch id="7" ch="9"/>)",                                  {{7, 9}}        },
+        {R"(<DevId-Ch id="0" ch="8"/>)",                                  {}              },
+        {R"(<DevId-Ch id="256" ch="8"/>)",                                {}              },
+        {R"(<DevId-Ch id="-1" ch="8"/>)",                                 {}              },
+        {R"(<DevId-Ch id="4294967303" ch="8"/>)",                         {}              },
+        {R"(<DevId-Ch id="99999999999999999999" ch="8"/>)",               {}              },
+        {R"(<DevId-Ch id="7" ch="8"/><DevId-Ch id="7" ch="16"/>)",        {{7, 16}}       },
+        {R"(<DevId-Ch id="7" ch="8"/><DevId-Ch id="8" ch="8"/>)",         {{7, 8}, {8, 8}}},
+        {R"(<Other><DevId-Ch id="7" ch="8"/></Other>)",                   {{7, 8}}        },
+        {R"(<devid-ch id="7" ch="8"/>)",                                  {}              },
+        {R"(<DevId-Ch id="7" ch="8"/><broken)",                           {{7, 8}}        },
+        {R"(<DevId-Ch id="7" ch="8"/></wrong><DevId-Ch id="9" ch="8"/>)", {{7, 8}}        },
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.xml);
@@ -240,8 +244,9 @@ TEST_F(Setup, WithoutADataManagerItHoldsNothing) {
     EXPECT_EQ(port(), "tty.a");
     EXPECT_EQ(assigned(), Channels());
     setup->save();
-    EXPECT_EQ(content(), "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<VOREN-HA-Remote>\r\n"
-                         "</VOREN-HA-Remote>\r\n");
+    EXPECT_EQ(content(),
+              "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<VOREN-HA-Remote>\r\n"
+              "</VOREN-HA-Remote>\r\n");
 }
 
 TEST_F(Setup, AnswersForItsHandlerFace) {

@@ -1,0 +1,193 @@
+#include "base/source/classfactory.h"
+#include "base/source/cmobject.h"
+#include "pluginterfaces/base/ipersistent.h"
+#include "pluginterfaces/base/istringresult.h"
+#include "pluginterfaces/base/smartpointer.h"
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace Tessarine;
+
+namespace {
+const FUID kID(0x11111111, 0x22222222, 0x33333333, 0x44444444);
+constexpr char kDigits[] = "11111111222222223333333344444444";
+
+class Fader : public CmObject {
+    DECLARE_CLASS(Fader, CmObject)
+};
+IMPLEMENT_CLASS_V(Fader, CmObject, 2)
+
+class AbstractFader : public Fader {
+    DECLARE_ABSTRACT_CLASS(AbstractFader, Fader)
+};
+IMPLEMENT_ABSTRACT_CLASS(AbstractFader, Fader)
+
+/** A class that nobody registered. */
+class HiddenFader : public Fader {
+public:
+    using Fader::isA;
+    const char* isA() const override { return "HiddenFader"; }
+};
+
+class Text final : public IString {
+public:
+    int32_t queryInterface(const char*, void** obj) override { return noInterface(obj); }
+    uint32_t addRef() override { return 1; }
+    uint32_t release() override { return 1; }
+    void setText8(const char* newText) override { text = newText; }
+    void setText16(const tchar*) override {}
+    const char* getText8() override { return text.c_str(); }
+    const tchar* getText16() override { return u""; }
+    void take(void*, bool) override {}
+    bool isWideString() const override { return false; }
+    std::string text = "untouched";
+};
+
+/** A component that stores itself, of this or, without `ours`, of another module. */
+class Component final : public FObject, public IPersistent {
+public:
+    Component(const FUID& classID, bool ours, int32_t answer = kResultOk) : id(classID), ours(ours), answer(answer) {}
+    FORWARD_REFCOUNT(FObject)
+    int32_t queryInterface(const char* iid, void** obj) override {
+        if (answerInterface<IPersistent>(this, iid, obj))
+            return kResultOk;
+        return ours || !FUID::same(iid, FObject::iid) ? FObject::queryInterface(iid, obj) : noInterface(obj);
+    }
+    int32_t getClassID(char* cid) override {
+        id.toTUID(cid);
+        return answer;
+    }
+    int32_t saveAttributes(IAttributes*) override { return kResultOk; }
+    int32_t loadAttributes(IAttributes*) override { return kResultOk; }
+
+private:
+    FUID id;
+    bool ours;
+    int32_t answer;
+};
+
+ClassFactory& factory() {
+    return *ClassFactory::instance(true);
+}
+
+std::string classOf(FUnknown* object) {
+    const OPtr<FUnknown> owner(object);
+    const CmObject* common = commonObject(object);
+    return common ? common->isA() : "";
+}
+}  // namespace
+
+TEST(ClassFactory, KnowsRecordsFromStaticInitialisation) {
+    const MetaClass* found = factory().getMetaClassByName("Fader");
+    EXPECT_EQ(found, &Fader::__fClass);
+    EXPECT_EQ(found->version, 2);
+    EXPECT_STREQ(found->persistentName, "Fader");
+    EXPECT_EQ(found->baseClass, &CmObject::__fClass);
+    EXPECT_EQ(factory().getMetaClassByName("AbstractFader"), &AbstractFader::__fClass);
+}
+
+TEST(ClassFactory, CreatesByNameOrDigits) {
+    const MetaClass record("FaderById", Fader::__fCreate, kID, &Fader::__fClass);
+    const struct {
+        const char* text;
+        const char* made;  // "" for nothing
+    } rows[] = {
+        {"Fader",                            "Fader"},
+        {"FaderById",                        "Fader"},
+        {kDigits,                            "Fader"},
+        {"11111111222222223333333344444445", ""     },
+        {"00000000000000000000000000000000", ""     },
+        {"1111111122222222333333334444444",  ""     },
+        {"AbstractFader",                    ""     },
+        {"fader",                            ""     },
+        {"",                                 ""     },
+        {nullptr,                            ""     },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text ? row.text : "null");
+        EXPECT_EQ(classOf(factory().createObjectByName(row.text)), row.made);
+    }
+    EXPECT_EQ(classOf(factory().createObjectByID(kID)), "Fader");
+    EXPECT_EQ(factory().createObjectByID(FUID()), nullptr);
+    EXPECT_EQ(factory().createObjectByID(nullptr), nullptr);
+}
+
+TEST(ClassFactory, FindsTheOlderOfTwoAndForgetsTheRightOne) {
+    const int32_t before = factory().countClasses();
+    {
+        MetaClass older("Twin", nullptr, kID, &Fader::__fClass);
+        {
+            MetaClass younger("Twin", Fader::__fCreate, kID, nullptr);
+            EXPECT_EQ(factory().countClasses(), before + 2);
+            EXPECT_EQ(factory().getMetaClassByName("Twin"), &older);
+            EXPECT_EQ(factory().getMetaClassByID(kID), &older);
+            EXPECT_EQ(factory().createObjectByName("Twin"), nullptr) << "the older one can't create";
+        }
+        EXPECT_EQ(factory().getMetaClassByName("Twin"), &older);
+        EXPECT_EQ(factory().getMetaClassByID(kID), &older);
+    }
+    EXPECT_EQ(factory().getMetaClassByName("Twin"), nullptr);
+    EXPECT_EQ(factory().getMetaClassByID(kID), nullptr);
+    EXPECT_EQ(factory().countClasses(), before);
+}
+
+TEST(ClassFactory, RegistersOnlyWhatCreatesOrDerives) {
+    const MetaClass loose("Loose", nullptr, kID, nullptr);
+    EXPECT_EQ(factory().getMetaClassByName("Loose"), nullptr);
+    const MetaClass nameless(nullptr, Fader::__fCreate, kID, nullptr);
+    EXPECT_EQ(factory().getMetaClassByID(kID), &nameless);
+    EXPECT_FALSE(nameless.isTypeOf("Fader"));
+    const MetaClass derived("Derived", nullptr, nullptr, const_cast<MetaClass*>(&nameless));
+    EXPECT_TRUE(derived.isTypeOf("Derived"));
+    EXPECT_FALSE(derived.isTypeOf(nullptr)) << "a base without a name matches nothing";
+}
+
+TEST(ClassFactory, StoresARenamedClassUnderItsOldName) {
+    MetaClass current("NewFader", Fader::__fCreate, kID, &Fader::__fClass, 3);
+    const MetaClass renamed(&current, "OldFader");
+    EXPECT_STREQ(current.persistentName, "OldFader");
+    EXPECT_STREQ(current.className, "NewFader");
+    EXPECT_STREQ(renamed.persistentName, "OldFader");
+    EXPECT_TRUE(renamed.version == 0 && !renamed.baseClass && !renamed.classID.isValid());
+    EXPECT_EQ(classOf(factory().createObjectByName("OldFader")), "Fader");
+    EXPECT_EQ(classOf(factory().createObjectByName("NewFader")), "Fader");
+    EXPECT_EQ(factory().getMetaClassByID(kID), &current);
+}
+
+TEST(ClassFactory, GivesTheTextThatStandsForAClassInStorage) {
+    const FUID unknownID(9, 9, 9, 9);
+    const MetaClass byID("ComponentById", Fader::__fCreate, kID, nullptr);
+    const MetaClass oldName(&Fader::__fClass, "FaderOfOld");
+    const OPtr<FObject> fader(new Fader), hidden(new HiddenFader), plain(new FObject);
+    const OPtr<FObject> ours(new Component(kID, true)), foreign(new Component(kID, false));
+    const OPtr<FObject> unregistered(new Component(unknownID, false)), silent(new Component(kID, false, kResultFalse));
+    const struct {
+        const char* name;
+        FUnknown* object;
+        const char* text;        // null: none, and the target is left alone
+        const char* persistent;  // with the persistent name
+    } rows[] = {
+        {"registered",          fader,        "Fader",                            "FaderOfOld"},
+        {"not registered",      hidden,       "HiddenFader",                      nullptr     },
+        {"no record at all",    plain,        "FObject",                          nullptr     },
+        {"stores itself",       ours,         "FObject",                          kDigits     },
+        {"of another module",   foreign,      kDigits,                            kDigits     },
+        {"of an unknown class", unregistered, "00000009000000090000000900000009", nullptr     },
+        {"won't say its class", silent,       nullptr,                            nullptr     },
+        {"null",                nullptr,      nullptr,                            nullptr     },
+    };
+    for (const auto& row : rows) {
+        for (const bool persistent : {false, true}) {
+            SCOPED_TRACE(std::string(row.name) + (persistent ? ", persistent" : ""));
+            const char* expected = persistent ? row.persistent : row.text;
+            Text text;
+            EXPECT_EQ(factory().getStorageID(row.object, text, persistent), expected != nullptr);
+            EXPECT_EQ(text.text, expected ? expected : "untouched");
+        }
+    }
+    for (const OPtr<FObject>& each : {fader, hidden, plain, ours, foreign, unregistered, silent}) {
+        each->addRef();
+        EXPECT_EQ(each->release(), 2u) << "the loop's copy and ours";
+    }
+    Fader::__fClass.persistentName = "Fader";
+}

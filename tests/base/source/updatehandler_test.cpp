@@ -1,0 +1,369 @@
+#include "base/source/updatehandler.h"
+#include "base/source/cmobject.h"
+#include "base/source/hooks.h"
+#include "pluginterfaces/base/smartpointer.h"
+#include <atomic>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace Tessarine;
+
+namespace {
+using Log = std::vector<std::string>;
+
+/** An object that notes when all have heard. */
+class Subject : public FObject {
+public:
+    Subject(Log& log, std::string name) : log(log), name(std::move(name)) {}
+    void updateDone(int32_t message) override { log.push_back(name + " done " + std::to_string(message)); }
+
+    Log& log;
+    const std::string name;
+};
+
+/** Notes what it hears, and then does what the test wants. Nobody may ask it for a face. */
+class Listener final : public IDependent {
+public:
+    Listener(Log& log, std::string name) : log(log), name(std::move(name)) {}
+    int32_t queryInterface(const char*, void** obj) override {
+        ADD_FAILURE() << name << " was queried";
+        return noInterface(obj);
+    }
+    uint32_t addRef() override { return 1; }
+    uint32_t release() override { return 1; }
+    void update(FUnknown* changed, int32_t message) override {
+        lastChanged = changed;
+        log.push_back(name + " " + std::to_string(message));
+        if (then)
+            then();
+    }
+
+    Log& log;
+    const std::string name;
+    FUnknown* lastChanged = nullptr;
+    std::function<void()> then;
+};
+
+class UpdateHandlerTest : public testing::Test {
+protected:
+    UpdateHandlerTest() {
+        wakes = 0;
+        gRunLoopHooks.wakeUpdates = [] { ++wakes; };
+    }
+    ~UpdateHandlerTest() override {
+        handler->removeDependent(object, nullptr);
+        handler->removeDependent(other, nullptr);
+        gRunLoopHooks = hooksBefore;
+    }
+    /** What was noted since the last time. */
+    Log heard() { return std::exchange(log, {}); }
+    int32_t flush(FUnknown* face = nullptr) { return handler->triggerDeferedUpdates(face); }
+
+    Log log;
+    OPtr<UpdateHandler> handler{new UpdateHandler};
+    OPtr<Subject> object{new Subject(log, "object")}, other{new Subject(log, "other")};
+    Listener a{log, "a"}, b{log, "b"}, c{log, "c"};
+    RunLoopHooks hooksBefore = gRunLoopHooks;
+    inline static std::atomic<int32_t> wakes;
+};
+}  // namespace
+
+TEST_F(UpdateHandlerTest, TheFirstHandlerServesTheCopy) {
+    EXPECT_EQ(UpdateHandler::instance(), handler.get());
+    OPtr<UpdateHandler>(new UpdateHandler);
+    EXPECT_EQ(FObject::gUpdateHandler, static_cast<IUpdateHandler*>(handler.get()));
+    for (const FUID* iid : {&IUpdateHandler::iid, &IUpdateManager::iid, &FObject::iid}) {
+        void* face = nullptr;
+        EXPECT_EQ(handler->queryInterface(*iid, &face), kResultOk);
+        handler->release();
+    }
+    handler = static_cast<UpdateHandler*>(nullptr);
+    EXPECT_EQ(UpdateHandler::instance(), nullptr);
+    EXPECT_EQ(FObject::gUpdateHandler, nullptr);
+    handler = new UpdateHandler;
+}
+
+TEST_F(UpdateHandlerTest, TellsInTheOrderOfRegistration) {
+    for (Listener* each : {&b, &a, &b, &c})
+        object->addDependent(each);
+    other->addDependent(&a);
+    object->changed();
+    EXPECT_EQ(heard(), (Log{"b 1", "a 1", "b 1", "c 1", "object done 1"}));
+    object->removeDependent(&b);
+    object->addDependent(&b);
+    object->changed(1000);
+    EXPECT_EQ(heard(), (Log{"a 1000", "c 1000", "b 1000", "object done 1000"})) << "all equal pairs had gone";
+}
+
+TEST_F(UpdateHandlerTest, AnswersWhetherThereWasSomebody) {
+    FUnknown* none = nullptr;
+    EXPECT_EQ(handler->addDependent(none, &a), kResultFalse);
+    EXPECT_EQ(handler->addDependent(object, nullptr), kResultFalse);
+    EXPECT_EQ(handler->removeDependent(none, nullptr), kResultFalse);
+    EXPECT_EQ(handler->removeDependent(none, &a), kResultOk);
+    EXPECT_EQ(handler->removeDependent(object, &a), kResultOk);
+    EXPECT_EQ(handler->deferUpdates(none, 1), kResultFalse);
+    EXPECT_EQ(handler->cancelUpdates(none), kResultFalse);
+    EXPECT_EQ(handler->cancelUpdates(object), kResultOk);
+    EXPECT_EQ(handler->triggerUpdates(none, 1), kResultFalse);
+    EXPECT_EQ(handler->triggerUpdates(object, 1), kResultFalse);
+    EXPECT_EQ(handler->addDependent(object, &a), kResultOk);
+    EXPECT_EQ(handler->triggerUpdates(object, 1), kResultOk);
+    EXPECT_EQ(heard(), (Log{"object done 1", "a 1", "object done 1"}));
+}
+
+TEST_F(UpdateHandlerTest, IsDoneButNotWithTheFarewell) {
+    object->changed();
+    object->changed(kDestroyed);
+    object->deferUpdate(kDestroyed);
+    object->addDependent(&a);
+    object->changed(kDestroyed);
+    handler->doTriggerUpdates(object, 5, true);
+    EXPECT_EQ(heard(), (Log{"object done 1", "a 2", "a 5"}));
+}
+
+/** What a dependent may do to the others, and to itself, while it is told. */
+TEST_F(UpdateHandlerTest, ARemovedDependentIsNotToldAnyMore) {
+    const struct {
+        const char* name;
+        std::function<void()> then;
+        Log thisRound, nextRound;
+    } rows[] = {
+        {"itself, from everywhere",
+         [this] { handler->removeDependent(nullptr, &a); },
+         {"a 1", "b 1", "c 1"},
+         {"b 1", "c 1"}                                                                                                                },
+        {"itself, from the object", [this] { object->removeDependent(&a); },               {"a 1", "b 1", "c 1"}, {"b 1", "c 1"}       },
+        {"a later one",             [this] { object->removeDependent(&b); },               {"a 1", "c 1", "a 1"}, {"a 1", "c 1", "a 1"}},
+        {"all",                     [this] { handler->removeDependent(object, nullptr); }, {"a 1"},               {}                   },
+        {"one that comes back",
+         [this] {
+             object->removeDependent(&c);
+             object->addDependent(&c);
+             a.then = nullptr;
+         },                                                                                {"a 1", "b 1", "a 1"},
+         {"a 1", "b 1", "a 1", "c 1"}                                                                                                  },
+        {"one of another object",
+         [this] { other->removeDependent(&b); },
+         {"a 1", "b 1", "c 1", "a 1"},
+         {"a 1", "b 1", "c 1", "a 1"}                                                                                                  },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        for (Listener* each : {&a, &b, &c, &a})
+            object->addDependent(each);
+        a.then = row.then;
+        handler->doTriggerUpdates(object, 1, true);
+        EXPECT_EQ(heard(), row.thisRound);
+        a.then = nullptr;
+        handler->doTriggerUpdates(object, 1, true);
+        EXPECT_EQ(heard(), row.nextRound);
+        handler->removeDependent(object, nullptr);
+    }
+}
+
+TEST_F(UpdateHandlerTest, ANewDependentWaitsForTheNextRound) {
+    object->addDependent(&a);
+    a.then = [this] { object->addDependent(&b); };
+    object->changed();
+    EXPECT_EQ(heard(), (Log{"a 1", "object done 1"}));
+    EXPECT_EQ(handler->countDependencies(object), 2);
+}
+
+TEST_F(UpdateHandlerTest, ANotificationWithinAnotherIsWhole) {
+    for (Listener* each : {&a, &b, &c})
+        object->addDependent(each);
+    a.then = [this] {
+        a.then = nullptr;
+        object->changed(7);
+        object->removeDependent(&c);  // from the outer one alone, by now
+    };
+    object->changed();
+    EXPECT_EQ(heard(), (Log{"a 1", "a 7", "b 7", "c 7", "object done 7", "b 1", "object done 1"}));
+}
+
+TEST_F(UpdateHandlerTest, DependentsMayDieWhileTheyAreTold) {
+    auto doomed = std::make_unique<Listener>(log, "doomed");
+    for (IDependent* each : {static_cast<IDependent*>(&a), static_cast<IDependent*>(doomed.get())})
+        object->addDependent(each);
+    a.then = [&] {
+        handler->removeDependent(nullptr, doomed.get());
+        doomed = nullptr;
+    };
+    object->changed();
+    EXPECT_EQ(heard(), (Log{"a 1", "object done 1"}));
+}
+
+TEST_F(UpdateHandlerTest, EqualDeferredChangesMerge) {
+    object->addDependent(&a);
+    other->addDependent(&b);
+    object->deferUpdate();
+    other->deferUpdate();
+    object->deferUpdate(7);
+    object->deferUpdate();
+    EXPECT_TRUE(heard().empty());
+    EXPECT_GE(wakes, 1);
+    flush();
+    EXPECT_EQ(heard(), (Log{"a 1", "object done 1", "b 1", "other done 1", "a 7", "object done 7"}));
+    flush();
+    EXPECT_TRUE(heard().empty());
+    other->removeDependent(&b);
+    other->deferUpdate();
+    EXPECT_EQ(heard(), (Log{"other done 1"})) << "nobody has to wait for the loop";
+}
+
+TEST_F(UpdateHandlerTest, DeferredChangesGoWithTheLastDependent) {
+    const struct {
+        const char* name;
+        std::function<void()> step;
+        Log flushed;
+    } rows[] = {
+        {"one of two leaves",           [this] { object->removeDependent(&a); },               {"b 1", "object done 1"}       },
+        {"both leave",
+         [this] {
+             object->removeDependent(&a);
+             object->removeDependent(&b);
+         },                                                                                    {}                             },
+        {"all at once",                 [this] { handler->removeDependent(object, nullptr); }, {}                             },
+        {"cancelled",                   [this] { handler->cancelUpdates(object); },            {}                             },
+        {"the flush of another object", [this] { flush(other); },                              {"a 1", "b 1", "object done 1"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        object->addDependent(&a);
+        object->addDependent(&b);
+        object->deferUpdate();
+        row.step();
+        flush(object);
+        EXPECT_EQ(heard(), row.flushed);
+        handler->removeDependent(object, nullptr);
+    }
+}
+
+TEST_F(UpdateHandlerTest, AFlushPassesOverAnObjectThatIsBeingTold) {
+    object->addDependent(&a);
+    other->addDependent(&b);
+    a.then = [this] {
+        a.then = nullptr;
+        object->deferUpdate(7);
+        object->deferUpdate(8);
+        other->deferUpdate();
+        for (int32_t turn = 0; turn < 2; ++turn)  // of a modal loop
+            flush();
+        object->deferUpdate(7);
+        wakes = 0;
+    };
+    object->changed();
+    EXPECT_EQ(heard(), (Log{"a 1", "b 1", "other done 1", "object done 1"}));
+    EXPECT_EQ(wakes, 1) << "nothing else would tell the loop that the rest may go out now";
+    flush();
+    EXPECT_EQ(heard(), (Log{"a 7", "object done 7", "a 8", "object done 8"}));
+}
+
+TEST_F(UpdateHandlerTest, TellsNoMoreThanItsLimit) {
+    constexpr int32_t kMore = UpdateHandler::kMaxDependents + 5;
+    struct Counting final : FObject {
+        void update(FUnknown*, int32_t) override { ++told; }
+        int32_t told = 0;
+    };
+    Counting counting;
+    for (int32_t i = 0; i < kMore; ++i)
+        object->addDependent(&counting);
+    EXPECT_EQ(handler->countDependencies(object), kMore);
+    object->changed();
+    EXPECT_EQ(counting.told, UpdateHandler::kMaxDependents);
+}
+
+TEST_F(UpdateHandlerTest, KnowsAnObjectByAnyOfItsFaces) {
+    // a handler is an object with several faces itself
+    IUpdateManager* manager = handler.get();
+    IUpdateHandler* face = handler.get();
+    handler->addDependent(manager, &a);
+    EXPECT_EQ(handler->countDependencies(face), 1);
+    handler->changed();
+    EXPECT_EQ(a.lastChanged, static_cast<FObject*>(handler.get()));
+    handler->deferUpdates(face, 7);
+    flush(manager);
+    handler->removeDependent(face, &a);
+    EXPECT_EQ(handler->countDependencies(manager), 0);
+    EXPECT_EQ(heard(), (Log{"a 1", "a 7"}));
+}
+
+TEST_F(UpdateHandlerTest, AForeignObjectGetsNoUpdateDone) {
+    struct Foreign final : FObject {
+        int32_t queryInterface(const char* iid, void** obj) override {
+            return FUID::same(iid, FObject::iid) ? noInterface(obj) : FObject::queryInterface(iid, obj);
+        }
+        void updateDone(int32_t) override { ADD_FAILURE() << "is of another copy of the framework"; }
+    } foreign;
+    handler->addDependent(&foreign, &a);
+    EXPECT_EQ(handler->triggerUpdates(&foreign, 1), kResultOk);
+    handler->removeDependent(&foreign, &a);
+    EXPECT_EQ(handler->deferUpdates(&foreign, 1), kResultOk);
+    EXPECT_EQ(heard(), (Log{"a 1"}));
+}
+
+TEST_F(UpdateHandlerTest, ManyObjectsOfOneBucketKeepApart) {
+    constexpr size_t kObjects = 300;
+    std::vector<std::unique_ptr<Subject>> subjects;
+    for (size_t i = 0; i < kObjects; ++i) {
+        subjects.push_back(std::make_unique<Subject>(log, std::to_string(i)));
+        subjects[i]->addDependent(i % 2 ? &a : &b);
+    }
+    for (size_t i = 0; i < kObjects; ++i) {
+        subjects[i]->changed();
+        EXPECT_EQ((i % 2 ? a : b).lastChanged, subjects[i].get());
+        EXPECT_EQ(heard().size(), 2u);
+    }
+    handler->removeDependent(nullptr, &a);
+    for (size_t i = 0; i < kObjects; ++i)
+        EXPECT_EQ(handler->countDependencies(subjects[i].get()), i % 2 ? 0 : 1);
+    handler->removeDependent(nullptr, &b);
+}
+
+/** Two threads tell of changes, a third comes and goes, and the main thread flushes what they deferred. Who stays hears of
+    all, and nobody hears after it was taken off. */
+TEST_F(UpdateHandlerTest, ServesManyThreads) {
+    struct Counting final : FObject {
+        void update(FUnknown*, int32_t message) override { (message == 1 ? told : deferred)++; }
+        std::atomic<int32_t> told{0}, deferred{0};
+    };
+    constexpr int32_t kRounds = 3000;
+    const OPtr<FObject> subject(new FObject), second(new FObject);
+    Counting staying, guest;
+    for (const OPtr<FObject>& each : {subject, second})
+        each->addDependent(&staying);
+    std::atomic<int32_t> running{3};
+    const auto notify = [&](FObject* of) {
+        for (int32_t i = 0; i < kRounds; ++i) {
+            of->changed();
+            of->deferUpdate(7);
+        }
+        --running;
+    };
+    std::thread first(notify, subject.get()), next(notify, second.get());
+    std::thread visitor([&] {
+        for (int32_t i = 0; i < kRounds; ++i) {
+            subject->addDependent(&guest);
+            i % 2 ? subject->removeDependent(&guest) : void(handler->removeDependent(nullptr, &guest));
+        }
+        --running;
+    });
+    while (running > 0)
+        flush();
+    for (std::thread* each : {&first, &next, &visitor})
+        each->join();
+    flush();
+    EXPECT_EQ(staying.told, 2 * kRounds);
+    EXPECT_GE(staying.deferred, 2);
+    EXPECT_LE(staying.deferred, 2 * kRounds);
+    EXPECT_EQ(handler->countDependencies(subject), 1);
+    const int32_t toldGuest = guest.told;
+    subject->changed();
+    EXPECT_EQ(guest.told, toldGuest);
+    handler->removeDependent(nullptr, &staying);
+}

@@ -1,0 +1,175 @@
+#include "base/utimer.h"
+#include "base/fmessage.h"
+#include "base/source/hooks.h"
+#include "pluginterfaces/base/smartpointer.h"
+#include <functional>
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <vector>
+
+using namespace Tessarine;
+
+namespace {
+/** A run loop whose time the test moves: it fires a timer by hand. */
+class HandTimer final : public Timer {
+public:
+    HandTimer(ITimerCallback* callback, uint32_t periodMs) : callback(callback), period(periodMs) { ++living; }
+    ~HandTimer() override { --living; }
+    void stop() override { callback = nullptr; }
+
+    static Timer* create(ITimerCallback* callback, uint32_t periodMs) {
+        return latest = new HandTimer(callback, periodMs);
+    }
+    static void fire() {
+        const IPtr<HandTimer> held = latest;
+        if (held->callback)
+            held->callback->onTimer(held);
+    }
+
+    ITimerCallback* callback;
+    uint32_t period;
+    inline static HandTimer* latest;
+    inline static int32_t living = 0;
+};
+
+class Receiver : public CmObject {
+public:
+    int32_t notify(FMessage* message) override {
+        EXPECT_TRUE(message->isType("Timer"));
+        const auto* timer = classCast<UTimer>(message->get("Timer"));
+        fired.push_back(timer ? timer->getID() : -1);
+        if (then)
+            then();
+        return 1;
+    }
+    std::vector<int32_t> fired;
+    std::function<void()> then;
+};
+
+class TimerTest : public testing::Test {
+protected:
+    TimerTest() { gRunLoopHooks.createTimer = HandTimer::create; }
+    ~TimerTest() override {
+        gRunLoopHooks = hooksBefore;
+        EXPECT_EQ(HandTimer::living, 0);
+    }
+    Receiver receiver;
+    RunLoopHooks hooksBefore = gRunLoopHooks;
+};
+}  // namespace
+
+TEST(Ticks, CompareByTheShortWayRound) {
+    constexpr int32_t kHalf = 0x40000000, kLast = 0x7FFFFFFF;
+    const struct {
+        int32_t a, b;
+        bool isBigger;
+    } rows[] = {
+        {0,         0,         false},
+        {kLast,     kLast,     false},
+        {1,         0,         true },
+        {0,         1,         false},
+        {kHalf,     0,         true },
+        {0,         kHalf,     false},
+        {kHalf + 1, 0,         false},
+        {0,         kHalf + 1, true },
+        {0,         kLast,     true },
+        {kLast,     0,         false},
+        {100,       kLast - 5, true },
+        {kLast - 5, 100,       false},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(UTicks::isBigger(row.a, row.b), row.isBigger) << row.a << " " << row.b;
+}
+
+TEST(Ticks, RunForwardInMilliseconds) {
+    const uint32_t ticks = SystemTime::getTicks();
+    const int32_t now = UTicks::now();
+    EXPECT_LE(uint32_t(now) - (ticks & 0x7FFFFFFF), 1000u);
+    EXPECT_FALSE(UTicks::reachedFuture(UTicks::future(60'000)));
+    EXPECT_TRUE(UTicks::reachedFuture(UTicks::future(-2)));
+    EXPECT_GE(UTicks::future(0x7FFFFFFF), 0) << "31 bits, wherever the clock stands";
+    const int32_t soon = UTicks::future(20);
+    while (!UTicks::reachedFuture(soon))
+        usleep(1000);
+    EXPECT_GE(SystemTime::getTicks() - ticks, 20u);
+}
+
+TEST_F(TimerTest, SendsItselfUntilItIsStopped) {
+    const OPtr<UTimer> timer(new UTimer(&receiver, 42, 500));
+    EXPECT_TRUE(timer->isAlive());
+    EXPECT_EQ(HandTimer::latest->period, 500u);
+    HandTimer::fire();
+    HandTimer::fire();
+    EXPECT_EQ(receiver.fired, (std::vector<int32_t>{42, 42}));
+    EXPECT_TRUE(timer->stop());
+    EXPECT_FALSE(timer->stop() || timer->isAlive());
+    EXPECT_EQ(HandTimer::living, 0);
+}
+
+TEST_F(TimerTest, RestartsWithTheStoredPeriodOrANewOne) {
+    const OPtr<UTimer> timer(new UTimer(&receiver, 1, 500));
+    for (const auto& [asked, used] : {
+             std::pair(0u, 500u), {20u, 20u},
+               {0u,  20u}
+    }) {
+        EXPECT_TRUE(timer->restart(asked));
+        EXPECT_EQ(HandTimer::latest->period, used);
+        EXPECT_EQ(timer->getPeriod(), used);
+        EXPECT_EQ(HandTimer::living, 1) << "the one before has gone";
+    }
+    gRunLoopHooks.createTimer = nullptr;
+    EXPECT_FALSE(timer->restart(0) || timer->isAlive()) << "nothing carries it";
+    gRunLoopHooks.createTimer = [](ITimerCallback*, uint32_t) { return static_cast<Timer*>(nullptr); };
+    EXPECT_FALSE(timer->restart(7));
+    EXPECT_EQ(timer->getPeriod(), 7u);
+}
+
+/** What a receiver may do to the timer that just told it. */
+TEST_F(TimerTest, StandsWhatItsReceiverDoes) {
+    UTimer* timer = nullptr;
+    const struct {
+        const char* name;
+        std::function<void()> then;
+        bool survives, alive;
+    } rows[] = {
+        {"stops",       [&] { timer->stop(); },     true,  false},
+        {"restarts",    [&] { timer->restart(9); }, true,  true },
+        {"stops twice",
+         [&] {
+             timer->stop();
+             timer->stop();
+         },                                         true,  false},
+        {"kills",       [&] { timer->kill(); },     false, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        timer = new UTimer(&receiver, 1, 10);
+        receiver.then = row.then;
+        HandTimer::fire();
+        if (!row.survives)
+            continue;
+        EXPECT_EQ(timer->isAlive(), row.alive);
+        timer->kill();
+    }
+    EXPECT_EQ(receiver.fired.size(), std::size(rows));
+}
+
+TEST_F(TimerTest, WithoutAReceiverNothingIsSent) {
+    const OPtr<UTimer> timer(new UTimer(nullptr, 1, 10));
+    HandTimer::fire();
+    EXPECT_TRUE(timer->isAlive());
+}
+
+TEST(TimerSwitch, PutsTheOldStateBack) {
+    EXPECT_TRUE(DisableDispatchingTimers::timersEnabled);
+    {
+        const DisableDispatchingTimers outer;
+        {
+            const DisableDispatchingTimers inner;
+            EXPECT_FALSE(DisableDispatchingTimers::timersEnabled);
+        }
+        EXPECT_FALSE(DisableDispatchingTimers::timersEnabled);
+    }
+    EXPECT_TRUE(DisableDispatchingTimers::timersEnabled);
+    EXPECT_EQ(Timer::create(nullptr, 10), nullptr);
+}

@@ -1,0 +1,194 @@
+#include "base/utimer.h"
+#include "tests/host/hostfixture.h"
+#include <fstream>
+#include <malloc.h>
+
+using namespace Tessarine;
+
+namespace HostTest {
+namespace {
+constexpr int32_t kCycles = 10, kWarmUp = 4;
+constexpr size_t kTimersOfService = 3;
+constexpr int64_t kUnevenness = 64;  // bytes: the allocator now and then gives a block a few more than it needs
+
+#ifdef TESSARINE_SANITIZED
+constexpr bool kSanitized = true;  // the module stays mapped, and the heap is another one
+#else
+constexpr bool kSanitized = false;
+#endif
+
+bool isMapped(const std::string& name) {
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        if (line.find(name) != std::string::npos)
+            return true;
+    return false;
+}
+
+size_t heapInUse() {
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+int64_t growthSince(size_t settled) {
+    return int64_t(heapInUse()) - int64_t(settled);
+}
+
+/** The allocator keeps freed blocks aside, which then count as used: only in a process without that does the measure hold.
+    false: it was taken there, by the test of the same name. */
+bool isPlainHeap() {
+    if (std::getenv("GLIBC_TUNABLES"))
+        return true;
+    const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+    const std::string command = "GLIBC_TUNABLES=glibc.malloc.tcache_count=0 '" +
+                                fs::read_symlink("/proc/self/exe").string() +
+                                "' --gtest_filter=" + test->test_suite_name() + "." + test->name() + " >&2";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    return false;
+}
+
+/** What a block takes of the heap, its header included. */
+size_t heapBlock(void* block) {
+    return malloc_usable_size(block) + sizeof(size_t);
+}
+
+class ModuleLife : public HostFixture {
+protected:
+    /** The accessor, with a reference for the caller. */
+    OPtr<TALV::ITALV_PrmAccessor> findAccessor() {
+        for (int32_t i = 0; i < classes.getDevices().countDevices(); ++i)
+            if (FUnknownPtr<TALV::ITALV_PrmAccessor> found(classes.getDevices().getDevice(i)); found)
+                return OPtr<TALV::ITALV_PrmAccessor>(found.detach());
+        return nullptr;
+    }
+    /** What stays in the heap for it. */
+    size_t runToTheFirstNotice() {
+        const auto accessor = findAccessor();
+        EXPECT_EQ(referencesOf(accessor.get()), 2u) << "the list's and this one";
+        EXPECT_TRUE(Application::runUntil([&] { return accessor->isReady(); }, 3000));
+        EXPECT_EQ(referencesOf(accessor.get()), 3u);
+        gController->quit(true);
+        EXPECT_TRUE(module.stop());
+        EXPECT_EQ(referencesOf(accessor.get()), 2u) << "this one and the notice's";
+        return heapBlock(dynamic_cast<void*>(accessor.get())) +
+               heapBlock(dynamic_cast<void*>(accessor->getIsPortUpdated()));
+    }
+};
+
+TEST_F(ModuleLife, EndsOnlyWithTheHostAndIsReallyGoneThen) {
+    const Application application;
+    load();
+    EXPECT_TRUE(isMapped(".bundle/"));
+    EXPECT_EQ(module.getVersion(), "1.0.0");
+    start();
+    EXPECT_EQ(classes.getDevices().countDevices(), 2);
+    EXPECT_FALSE(module.stop());
+    module.unload();  // refused in the same way
+    EXPECT_TRUE(isMapped(".bundle/"));
+    EXPECT_EQ(classes.getDevices().countDevices(), 2);
+    runToTheFirstNotice();
+    EXPECT_EQ(classes.getDevices().countDevices(), 0);
+    module.unload();
+    EXPECT_EQ(isMapped(".bundle/"), kSanitized);
+    EXPECT_TRUE(fs::exists(folder.path / "user/VOREN TALV Extension/Setup.xml"));
+}
+
+TEST_F(ModuleLife, ASecondEntryChangesNothing) {
+    const Application application;
+    std::string failure;
+    const OPtr<ModuleBundle> bundle(ModuleBundle::open(bundlePath(), failure));
+    ASSERT_TRUE(bundle && bundle->load(failure)) << failure;
+    const auto enter = reinterpret_cast<bool (*)(void*)>(bundle->getProcAddress("bundleEntry"));
+    const auto leave = reinterpret_cast<bool (*)()>(bundle->getProcAddress("bundleExit"));
+    const auto getFactory = reinterpret_cast<IPluginFactory* (*)()>(bundle->getProcAddress("GetPluginFactory"));
+    ASSERT_TRUE(enter && leave && getFactory);
+    for (int32_t entries = 1; entries <= 2; ++entries) {
+        EXPECT_TRUE(enter(static_cast<IModuleBundle*>(bundle.get())));
+        EXPECT_EQ(bundle->references(), 1 + entries);
+    }
+    {
+        const OPtr<IPluginFactory> first(getFactory()), second(getFactory());
+        EXPECT_EQ(first.get(), second.get());
+        EXPECT_EQ(first->countClasses(), 3);
+        void* service = nullptr;
+        PClassInfo info;
+        ASSERT_EQ(first->getClassInfo(0, &info), kResultOk);
+        ASSERT_EQ(first->createInstance(info.cid, IPluginBase::iid, &service), kResultOk);
+        static_cast<IPluginBase*>(service)->release();
+    }
+    EXPECT_TRUE(leave());
+    EXPECT_EQ(bundle->references(), 3) << "both are given back by the last exit";
+    EXPECT_TRUE(leave());
+    EXPECT_EQ(bundle->references(), 1);
+    EXPECT_TRUE(bundle->unload());
+    EXPECT_EQ(isMapped(".bundle/"), kSanitized);
+}
+
+TEST_F(ModuleLife, TenTimesLeaveOneReferenceOnTheHostsClassesEach) {
+    if (!kSanitized && !isPlainHeap())
+        return;
+    size_t settled = 0;
+    for (int32_t cycle = 1; cycle <= kWarmUp + kCycles; ++cycle) {
+        {
+            const Application application;
+            load();
+            start();
+            endModule();
+        }
+        ASSERT_EQ(isMapped(".bundle/"), kSanitized) << cycle;
+        ASSERT_EQ(referencesOf(&classes), uint32_t(1 + cycle));
+        if (cycle == kWarmUp)
+            settled = heapInUse();
+    }
+    if (!kSanitized) {
+        EXPECT_LE(growthSince(settled), kUnevenness);
+    }
+}
+
+/** The timers of a service stay until its module goes. */
+TEST_F(ModuleLife, ServicesAfterOneAnotherInOneModule) {
+    if (!kSanitized && !isPlainHeap())
+        return;
+    const auto application = std::make_unique<Application>();
+    load();
+    gController->quit(true);
+    size_t settled = 0;
+    for (int32_t cycle = 1; cycle <= kWarmUp + kCycles; ++cycle) {
+        start();
+        ASSERT_TRUE(module.stop());
+        ASSERT_EQ(referencesOf(&classes), uint32_t(1 + cycle));
+        if (cycle == kWarmUp)
+            settled = heapInUse();
+    }
+    if (!kSanitized) {
+        const int64_t growth = growthSince(settled);
+        const OPtr<UTimer> timer(new UTimer(nullptr, 0, 1000));
+        const size_t each = heapBlock(timer.get()) + 2 * sizeof(void*);  // and its place in a list that doubles
+        EXPECT_LE(growth, int64_t(kCycles * kTimersOfService * each) + kUnevenness);
+    }
+    module.unload();
+    EXPECT_EQ(isMapped(".bundle/"), kSanitized);
+}
+
+/** A notice keeps a reference of the accessor, and the accessor its own value; all else goes. */
+TEST_F(ModuleLife, EachNoticeLeavesAReferenceOnTheAccessor) {
+    if (!kSanitized && !isPlainHeap())
+        return;
+    size_t settled = 0, left = 0;
+    for (int32_t cycle = 1; cycle <= kWarmUp + 2; ++cycle) {
+        const size_t before = heapInUse();
+        {
+            const Application application;
+            load();
+            start();
+            left = runToTheFirstNotice();
+            module.unload();
+        }
+        settled = heapInUse() - before;
+    }
+    if (!kSanitized) {
+        EXPECT_LE(std::abs(int64_t(settled) - int64_t(left)), kUnevenness);
+    }
+}
+}  // namespace
+}  // namespace HostTest

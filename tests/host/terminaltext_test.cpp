@@ -1,0 +1,150 @@
+#include "host/lineeditor.h"
+#include "host/linereader.h"
+#include "host/screentext.h"
+#include <gtest/gtest.h>
+#include <numeric>
+#include <thread>
+#include <unistd.h>
+
+namespace HostTest {
+namespace {
+using Lines = std::vector<std::string>;
+
+struct TextRow {
+    const char *text, *printable, *fittedTo4;
+};
+constexpr TextRow kTexts[] = {
+    {"",                             "",                             "    "                          },
+    {"ab",                           "ab",                           "ab  "                          },
+    {"abcde",                        "abcde",                        "abcd"                          },
+    {"a\x1b[2J",                     "a?[2J",                        "a?[2"                          },
+    {"\t\n\x7f",                     "???",                          "??? "                          },
+    {"\xC2\x9B"
+     "1m",                      "?1m",                          "?1m "                          },
+    {"d\xC3\xA9j\xC3\xA0",           "d\xC3\xA9j\xC3\xA0",           "d\xC3\xA9j\xC3\xA0"            },
+    {"\xE2\x82\xAC\xF0\x9F\x8E\xA4", "\xE2\x82\xAC\xF0\x9F\x8E\xA4", "\xE2\x82\xAC\xF0\x9F\x8E\xA4  "},
+    {"\xC3",                         "?",                            "?   "                          },
+    {"\xE2\x82",                     "??",                           "??  "                          },
+    {"\xFF\x80z",                    "??z",                          "??z "                          },
+};
+
+TEST(ScreenText, NothingControlsTheTerminal) {
+    for (const TextRow& row : kTexts) {
+        SCOPED_TRACE(row.printable);
+        EXPECT_EQ(printable(row.text), row.printable);
+        EXPECT_EQ(fitted(row.text, 4), row.fittedTo4);
+    }
+}
+
+TEST(ScreenText, WrapsAtBlanksAndNeverLosesMore) {
+    EXPECT_EQ(wrapped("one two  three", 7), (Lines{"one two", " three"}));
+    EXPECT_EQ(wrapped("abcdefgh ij", 3), (Lines{"abc", "def", "gh", "ij"}));
+    EXPECT_EQ(wrapped("", 5), Lines{""});
+    EXPECT_EQ(wrapped("ab", 0), (Lines{"a", "b"}));
+    EXPECT_EQ(wrapped("\xC3\xA9\xC3\xA9\xC3\xA9", 2), (Lines{"\xC3\xA9\xC3\xA9", "\xC3\xA9"}));
+    EXPECT_EQ(tailOf("d\xC3\xA9j\xC3\xA0", 3), "\xC3\xA9j\xC3\xA0");
+    EXPECT_EQ(tailOf("ab", 3), "ab");
+}
+
+struct KeyRow {
+    const char *keys, *text;
+    LineEditor::Result last;
+};
+constexpr KeyRow kKeys[] = {
+    {"ab\x7f"
+     "c",                            "ac",     LineEditor::kNothing },
+    {"\x7f\x08",                          "",       LineEditor::kNothing },
+    {"a\xC3\xA9\x7f",                     "a",      LineEditor::kNothing },
+    {"\xA9\xA9\x7f",                      "",       LineEditor::kNothing },
+    {"abc\x15z",                          "z",      LineEditor::kNothing },
+    {"a\x1b[Dz\x1b[1;5Cy",                "azy",    LineEditor::kNothing },
+    {"a\x1bxb",                           "ab",     LineEditor::kNothing },
+    {"ab\x1b[5~",                         "ab",     LineEditor::kPageUp  },
+    {"\x1b[6~",                           "",       LineEditor::kPageDown},
+    {"a\x04",                             "a",      LineEditor::kNothing },
+    {"\x04",                              "",       LineEditor::kEnd     },
+    {"abc\x03",                           "abc",    LineEditor::kEnd     },
+    {"first\nsecond\n\x1b[A",             "second", LineEditor::kNothing },
+    {"first\nsecond\n\x1b[A\x1bOA\x1b[A", "first",  LineEditor::kNothing },
+    {"first\n\x1b[A\x1b[B\x1b[B",         "",       LineEditor::kNothing },
+    {"\n\n\x1b[A",                        "",       LineEditor::kNothing },
+    {"ab\r",                              "ab",     LineEditor::kLine    },
+};
+
+TEST(LineEditor, TakesWhatATerminalSends) {
+    for (const KeyRow& row : kKeys) {
+        SCOPED_TRACE(testing::PrintToString(row.keys));
+        LineEditor editor;
+        auto result = LineEditor::kNothing;
+        for (const char* key = row.keys; *key; ++key) {
+            if (result == LineEditor::kLine)
+                editor.takeLine();
+            result = editor.take(*key);
+        }
+        EXPECT_EQ(editor.getText(), row.text);
+        EXPECT_EQ(result, row.last);
+    }
+}
+
+class Pipe : public testing::Test {
+protected:
+    Pipe() { EXPECT_EQ(pipe(ends), 0); }
+    ~Pipe() override {
+        closeEnd(0);
+        closeEnd(1);
+    }
+    void closeEnd(int which) {
+        if (ends[which] >= 0)
+            close(std::exchange(ends[which], -1));
+    }
+    int ends[2] = {-1, -1};
+};
+
+TEST_F(Pipe, LinesComeWholeHoweverTheyAreCut) {
+    const std::string text = "one\n\ntwo \nthe last";
+    for (size_t cut = 0; cut <= text.size(); ++cut) {
+        Pipe::closeEnd(0);
+        Pipe::closeEnd(1);
+        ASSERT_EQ(pipe(ends), 0);
+        LineReader reader(ends[0]);
+        Lines lines;
+        for (const std::string& part : {text.substr(0, cut), text.substr(cut)}) {
+            ASSERT_TRUE(writeAll(ends[1], part));
+            const bool hasPart = !part.empty();
+            EXPECT_TRUE(!hasPart || reader.read(lines));
+        }
+        closeEnd(1);
+        EXPECT_FALSE(reader.read(lines));
+        EXPECT_EQ(lines, (Lines{"one", "", "two ", "the last"})) << cut;
+    }
+}
+
+TEST_F(Pipe, AnEndlessLineIsOneLineAndBounded) {
+    std::thread writer([this] {
+        EXPECT_TRUE(writeAll(ends[1], std::string(3 * LineReader::kMaxLine, 'x') + "\nnext\n"));
+        closeEnd(1);
+    });
+    LineReader reader(ends[0]);
+    Lines lines;
+    while (reader.read(lines)) {}
+    writer.join();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_GE(lines[0].size(), LineReader::kMaxLine);
+    EXPECT_LT(lines[0].size(), LineReader::kMaxLine + 8192);
+    EXPECT_EQ(lines[1], "next");
+}
+
+TEST_F(Pipe, WritingGivesUpWhenNobodyTakesItAndTheProgramShallEnd) {
+    int stop[2];
+    ASSERT_EQ(pipe(stop), 0);
+    std::thread later([&stop] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_EQ(write(stop[1], "x", 1), 1);
+    });
+    EXPECT_FALSE(writeAll(ends[1], std::string(1 << 20, 'x'), stop[0]));
+    later.join();
+    for (const int each : stop)
+        close(each);
+}
+}  // namespace
+}  // namespace HostTest

@@ -1,0 +1,171 @@
+#include "pluginterfaces/base/funknown.h"
+#include "pluginterfaces/base/ibstream.h"
+#include "pluginterfaces/base/identifiers.h"
+#include "pluginterfaces/base/imessage.h"
+#include "pluginterfaces/base/imodulebundle.h"
+#include "pluginterfaces/base/ipersistent.h"
+#include "pluginterfaces/base/ipluginbase.h"
+#include "pluginterfaces/base/istringresult.h"
+#include "pluginterfaces/base/iupdatehandler.h"
+#include <gtest/gtest.h>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace Tessarine;
+
+namespace {
+const FUID kSample(0x00112233, 0x8899AABB, 0xCCDDEEFF, 0x01020304);
+
+std::string stringOf(const FUID& id) {
+    char text[33];
+    id.toString(text);
+    return text;
+}
+
+std::string registryStringOf(const FUID& id) {
+    char text[39];
+    id.toRegistryString(text);
+    return text;
+}
+}  // namespace
+
+TEST(Fuid, StandsMostSignificantByteFirst) {
+    const char bytes[] = "\x00\x11\x22\x33\x88\x99\xAA\xBB\xCC\xDD\xEE\xFF\x01\x02\x03\x04";
+    EXPECT_EQ(kSample, FUID(bytes));
+    uint32_t word1, word2, word3, word4;
+    FUID(bytes).to4Int(word1, word2, word3, word4);
+    EXPECT_EQ(FUID(word1, word2, word3, word4), kSample);
+    EXPECT_EQ(kSample.getLong2(), 0x8899AABBu);
+    char raw[FUID::kSize];
+    kSample.toTUID(raw);
+    EXPECT_TRUE(FUID::same(raw, bytes));
+    EXPECT_TRUE(FUID::same(kSample, kSample.data)) << "the conversion gives the bytes, not the object's address";
+}
+
+TEST(Fuid, IsInvalidUntilAnyByteIsSet) {
+    const char* none = nullptr;
+    EXPECT_FALSE(FUID().isValid());
+    EXPECT_EQ(FUID(none), FUID());
+    for (int32_t i = 0; i < FUID::kSize; ++i) {
+        FUID id;
+        id.data[i] = char(0x80);
+        EXPECT_TRUE(id.isValid()) << i;
+    }
+    FUID id = kSample;
+    id = none;
+    EXPECT_FALSE(id.isValid());
+}
+
+TEST(Fuid, GeneratesEachTimeAnotherRandomOne) {
+    std::set<std::string> seen;
+    for (int32_t i = 0; i < 100; ++i) {
+        FUID id;
+        ASSERT_TRUE(id.generate());
+        EXPECT_EQ(id.data[6] & 0xF0, 0x40);
+        EXPECT_EQ(id.data[8] & 0xC0, 0x80);
+        seen.insert(stringOf(id));
+    }
+    EXPECT_EQ(seen.size(), 100u);
+}
+
+TEST(Fuid, IsPrintedInEachStyle) {
+    const std::string words = "0x00112233, 0x8899AABB, 0xCCDDEEFF, 0x01020304)";
+    const struct {
+        int32_t style;
+        std::string line;
+    } rows[] = {
+        {FUID::kInlineUID,  "INLINE_UID (" + words                  },
+        {FUID::kDeclareUID, "DECLARE_UID (" + words                 },
+        {FUID::kFUID,       "FUID (" + words                        },
+        {FUID::kClassUID,   "DECLARE_CLASS_IID (Interface, " + words},
+        {99,                "DECLARE_CLASS_IID (Interface, " + words},
+        {-1,                "DECLARE_CLASS_IID (Interface, " + words},
+    };
+    for (const auto& row : rows) {
+        char line[128];
+        kSample.print(line, row.style);
+        EXPECT_EQ(line, row.line);
+        testing::internal::CaptureStdout();
+        kSample.print(nullptr, row.style);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), row.line + "\n");
+    }
+}
+
+TEST(Fuid, TextFormsGoThereAndBack) {
+    EXPECT_EQ(stringOf(kSample), "001122338899AABBCCDDEEFF01020304");
+    EXPECT_EQ(registryStringOf(kSample), "{00112233-8899-AABB-CCDD-EEFF01020304}");
+    FUID fromString, fromRegistry;
+    EXPECT_TRUE(fromString.fromString("001122338899aabbccddeeff01020304"));
+    EXPECT_TRUE(fromRegistry.fromRegistryString("*00112233 8899_aabb.CCDD+eeff01020304*"));
+    EXPECT_EQ(fromString, kSample);
+    EXPECT_EQ(fromRegistry, kSample) << "separators aren't looked at";
+    kSample.toString(nullptr);
+}
+
+TEST(Fuid, ScansOnlyTextsOfTheRightLength) {
+    const std::string string = stringOf(kSample), registry = registryStringOf(kSample);
+    const FUID before(1, 2, 3, 4);
+    for (const std::string& text : {std::string(), string.substr(1), string + "0", registry, registry + "}"}) {
+        SCOPED_TRACE(text);
+        FUID id = before;
+        EXPECT_FALSE(id.fromString(text.c_str()));
+        EXPECT_EQ(text == registry, id.fromRegistryString(text.c_str()));
+        if (text != registry) {
+            EXPECT_EQ(id, before);
+        }
+    }
+    FUID id = before;
+    EXPECT_FALSE(id.fromString(nullptr) || id.fromRegistryString(nullptr));
+    EXPECT_EQ(id, before);
+}
+
+TEST(Identifiers, AreThoseThatModulesKnow) {
+    const struct {
+        const FUID& iid;
+        const char* text;
+    } rows[] = {
+        {FUnknown::iid,             "0000000000000000C000000000000046"},
+        {IString::iid,              "F99DB7A30FC14821800B0CF98E348EDF"},
+        {IStringResult::iid,        "550798BC872049DB84920A153B50B7A8"},
+        {IDependent::iid,           "F52B7AAEDE72416D8AF18ACE9DD7BD5E"},
+        {IUpdateHandler::iid,       "F5246D5686544D60B026AFB57B697B37"},
+        {IPersistent::iid,          "BA1A46373C9F46D0A65DBA0EB85DA829"},
+        {IAttributes::iid,          "FA1E32F9CA6D46F5A982F956B1191B58"},
+        {IAttributes2::iid,         "1382126AFECA487197D52A45B042AE99"},
+        {IPluginBase::iid,          "22888DDB156E45AE8358B34808190625"},
+        {IPluginFactory::iid,       "7A4D811C52114A1FAED9D2EE0B43BF9F"},
+        {IPluginFactory2::iid,      "0007B650F24B4C0BA464EDB9F00B2ABB"},
+        {IPluginFactory3::iid,      "4555A2ABC1234E579B12291036878931"},
+        {IBStream::iid,             "C3BF6EA2309947529B6BF9901EE33E9B"},
+        {ISizeableStream::iid,      "04F9549EE02F4E6E87E86A8747F4E17F"},
+        {FUID(kICloneableID),       "D45406B93A2D44439DAD9BA985A1454B"},
+        {FUID(kIErrorContextID),    "12BCD07B7C694336B7DA77C3444A0CD0"},
+        {FUID(kIPersistentChunkID), "7041A824FC9A488A8F07DAC05061E933"},
+    };
+    std::set<std::string> different;
+    for (const auto& row : rows) {
+        EXPECT_EQ(stringOf(row.iid), row.text);
+        different.insert(row.text);
+    }
+    for (const FUID& own : {IUpdateManager::iid, IMessage::iid, IMessage2::iid, IMessageReceiver::iid, IMessenger::iid,
+                            IModuleBundle::iid})
+        EXPECT_TRUE(own.isValid() && different.insert(stringOf(own)).second) << stringOf(own);
+}
+
+TEST(AtomicAdd, GivesTheNewValueAndLosesNoneBetweenThreads) {
+    int32_t value = 5;
+    EXPECT_EQ(FUnknown::atomicAdd(value, 1), 6);  // still alone, perhaps
+    EXPECT_EQ(FUnknown::atomicAdd(value, -6), 0);
+    constexpr int32_t kThreads = 4, kRounds = 20'000;
+    std::vector<std::thread> threads;
+    for (int32_t i = 0; i < kThreads; ++i)
+        threads.emplace_back([&value] {
+            for (int32_t round = 0; round < kRounds; ++round)
+                FUnknown::atomicAdd(value, 1);
+        });
+    for (std::thread& each : threads)
+        each.join();
+    EXPECT_EQ(FUnknown::atomicAdd(value, 0), kThreads * kRounds);
+}

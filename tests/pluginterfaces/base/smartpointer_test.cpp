@@ -1,0 +1,143 @@
+#include "pluginterfaces/base/smartpointer.h"
+#include "countedobject.h"
+#include "pluginterfaces/base/ibstream.h"
+#include "pluginterfaces/base/iupdatehandler.h"
+#include <functional>
+#include <gtest/gtest.h>
+#include <utility>
+
+using namespace Tessarine;
+
+namespace {
+using Object = CountedObject;
+
+/** Hands out one object as whatever is asked for, once; afterwards it fails and leaves rubbish behind. */
+class Host final : public IHostClasses {
+public:
+    explicit Host(FUnknown* object) : offered(object) {}
+    int32_t queryInterface(const char*, void** obj) override { return noInterface(obj); }
+    uint32_t addRef() override { return 1; }
+    uint32_t release() override { return 1; }
+    int32_t createClassInstance(const char* iid, void** obj) override {
+        asked = iid;
+        *obj = offered ? offered : static_cast<FUnknown*>(this);
+        return std::exchange(offered, nullptr) ? kResultOk : kResultFalse;
+    }
+    FUID asked;
+
+private:
+    FUnknown* offered;
+};
+
+struct CountRow {
+    const char* name;
+    std::function<void(Object*)> use;  // looks at the count; the test has one reference and gives another away
+    int32_t after;
+};
+
+void expectCount(Object* object, int32_t count) {
+    EXPECT_EQ(object->count, count);
+}
+}  // namespace
+
+TEST(SmartPointers, CountEachReferenceOnce) {
+    const CountRow rows[] = {
+        {"shares",
+         [](Object* object) {
+             IPtr<Object> shared = object;
+             expectCount(object, 3);
+         }, 2},
+        {"takes over",
+         [](Object* object) {
+             OPtr<Object> owner(object);
+             expectCount(object, 2);
+         }, 1},
+        {"taking over again what it has",
+         [](Object* object) {
+             OPtr<Object> owner(object);
+             owner = object;
+             expectCount(object, 2);
+         }, 1},
+        {"a copy of an owner shares",
+         [](Object* object) {
+             const OPtr<Object> owner(object);
+             const OPtr<Object> copy = owner;
+             const IPtr<Object> third = copy;
+             expectCount(object, 4);
+         }, 1},
+        {"moving counts nothing",
+         [](Object* object) {
+             OPtr<Object> owner(object);
+             OPtr<Object> next = std::move(owner);
+             const IPtr<Object> last = std::move(next);
+             EXPECT_TRUE(!owner.get() && !next.get());
+             expectCount(object, 2);
+         }, 1},
+        {"handing out",
+         [](Object* object) {
+             OPtr<Object> owner(object);
+             EXPECT_EQ(owner.detach(), object);
+         }, 2},
+        {"the same once more",
+         [](Object* object) {
+             IPtr<Object> shared = object;
+             shared = object;
+             shared = *&shared;
+             expectCount(object, 3);
+             shared = nullptr;
+             expectCount(object, 2);
+         }, 2},
+        {"a query",
+         [](Object* object) {
+             FUnknownPtr<FUnknown> face(object);
+             expectCount(object, 3);
+             face = object;
+             expectCount(object, 3);
+             const FUnknownPtr<IBStream> missing(object);
+             EXPECT_FALSE(missing);
+         }, 2},
+        {"from a host",
+         [](Object* object) {
+             Host host(object);
+             const FInstancePtr<FUnknown> made(&host);
+             EXPECT_EQ(host.asked, FUnknown::iid);
+             expectCount(object, 2);
+             const FInstancePtr<FUnknown> missing(&host);
+             EXPECT_FALSE(missing);
+         }, 1},
+    };
+    for (const CountRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        auto* object = new Object;
+        object->addRef();
+        row.use(object);
+        EXPECT_EQ(object->count, row.after);
+        while (object->release() > 0) {}
+        EXPECT_EQ(Object::living, 0);
+    }
+}
+
+TEST(SmartPointers, TakeNull) {
+    IPtr<Object> shared = nullptr;
+    OPtr<Object> owner = nullptr;
+    shared = static_cast<Object*>(nullptr);
+    owner = static_cast<Object*>(nullptr);
+    EXPECT_FALSE(shared || owner || FUnknownPtr<IDependent>(nullptr) || FInstancePtr<IDependent>(nullptr));
+}
+
+/** An object that clears the pointer to it while it dies. */
+TEST(SmartPointers, StandReassignmentFromADestructor) {
+    struct Clearing : Object {
+        explicit Clearing(IPtr<Object>& holder) : holder(holder) {}
+        ~Clearing() override { holder = nullptr; }
+        IPtr<Object>& holder;
+    };
+    IPtr<Object> holder;
+    holder = OPtr<Object>(new Clearing(holder));
+    auto* next = new Object;
+    holder = next;
+    EXPECT_FALSE(holder);
+    EXPECT_EQ(next->count, 1);
+    next->release();
+    EXPECT_EQ(Object::living, 0);
+}
