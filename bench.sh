@@ -6,7 +6,7 @@ usage() {
     cat <<'EOM'
 Usage: ./bench.sh [--quick]
 Installs what is missing, builds what ships with its benchmarks, and prints two tables: notification beside other
-libraries, and what stands alone with its aim. Takes about five minutes; let the machine rest meanwhile.
+libraries, and what stands alone with its aim. Takes about three minutes after the build; let the machine rest meanwhile.
 
   --quick   fewer repetitions and shorter measures: about a minute
   --help    this text

@@ -19,8 +19,8 @@ std::string nameOfClass(IPluginFactory* factory, const char* cid) {
 }
 }  // namespace
 
-/** A device with its name: it is found by the name of its class when it has no category of its own. All questions about faces
-    go to the device. */
+/** A device with its name: it is found by the name of its class when it has no category of its own. All questions
+    about faces go to the device. */
 class DeviceList::Entry : public IPlugDevice {
 public:
     /** Takes the device's reference over. */

@@ -5,6 +5,7 @@
 #include "host/screentext.h"
 #include "pluginterfaces/gui/ivalue.h"
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -98,7 +99,8 @@ private:
     UTimer* timer;
 };
 
-LiveView::LiveView() : hasKeys(tcgetattr(STDIN_FILENO, &before) == 0) {
+LiveView::LiveView() {
+    hasKeys = tcgetattr(STDIN_FILENO, &before) == 0;
     if (hasKeys) {
         termios keysAtOnce = before;
         keysAtOnce.c_lflag &= tcflag_t(~(ICANON | ECHO | ISIG));
@@ -128,6 +130,7 @@ void LiveView::run(Remote& watched, const ModuleHost& module) {
 void LiveView::stop() {
     FrontEnd::stop();
     resize = nullptr;
+    draw();
     redraw = nullptr;
 }
 
@@ -163,8 +166,12 @@ void LiveView::say(const std::string& line) {
 bool LiveView::readInput() {
     char block[256];
     const ssize_t count = ::read(STDIN_FILENO, block, sizeof(block));
+    if (count < 0 && (errno == EAGAIN || errno == EINTR))
+        return true;
+    if (count == 0 && !hasKeys && !editor.getText().empty())
+        take(editor.takeLine());  // the last line of a file
     if (count <= 0)
-        return count < 0 && (errno == EAGAIN || errno == EINTR);
+        return false;
     drawSoon();
     for (const char byte : std::string(block, size_t(count))) {
         const LineEditor::Result result = editor.take(byte);

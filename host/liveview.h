@@ -4,8 +4,8 @@
 #include <chrono>
 #include <termios.h>
 
-/** The devices with their channels on a terminal, as they change, and a line for commands. What has just changed is lit for a
-    moment. Standard input may be no terminal: then it is read as it comes. */
+/** The devices with their channels on a terminal, as they change, and a line for commands. What has just changed is
+    lit for a moment. Standard input may be no terminal: then it is read as it comes. */
 class LiveView : public FrontEnd {
 public:
     LiveView();

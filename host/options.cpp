@@ -18,7 +18,7 @@ Controls racks of microphone head amps over a serial line.
   --inputs N           audio inputs of this host, 0 to 2040 (default 64)
   --help, --version    say so and end
 
-The command "help" lists the commands. A line "quit", the end of the input, SIGINT and SIGTERM end the host
+The command "help" lists the commands. A line "quit", the end of the input, SIGINT, SIGTERM and SIGHUP end the host
 and keep its settings.
 )";
 

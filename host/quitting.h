@@ -4,8 +4,8 @@
 /** Ends the main loop in order. Main thread. */
 void quitHost();
 
-/** From now on SIGINT, SIGTERM and SIGHUP (unless it is ignored, as below nohup) wait until the main loop serves them. The first
-    thing of main, before there are threads. */
+/** From now on SIGINT, SIGTERM and SIGHUP (unless it is ignored, as below nohup) wait until the main loop serves
+    them. The first thing of main, before there are threads. */
 void holdQuitSignals();
 /** Quits when one of them came, also if it came before. */
 std::unique_ptr<Tessarine::Watch> watchQuitSignals();

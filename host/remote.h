@@ -58,8 +58,8 @@ protected:
     ~RemoteListener() = default;
 };
 
-/** The extension's parameters as this host uses them: found through the device list, watched for changes. Not every change
-    of state is announced, so that it looks itself too.
+/** The extension's parameters as this host uses them: found through the device list, watched for changes. Not every
+    change of state is announced, so that it looks itself too.
 
     Owns      nothing of the extension: values are borrowed from one announcement to the next.
     Threads   main. */

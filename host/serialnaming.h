@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-/** Which names the extension takes for serial ports on this machine: a folder, prefixes, and no port of the board's old kind
-    that has no chip behind it. A static object of the program: the counts say that it stays. */
+/** Which names the extension takes for serial ports on this machine: a folder, prefixes, and no port of the board's
+    old kind that has no chip behind it. A static object of the program: the counts say that it stays. */
 class SerialNaming final : public Tessarine::ISerialPortNaming {
 public:
     /** The folder gets its closing "/". No prefixes: the usual ones. */

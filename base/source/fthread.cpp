@@ -409,8 +409,8 @@ void FThread::nameCaller() const {
 }
 
 void FThreadSleep(int32_t ms) {
-    while (ms < 0)
-        pause();  // NOLINT(bugprone-infinite-loop): for ever is what is asked
+    while (ms < 0)  // NOLINT(bugprone-infinite-loop): for ever is what is asked
+        pause();
     const timespec deadline = deadlineIn(ms);
     int result = EINTR;
     while (result == EINTR)

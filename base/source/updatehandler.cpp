@@ -151,7 +151,7 @@ int32_t UpdateHandler::triggerUpdates(FUnknown* object, int32_t message) {
 struct UpdateHandler::Run : UpdateData {
     Run(UpdateHandler& handler, FUnknown* object, IDependent** snapshot, int32_t count)
         : UpdateData{object, snapshot, count, handler.updateData, nullptr}, owner(handler) {
-        if (outer)
+        if (outer)  // NOLINT(clang-analyzer-core.uninitialized.Branch): the base sets it
             outer->inner = this;
         owner.updateData = this;
     }

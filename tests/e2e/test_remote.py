@@ -572,27 +572,6 @@ class Console(RemoteTest):
         self.assertEqual(done.returncode, 1)
         self.assertTrue(done.stderr)
 
-    def test_the_console_may_change_the_port(self):
-        """Only with a command `port NAME`, which a host may have beyond its contract."""
-        sim = self.start_sim("--devices", "1:One")
-        other = self.start_sim("--devices", "2:Two", link=self.folder / "dev" / "tty.two")
-        host = self.start_host()
-        if not any(text.split()[0] == "port" for text in host.ask("help")["commands"]):
-            self.skipTest("this host has no command port")
-        host.wait_ready()
-        self.settle(sim, host)
-        mark, quiet = host.mark(), sim.mark()
-        host.ask("port tty.two")
-        host.wait_event("ready", since=mark, ready=False)
-        host.wait_event("devices-gone", since=mark)
-        host.wait_event("ready", 20, since=mark, ready=True)
-        self.settle(other, host, 2)
-        self.assertEqual([item["id"] for item in host.ask("devices")["devices"]], [2])
-        self.assertEqual(host.command("get 1 gain 0")["ok"], False)
-        self.assertEqual((other.heard().count(BROADCAST), sim.heard(quiet)), (1, []))
-        self.assertEqual(host.quit(), 0)
-        self.assertEqual(host.settings.read_bytes(), settings_file("tty.two"))
-
 
 if __name__ == "__main__":
     unittest.main()

@@ -12,7 +12,8 @@
 #include <gtest/gtest.h>
 #include <thread>
 
-/** A host as the program is one, without its front end. The module is the built bundle; nothing of it is linked in here. */
+/** A host as the program is one, without its front end. The module is the built bundle; nothing of it is linked in
+    here. */
 
 namespace HostTest {
 namespace fs = std::filesystem;

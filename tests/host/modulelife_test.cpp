@@ -34,8 +34,8 @@ int64_t growthSince(size_t settled) {
     return int64_t(heapInUse()) - int64_t(settled);
 }
 
-/** The allocator keeps freed blocks aside, which then count as used: only in a process without that does the measure hold.
-    false: it was taken there, by the test of the same name. */
+/** The allocator keeps freed blocks aside, which then count as used: only in a process without that does the measure
+    hold. false: it was taken there, by the test of the same name. */
 bool isPlainHeap() {
     if (std::getenv("GLIBC_TUNABLES"))
         return true;

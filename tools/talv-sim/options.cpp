@@ -94,7 +94,7 @@ std::string takeDevices(Options& options, const std::string& list) {
     options.devices.clear();
     for (size_t at = 0; at <= list.size();) {
         const size_t comma = std::min(list.find(',', at), list.size());
-        const std::string wrong = takeDevice(options, list.substr(at, comma - at));
+        std::string wrong = takeDevice(options, list.substr(at, comma - at));
         if (!wrong.empty())
             return wrong;
         at = comma + 1;
@@ -168,7 +168,7 @@ std::optional<Options> readOptions(const std::vector<std::string>& arguments, st
         const std::string value = inPlace ? at->substr(equals + 1) : row->hasValue ? *at : std::string();
         const std::string wrong = row->take(options, value);
         if (!wrong.empty())
-            return error += ": '" + value + "' " + wrong, std::nullopt;
+            return error.append(": '").append(value).append("' ").append(wrong), std::nullopt;
         if (!options.answer.empty())
             return options;
     }
