@@ -39,5 +39,6 @@ if ! { cmake --preset "$preset" -DTESSARINE_TESTS=OFF && cmake --build --preset 
     exit 1
 fi
 bin=$PWD/build/$preset/bin
-[ -z "$port" ] || { rm -f "$log"; exec "$bin/talv-host" --port "$port" "$@"; }
+rm -f "$log"  # what follows takes this script's place, and nothing is trapped any more
+[ -z "$port" ] || exec "$bin/talv-host" --port "$port" "$@"
 exec python3 scripts/demo.py "$bin" "$@"

@@ -5,8 +5,7 @@
 using namespace Tessarine;
 
 void Console::put(const Json& object) {
-    if (!writeAll(STDOUT_FILENO, lineOf(object), quitSignalsDescriptor()))
-        quitHost();
+    write(lineOf(object));
 }
 
 void Console::started(const ModuleHost& module) {

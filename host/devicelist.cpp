@@ -28,7 +28,6 @@ public:
     virtual ~Entry() = default;
 
     bool is(FUnknown* face) const { return identityOf(device) == identityOf(face); }
-    IPlugDevice* getDevice() const { return device; }
 
     int32_t queryInterface(const char* iid, void** obj) override { return device->queryInterface(iid, obj); }
     uint32_t addRef() override { return uint32_t(atomicAdd(refCount, 1)); }

@@ -1,7 +1,25 @@
 #include "host/frontend.h"
+#include "host/linereader.h"
+#include <fcntl.h>
 #include <unistd.h>
 
 using namespace Tessarine;
+
+namespace {
+/** A write to a terminal that nobody reads would wait although there was room for its beginning. */
+int openOutput() {
+    const bool isTerminal = isatty(STDOUT_FILENO);
+    const int own = isTerminal ? open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC) : -1;
+    return own >= 0 ? own : STDOUT_FILENO;
+}
+}  // namespace
+
+FrontEnd::FrontEnd() : output(openOutput()) {}
+
+FrontEnd::~FrontEnd() {
+    if (output != STDOUT_FILENO)
+        close(output);
+}
 
 void FrontEnd::run(Remote& watched, const ModuleHost& module) {
     remote = &watched;
@@ -18,6 +36,11 @@ void FrontEnd::stop() {
     if (commands)
         commands->end();
     commands = nullptr;
+}
+
+void FrontEnd::write(const std::string& text) {
+    if (!writeAll(output, text, quitSignalsDescriptor()))
+        quitHost();
 }
 
 void FrontEnd::onInput() {

@@ -8,7 +8,9 @@
     Threads   main. */
 class FrontEnd : public RemoteListener {
 public:
-    virtual ~FrontEnd() = default;
+    FrontEnd();
+    virtual ~FrontEnd();
+    FrontEnd(const FrontEnd&) = delete;
     /** The module is loaded; the first word. */
     virtual void started(const ModuleHost& module) = 0;
     /** Takes commands from now on. */
@@ -27,6 +29,8 @@ protected:
     virtual bool readInput() = 0;
 
     void take(const std::string& line) { commands->take(line); }
+    /** To standard output. Quits when nobody reads it any more, and gives up when the program shall end. */
+    void write(const std::string& text);
     Remote* remote = nullptr;  // borrowed
 
 private:
@@ -36,4 +40,5 @@ private:
     Tessarine::OPtr<Commands> commands;
     std::unique_ptr<Tessarine::Watch> input;
     bool inputEnded = false;
+    int output;  // standard output; owned when it is a terminal, which is opened once more
 };

@@ -1,7 +1,6 @@
 #include "host/liveview.h"
 #include "base/fmessage.h"
 #include "base/utimer.h"
-#include "host/linereader.h"
 #include "host/screentext.h"
 #include "pluginterfaces/gui/ivalue.h"
 #include <algorithm>
@@ -45,6 +44,15 @@ Size terminalSize() {
     return {size.ws_row, size.ws_col};
 }
 
+std::string onOff(IValue* value) {
+    return value->getValueInt() ? "on" : "off";
+}
+
+std::string frequency(IValue* value) {
+    const int32_t index = value->getValueInt();
+    return index >= 0 && size_t(index) < std::size(TALV::kHPFFreqTexts) ? TALV::kHPFFreqTexts[index] : textOf(value);
+}
+
 /** A reply for a person. */
 std::string spoken(const Json& reply) {
     std::string line = reply["ok"] == true ? "ok" : "refused: " + reply.value("error", "");
@@ -66,14 +74,15 @@ std::string spoken(const Json& reply) {
 struct LiveView::ChannelRow {
     const char* label;
     const char* param;
-    const char* onStyle;  // null: a number
+    std::string (*text)(IValue* value);
+    const char* onStyle;  // null: it is no switch
 };
 const LiveView::ChannelRow LiveView::kChannelRows[] = {
-    {"gain", "gain",     nullptr},
-    {"+48V", "plus48V",  kRed   },
-    {"HPF",  "hpf",      kGreen },
-    {"freq", "hpfFreq",  nullptr},
-    {"trim", "gainTrim", nullptr},
+    {"gain", "gain",     textOf,    nullptr},
+    {"+48V", "plus48V",  onOff,     kRed   },
+    {"HPF",  "hpf",      onOff,     kGreen },
+    {"freq", "hpfFreq",  frequency, nullptr},
+    {"trim", "gainTrim", textOf,    nullptr},
 };
 
 /** Draws at most so often, and only after a change. */
@@ -104,13 +113,14 @@ LiveView::LiveView() {
     if (hasKeys) {
         termios keysAtOnce = before;
         keysAtOnce.c_lflag &= tcflag_t(~(ICANON | ECHO | ISIG));
+        keysAtOnce.c_iflag &= tcflag_t(~IXON);  // Ctrl-S would stop more than the page
         tcsetattr(STDIN_FILENO, TCSANOW, &keysAtOnce);
     }
-    writeAll(STDOUT_FILENO, kEnter, quitSignalsDescriptor());
+    write(kEnter);
 }
 
 LiveView::~LiveView() {
-    writeAll(STDOUT_FILENO, kLeave, quitSignalsDescriptor());
+    write(kLeave);
     if (hasKeys)
         tcsetattr(STDIN_FILENO, TCSANOW, &before);
 }
@@ -212,8 +222,7 @@ void LiveView::draw() {
         for (const std::string& line : *part)
             output += line + kEndLine;
     output += kPrompt + tailOf(editor.getText(), size.columns - std::min<size_t>(size.columns, 3)) + kClearRest;
-    if (!writeAll(STDOUT_FILENO, output, quitSignalsDescriptor()))
-        quitHost();
+    write(output);
     if (!changes.empty())
         drawSoon();  // until nothing is lit any more
 }
@@ -266,11 +275,10 @@ std::string LiveView::cell(const ParamAddress& address, const ChannelRow& row) c
     IValue* value = remote->getValue(address);
     if (!value)
         return fitted("", kCellWidth);
-    const bool isOn = row.onStyle && value->getValueInt() != 0;
-    const std::string shownText = fitted(!row.onStyle ? textOf(value) : isOn ? "on" : "off", kCellWidth);
+    const std::string shownText = fitted(row.text(value), kCellWidth);
     if (changes.contains(value))
         return styled(kLitUp, shownText);
-    return row.onStyle ? styled(isOn ? row.onStyle : kDim, shownText) : shownText;
+    return row.onStyle ? styled(value->getValueInt() ? row.onStyle : kDim, shownText) : shownText;
 }
 
 std::string LiveView::text(int32_t device, const char* param) const {

@@ -9,6 +9,7 @@
 #include "pluginglue/uplugapp.h"
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
 #include <unistd.h>
 
@@ -23,6 +24,15 @@ constexpr const char* kComponentsFolder = "Components";
 int fail(const std::string& why) {
     std::fprintf(stderr, "talv-host: %s\n", printable(why).c_str());
     return kFailed;
+}
+
+/** A standard stream that is closed would be the next file that is opened, be it a serial line. */
+void openStandardStreams() {
+    int descriptor = open("/dev/null", O_RDWR);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = dup(descriptor);
+    if (descriptor >= 0)
+        close(descriptor);
 }
 
 /** The preferences root for this program and, through the environment, for the module. */
@@ -90,6 +100,7 @@ int runHost(const Options& options, std::string& error) {
 }  // namespace
 
 int main(int count, char** arguments) {
+    openStandardStreams();
     Options options;
     std::string text;
     const Options::Result scanned = scanOptions(count, arguments, options, text);

@@ -33,9 +33,9 @@ ModuleHost::~ModuleHost() {
 std::string ModuleHost::findBundle(const std::string& folder) {
     std::vector<std::string> found;
     std::error_code error;
-    for (const fs::directory_entry& each : fs::directory_iterator(folder, error))
-        if (each.path().extension() == kBundleExtension)
-            found.push_back(each.path().string());
+    for (fs::directory_iterator each(folder, error), end; !error && each != end; each.increment(error))
+        if (each->path().extension() == kBundleExtension)
+            found.push_back(each->path().string());
     return found.empty() ? "" : *std::ranges::min_element(found);
 }
 
@@ -51,7 +51,7 @@ bool ModuleHost::enter(std::string& error) {
     const auto bundleEntry = entryOf<BundleEntry>(*bundle, "bundleEntry");
     const auto getFactory = entryOf<FactoryGetter>(*bundle, "GetPluginFactory");
     error = bundle->getExecutablePath() + ": ";
-    if (!bundleEntry || !getFactory) {
+    if (!bundleEntry || !getFactory || !entryOf<BundleExit>(*bundle, "bundleExit")) {
         error += "not an extension of this host";
         return false;
     }

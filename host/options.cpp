@@ -76,6 +76,7 @@ const OptionRow* rowOf(const std::string& name) {
             return &row;
     return nullptr;
 }
+
 /** One line, whatever was typed. */
 Options::Result refuse(std::string& text, const std::string& why) {
     text = "talv-host: " + printable(why) + "\n";

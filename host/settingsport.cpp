@@ -140,7 +140,8 @@ std::string settingsWithPort(const std::string& settings, const std::string& por
         return text.replace(old.first, old.last - old.first, portTag(port, isEmpty));
     }
     const Range root = findStartTag(text, kRoot);
-    if (text[root.last - 2] == '/')  // an empty root has no room
+    // 16-bit text and a subset before the root are past finding; an empty root has no room
+    if (root.first == std::string::npos || text[root.last - 2] == '/')
         return "";
     return text.insert(root.last, "\r\n\t" + portTag(port, true));
 }

@@ -1,16 +1,17 @@
 #!/usr/bin/env python3
-"""clang-tidy over what changed against the last landing, or over all sources.
+"""clang-tidy over what changed against the last landing, or over all sources. A changed header stands for its source.
 
 check_tidy.py BUILD-FOLDER changed|all"""
 import concurrent.futures
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-BEFORE = ("origin/main", "HEAD~20", "HEAD~1")  # the first that this clone knows
+BEFORE = ("origin/main", "HEAD~20")  # the first that this clone knows
 
 
 def git(*arguments):
@@ -23,7 +24,12 @@ def changed_files():
         base = git("merge-base", "HEAD", before)
         if base and base[0] != git("rev-parse", "HEAD")[0]:
             return set(git("diff", "--name-only", base[0])) | set(git("ls-files", "--others", "--exclude-standard"))
-    return set(git("ls-files"))
+    return set(git("ls-files"))  # too young to say
+
+
+def source_of(name):
+    """A header's source, wherever headers that others include stand."""
+    return re.sub(r"\.h$", ".cpp", re.sub("^frame/include/", "frame/source/", name))
 
 
 def sources(build, which):
@@ -33,7 +39,7 @@ def sources(build, which):
               if path.is_relative_to(ROOT) and not any(path.is_relative_to(each) for each in outside)}
     if which == "all":
         return sorted(inside)
-    changed = {(ROOT / name).resolve() for name in changed_files()}
+    changed = {(ROOT / source_of(name)).resolve() for name in changed_files()}
     return sorted(inside & changed)
 
 

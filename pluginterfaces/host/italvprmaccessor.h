@@ -1,5 +1,6 @@
 #pragma once
 #include "pluginterfaces/base/funknown.h"
+#include <iterator>
 
 namespace Tessarine {
 class IValue;
@@ -26,6 +27,17 @@ enum TALV_ParamId : int32_t {
     kPrmHPFFreq = 11100,
 };
 inline constexpr int32_t kNumChannels = 8;
+
+/** The frequencies that kPrmHPFFreq counts through. */
+inline constexpr const char* kHPFFreqTexts[] = {
+    "20 Hz",   "21.2 Hz", "22.4 Hz", "23.6 Hz", "25 Hz",  "26.5 Hz", "28 Hz",  "30 Hz",  "31.5 Hz", "33.5 Hz",
+    "35.5 Hz", "37.5 Hz", "40 Hz",   "42.5 Hz", "45 Hz",  "47.5 Hz", "50 Hz",  "53 Hz",  "56 Hz",   "60 Hz",
+    "63 Hz",   "67 Hz",   "71 Hz",   "75 Hz",   "80 Hz",  "85 Hz",   "90 Hz",  "95 Hz",  "100 Hz",  "106 Hz",
+    "112 Hz",  "118 Hz",  "125 Hz",  "132 Hz",  "140 Hz", "150 Hz",  "160 Hz", "170 Hz", "180 Hz",  "190 Hz",
+    "200 Hz",  "212 Hz",  "224 Hz",  "236 Hz",  "250 Hz", "265 Hz",  "280 Hz", "300 Hz", "315 Hz",  "335 Hz",
+    "355 Hz",  "375 Hz",  "400 Hz",  "425 Hz",  "450 Hz", "475 Hz",  "500 Hz", "530 Hz", "560 Hz",  "600 Hz",
+};
+static_assert(std::size(kHPFFreqTexts) == 60);
 
 /** What a host reaches the hardware's parameters by. It hands out the values themselves: set one to send, depend on one
     to hear. All values are borrowed, and go away when a port change starts: read isReady() at each toggle of the port

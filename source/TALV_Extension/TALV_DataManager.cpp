@@ -9,27 +9,27 @@ namespace {
 constexpr int32_t kMaxDevId = 255;
 
 enum ValueKind : int32_t { kOnOffValue, kIntValue, kStringValue };
+/** All values begin at 0. */
 struct ParamRow {
     TALV_ParamId id;
+    bool perChannel;
     ValueKind kind;
-    int32_t min, max, defaultValue;
+    int32_t max, defaultValue;  // of integers
 };
-constexpr ParamRow kDeviceParams[] = {
-    {kPrmDevMode,       kIntValue,    0, 3, 0},
-    {kPrmDevName,       kStringValue, 0, 0, 0},
-    {kPrmWordClock,     kIntValue,    0, 5, 0},
-    {kPrmMeterMode,     kOnOffValue,  0, 1, 0},
-    {kPrmPanelLock,     kOnOffValue,  0, 1, 0},
-    {kPrmBrightness,    kIntValue,    0, 7, 5},
-    {kPrmPlus48VMaster, kOnOffValue,  0, 1, 0},
-};
-constexpr ParamRow kChannelParams[] = {
-    {kPrmGain,     kIntValue,   0, 72,  72},
-    {kPrmPlus48V,  kOnOffValue, 0, 1,   0 },
-    {kPrmHPF,      kOnOffValue, 0, 1,   0 },
-    {kPrmMeter,    kIntValue,   0, 127, 0 },
-    {kPrmGainTrim, kIntValue,   0, 30,  15},
-    {kPrmHPFFreq,  kIntValue,   0, 59,  24},
+constexpr ParamRow kParams[] = {
+    {kPrmDevMode,       false, kIntValue,    3,   0 },
+    {kPrmDevName,       false, kStringValue, 0,   0 },
+    {kPrmWordClock,     false, kIntValue,    5,   0 },
+    {kPrmMeterMode,     false, kOnOffValue,  1,   0 },
+    {kPrmPanelLock,     false, kOnOffValue,  1,   0 },
+    {kPrmBrightness,    false, kIntValue,    7,   5 },
+    {kPrmPlus48VMaster, false, kOnOffValue,  1,   0 },
+    {kPrmGain,          true,  kIntValue,    72,  72},
+    {kPrmPlus48V,       true,  kOnOffValue,  1,   0 },
+    {kPrmHPF,           true,  kOnOffValue,  1,   0 },
+    {kPrmMeter,         true,  kIntValue,    127, 0 },
+    {kPrmGainTrim,      true,  kIntValue,    30,  15},
+    {kPrmHPFFreq,       true,  kIntValue,    59,  24},
 };
 }  // namespace
 
@@ -54,9 +54,9 @@ void TALV_DataManager::addDevice(unsigned char devId) {
     if (devices.lookupObject(devId))
         return;
     auto* dictionary = new ParamDictionary(kPrmNone, nullptr);
-    addRows(dictionary, kDeviceParams, 0);
+    addParams(dictionary, false, 0);
     for (int32_t channel = 0; channel < kNumChannels; ++channel)
-        addRows(dictionary, kChannelParams, channel);
+        addParams(dictionary, true, channel);
     devices.addKeyAndObject(devId, dictionary);
 }
 
@@ -163,16 +163,17 @@ void TALV_DataManager::addValue(ParamDictionary* dictionary, TALV_ParamId id, IV
     updateHandler->addDependent(value, dependent);
 }
 
-template <class Rows>
-void TALV_DataManager::addRows(ParamDictionary* dictionary, const Rows& rows, int32_t channel) {
-    for (const ParamRow& row : rows) {
+void TALV_DataManager::addParams(ParamDictionary* dictionary, bool perChannel, int32_t channel) {
+    for (const ParamRow& row : kParams) {
+        if (row.perChannel != perChannel)
+            continue;
         const auto id = TALV_ParamId(row.id + channel);
         switch (row.kind) {
         case kOnOffValue:
-            addOnOffValue(dictionary, id, row.defaultValue != 0);
+            addOnOffValue(dictionary, id, false);
             break;
         case kIntValue:
-            addIntValue(dictionary, id, row.min, row.max, row.defaultValue);
+            addIntValue(dictionary, id, 0, row.max, row.defaultValue);
             break;
         case kStringValue:
             addStringValue(dictionary, id, "");

@@ -74,8 +74,8 @@ private:
     /** Takes the value over. */
     void addValue(ParamDictionary* dictionary, TALV_ParamId id, Tessarine::IValue* value);
     bool canAddTo(const ParamDictionary* dictionary) const { return dictionary && updateHandler; }
-    template <class Rows>
-    void addRows(ParamDictionary* dictionary, const Rows& rows, int32_t channel);
+    /** Those of the device as a whole, or those of one channel. */
+    void addParams(ParamDictionary* dictionary, bool perChannel, int32_t channel);
 };
 
 }  // namespace TALV

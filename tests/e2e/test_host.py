@@ -88,6 +88,12 @@ class Ends(HostTest):
         self.assertEqual(process.wait(10 * SLOW), 0)
         self.assertTrue((self.folder / "user/VOREN TALV Extension/Setup.xml").exists())
 
+    def test_streams_that_are_closed(self):
+        for stream in (0, 1):
+            process = self.start_raw("--console", stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                     preexec_fn=lambda: os.close(stream))
+            self.assertEqual(process.wait(10 * SLOW), 0)
+
     def test_the_reader_goes_away(self):
         process = self.start_raw("--console", stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         process.stdout.readline()
@@ -189,6 +195,8 @@ class LiveView(HostTest):
         self.wait_line(terminal, r"^2 +Choir +unassigned +mode 3")
         sim.turn(1, "gain", 2, 17)
         self.wait_line(terminal, r"^  gain +\d+ +\d+ +17 ")
+        sim.turn(1, "hpfFreq", 1, 8)
+        self.wait_line(terminal, r"^  freq +80 Hz +31.5 Hz +80 Hz ")
         sim.turn(2, "plus48V", 7, 1)
         self.wait_line(terminal, r"^  \+48V( +off){7} +on *$")
         terminal.type("set 1 gain 0 3x\x7f3\r")
@@ -223,6 +231,14 @@ class LiveView(HostTest):
         process.send_signal(signal.SIGWINCH)
         self.wait_line(terminal, "7 to 9 of 9 devices")
         terminal.type("quit\r")
+        self.assertEqual(process.wait(10 * SLOW), 0)
+
+    def test_nobody_reads_the_terminal(self):
+        sim, _, process = self.start_view("--devices", ",".join(map(str, range(1, 20))), size=(200, 200))
+        for gain in range(40):
+            sim.turn(1, "gain", 0, gain)
+            time.sleep(0.1)
+        process.send_signal(signal.SIGTERM)
         self.assertEqual(process.wait(10 * SLOW), 0)
 
     def test_a_device_cannot_write_to_the_terminal(self):

@@ -123,10 +123,8 @@ class Discovery(RemoteTest):
             {"id": 255, "name": "HA-8CH  ", "mode": 3, "channel": -1}])
         self.assertEqual(sorted(item["id"] for item in host.all(event="device")), [1, 2, 255])
         for device in (1, 2, 255):
-            said = sim.heard(device=device)
             mode = setting(device, "devMode", 3)
-            self.assertEqual(said[:12], [mode, frame(0x41, device), mode, *requests(device)])
-            self.assertEqual([text for text in said if is_setting(text)], [mode] * 2)
+            self.assertEqual([text for text in sim.heard(device=device) if is_setting(text)], [mode] * 2)
 
     def test_each_answer_has_its_effect_once(self):
         sim, host = self.start_scripted()
@@ -234,10 +232,12 @@ class Values(RemoteTest):
         host.ask("set 1 gainTrim 0 9")
         host.ask("set 1 hpfFreq 0 9")
         host.ask("set 1 gain 0 9")
-        mark = host.mark()
-        for text, param, value in ((frame(0xA4, 1, 0, 0x80), "gainTrim", 0), (frame(0xA8, 1, 0, 3), "hpfFreq", 0),
-                                   (frame(0xA0, 1, 0, 0), "gain", 72), (frame(0xA0, 1, 0, 200), "gain", 0)):
-            sim.raw(text)
+        for command, byte, param, value in (
+                (0xA4, 0x80, "gainTrim", 0), (0xA4, 16, "gainTrim", 30), (0xA4, 0xF1, "gainTrim", 0),
+                (0xA4, 0x70, "gainTrim", 30), (0xA4, 0x71, "gainTrim", 0), (0xA8, 3, "hpfFreq", 0),
+                (0xA8, 255, "hpfFreq", 59), (0xA0, 0, "gain", 72), (0xA0, 73, "gain", 0)):
+            mark = host.mark()
+            sim.raw(frame(command, 1, 0, byte))
             host.wait_value(1, param, value, 0, since=mark)
 
     def test_a_report_of_a_stranger_changes_nothing(self):
@@ -246,16 +246,6 @@ class Values(RemoteTest):
         host.wait_value(1, "gain", 41, 0)
         self.assertEqual(host.ask("devices")["count"], 1)
         self.assertEqual(host.all(event="value", id=2), [])
-
-    def test_one_message_a_tick(self):
-        sim, host = self.start_scripted()
-        for channel in range(8):
-            for value in (10, 20):
-                sim.raw(report(1, "gain", value + channel, channel))
-        host.wait_value(1, "gain", 27, 7, timeout=10)
-        times = host.times(event="value", param="gain")
-        self.assertEqual(len(times), 16)
-        self.assertGreater(times[-1] - times[0], 15 * 0.05 * 0.9)
 
     def test_a_flood_keeps_its_order_and_loses_nothing(self):
         sim, host = self.start_scripted()
@@ -341,10 +331,6 @@ class BadLine(RemoteTest):
         self.assertEqual(host.quit(), 0)
         self.assertLess(time.monotonic() - start, 2 * SLOW)
 
-    def test_a_line_that_delivers_byte_by_byte(self):
-        sim, host = self.start("--split", "--devices", "7:Seven,1")
-        self.assertEqual([item["name"] for item in host.ask("devices")["devices"]], ["HA-8CH  ", "Seven   "])
-
     def test_a_babbling_line_does_not_hold_up_the_end(self):
         sim = self.start_sim("--devices", "1", "--baud", "0", log=False)
         host = self.start_host()
@@ -388,15 +374,6 @@ class Settings(RemoteTest):
         self.assertEqual(again.quit(), 0)
         self.assertEqual(host.settings.read_bytes(), expected)
 
-    def test_odd_files_are_read_as_far_as_they_go(self):
-        self.stored(b'<VOREN-HA-Remote><ComPortName str="tty.gone"/><DevId-Ch id="7"/><DevId-Ch id="300" ch="8"/>'
-                    b'<DevId-Ch id="4294967304" ch="9"/><DevId-Ch id="9" ch="1"/><DevId-Ch id="9" ch="5x"/>'
-                    b'<Else id="3" ch="3"/><DevId-Ch id="10" ch="10"/><DevId-Ch id="11" ch=')
-        self.start_sim("--drop", "100")
-        host = self.start_host()
-        self.assertEqual(host.quit(), 0)
-        self.assertEqual(host.settings.read_bytes(), settings_file("tty.sim", {7: 0, 9: 5, 10: 10}))
-
     def test_port_option_changes_that_element_only(self):
         self.start_sim("--drop", "100")
         other = self.folder / "dev" / "tty.other"
@@ -413,15 +390,6 @@ class Settings(RemoteTest):
         self.assertIn(b'<ComPortName str="tty.other"/>', path.read_bytes())
         self.assertEqual(host.quit(), 0)
         self.assertEqual(path.read_bytes(), settings_file("tty.other"))
-
-    def test_a_killed_host_leaves_the_old_file(self):
-        self.start_sim("--drop", "100")
-        path = self.stored(settings_file("tty.sim", {1: 1}))
-        host = self.start_host()
-        host.ask("assign 1 2")
-        host.signal(signal.SIGKILL)
-        self.assertEqual(host.end(), -signal.SIGKILL)
-        self.assertEqual(path.read_bytes(), settings_file("tty.sim", {1: 1}))
 
     def test_killed_while_it_saves(self):
         self.start_sim("--drop", "100", log=False)
@@ -471,32 +439,20 @@ class Settings(RemoteTest):
 
 
 class Console(RemoteTest):
-    def test_refused_commands_change_nothing(self):
+    def test_what_is_refused_changes_nothing(self):
         sim, host = self.start()
         mark = sim.mark()
-        before = host.ask("devices")["devices"]
-        for line in ("bogus", "get", "get 1", "get 1 gain", "get 1 gain 8", "get 1 gain -1", "get 1 gain x",
-                     "get 1 brightness 3", "get 2 gain 0", "get 0 gain 0", "get 256 gain 0", "get 1 nothing",
-                     "set 1 gain 0", "set 1 gain 0 loud", "set 1 gain 0 1.5", "set 1 gain 0 1 2", "set 2 gain 0 1",
-                     "set 1 devName", "assign 1", "assign 256 0", "assign -1 0", "assign x 0", "connection",
-                     "connection x", "sleep", "sleep x", "wait", "wait ready", "wait ready x", 'get 1 "gain'):
-            with self.subTest(line):
-                answer = host.command(line)
-                self.assertIs(answer["ok"], False)
-                self.assertIsInstance(answer["error"], str)
-        self.assertEqual(host.ask("devices")["devices"], before)
+        for line in ("set 1 gain 0 loud", "set 1 gain 0 1.5", "set 1 gain 8 1", "set 1 gain 0 1 2", "set 2 gain 0 1",
+                     "set 1 devName", "get 1 brightness 3", 'get 1 "gain'):
+            self.assertIs(host.command(line)["ok"], False, line)
+        self.assertEqual(host.ask('set 1 devName "a \\"\\u0062"')["value"], 'a "b')
         self.assertEqual(sim.heard(mark), [])
 
-    def test_replies_are_numbered_and_words_may_be_quoted(self):
-        sim, host = self.start()
-        host.send("", "# a remark", "   ", '"get" "1" "gain" 3', "  help ", "# get", "ready")
-        number = host.count(3)
-        self.assertEqual(host.reply(number)["ready"], True)
-        self.assertEqual(host.reply(number - 2)["value"], 72)
-        self.assertTrue(host.reply(number - 1)["commands"])
-        self.assertEqual(host.ask('set 1 devName "a \\"\\u0062"')["value"], 'a "b')
-        replies = [item["reply"] for _, item in host.printed if "reply" in item]
-        self.assertEqual(replies, list(range(1, len(replies) + 1)))
+    def test_options(self):
+        for options, status in ((("--help",), 0), (("--version",), 0), (("--bogus",), 2), (("--port",), 2)):
+            done = self.run_program("talv-host", *options)
+            self.assertEqual((done.returncode, not done.stdout, done.stderr.count("\n")),
+                             (status, status != 0, int(status != 0)), options)
 
     def test_assignments(self):
         sim, host = self.start("--devices", "1,2")
@@ -512,65 +468,21 @@ class Console(RemoteTest):
         host.ask("assign 2 7")
         self.assertEqual([item["channel"] for item in host.ask("devices")["devices"]], [-1, 7])
 
-    def test_waiting_and_sleeping(self):
-        self.start_sim("--drop", "100")
-        host = self.start_host()
-        answer = host.command("wait ready 100")
-        self.assertEqual((answer["ok"], host.ask("ready")["ready"]), (False, False))
-        start = time.monotonic()
-        host.ask("sleep 400")
-        self.assertGreaterEqual(time.monotonic() - start, 0.39)
-        host.wait_ready()
-        self.assertEqual([item["ready"] for item in host.all(event="ready")], [True])
-
     def test_first_and_last_words(self):
-        for end in ("quit", "end of input", signal.SIGTERM, signal.SIGINT):
+        for end in ("quit", "end of input"):
             with self.subTest(end):
                 host = self.start_host()
                 started = host.wait_event("started", 10)
                 self.assertTrue(started["module"] and started["version"])
                 if end == "quit":
                     host.ask("quit")
-                elif end == "end of input":
-                    host.process.stdin.close()
                 else:
-                    host.signal(end)
+                    host.process.stdin.close()
                 self.assertEqual(host.end(), 0)
                 self.assertEqual(host.printed[0][1], started)
                 self.assertEqual(host.printed[-1][1]["event"], "stopped")
                 self.assertEqual(host.all(event="no JSON"), [])
                 self.assertTrue(host.settings.exists())
-
-    def test_a_signal_ends_a_sleep(self):
-        host = self.start_host()
-        host.wait_event("started", 10)
-        host.send("sleep 60000")
-        time.sleep(0.3)
-        host.signal(signal.SIGTERM)
-        self.assertEqual(host.end(10), 0)
-
-    def test_factory(self):
-        host = self.start_host()
-        factory = host.ask("factory")
-        self.assertEqual((factory["vendor"], factory["flags"]), ("Orsola Corporation", 16))
-        self.assertEqual([(each["name"], each["category"]) for each in factory["classes"]], [
-            ("Orsola VOREN TALV Extension", "Service"), ("TALV Param Accessor", "Private"),
-            ("VOREN HA Remote Setup", "Private")])
-        self.assertEqual(factory["classes"][0]["version"], "1.0.0")
-        self.assertEqual(factory["classes"][1]["cid"].replace("-", "").replace(" ", "").upper(),
-                         "A1F1CD5EAC5A4B21ACC55855D48971A2")
-
-    def test_options(self):
-        for option in ("--help", "--version"):
-            done = self.run_program("talv-host", option)
-            self.assertEqual((done.returncode, done.stderr), (0, ""))
-            self.assertTrue(done.stdout)
-        for options in (("--bogus",), ("--inputs", "2041"), ("--inputs", "x"), ("--port",)):
-            done = self.run_program("talv-host", *options)
-            self.assertEqual((done.returncode, done.stdout, done.stderr.count("\n")), (2, "", 1), options)
-        done = self.run_program("talv-host", "--console", "--user-folder", self.folder, "--module", self.folder)
-        self.assertEqual(done.returncode, 1)
-        self.assertTrue(done.stderr)
 
 
 if __name__ == "__main__":

@@ -1,4 +1,3 @@
-#include "base/source/cmobject.h"
 #include "pluginterfaces/gui/iplatform.h"
 #include "pluginterfaces/host/iplugdevice.h"
 #include "tests/host/hostfixture.h"
@@ -79,31 +78,5 @@ TEST_F(DeviceListTest, EachServiceIsItsOwnFaceWithOneReference) {
     EXPECT_NE(classes.createClassInstance(nullptr, &none), kResultOk);
 }
 
-TEST_F(DeviceListTest, NewValuesDeliverAtOnce) {
-    struct Watcher final : CmObject {
-        using CmObject::update;
-        void update(FUnknown*, int32_t message) override { calls += message == kChanged; }
-        int32_t calls = 0;
-    };
-    const std::pair<const FUID*, const tchar*> kChanges[] = {
-        {&IHostOnOffValue_iid,  u"On"},
-        {&IHostIntValue_iid,    u"1" },
-        {&IHostStringValue_iid, u"1" }
-    };
-    for (const auto& [iid, text] : kChanges) {
-        void* made = nullptr;
-        ASSERT_EQ(classes.createClassInstance(*iid, &made), kResultOk);
-        const OPtr<IValue> value(static_cast<IValue*>(made));
-        EXPECT_EQ(referencesOf(value.get()), 1u);
-        const OPtr<Watcher> watcher(new Watcher);
-        void* handler = nullptr;
-        ASSERT_EQ(classes.createClassInstance(IUpdateHandler::iid, &handler), kResultOk);
-        const OPtr<IUpdateHandler> updates(static_cast<IUpdateHandler*>(handler));
-        updates->addDependent(value, watcher);
-        value->fromString2(text, true);
-        EXPECT_EQ(watcher->calls, 1);
-        updates->removeDependent(value, watcher);
-    }
-}
 }  // namespace
 }  // namespace HostTest

@@ -5,6 +5,7 @@
 #include "host/remote.h"
 #include "pluginglue/uplugapp.h"
 #include "pluginterfaces/gui/ivalue.h"
+#include "tests/support/testfolder.h"
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -17,19 +18,6 @@
 
 namespace HostTest {
 namespace fs = std::filesystem;
-
-/** A folder that goes with the test. */
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string name = (fs::temp_directory_path() / "talv-test-XXXXXX").string();
-        path = mkdtemp(name.data());
-    }
-    ~TemporaryFolder() { fs::remove_all(path); }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-
-    fs::path path;
-};
 
 inline std::string bundlePath() {
     const char* build = std::getenv("TALV_BUILD_DIR");
@@ -67,12 +55,6 @@ public:
 private:
     Tessarine::UPluginApplication* application;
 };
-
-template <class Object>
-uint32_t referencesOf(Object* object) {
-    object->addRef();
-    return object->release();
-}
 
 /** Keeps the first text that the module asks for: the name of its port. */
 class WatchedClasses : public HostClasses {

@@ -93,37 +93,6 @@ TEST_F(ModuleLife, EndsOnlyWithTheHostAndIsReallyGoneThen) {
     EXPECT_TRUE(fs::exists(folder.path / "user/VOREN TALV Extension/Setup.xml"));
 }
 
-TEST_F(ModuleLife, ASecondEntryChangesNothing) {
-    const Application application;
-    std::string failure;
-    const OPtr<ModuleBundle> bundle(ModuleBundle::open(bundlePath(), failure));
-    ASSERT_TRUE(bundle && bundle->load(failure)) << failure;
-    const auto enter = reinterpret_cast<bool (*)(void*)>(bundle->getProcAddress("bundleEntry"));
-    const auto leave = reinterpret_cast<bool (*)()>(bundle->getProcAddress("bundleExit"));
-    const auto getFactory = reinterpret_cast<IPluginFactory* (*)()>(bundle->getProcAddress("GetPluginFactory"));
-    ASSERT_TRUE(enter && leave && getFactory);
-    for (int32_t entries = 1; entries <= 2; ++entries) {
-        EXPECT_TRUE(enter(static_cast<IModuleBundle*>(bundle.get())));
-        EXPECT_EQ(bundle->references(), 1 + entries);
-    }
-    {
-        const OPtr<IPluginFactory> first(getFactory()), second(getFactory());
-        EXPECT_EQ(first.get(), second.get());
-        EXPECT_EQ(first->countClasses(), 3);
-        void* service = nullptr;
-        PClassInfo info;
-        ASSERT_EQ(first->getClassInfo(0, &info), kResultOk);
-        ASSERT_EQ(first->createInstance(info.cid, IPluginBase::iid, &service), kResultOk);
-        static_cast<IPluginBase*>(service)->release();
-    }
-    EXPECT_TRUE(leave());
-    EXPECT_EQ(bundle->references(), 3) << "both are given back by the last exit";
-    EXPECT_TRUE(leave());
-    EXPECT_EQ(bundle->references(), 1);
-    EXPECT_TRUE(bundle->unload());
-    EXPECT_EQ(isMapped(".bundle/"), kSanitized);
-}
-
 TEST_F(ModuleLife, TenTimesLeaveOneReferenceOnTheHostsClassesEach) {
     if (!kSanitized && !isPlainHeap())
         return;

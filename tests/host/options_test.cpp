@@ -62,7 +62,7 @@ TEST(HostOptions, RefusesWithOneLine) {
         {"--bo\ngus"},
         {"--inputs", "1\n2"},
         {"--port", "\x1b/"},
-        {"--console", "--bogus"},
+        {"--console", "--bogus"}
     };
     for (const Words& words : rows) {
         Options options;

@@ -23,6 +23,7 @@ constexpr SettingsRow kSettings[] = {
     {"cut in the middle", "<R><Port str='a'/>",                                ""                                   },
     {"cut in the tag",    "<R><Port str='a",                                   ""                                   },
     {"something behind",  "<R></R><a/>",                                       "<R>\r\n\t@</R><a/>"                 },
+    {"past finding",      "<!DOCTYPE R [<!-- don't -->]><R></R>",              ""                                   },
     {"empty root",        "<R/>",                                              ""                                   },
     {"no port yet",       "<R><DevId-Ch id='1'/></R>",                         "<R>\r\n\t@<DevId-Ch id='1'/></R>"   },
     {"in a comment",      "<R><!-- <Port str='x'/> > --><Port str='a'/></R>",  "<R><!-- <Port str='x'/> > -->@</R>" },
@@ -103,13 +104,6 @@ TEST_F(SettingsFile, IsMadeNewWhenThereIsNoneOrItIsDamaged) {
     EXPECT_NE(fresh.find("<ComPortName str=\"tty.a&amp;b\"/>"), std::string::npos);
     EXPECT_NE(fresh.find("\t<DevId-Ch id=\"255\" ch=\"-1\"/>\r\n</VOREN-HA-Remote>\r\n"), std::string::npos);
     EXPECT_EQ(settingsWithPort(fresh, "tty.a&b"), fresh);
-}
-
-TEST_F(SettingsFile, KeepsAllElse) {
-    store(kWhole);
-    ASSERT_TRUE(putPortIntoSettings("ttyS0", error)) << error;
-    EXPECT_EQ(content(), kWhole);
-    EXPECT_EQ(files(), 1u);
 }
 
 TEST_F(SettingsFile, SaysWhenItCannotBeWritten) {

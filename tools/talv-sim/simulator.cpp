@@ -1,6 +1,7 @@
 #include "tools/talv-sim/simulator.h"
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <poll.h>
 #include <sys/signalfd.h>
@@ -22,10 +23,20 @@ std::map<uint8_t, Device> devicesOf(const Options& options) {
     return devices;
 }
 
-bool writeAll(int handle, std::string_view text) {
+/** Until all is taken, or there is a signal and nobody takes more. false: nobody reads it any more. */
+bool writeAll(int handle, std::string_view text, int signals) {
     while (!text.empty()) {
-        const ssize_t count = ::write(handle, text.data(), text.size());
-        if (count < 0 && errno != EINTR)
+        pollfd watched[] = {
+            {handle,  POLLOUT, 0},
+            {signals, POLLIN,  0},
+        };
+        ::poll(watched, std::size(watched), -1);
+        if (watched[0].revents == 0 && watched[1].revents != 0)
+            return true;
+        // so much never blocks on a pipe that is ready
+        const ssize_t count =
+            watched[0].revents ? ::write(handle, text.data(), std::min<size_t>(text.size(), PIPE_BUF)) : 0;
+        if (count < 0 && errno != EINTR && errno != EAGAIN)
             return false;
         text.remove_prefix(size_t(std::max<ssize_t>(count, 0)));
     }
@@ -227,6 +238,6 @@ void Simulator::logDelivered(const Outbox::Item& item) {
 
 void Simulator::print(const Json& event) {
     const std::string text = event.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-    outputFailed = outputFailed || !writeAll(STDOUT_FILENO, text);
+    outputFailed = outputFailed || !writeAll(STDOUT_FILENO, text, signals);
 }
 }  // namespace TalvSim

@@ -3,10 +3,8 @@
 #include "tests/source/TALV_Extension/pseudoterminal.h"
 #include "tests/source/TALV_Extension/testhost.h"
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstring>
-#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <numeric>
@@ -84,12 +82,26 @@ protected:
     }
 
     Updates updates;
-    TempFolder folder;
+    TemporaryFolder folder;
     TestNaming naming;
     TestPlatform platform;
     TestHost host;
     Listener manager;
     TALV_DataManager dataManager;
+    TALV_COMPortMac port{&host, &dataManager};
+};
+
+/** There is one line, and it is open. */
+class OpenPort : public Port {
+protected:
+    OpenPort() {
+        port.initialize();
+        EXPECT_EQ(port.openPort(), 0);
+    }
+    ~OpenPort() override { port.closePort(); }
+
+    const std::unique_ptr<PseudoTerminal> far = line("tty.a");
+    const termios before = far->settings();
 };
 }  // namespace
 
@@ -135,28 +147,7 @@ TEST(PortRecords, ThatClaimTooMuchStay) {
     }
 }
 
-TEST(PortThread, PollsAndCanRunAgain) {
-    struct Observer final : COMPortThreadObserver {
-        void callObserver() override { ++calls; }
-        std::atomic<int32_t> calls{0};
-    } observer;
-    COMPortThread thread(&observer);
-    thread.cleanup();  // never ran
-    for (int32_t round = 1; round <= 2; ++round) {
-        ASSERT_TRUE(thread.run());
-        while (observer.calls < round)
-            std::this_thread::yield();
-        EXPECT_TRUE(thread.isContinued());
-        thread.cleanup();
-        EXPECT_EQ(observer.calls, round);  // cleanup came long before the second look
-    }
-}
-
-TEST_F(Port, CarriesBytesBothWays) {
-    const auto far = line("tty.a");
-    TALV_COMPortMac port(&host, &dataManager);
-    port.initialize();
-    ASSERT_EQ(port.openPort(), 0);
+TEST_F(OpenPort, CarriesBytesBothWays) {
     const Bytes out = {5, 0x20, 1, 3, 0x20, 0xBB};
     EXPECT_EQ(port.sendMessage(out.data(), int32_t(out.size())), 0);
     EXPECT_EQ(far->receive(out.size()), out);
@@ -170,12 +161,7 @@ TEST_F(Port, CarriesBytesBothWays) {
     EXPECT_EQ(naming.references, 0);
 }
 
-TEST_F(Port, SetsUpTheLineAndPutsItBack) {
-    const auto far = line("tty.a");
-    const termios before = far->settings();
-    TALV_COMPortMac port(&host, &dataManager);
-    port.initialize();
-    ASSERT_EQ(port.openPort(), 0);
+TEST_F(OpenPort, SetsUpTheLineAndPutsItBack) {
     const termios open = far->settings();
     EXPECT_EQ(open.c_iflag, tcflag_t(IGNPAR));
     EXPECT_EQ(open.c_oflag, 0u);
@@ -217,30 +203,7 @@ TEST_F(Port, ClosesOnceAndLosesWhatWasNotTaken) {
     EXPECT_EQ(port.closePort(), 0);
 }
 
-TEST_F(Port, ClosesUnderALineThatNeverRunsDry) {
-    const auto far = line("tty.a");
-    TALV_COMPortMac port(&host, &dataManager);
-    port.initialize();
-    ASSERT_EQ(port.openPort(), 0);
-    std::atomic<bool> done{false};
-    std::thread flood([&] {
-        fcntl(far->master, F_SETFL, O_NONBLOCK);
-        while (!done)
-            far->send(Bytes(255, 0));
-    });
-    ASSERT_GT(receive(port, 1000).size(), 0u);
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(port.closePort(), 0);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
-    done = true;
-    flood.join();
-}
-
-TEST_F(Port, DropsChunksThatFindNoRoom) {
-    const auto far = line("tty.a");
-    TALV_COMPortMac port(&host, &dataManager);
-    port.initialize();
-    ASSERT_EQ(port.openPort(), 0);
+TEST_F(OpenPort, DropsChunksThatFindNoRoom) {
     size_t sent = 0;
     for (unsigned char chunk = 0; chunk < 40; ++chunk) {
         ASSERT_TRUE(far->send(Bytes(255, chunk)));
@@ -253,11 +216,9 @@ TEST_F(Port, DropsChunksThatFindNoRoom) {
     EXPECT_LE(kept, 4096u);
     EXPECT_GT(kept, 3000u);
     EXPECT_TRUE(std::is_sorted(bytes.begin(), bytes.begin() + ptrdiff_t(kept)));
-    port.closePort();
 }
 
 TEST_F(Port, WithoutADeviceNothingWorksAndNothingHangs) {
-    TALV_COMPortMac port(&host, &dataManager);
     port.initialize();
     choose("tty.missing");
     EXPECT_EQ(port.openPort(), 1);
@@ -274,48 +235,24 @@ TEST_F(Port, WithoutADeviceNothingWorksAndNothingHangs) {
 
 TEST_F(Port, APathBeyondItsRoomFails) {
     const auto far = line("tty.a");
-    TALV_COMPortMac port(&host, &dataManager);
     port.initialize();
     for (int32_t i = 0; i < 60; ++i)
         naming.folder += "././";
     EXPECT_EQ(port.openPort(), 1);
 }
 
-TEST_F(Port, SpinsTwoSecondsOnADeviceThatTakesNothing) {
-    struct Row {
-        const char* name;
-        std::function<void(PseudoTerminal&)> break_;
-        int32_t size;
-    };
-    const Row rows[] = {
-        {"gone", [](PseudoTerminal& far) { far.hangUp(); }, 6      },
-        {"full", [](PseudoTerminal&) {},                    1000000},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto far = line("tty.a");
-        TALV_COMPortMac port(&host, &dataManager);
-        port.initialize();
-        ASSERT_EQ(port.openPort(), 0);
-        row.break_(*far);
-        platform.step = 20;
+TEST_F(OpenPort, SpinsTwoSecondsOnADeviceThatTakesNothing) {
+    platform.step = 20;
+    const auto send = [this](size_t size) {
         const uint32_t start = platform.ticks;
-        EXPECT_EQ(port.sendMessage(Bytes(size_t(row.size)).data(), row.size), 1);
+        EXPECT_EQ(port.sendMessage(Bytes(size).data(), int32_t(size)), 1);
         EXPECT_GE(platform.ticks - start, 2000u);
         EXPECT_LE(platform.ticks - start, 2040u);
-        EXPECT_EQ(port.closePort(), 0) << "it stays open";
-    }
-}
-
-TEST_F(Port, WithoutAClockNothingIsWritten) {
-    const auto far = line("tty.a");
-    TALV_COMPortMac port(&host, &dataManager);
-    port.initialize();
-    ASSERT_EQ(port.openPort(), 0);
-    host.platform = nullptr;
-    const Bytes bytes = {1};
-    EXPECT_EQ(port.sendMessage(bytes.data(), 1), 1);
-    port.closePort();
+    };
+    send(1000000);  // full
+    far->hangUp();
+    send(6);
+    EXPECT_EQ(port.closePort(), 0) << "it stays open";
 }
 
 TEST_F(Port, ListsWhatOpensInNaturalOrder) {
@@ -325,53 +262,17 @@ TEST_F(Port, ListsWhatOpensInNaturalOrder) {
     std::filesystem::create_symlink(folder.path / "nowhere", folder.path / "tty.dangling");
     std::filesystem::create_directory(folder.path / "tty.folder");
     naming.refused = "tty.no";
-    TALV_COMPortMac port(&host, &dataManager);
     port.initialize();
     std::vector<std::string> names = listed();
     EXPECT_TRUE(std::ranges::find(names, "tty.\xFC") != names.end()) << "raw bytes";
     std::erase(names, "tty.\xFC");
     EXPECT_EQ(names, (std::vector<std::string>{"tty.b", "ttyS9", "ttyS10"}));
+    choose("tty.\xFC");
+    EXPECT_EQ(port.openPort(), 0);
+    EXPECT_EQ(port.closePort(), 0);
     lines.erase(lines.begin());
     port.updateCOMInfo();
     EXPECT_EQ(listed().size(), 3u) << "anew";
-}
-
-TEST_F(Port, ReplacesAMissingPortUnheard) {
-    struct Row {
-        const char* name;
-        const char* stored;
-        std::vector<const char*> there;
-        const char* after;
-    };
-    const Row rows[] = {
-        {"still there",    "tty.b",    {"tty.a", "tty.b"}, "tty.b"},
-        {"gone",           "tty.gone", {"tty.b", "tty.a"}, "tty.a"},
-        {"first start",    "",         {"tty.a"},          "tty.a"},
-        {"no port at all", "tty.gone", {},                 ""     },
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        std::vector<std::unique_ptr<PseudoTerminal>> lines;
-        for (const char* name : row.there)
-            lines.push_back(line(name));
-        choose(row.stored);
-        manager.heard.clear();
-        TALV_COMPortMac port(&host, &dataManager);
-        port.initialize();
-        EXPECT_EQ(current(), row.after);
-        EXPECT_TRUE(manager.heard.empty());
-        choose("tty.other");
-        EXPECT_EQ(manager.heard.size(), 1u) << "news go on afterwards";
-    }
-}
-
-TEST_F(Port, OpensANameOfRawBytes) {
-    const auto far = line("tty.\xFC\x80");
-    TALV_COMPortMac port(&host, &dataManager);
-    port.initialize();
-    EXPECT_EQ(current(), "tty.\xFC\x80");
-    EXPECT_EQ(port.openPort(), 0);
-    EXPECT_EQ(port.closePort(), 0);
 }
 
 TEST(PortNaming, HasItsOwnPlacesWithoutAHost) {

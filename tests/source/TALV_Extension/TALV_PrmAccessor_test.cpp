@@ -19,25 +19,6 @@ protected:
 };
 }  // namespace
 
-TEST_F(Accessor, IsOneObjectWithTwoFaces) {
-    FUnknown* made = TALV_PrmAccessor::newInstance(nullptr);
-    void* service = nullptr;
-    void* device = nullptr;
-    void* unknown = nullptr;
-    ASSERT_EQ(made->queryInterface(ITALV_PrmAccessor::iid, &service), kResultOk);
-    ASSERT_EQ(made->queryInterface(IPlugDevice::iid, &device), kResultOk);
-    ASSERT_EQ(made->queryInterface(FUnknown::iid, &unknown), kResultOk);
-    EXPECT_NE(service, device);
-    EXPECT_EQ(unknown, device);
-    EXPECT_EQ(unknown, made);
-    EXPECT_EQ(static_cast<ITALV_PrmAccessor*>(service)->release(), 3u);
-    EXPECT_EQ(static_cast<IPlugDevice*>(device)->release(), 2u);
-    EXPECT_EQ(made->queryInterface(IHostClasses::iid, &service), kNoInterface);
-    EXPECT_EQ(service, nullptr);
-    made->release();
-    EXPECT_EQ(made->release(), 0u);
-}
-
 TEST_F(Accessor, HasNothingWithoutADataManager) {
     for (int32_t round = 0; round < 2; ++round) {
         EXPECT_EQ(accessor->getIValue(5, kPrmGain), nullptr);
@@ -51,17 +32,6 @@ TEST_F(Accessor, HasNothingWithoutADataManager) {
         accessor->forgetDataManager();
     }
     EXPECT_TRUE(accessor->getIsPortUpdated());
-}
-
-TEST_F(Accessor, HandsOutWhatTheDataManagerHas) {
-    accessor->initialize(&data, &host);
-    EXPECT_EQ(accessor->getIValue(5, kPrmGain), nullptr);
-    data.addDevice(5);
-    data.addDevice(6);
-    EXPECT_EQ(accessor->getIValue(5, kPrmGain), data.getParamIValue({5, kPrmGain}));
-    EXPECT_EQ(accessor->totalDevices(), 2);
-    EXPECT_EQ(accessor->getIsConnectionUpdated(), data.isConnectionUpdated.get());
-    EXPECT_NE(accessor->getIsPortUpdated(), nullptr);
 }
 
 TEST_F(Accessor, AssignsEachChannelToOneDevice) {

@@ -51,7 +51,6 @@ public:
     }
     /** Timers of this period that were started so far. */
     size_t starts(uint32_t period) const { return size_t(std::ranges::count(periods, period)); }
-    size_t running() const { return timers.size(); }
 
 private:
     class ManualTimer : public Timer {
@@ -136,12 +135,6 @@ public:
     TestDevices* deviceList = nullptr;
     IValue* portValue = nullptr;  // the first text that is asked for: the name of the port
 };
-
-template <class Object>
-uint32_t referencesOf(Object* object) {
-    object->addRef();
-    return object->release();
-}
 
 class ManagerTest : public testing::Test {
 protected:
@@ -278,7 +271,7 @@ protected:
     static constexpr const char* kBroadcast = "03 00 00 FF";
 
     Updates updates;
-    TempFolder folder;
+    TemporaryFolder folder;
     TestNaming naming;
     ManagerPlatform platform;
     TestDevices devices;

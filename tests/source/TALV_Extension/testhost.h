@@ -4,9 +4,8 @@
 #include "gui/values/uvalue.h"
 #include "pluginterfaces/gui/iplatform.h"
 #include "pluginterfaces/host/iserialportnaming.h"
-#include <filesystem>
+#include "tests/support/testfolder.h"
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 /** What tests of the extension have as their host: the framework's own values and update handler, and the services that
@@ -14,19 +13,6 @@
 
 namespace TALV::Test {
 using namespace Tessarine;
-
-/** A folder of its own, gone at the end. */
-class TempFolder {
-public:
-    TempFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "talv-XXXXXX").string();
-        path = mkdtemp(pattern.data());
-    }
-    ~TempFolder() { std::filesystem::remove_all(path); }
-    TempFolder(const TempFolder&) = delete;
-
-    std::filesystem::path path;
-};
 
 /** Serves without being counted: the test owns it. */
 template <class Interface>
