@@ -1,4 +1,5 @@
 #include "base/source/fobject.h"
+#include "base/source/updatehandler.h"
 
 namespace Tessarine {
 namespace {
@@ -43,8 +44,8 @@ bool FObject::isTypeOf(const char* name, bool /*askBaseClass*/) const {
 }
 
 void FObject::changed(int32_t message) {
-    if (gUpdateHandler)
-        gUpdateHandler->triggerUpdates(this, message);
+    if (UpdateHandler* handler = UpdateHandler::instance())
+        handler->triggerOwnUpdates(this, message);
     else
         updateDone(message);
 }

@@ -184,6 +184,17 @@ int32_t UpdateHandler::doTriggerUpdates(FUnknown* face, int32_t message, bool su
     return anybody ? kResultOk : kResultFalse;
 }
 
+void UpdateHandler::triggerOwnUpdates(FObject* own, int32_t message) {
+    FUnknown* object = identityOf(own);
+    if (!object)
+        return;
+    tellDependents(object, message);
+    if (object != own)  // it stands for another one
+        tellDone(object, message);
+    else if (message != kDestroyed)
+        own->updateDone(message);
+}
+
 bool UpdateHandler::tellDependents(FUnknown* object, int32_t message) {
     ShortGuard guard(lock);
     const std::span<const Dependency> found = dependentsOf(object);

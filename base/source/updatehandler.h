@@ -69,6 +69,8 @@ public:
 
     /** suppressDone: updateDone isn't called. */
     int32_t doTriggerUpdates(FUnknown* object, int32_t message, bool suppressDone);
+    /** triggerUpdates for an object that is known to be of this copy, and so needn't be asked for its FObject. */
+    void triggerOwnUpdates(FObject* own, int32_t message);
     /** How many depend on the object; for tests. */
     int32_t countDependencies(FUnknown* object);
 

@@ -2,9 +2,11 @@
 #include "base/fattribute.h"
 #include "base/source/fstring.h"
 #include "base/source/fthread.h"
+#include "base/source/tarray.h"
 #include "collect/cmbtreedictionary.h"
 #include "collect/cmqueue.h"
 #include "pluginterfaces/base/imessage.h"
+#include "pluginterfaces/base/smartpointer.h"
 #include <atomic>
 #include <memory>
 
@@ -39,6 +41,10 @@ public:
     void* getPointer(const char* key) const;
     bool remove(const char* key);
     bool contains(const char* key) const;
+
+    /** The id, then the entries. What can't be read whole leaves the message as it was. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
 
     // IMessage, IMessage2
     bool hasMessageID(const char* text) override { return isType(text); }
@@ -92,7 +98,7 @@ public:
 
     Owns      what is posted, until it was sent. Receivers are borrowed: who has posts waiting calls killMessages before
               it dies.
-    Threads   any may post, kill and ask; deliverMessages and the direct sendMessage to an object belong to the main thread.
+    Threads   any may post, kill and ask; deliverMessages and sendMessage belong to the main thread.
     Locks     deliverLock before queueLock; registryLock stands before queueLock. */
 class FMessenger : public CmObject, public IMessenger {
 public:
@@ -107,10 +113,14 @@ public:
     int32_t sendMessage(CmObject* receiver, FMessage* message);
     /** 0: there is no such name. */
     int32_t sendMessage(const char* name, FMessage* message, bool alsoToNet);
+    /** To all members, in the order in which they came; what the last one answers, 0 for an unknown or empty group. */
+    int32_t sendMessage(int32_t group, FMessage* message);
     /** Takes the message over. replace: dropped when one of this id waits already for the receiver. delay counts calls of
         deliverMessages. */
     void postMessage(CmObject* receiver, FMessage* message, bool replace = false, int32_t delay = 0);
     void postMessage(const char* name, FMessage* message, bool alsoToNet);
+    /** A copy for each member. */
+    void postMessage(int32_t group, FMessage* message);
     /** Drops what waits for the receiver, or only messages with the id of `like`. */
     void killMessages(CmObject* receiver, FMessage* like = nullptr);
     /** A message waits for the receiver; with an id, one of that id. */
@@ -125,7 +135,14 @@ public:
     bool registerName(const char* name, CmObject* object);
     /** Kills the object's messages too. */
     bool unregisterName(const char* name);
-    /** Empties queues and names. */
+    /** A new group of receivers, and its number. */
+    int32_t createNotifyGroup();
+    /** False: there is no such group, or the receiver isn't in it. Members are borrowed. */
+    bool deleteNotifyGroup(int32_t group);
+    bool addToNotifyGroup(int32_t group, CmObject* receiver);
+    bool removeFromNotifyGroup(int32_t group, CmObject* receiver);
+
+    /** Empties queues, names and groups. */
     void clear();
 
     // IMessenger
@@ -142,6 +159,12 @@ private:
     void takeDue();
     CmObject* lookupName(const char* name);
     void clearNames();
+    using NotifyGroups = TAssociationArray<int32_t, IPtr<CmLinkedList>>;
+    /** Null: there is no such group. */
+    CmLinkedList* lookupGroup(int32_t group);
+    /** The members at this moment, which may come and go while they are told. */
+    template <class Tell>
+    void forMembers(int32_t group, const Tell& tell);
 
     std::atomic<bool> deliveranceLocked{false};
     FLock queueLock;  // guards messages
@@ -149,8 +172,10 @@ private:
     std::atomic<bool> anyMessages{false};  // whether messages holds any; read without the lock
     FLock deliverLock;                     // guards deliverQueue; held while messages are sent
     CmQueue deliverQueue;
-    FLock registryLock;       // guards names
-    CmBTreeDictionary names;  // CmString, owned, to CmObject, borrowed
+    FLock registryLock;                    // guards what follows
+    CmBTreeDictionary names;               // CmString, owned, to CmObject, borrowed
+    std::unique_ptr<NotifyGroups> groups;  // made on first use
+    static int32_t notifyGroupIDBase;
 };
 
 /** The messenger of this copy of the framework; it is there from static initialisation to the end. */

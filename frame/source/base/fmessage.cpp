@@ -2,7 +2,8 @@
 #include "base/source/hooks.h"
 #include "collect/cmbuffer.h"
 #include "collect/cmstring.h"
-#include "pluginterfaces/base/smartpointer.h"
+#include "storage/farchive.h"
+#include "storage/fbstream.h"
 
 namespace Tessarine {
 namespace {
@@ -105,6 +106,21 @@ bool FMessage::remove(const char* key) {
 
 bool FMessage::contains(const char* key) const {
     return find(key) != nullptr;
+}
+
+bool FMessage::internalize(FArchive& archive) {
+    FString itsID;
+    auto itsAttributes = std::make_unique<AttributeList>();
+    if (!itsID.load(archive.getStream()) || !itsAttributes->internalizeAttributes(archive))
+        return false;
+    id.take(itsID);
+    attributes = std::move(itsAttributes);
+    return true;
+}
+
+bool FMessage::externalize(FArchive& archive) const {
+    return id.store(archive.getStream()) &&
+           (attributes ? attributes->externalizeAttributes(archive) : archive.getStream().writeInt32(0));
 }
 
 int32_t FMessage::addInt(const char* key, int32_t value) {
@@ -377,6 +393,69 @@ void FMessenger::clear() {
     dropQueued([](const FPostedMessage*) { return true; });
     FGuard guard(registryLock);
     clearNames();
+    groups.reset();
+}
+
+// --- groups
+
+constinit int32_t FMessenger::notifyGroupIDBase = 0;
+
+int32_t FMessenger::createNotifyGroup() {
+    FGuard guard(registryLock);
+    if (!groups)
+        groups = std::make_unique<NotifyGroups>(0, 10);
+    const OPtr<CmLinkedList> members(new CmLinkedList);
+    groups->addKeyAndObject(++notifyGroupIDBase, members.get());
+    return notifyGroupIDBase;
+}
+
+bool FMessenger::deleteNotifyGroup(int32_t group) {
+    FGuard guard(registryLock);
+    return groups && groups->remove({group});
+}
+
+bool FMessenger::addToNotifyGroup(int32_t group, CmObject* receiver) {
+    FGuard guard(registryLock);
+    CmLinkedList* members = lookupGroup(group);
+    return members && members->add(receiver);
+}
+
+bool FMessenger::removeFromNotifyGroup(int32_t group, CmObject* receiver) {
+    FGuard guard(registryLock);
+    CmLinkedList* members = lookupGroup(group);
+    return members && members->removeAbs(receiver);
+}
+
+CmLinkedList* FMessenger::lookupGroup(int32_t group) {
+    return groups ? groups->lookup({group}).value.get() : nullptr;
+}
+
+template <class Tell>
+void FMessenger::forMembers(int32_t group, const Tell& tell) {
+    CmLinkedList present;
+    FGuard guard(registryLock);
+    const CmLinkedList* members = lookupGroup(group);
+    if (members)
+        present.addAllFrom(members);
+    for (CmLinkedListIterator each(present); CmObject* member = each.next();) {
+        const CmLinkedList* still = lookupGroup(group);
+        if (still && still->containsAbs(member))
+            tell(member);
+    }
+}
+
+int32_t FMessenger::sendMessage(int32_t group, FMessage* message) {
+    int32_t answer = 0;
+    forMembers(group, [&](CmObject* member) { answer = member->notify(message); });
+    return answer;
+}
+
+void FMessenger::postMessage(int32_t group, FMessage* message) {
+    const OPtr<FMessage> given(message);
+    if (!message)
+        return;
+    forMembers(group,
+               [&](CmObject* member) { doPostMessage(member, static_cast<FMessage*>(message->newCopy()), false, 0); });
 }
 
 void FMessenger::clearNames() {

@@ -1,9 +1,10 @@
 #include "base/source/finitializer.h"
 #include "base/source/classfactory.h"
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <unistd.h>
 
 // The lists are those of the whole program and are used up by a run: each scenario has a process of its own, and tells
@@ -16,128 +17,59 @@ bool say(const char* word) {
     std::fputs(word, stderr);
     return true;
 }
-template <char name>
-bool step() {
-    constexpr char kWord[] = {name, 0};
-    return say(kWord);
-}
-bool fail() {
-    say("!");
-    return false;
-}
-
-/** Static objects in the programs; here they only outlive the scenario. */
-void add(bool isInitializer, OneTimeProcedure::Procedure procedure, uint32_t priority) {
-    new OneTimeProcedure(isInitializer, procedure, "step", priority);
-}
-void start(OneTimeProcedure::Procedure procedure, uint32_t priority) {
-    add(true, procedure, priority);
-}
-void end(OneTimeProcedure::Procedure procedure, uint32_t priority) {
-    add(false, procedure, priority);
-}
 void initialize(uint32_t maxPriority) {
     say(OneTimeProcedure::initialize(maxPriority) ? "+" : "-");
 }
-bool initializeAgain() {
-    say("(");
-    initialize(100);
-    return say(")");
-}
-bool cancelAll() {
-    OneTimeProcedure::cancel();
-    return say("x");
+
+struct Step {
+    char letter;
+    bool (*run)();
+};
+constexpr Step kSteps[] = {
+    {'a', [] { return say("a"); }                            },
+    {'b', [] { return say("b"); }                            },
+    {'c', [] { return say("c"); }                            },
+    {'d', [] { return say("d"); }                            },
+    {'!', [] { return !say("!"); }                           }, // fails
+    {'x', [] { return OneTimeProcedure::cancel(), say("x"); }},
+    {'(', [] { return say("("), initialize(100), say(")"); } },
+};
+
+/** Words of a script: "<a50" registers step a as an initializer of priority 50, ">a50" as a terminator; "i50" initializes up
+    to 50, "t" terminates, "x" cancels. */
+[[noreturn]] void play(const char* script) {
+    OneTimeProcedure::cancel();  // what the program itself has registered
+    std::istringstream words(script);
+    for (std::string word; words >> word;) {
+        const auto number = [&](size_t at) { return uint32_t(std::atoi(word.c_str() + at)); };
+        if (word[0] == 'i')
+            initialize(number(1));
+        else if (word[0] == 't')
+            OneTimeProcedure::terminate();
+        else if (word[0] == 'x')
+            OneTimeProcedure::cancel();
+        else  // a static object in the programs; here it only outlives the scenario
+            new OneTimeProcedure(word[0] == '<', std::ranges::find(kSteps, word[1], &Step::letter)->run, "", number(2));
+    }
+    _exit(0);
 }
 
 struct ScenarioRow {
-    const char* name;
-    void (*run)();
+    const char *name, *script;
     const char* said;  // + and - are the results of initialize
 };
-const ScenarioRow kScenarios[] = {
-    {"nothing to do",                      [] { initialize(100); }, "\\+"               },
-    {"by priority, ties in order",
-     [] {
-         start(step<'c'>, 50);
-         start(step<'a'>, 0);
-         start(step<'d'>, 50);
-         start(step<'b'>, 25);
-         initialize(100);
-     },                                                             "abcd\\+"           },
-    {"each once, in stages",
-     [] {
-         start(step<'a'>, 0);
-         start(step<'b'>, 50);
-         start(step<'c'>, 51);
-         initialize(0);
-         initialize(0);
-         initialize(50);
-         initialize(100);
-         initialize(100);
-     },                                                             "a\\+\\+b\\+c\\+\\+"},
-    {"a failure ends it for ever",
-     [] {
-         start(step<'a'>, 0);
-         start(fail, 1);
-         start(step<'b'>, 2);
-         initialize(100);
-         initialize(100);
-     },                                                             "a!-\\+"            },
-    {"a step comes back",
-     [] {
-         start(initializeAgain, 0);
-         start(step<'a'>, 1);
-         initialize(100);
-     },                                                             "\\(a\\+\\)\\+"     },
-    {"a step cancels",
-     [] {
-         start(cancelAll, 0);
-         start(step<'a'>, 1);
-         initialize(100);
-     },                                                             "x\\+"              },
-    {"a step that came late",
-     [] {
-         initialize(0);
-         start(step<'a'>, 0);
-         initialize(0);
-     },                                                             "\\+a\\+"           },
-    {"the end, whatever the steps answer",
-     [] {
-         initialize(0);
-         end(step<'b'>, 9);
-         end(fail, 0);
-         OneTimeProcedure::terminate();
-         OneTimeProcedure::terminate();
-     },                                                             "\\+!b"             },
-    {"the end of what never began",
-     [] {
-         end(step<'a'>, 0);
-         OneTimeProcedure::terminate();
-         initialize(0);
-         OneTimeProcedure::terminate();
-     },                                                             "\\+"               },
-    {"the end after a failed start",
-     [] {
-         start(fail, 0);
-         end(step<'a'>, 0);
-         initialize(0);
-         OneTimeProcedure::terminate();
-     },                                                             "!-a"               },
-    {"cancelled",
-     [] {
-         start(step<'a'>, 0);
-         end(step<'b'>, 0);
-         OneTimeProcedure::cancel();
-         initialize(100);
-         OneTimeProcedure::terminate();
-     },                                                             "\\+"               },
+constexpr ScenarioRow kScenarios[] = {
+    {"by priority, ties in order",         "<c50 <a0 <d50 <b25 i100",           "abcd\\+"           },
+    {"each once, in stages",               "<a0 <b50 <c51 i0 i0 i50 i100 i100", "a\\+\\+b\\+c\\+\\+"},
+    {"a failure ends it for ever",         "<a0 <!1 <b2 i100 i100",             "a!-\\+"            },
+    {"a step comes back",                  "<(0 <a1 i100",                      "\\(a\\+\\)\\+"     },
+    {"a step cancels",                     "<x0 <a1 i100",                      "x\\+"              },
+    {"a step that came late",              "i0 <a0 i0",                         "\\+a\\+"           },
+    {"the end, whatever the steps answer", "i0 >b9 >!0 t t",                    "\\+!b"             },
+    {"the end of what never began",        ">a0 t i0 t",                        "\\+"               },
+    {"the end after a failed start",       "<!0 >a0 i0 t",                      "!-a"               },
+    {"cancelled",                          "<a0 >b0 x i100 t",                  "\\+"               },
 };
-
-[[noreturn]] void runAlone(void (*scenario)()) {
-    OneTimeProcedure::cancel();  // what the program itself has registered
-    scenario();
-    _exit(0);
-}
 
 class Last : public FObject {
 public:
@@ -171,7 +103,7 @@ FObject *firstInstance, *secondInstance, *givenUp, *heldElsewhere;
 TEST(OneTimeProcedureDeathTest, RunsEachStepOnceInItsTurn) {
     for (const ScenarioRow& row : kScenarios) {
         SCOPED_TRACE(row.name);
-        EXPECT_EXIT(runAlone(row.run), testing::ExitedWithCode(0), "^" + std::string(row.said) + "$");
+        EXPECT_EXIT(play(row.script), testing::ExitedWithCode(0), std::string("^").append(row.said).append("$"));
     }
 }
 

@@ -52,21 +52,17 @@ TEST_F(FHostClassesTest, MakesEachValueByItsOutsideFace) {
 
 TEST_F(FHostClassesTest, ServicesAreSharedAndCountedOnce) {
     OPtr<UpdateHandler> own(UpdateHandler::instance() ? nullptr : new UpdateHandler);
-    const uint32_t before = referencesOf(FObject::gUpdateHandler);
-    {
-        FInstancePtr<IUpdateHandler> handler(host);
-        EXPECT_EQ(handler.get(), FObject::gUpdateHandler);
-        EXPECT_EQ(referencesOf(handler), before + 1);
-    }
-    EXPECT_EQ(referencesOf(FObject::gUpdateHandler), before);
-
-    const uint32_t posts = referencesOf(static_cast<IMessenger*>(gMessenger));
-    {
-        FInstancePtr<IMessenger> messenger(host);
-        ASSERT_EQ(messenger.get(), static_cast<IMessenger*>(gMessenger));
-        EXPECT_EQ(referencesOf(messenger), posts + 1);
-    }
-    EXPECT_EQ(referencesOf(static_cast<IMessenger*>(gMessenger)), posts);
+    const auto check = [this]<class Face>(Face* service) {
+        const uint32_t before = referencesOf(service);
+        {
+            FInstancePtr<Face> got(host);
+            EXPECT_EQ(got.get(), service);
+            EXPECT_EQ(referencesOf(service), before + 1);
+        }
+        EXPECT_EQ(referencesOf(service), before);
+    };
+    check(FObject::gUpdateHandler);
+    check(static_cast<IMessenger*>(gMessenger));
 }
 
 TEST_F(FHostClassesTest, AMissIsAResult) {

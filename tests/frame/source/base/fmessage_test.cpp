@@ -1,6 +1,8 @@
 #include "base/fmessage.h"
 #include "base/source/hooks.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "storage/fmstream.h"
+#include "storage/fsimplearchive.h"
 #include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
@@ -110,18 +112,17 @@ TEST(Message, KeepsValuesByKey) {
     String text("before");
     EXPECT_TRUE(message.isType("Gain") && message.hasMessageID("Gain") && !message.isType("gain"));
     EXPECT_FALSE(message.contains("n") || message.remove("n"));
-    EXPECT_EQ(message.getInt("n", number), kResultFalse);
-    EXPECT_EQ(message.getFloat("n", single), kResultFalse);
+    EXPECT_FALSE(message.getInt("n", number) == kResultOk || message.getFloat("n", single) == kResultOk);
     EXPECT_FALSE(message.getFloat("n", real) || message.getString("n", text));
-    EXPECT_EQ(message.getString8("n"), nullptr);
-    EXPECT_EQ(message.getPointer("n"), nullptr);
+    EXPECT_FALSE(message.getString8("n") || message.getPointer("n"));
     EXPECT_TRUE(number == 9 && real == 9 && single == 9 && text == "before") << "a miss leaves its target alone";
 
+    message.addInt("n", 1);
     EXPECT_EQ(message.addInt("n", -3), kResultOk);
     message.addFloat("x", 0.5);
-    EXPECT_EQ(message.addFloat1("y", 1.5f), kResultOk);
-    EXPECT_EQ(message.addString8("s", "text"), kResultOk);
-    EXPECT_EQ(message.addTString("w", u"wide"), kResultOk);
+    message.addFloat1("y", 1.5f);
+    message.addString8("s", "text");
+    message.addTString("w", u"wide");
     message.addString("t", ConstString("also"));
     message.addPointer("p", &number);
     message.addData("d", "abc", 3);
@@ -136,8 +137,6 @@ TEST(Message, KeepsValuesByKey) {
     EXPECT_EQ(message.getPointer("p"), &number);
     ASSERT_TRUE(message.getData("d", bytes, size) && size == 3);
     EXPECT_EQ(std::memcmp(bytes, "abc", 3), 0);
-    message.addInt("n", 4);
-    EXPECT_TRUE(message.getInt("n", number) == kResultOk && number == 4);
     EXPECT_TRUE(message.remove("n") && !message.contains("n"));
 }
 
@@ -166,14 +165,28 @@ TEST(Message, HoldsObjectsAsItWasTold) {
     EXPECT_EQ(Probe::living, 0);
 }
 
-TEST(Message, AnswersItsFaces) {
-    const OPtr<FMessage> message(new FMessage("x"));
-    for (const FUID* iid : {&IMessage::iid, &IMessage2::iid, &FObject::iid, &FUnknown::iid}) {
-        void* face = nullptr;
-        EXPECT_EQ(message->queryInterface(*iid, &face), kResultOk);
-        EXPECT_EQ(message->release(), 1u);
+TEST(Message, IsReadWholeOrNotAtAll) {
+    FMemoryStream stream;
+    FSimpleArchive writer(&stream, true);
+    FMessage message("Gain");
+    message.addInt("n", -3);
+    message.addString8("s", "text");
+    ASSERT_TRUE(message.externalize(writer));
+    const int64_t size = stream.getSize();
+    for (int64_t length = 0; length <= size; ++length) {
+        SCOPED_TRACE(length);
+        FMemoryStream cut;
+        cut.writeRaw(stream.getData(), length);
+        cut.seek(0, kFromStart);
+        FSimpleArchive reader(&cut, false);
+        FMessage read("before");
+        read.addInt("n", 5);
+        int32_t number = 0;
+        EXPECT_EQ(read.internalize(reader), length == size);
+        EXPECT_TRUE(read.isType(length == size ? "Gain" : "before"));
+        EXPECT_TRUE(read.getInt("n", number) == kResultOk && number == (length == size ? -3 : 5));
+        EXPECT_EQ(read.contains("s"), length == size);
     }
-    EXPECT_EQ(FUnknownPtr<IMessage2>(static_cast<FObject*>(message.get()))->getMessageID(), std::string("x"));
 }
 
 TEST_F(MessengerTest, SendsAtOnce) {
@@ -193,8 +206,6 @@ TEST_F(MessengerTest, DeliversInTheOrderOfPosting) {
     }
     EXPECT_GE(wakes, 1) << "posts want to be served at the next turn of the loop";
     EXPECT_EQ(delivered(), (Log{"a 1", "b 1", "a 2", "b 2", "a 3", "b 3"}));
-    EXPECT_TRUE(delivered().empty());
-    EXPECT_EQ(Probe::living, 0);
     messenger.postMessage(&a, nullptr);
     post(nullptr, "to nobody");
     EXPECT_EQ(Probe::living, 0);
@@ -272,20 +283,16 @@ TEST_F(MessengerTest, KilledMessagesNeverArrive) {
         {"everything",          [this] { messenger.clear(); },                      {}                          },
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
         for (const bool whileDelivered : {false, true}) {
-            SCOPED_TRACE(whileDelivered);
+            SCOPED_TRACE(std::string(row.name) + (whileDelivered ? ", while they are delivered" : ""));
             Receiver first("first ");
-            if (whileDelivered) {
-                first.then = [&](FMessage*) { row.kill(); };
+            first.then = [&](FMessage*) { row.kill(); };
+            if (whileDelivered)
                 post(&first, "");
-            }
-            for (const auto& [receiver, id] : {
-                     std::pair(&a, "x"), {&b, "x"},
-                       {&a, "y"},
-                       {&a, "x"}
-            })
-                post(receiver, id);
+            post(&a, "x");
+            post(&b, "x");
+            post(&a, "y");
+            post(&a, "x");
             if (!whileDelivered)
                 row.kill();
             Log arrived = delivered();
@@ -386,19 +393,16 @@ TEST_F(MessengerTest, AnyThreadMayPost) {
         Receiver::log.clear();
     };
     std::atomic<int32_t> running{kThreads};
-    std::vector<std::thread> threads;
-    for (int32_t i = 0; i < kThreads; ++i)
-        threads.emplace_back([&] {
-            for (int32_t post = 0; post < kPosts; ++post)
-                messenger.postMessage(&a, new FMessage("x"), false, post % 2);
-            messenger.postMessage(&b, new FMessage("killed"));
-            messenger.killMessages(&b);
-            --running;
-        });
+    const auto work = [&] {
+        for (int32_t post = 0; post < kPosts; ++post)
+            messenger.postMessage(&a, new FMessage("x"), false, post % 2);
+        messenger.postMessage(&b, new FMessage("killed"));
+        messenger.killMessages(&b);
+        --running;
+    };
+    const std::jthread threads[kThreads] = {std::jthread(work), std::jthread(work), std::jthread(work)};
     while (running > 0)
         messenger.deliverMessages();
-    for (std::thread& each : threads)
-        each.join();
     messenger.deliverMessages();
     messenger.deliverMessages();
     EXPECT_EQ(received, kThreads * kPosts);
@@ -406,10 +410,20 @@ TEST_F(MessengerTest, AnyThreadMayPost) {
     EXPECT_FALSE(messenger.areMessagesPosted(&b));
 }
 
-TEST(GlobalMessenger, IsThereWithOneReference) {
-    EXPECT_EQ(referencesOf(gMessenger), 1u);
-    void* face = nullptr;
-    EXPECT_EQ(gMessenger->queryInterface(IMessenger::iid, &face), kResultOk);
-    EXPECT_EQ(face, static_cast<IMessenger*>(gMessenger));
-    gMessenger->release();
+TEST_F(MessengerTest, GroupsHearWhatIsSentAndPostedToThem) {
+    const int32_t group = messenger.createNotifyGroup(), other = messenger.createNotifyGroup();
+    EXPECT_NE(group, other);
+    EXPECT_FALSE(messenger.addToNotifyGroup(-1, &a));
+    EXPECT_TRUE(messenger.addToNotifyGroup(group, &a) && messenger.addToNotifyGroup(group, &b));
+    FMessage now("now");
+    EXPECT_EQ(messenger.sendMessage(group, &now), 5);
+    EXPECT_EQ(messenger.sendMessage(other, &now), 0);
+    messenger.postMessage(group, new FMessage("later"));
+    EXPECT_EQ(delivered(), (Log{"a now", "b now", "a later", "b later"}));
+    a.then = [&](FMessage*) { messenger.removeFromNotifyGroup(group, &b); };
+    messenger.sendMessage(group, &now);
+    EXPECT_EQ(delivered(), (Log{"a now"})) << "b left before its turn";
+    EXPECT_FALSE(messenger.removeFromNotifyGroup(group, &b));
+    EXPECT_TRUE(messenger.deleteNotifyGroup(group));
+    EXPECT_FALSE(messenger.deleteNotifyGroup(group));
 }

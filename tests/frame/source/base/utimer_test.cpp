@@ -62,23 +62,19 @@ TEST(Ticks, CompareByTheShortWayRound) {
     constexpr int32_t kHalf = 0x40000000, kLast = 0x7FFFFFFF;
     const struct {
         int32_t a, b;
-        bool isBigger;
+        bool isBigger, isSmaller;
     } rows[] = {
-        {0,         0,         false},
-        {kLast,     kLast,     false},
-        {1,         0,         true },
-        {0,         1,         false},
-        {kHalf,     0,         true },
-        {0,         kHalf,     false},
-        {kHalf + 1, 0,         false},
-        {0,         kHalf + 1, true },
-        {0,         kLast,     true },
-        {kLast,     0,         false},
-        {100,       kLast - 5, true },
-        {kLast - 5, 100,       false},
+        {5,         5,     false, false},
+        {1,         0,     true,  false},
+        {kHalf,     0,     true,  false},
+        {kHalf + 1, 0,     false, true },
+        {0,         kLast, true,  false},
+        {100,       kLast, true,  false},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(UTicks::isBigger(row.a, row.b), row.isBigger) << row.a << " " << row.b;
+        EXPECT_EQ(UTicks::isBigger(row.b, row.a), row.isSmaller) << row.b << " " << row.a;
+    }
 }
 
 TEST(Ticks, RunForwardInMilliseconds) {
@@ -108,13 +104,10 @@ TEST_F(TimerTest, SendsItselfUntilItIsStopped) {
 
 TEST_F(TimerTest, RestartsWithTheStoredPeriodOrANewOne) {
     const OPtr<UTimer> timer(new UTimer(&receiver, 1, 500));
-    for (const auto& [asked, used] : {
-             std::pair(0u, 500u), {20u, 20u},
-               {0u,  20u}
-    }) {
+    for (const uint32_t asked : {0u, 20u, 0u}) {
+        const uint32_t used = asked ? asked : timer->getPeriod();
         EXPECT_TRUE(timer->restart(asked));
-        EXPECT_EQ(HandTimer::latest->period, used);
-        EXPECT_EQ(timer->getPeriod(), used);
+        EXPECT_TRUE(HandTimer::latest->period == used && timer->getPeriod() == used);
         EXPECT_EQ(HandTimer::living, 1) << "the one before has gone";
     }
     gRunLoopHooks.createTimer = nullptr;
@@ -132,14 +125,9 @@ TEST_F(TimerTest, StandsWhatItsReceiverDoes) {
         std::function<void()> then;
         bool survives, alive;
     } rows[] = {
-        {"stops",       [&] { timer->stop(); },     true,  false},
-        {"restarts",    [&] { timer->restart(9); }, true,  true },
-        {"stops twice",
-         [&] {
-             timer->stop();
-             timer->stop();
-         },                                         true,  false},
-        {"kills",       [&] { timer->kill(); },     false, false},
+        {"stops",    [&] { timer->stop(); },     true,  false},
+        {"restarts", [&] { timer->restart(9); }, true,  true },
+        {"kills",    [&] { timer->kill(); },     false, false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -152,24 +140,4 @@ TEST_F(TimerTest, StandsWhatItsReceiverDoes) {
         timer->kill();
     }
     EXPECT_EQ(receiver.fired.size(), std::size(rows));
-}
-
-TEST_F(TimerTest, WithoutAReceiverNothingIsSent) {
-    const OPtr<UTimer> timer(new UTimer(nullptr, 1, 10));
-    HandTimer::fire();
-    EXPECT_TRUE(timer->isAlive());
-}
-
-TEST(TimerSwitch, PutsTheOldStateBack) {
-    EXPECT_TRUE(DisableDispatchingTimers::timersEnabled);
-    {
-        const DisableDispatchingTimers outer;
-        {
-            const DisableDispatchingTimers inner;
-            EXPECT_FALSE(DisableDispatchingTimers::timersEnabled);
-        }
-        EXPECT_FALSE(DisableDispatchingTimers::timersEnabled);
-    }
-    EXPECT_TRUE(DisableDispatchingTimers::timersEnabled);
-    EXPECT_EQ(Timer::create(nullptr, 10), nullptr);
 }

@@ -1,19 +1,13 @@
 #pragma once
-#include "base/fmessage.h"
 #include "base/source/hooks.h"
 #include "base/source/updatehandler.h"
 #include "gui/hooks.h"
 #include "gui/uctrler.h"
 #include "pluginglue/uplugapp.h"
-#include <functional>
+#include "tests/frame/source/gui/probes.h"
 #include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 namespace Tessarine {
-
-/** What happened, in order. */
-using Log = std::vector<std::string>;
 
 /** A window system that answers as the test says, and counts the questions. */
 class ScriptedHandler final : public IPlatformEventHandler {
@@ -45,41 +39,6 @@ public:
     bool opens = true, doubleClick = false;
     int32_t closed = 0, quits = 0, pending = 0, clickQuestions = 0, modifiers = 0;
     std::function<void()> onStartup = [] {}, onRun = [] {};
-};
-
-/** Does what the test says with each message. */
-class Listener : public CmObject {
-public:
-    explicit Listener(std::function<void(FMessage*)> action) : action(std::move(action)) {}
-    ~Listener() override { gMessenger->killMessages(this); }
-    int32_t notify(FMessage* message) override {
-        action(message);
-        return 1;
-    }
-
-private:
-    std::function<void(FMessage*)> action;
-};
-
-/** Does what the test says with each change. */
-class Dependent : public CmObject {
-public:
-    explicit Dependent(std::function<void()> action) : action(std::move(action)) {}
-    using CmObject::update;
-    void update(FUnknown*, int32_t) override { action(); }
-
-private:
-    std::function<void()> action;
-};
-
-/** Does something at its end. */
-class Farewell : public CmObject {
-public:
-    explicit Farewell(std::function<void()> action) : action(std::move(action)) {}
-    ~Farewell() override { action(); }
-
-private:
-    std::function<void()> action;
 };
 
 /** A platform without a run loop, which counts the wake-ups. */

@@ -62,14 +62,14 @@ private:
     Log& log;
 };
 
-/** A plug-in's controller; with Face IPlugController4 it takes part in edit sessions. */
-template <class Face>
-class Controller : public Face {
+/** A plug-in's controller, which may take part in edit sessions. */
+class Controller : public IPlugController4 {
 public:
-    explicit Controller(Log& log) : log(log) {}
+    Controller(Log& log, bool takesPart) : log(log), takesPart(takesPart) {}
     virtual ~Controller() = default;
     int32_t queryInterface(const char* iid, void** obj) override {
-        const bool found = answerInterface<Face>(this, iid, obj) || answerInterface<IPlugController>(this, iid, obj) ||
+        const bool found = (takesPart && answerInterface<IPlugController4>(this, iid, obj)) ||
+                           answerInterface<IPlugController>(this, iid, obj) ||
                            answerInterface<FUnknown>(this, iid, obj);
         return found ? kResultOk : noInterface(obj);
     }
@@ -77,22 +77,20 @@ public:
     uint32_t release() override { return uint32_t(--references); }
     IParameter* getParameter(const char*) override { return nullptr; }
     void parameterChanged(IParameter* parameter, int32_t tag) override {
-        log.push_back("changed " + std::to_string(tag) + "=" + std::to_string(parameter->getValueInt()));
+        note("changed " + std::to_string(tag) + "=", parameter);
     }
+    void beginEdit(IParameter* parameter) override { note("begin ", parameter); }
+    void endEdit(IParameter* parameter) override { note("end ", parameter); }
 
     int32_t references = 1;
 
-protected:
-    Log& log;
-};
-
-class EditController : public Controller<IPlugController4> {
-public:
-    using Controller::Controller;
-    void beginEdit(IParameter* parameter) override {
-        log.push_back("begin " + std::to_string(parameter->getValueInt()));
+private:
+    void note(const std::string& what, IParameter* parameter) {
+        log.push_back(what + std::to_string(parameter->getValueInt()));
     }
-    void endEdit(IParameter* parameter) override { log.push_back("end " + std::to_string(parameter->getValueInt())); }
+
+    Log& log;
+    const bool takesPart;
 };
 
 /** A real update handler and a log that the test reads. */

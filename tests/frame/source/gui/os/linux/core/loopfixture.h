@@ -1,45 +1,14 @@
 #pragma once
-#include "base/fmessage.h"
 #include "base/source/updatehandler.h"
 #include "base/utimer.h"
 #include "gui/os/linux/core/platformcore.h"
 #include "gui/uctrler.h"
 #include "pluginglue/uplugapp.h"
-#include <functional>
+#include "tests/frame/source/gui/probes.h"
 #include <glib.h>
 #include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 namespace Tessarine {
-
-/** What happened, in order. */
-using Log = std::vector<std::string>;
-
-/** Does what the test says with each message. */
-class Receiver : public CmObject {
-public:
-    explicit Receiver(std::function<void(FMessage*)> action) : action(std::move(action)) {}
-    ~Receiver() override { gMessenger->killMessages(this); }
-    int32_t notify(FMessage* message) override {
-        action(message);
-        return 1;
-    }
-
-private:
-    std::function<void(FMessage*)> action;
-};
-
-/** Does what the test says with each change. */
-class Dependent : public CmObject {
-public:
-    explicit Dependent(std::function<void()> action) : action(std::move(action)) {}
-    using CmObject::update;
-    void update(FUnknown*, int32_t) override { action(); }
-
-private:
-    std::function<void()> action;
-};
 
 /** The real loop, turned by hand. */
 class LoopTest : public testing::Test {

@@ -44,7 +44,7 @@ TEST_F(RunLoopTest, ServesPostsAndDeferredUpdatesOfOtherThreadsAtTheNextTurn) {
         log.push_back(std::this_thread::get_id() == mainThread ? what : "wrong thread");
     };
     Dependent dependent([&] { note("update"); });
-    Receiver receiver([&](FMessage*) { note("message"); });
+    Listener receiver([&](FMessage*) { note("message"); });
     object.addDependent(&dependent);
     std::thread([&] { object.deferUpdate(); }).join();
     EXPECT_EQ(log, Log());
@@ -59,7 +59,7 @@ TEST_F(RunLoopTest, ServesPostsAndDeferredUpdatesOfOtherThreadsAtTheNextTurn) {
 TEST_F(RunLoopTest, WakesFromItsSleepForEveryOneOfManyPosts) {
     constexpr int32_t kThreads = 3, kPosts = 300;
     int32_t got = 0;
-    Receiver receiver([&](FMessage*) { ++got; });
+    Listener receiver([&](FMessage*) { ++got; });
     std::vector<std::thread> threads;
     for (int32_t i = 0; i < kThreads; ++i)
         threads.emplace_back([&receiver] {
@@ -80,7 +80,7 @@ TEST_F(RunLoopTest, WakesFromItsSleepForEveryOneOfManyPosts) {
 
 TEST_F(RunLoopTest, SleepsWhenThereIsNothingToDo) {
     EXPECT_LE(wakesWithin(150), 2);
-    Receiver receiver([](FMessage*) {});
+    Listener receiver([](FMessage*) {});
     UTimer* timer = new UTimer(&receiver, 0, 50);
     EXPECT_LE(wakesWithin(220), 6) << "the timer's own pace, nothing faster";
     timer->kill();
@@ -93,7 +93,7 @@ TEST_F(RunLoopTest, SleepsWhenThereIsNothingToDo) {
 
 TEST_F(RunLoopTest, DrivesIdleStepsAsLongAsSomeoneWantsThem) {
     int32_t steps = 0;
-    Receiver receiver([&](FMessage* message) { steps += message->isType("Idle"); });
+    Listener receiver([&](FMessage* message) { steps += message->isType("Idle"); });
     std::thread([&] { gController->addIdle(&receiver); }).join();
     EXPECT_TRUE(runUntil([&] { return steps >= 3; }));
     gController->removeIdle(&receiver);
@@ -101,14 +101,8 @@ TEST_F(RunLoopTest, DrivesIdleStepsAsLongAsSomeoneWantsThem) {
     runFor(30);
     EXPECT_EQ(steps, before);
 
-    class Doomed : public CmObject {
-    public:
-        explicit Doomed(std::atomic<bool>& flag) : flag(flag) {}
-        ~Doomed() override { flag = true; }
-        std::atomic<bool>& flag;
-    };
     std::atomic<bool> gone = false;
-    std::thread([&] { gController->deferDestruction(new Doomed(gone)); }).join();
+    std::thread([&] { gController->deferDestruction(new Farewell([&] { gone = true; })); }).join();
     EXPECT_FALSE(gone);
     EXPECT_TRUE(runUntil([&] { return gone.load(); }));
 }
@@ -118,8 +112,8 @@ TEST_F(RunLoopTest, GoesOnInTheModalLoopOfAMessage) {
     CmObject object;
     Dependent dependent([&] { log.push_back("update"); });
     object.addDependent(&dependent);
-    Receiver idler([&](FMessage*) { idle = true; }), ticker([&](FMessage*) { timer = true; });
-    Receiver receiver([&](FMessage* message) {
+    Listener idler([&](FMessage*) { idle = true; }), ticker([&](FMessage*) { timer = true; });
+    Listener receiver([&](FMessage* message) {
         if (!message->isType("open"))
             return log.push_back(message->getMessageID());
         gController->addIdle(&idler);
@@ -152,11 +146,11 @@ TEST_F(RunLoopTest, ServesInAModalLoopWhatWaitedBesideItsCause) {
 
 TEST_F(RunLoopTest, IdleObjectsGoOnWhenAnIdleStepDeliversWhatOpensAModalLoop) {
     int32_t steps = 0;
-    Receiver receiver([&](FMessage*) {
+    Listener receiver([&](FMessage*) {
         const int32_t before = steps;
         modalUntil([&] { return steps > before + 1; });
     });
-    Receiver idler([&](FMessage*) {
+    Listener idler([&](FMessage*) {
         if (++steps == 1)
             post(receiver, "open");  // delivered by this very step
     });
@@ -165,24 +159,8 @@ TEST_F(RunLoopTest, IdleObjectsGoOnWhenAnIdleStepDeliversWhatOpensAModalLoop) {
     gController->removeIdle(&idler);
 }
 
-TEST_F(RunLoopTest, ComesBackForAChangeOfAnObjectThatWasBeingTold) {
-    CmObject object;
-    int32_t told = 0;
-    Dependent dependent([&] {
-        if (++told > 1)
-            return;
-        object.deferUpdate();
-        runFor(20);
-        EXPECT_EQ(told, 1);
-    });
-    object.addDependent(&dependent);
-    object.changed();
-    EXPECT_TRUE(runUntil([&] { return told == 2; }));
-    object.removeDependent(&dependent);
-}
-
 TEST_F(RunLoopTest, ComesBackForWhatSuspensionHeldUp) {
-    Receiver receiver([&](FMessage* message) { log.push_back(message->getMessageID()); });
+    Listener receiver([&](FMessage* message) { log.push_back(message->getMessageID()); });
     gController->suspendUpdates(true);
     post(receiver, "suspended");
     runFor(15);
@@ -198,7 +176,7 @@ TEST_F(RunLoopTest, ComesBackForWhatSuspensionHeldUp) {
 }
 
 TEST_F(RunLoopTest, IsQuietAfterTheEndAndServesTheNextApplication) {
-    Receiver receiver([&](FMessage* message) { log.push_back(message->getMessageID()); });
+    Listener receiver([&](FMessage* message) { log.push_back(message->getMessageID()); });
     end();
     post(receiver, "between");
     std::thread([&] { post(receiver, "from a thread"); }).join();
@@ -213,7 +191,7 @@ TEST_F(RunLoopTest, IsQuietAfterTheEndAndServesTheNextApplication) {
 }
 
 TEST_F(RunLoopTest, EndsInTheSameTurnInWhichItsSourcesAreReady) {
-    Receiver receiver([](FMessage*) { ADD_FAILURE() << "after the end"; });
+    Listener receiver([](FMessage*) { ADD_FAILURE() << "after the end"; });
     UTimer* timer = new UTimer(&receiver, 0, 1);
     gController->addIdle(&receiver);
     UController::wait(3);
@@ -229,7 +207,7 @@ TEST_F(RunLoopTest, EndsInTheSameTurnInWhichItsSourcesAreReady) {
 
 TEST_F(RunLoopTest, TurnsUntilItIsQuit) {
     int32_t ticks = 0;
-    Receiver receiver([&](FMessage*) {
+    Listener receiver([&](FMessage*) {
         if (++ticks == 3)
             gController->quit(true);
     });

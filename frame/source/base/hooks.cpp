@@ -1,0 +1,7 @@
+#include "base/hooks.h"
+
+namespace Tessarine {
+
+constinit ComponentHooks gComponentHooks;
+
+}  // namespace Tessarine
