@@ -74,7 +74,7 @@ public:
     int64_t getFileSize(FStream* stream) override;
     FFileIterator* newIterator(const FPath* folder, bool withHidden) override;
 
-    /** The system's code as a text for the user. */
+    /** The system's code as a translated text for the user. Main thread. */
     static void getErrorMessage(int32_t code, FString& text);
 
     DECLARE_CLASS(FNFileSystem, FFileSystem)

@@ -25,6 +25,11 @@ public:
         count. */
     bool operator==(const FFileType& other) const;
 
+    /** Makes a type known; it is borrowed for good. Start-up and main thread. */
+    static void registerType(const FFileType* type);
+    /** The first known type with this extension, in any case; null: there is none. */
+    static const FFileType* getTypeByString(const ConstString& extension);
+
     DECLARE_CLASS(FFileType, CmObject)
     DECLARE_NEWCOPY(FFileType)
 

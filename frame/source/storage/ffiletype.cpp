@@ -1,6 +1,7 @@
 #include "storage/ffiletype.h"
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 namespace Tessarine {
 namespace {
@@ -16,6 +17,11 @@ Match matchCodes(uint32_t a, uint32_t b) {
     if (a == 0 || b == 0)
         return kUnknown;
     return a == b ? kSame : kDifferent;
+}
+
+std::vector<const FFileType*>& knownTypes() {
+    static std::vector<const FFileType*> types;
+    return types;
 }
 }  // namespace
 
@@ -38,6 +44,17 @@ bool FFileType::operator==(const FFileType& other) const {
         matchTexts(uti, other.uti, kIgnoreCase),
     };
     return std::ranges::count(matches, kSame) > 0 && std::ranges::count(matches, kDifferent) == 0;
+}
+
+void FFileType::registerType(const FFileType* type) {
+    knownTypes().push_back(type);
+}
+
+const FFileType* FFileType::getTypeByString(const ConstString& extension) {
+    const auto found = std::ranges::find_if(knownTypes(), [&](const FFileType* type) {
+        return matchTexts(type->dosType, FString(extension), kIgnoreCase) == kSame;
+    });
+    return found != knownTypes().end() ? *found : nullptr;
 }
 
 }  // namespace Tessarine

@@ -1,3 +1,4 @@
+#include "base/utranslatedstring.h"
 #include "platformname.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/ffilesystem.h"
@@ -20,25 +21,26 @@ constexpr mode_t kNewFolderRights = 0777;  // less what the user's mask takes aw
 
 struct MessageRow {
     int32_t code;
-    const char* text;
+    UTranslatedString text;
 };
-constexpr const char* kNotFound = "The file/folder could not be found at this location.";
-constexpr const char* kReadOnly = "This disk is read only.";
-constexpr const char* kFull = "This disk is full.";
-constexpr const char* kNotPermitted = "This operation is not allowed.";
+constexpr UTranslatedString kNotFound("The file/folder could not be found at this location.");
+constexpr UTranslatedString kReadOnly("This disk is read only.");
+constexpr UTranslatedString kFull("This disk is full.");
+constexpr UTranslatedString kDefect("A reading/writing error occurred. This disk is not working normaly.");
+constexpr UTranslatedString kNotPermitted("This operation is not allowed.");
 constexpr MessageRow kMessages[] = {
-    {0,            "No error occurred."                                                 },
-    {ENOENT,       kNotFound                                                            },
-    {ENOTDIR,      kNotFound                                                            },
-    {EROFS,        kReadOnly                                                            },
-    {ENOSPC,       kFull                                                                },
-    {EDQUOT,       kFull                                                                },
-    {EIO,          "A reading/writing error occurred. This disk is not working normaly."},
-    {EPERM,        kNotPermitted                                                        },
-    {EACCES,       kNotPermitted                                                        },
-    {ENAMETOOLONG, "This name is too long."                                             },
+    {0,            UTranslatedString("No error occurred.")    },
+    {ENOENT,       kNotFound                                  },
+    {ENOTDIR,      kNotFound                                  },
+    {EROFS,        kReadOnly                                  },
+    {ENOSPC,       kFull                                      },
+    {EDQUOT,       kFull                                      },
+    {EIO,          kDefect                                    },
+    {EPERM,        kNotPermitted                              },
+    {EACCES,       kNotPermitted                              },
+    {ENAMETOOLONG, UTranslatedString("This name is too long.")},
 };
-constexpr const char* kUnexpected = "An unexpected error occurred. The system's description is: ";
+constexpr UTranslatedString kUnexpected("An unexpected error occurred. The system's description is: ");
 
 bool statusOf(const FPath* path, struct stat& status) {
     return ::stat(PlatformName(path), &status) == 0;
@@ -218,11 +220,14 @@ FFileIterator* FNFileSystem::newIterator(const FPath* folder, bool withHidden) {
 void FNFileSystem::getErrorMessage(int32_t code, FString& text) {
     const auto row = std::ranges::find(kMessages, code, &MessageRow::code);
     if (row != std::end(kMessages)) {
-        text = row->text;
+        text = row->text.text();
         return;
     }
-    char description[256];
-    text.fromUTF8((kUnexpected + std::string(::strerror_r(code, description, sizeof description))).c_str());
+    char buffer[256];
+    FString description;
+    description.fromUTF8(::strerror_r(code, buffer, sizeof buffer));
+    text = kUnexpected.text();
+    text += description;
 }
 
 }  // namespace Tessarine

@@ -1,7 +1,6 @@
 #include "storage/fxmlparser2.h"
 #include "pluginterfaces/base/ibstream.h"
 #include "pluginterfaces/base/istringresult.h"
-#include "storage/fxmlwriter.h"
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -12,9 +11,17 @@
 namespace Tessarine {
 namespace {
 constexpr int32_t kReadSize = 32768;
+static_assert(XML_MAJOR_VERSION > 2 || XML_MINOR_VERSION >= 4,
+              "older ones let small files with entities grow without end");
 constexpr XML_Error kLastErrorWithContext = XML_ERROR_RESERVED_NAMESPACE_URI;
 
-MetaClass newXmlParserClass(nullptr, &FXmlParser2::__fCreate, INewXmlParser::iid, nullptr);
+/** By the face that the identifier stands for. */
+FUnknown* createNewXmlParser() {
+    INewXmlParser* face = new FXmlParser2;
+    return face;
+}
+
+MetaClass newXmlParserClass(nullptr, createNewXmlParser, INewXmlParser::iid, nullptr);
 
 int32_t readSome(IBStream* stream, void* buffer) {
     int32_t count = 0;
@@ -24,6 +31,7 @@ int32_t readSome(IBStream* stream, void* buffer) {
 }  // namespace
 
 IMPLEMENT_CLASS(FXmlParser2, CmObject)
+IMPLEMENT_CLASS(XmlHandler, CmObject)
 
 FXmlParser2::FXmlParser2(INewXmlHandler* handler, const char* encoding)
     : parser(XML_ParserCreate(encoding)), handler(handler) {
@@ -138,6 +146,12 @@ void FXmlParser2::gCommentHandler(void* userData, const char* text) {
         listener->comment(static_cast<FXmlParser2*>(userData), text);
 }
 
+int32_t XmlHandler::queryInterface(const char* iid, void** obj) {
+    if (answerInterface<INewXmlHandler>(this, iid, obj))
+        return kResultOk;
+    return CmObject::queryInterface(iid, obj);
+}
+
 XmlAttributeAccessor::XmlAttributeAccessor(const char** attributes) : attributes(attributes) {
     int32_t pointers = 0;
     while (attributes && attributes[pointers])
@@ -188,12 +202,12 @@ bool XmlWriter2::beginStartTag(const char* name) {
 }
 
 bool XmlWriter2::appendAttribute8(const char* name, const char* value) {
-    beginAttribute(name);
+    line.beginAttribute(name);
     return finishAttribute(!value || FXmlWriter::encodeString(line, value, false));
 }
 
 bool XmlWriter2::appendAttribute16(const char* name, const tchar* value) {
-    beginAttribute(name);
+    line.beginAttribute(name);
     return finishAttribute(!value || FXmlWriter::encodeString(line, value));
 }
 
@@ -281,11 +295,6 @@ bool XmlWriter2::newLine() {
     return writeText();
 }
 
-void XmlWriter2::append(const char* text) {
-    if (text)
-        line.put(text, uint32_t(std::strlen(text)));
-}
-
 bool XmlWriter2::writeText() {
     if (line.getFillSize() == 0)
         return true;
@@ -296,19 +305,13 @@ bool XmlWriter2::writeText() {
     return taken;
 }
 
-void XmlWriter2::beginAttribute(const char* name) {
-    append(" ");
-    append(name);
-    append("=\"");
-}
-
 bool XmlWriter2::finishAttribute(bool converted) {
     append("\"");
     return converted;
 }
 
 bool XmlWriter2::appendPlainAttribute(const char* name, const char* value) {
-    beginAttribute(name);
+    line.beginAttribute(name);
     append(value);
     return finishAttribute(true);
 }
