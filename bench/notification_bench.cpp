@@ -59,19 +59,7 @@ void RemoveInside(benchmark::State& state) {
     BENCHMARK_TELLING(Peer); \
     BENCHMARK_TEMPLATE(RemoveInside, Peer)->Arg(8)
 
-using Peers::BareLoop;
-using Peers::Ours;
+using namespace Peers;
 BENCHMARK_ALL(Ours);
 BENCHMARK_TELLING(BareLoop);
-#ifdef BENCH_SIGCPP
-using Peers::SigCpp;
-BENCHMARK_ALL(SigCpp);
-#endif
-#ifdef BENCH_BOOST
-using Peers::BoostSignals2;
-BENCHMARK_ALL(BoostSignals2);
-#endif
-#ifdef BENCH_QT
-using Peers::Qt5;
-BENCHMARK_ALL(Qt5);
-#endif
+BENCH_WITH_LIBRARIES(BENCHMARK_ALL)

@@ -29,17 +29,22 @@ struct Quiet {
 };
 using Action = std::function<void()>;
 
+/** Counts what it hears. */
+template <class Then, class... Bases>
+struct Counting : Bases... {
+    void heard(int message) {
+        told += message;
+        then();
+    }
+    int64_t told = 0;
+    Then then;
+};
+
 struct Ours {
     class Subject : public Tessarine::FObject {};
     template <class Then = Quiet>
-    class Listener : public Tessarine::FObject {
-    public:
-        void update(Tessarine::FUnknown* /*changed*/, int32_t message) override {
-            told += message;
-            then();
-        }
-        int64_t told = 0;
-        Then then;
+    struct Listener : Counting<Then, Tessarine::FObject> {
+        void update(Tessarine::FUnknown* /*changed*/, int32_t message) override { this->heard(message); }
     };
     struct Tie {};
 
@@ -80,59 +85,38 @@ struct BareLoop {
     }
 };
 
-#ifdef BENCH_SIGCPP
-struct SigCpp {
+/** What signals as objects have in common. */
+template <class Signal, class Connection>
+struct Signals {
     struct Subject {
-        sigc::signal<void(int)> changed;
+        Signal changed;
     };
     template <class Then = Quiet>
-    struct Listener {
-        void heard(int message) {
-            told += message;
-            then();
-        }
-        int64_t told = 0;
-        Then then;
-    };
-    using Tie = sigc::connection;
+    using Listener = Counting<Then>;
+    using Tie = Connection;
 
-    template <class L>
-    static Tie add(Subject& subject, L& listener) {
-        return subject.changed.connect(sigc::mem_fun(listener, &L::heard));
-    }
-    template <class L>
-    static void remove(Subject&, L&, Tie& tie) {
-        tie.disconnect();
-    }
-    static void notify(Subject& subject) { subject.changed.emit(Tessarine::kChanged); }
-};
-#endif
-
-#ifdef BENCH_BOOST
-struct BoostSignals2 {
-    struct Subject {
-        boost::signals2::signal<void(int)> changed;
-    };
-    template <class Then = Quiet>
-    struct Listener {
-        void heard(int message) {
-            told += message;
-            then();
-        }
-        int64_t told = 0;
-        Then then;
-    };
-    using Tie = boost::signals2::connection;
-
-    template <class L>
-    static Tie add(Subject& subject, L& listener) {
-        return subject.changed.connect([&listener](int message) { listener.heard(message); });
-    }
     template <class L>
     static void remove(Subject&, L&, Tie& tie) {
         tie.disconnect();
     }
     static void notify(Subject& subject) { subject.changed(Tessarine::kChanged); }
+};
+
+#ifdef BENCH_SIGCPP
+struct SigCpp : Signals<sigc::signal<void(int)>, sigc::connection> {
+    template <class L>
+    static Tie add(Subject& subject, L& listener) {
+        return subject.changed.connect(sigc::mem_fun(listener, &L::heard));
+    }
+};
+#endif
+
+#ifdef BENCH_BOOST
+struct BoostSignals2 : Signals<boost::signals2::signal<void(int)>, boost::signals2::connection> {
+    template <class L>
+    static Tie add(Subject& subject, L& listener) {
+        return subject.changed.connect([&listener](int message) { listener.heard(message); });
+    }
 };
 #endif
 
@@ -140,15 +124,7 @@ struct BoostSignals2 {
 struct Qt5 {
     using Subject = QtSubject;
     template <class Then = Quiet>
-    class Listener : public QObject {
-    public:
-        void heard(int message) {
-            told += message;
-            then();
-        }
-        int64_t told = 0;
-        Then then;
-    };
+    using Listener = Counting<Then, QObject>;
     using Tie = QMetaObject::Connection;
 
     template <class L>
@@ -162,5 +138,23 @@ struct Qt5 {
     static void notify(Subject& subject) { Q_EMIT subject.changed(Tessarine::kChanged); }
 };
 #endif
+
+/** Rows(Peer) for each library that is installed. */
+#ifdef BENCH_SIGCPP
+#define BENCH_WITH_SIGCPP(Rows) Rows(SigCpp);
+#else
+#define BENCH_WITH_SIGCPP(Rows)
+#endif
+#ifdef BENCH_BOOST
+#define BENCH_WITH_BOOST(Rows) Rows(BoostSignals2);
+#else
+#define BENCH_WITH_BOOST(Rows)
+#endif
+#ifdef BENCH_QT
+#define BENCH_WITH_QT(Rows) Rows(Qt5);
+#else
+#define BENCH_WITH_QT(Rows)
+#endif
+#define BENCH_WITH_LIBRARIES(Rows) BENCH_WITH_SIGCPP(Rows) BENCH_WITH_BOOST(Rows) BENCH_WITH_QT(Rows)
 
 }  // namespace Peers

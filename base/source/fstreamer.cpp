@@ -6,8 +6,7 @@
 
 namespace Tessarine {
 namespace {
-constexpr int64_t kBlockBytes = 1024;       // what is copied at a time, on the stack
-constexpr int64_t kTrustedBytes = 0x10000;  // a size from outside is believed this far before its bytes are there
+constexpr int64_t kBlockBytes = 1024;  // what is copied at a time, on the stack
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 // not inlined: the optimiser of g++ 12 takes the loop over a single small unit for a store behind it, and warns
@@ -25,6 +24,21 @@ bool readToTerminator(FStreamer& stream, std::string& text, size_t limit) {
             text += c;
     }
     return false;
+}
+
+/** Passes all in calls of at most 32-bit sizes, up to the first that comes short. */
+template <class Call>
+int64_t passInSteps(int64_t size, Call call) {
+    int64_t passed = 0;
+    for (int32_t step, done; passed < size; passed += done) {
+        step = int32_t(std::min<int64_t>(size - passed, INT32_MAX));
+        done = 0;
+        call(passed, step, &done);
+        done = std::clamp(done, 0, step);
+        if (done < step)
+            return passed + done;
+    }
+    return passed;
 }
 }  // namespace
 
@@ -62,17 +76,20 @@ bool FStreamer::readBool(bool& value) {
     return whole;
 }
 
-bool FStreamer::skip(uint32_t bytes) {
-    for (char dropped; bytes > 0; --bytes)
-        if (!readChar8(dropped))
+bool FStreamer::skip(int64_t bytes) {
+    char dropped[kBlockBytes];
+    for (int64_t size; bytes > 0; bytes -= size) {
+        size = std::min(bytes, kBlockBytes);
+        if (readRaw(dropped, size) != size)
             return false;
+    }
     return true;
 }
 
-bool FStreamer::pad(uint32_t bytes) {
+bool FStreamer::pad(int64_t bytes) {
     static constexpr char kZeros[kBlockBytes] = {};
-    for (int64_t left = bytes, size; left > 0; left -= size) {
-        size = std::min(left, kBlockBytes);
+    for (int64_t size; bytes > 0; bytes -= size) {
+        size = std::min(bytes, kBlockBytes);
         if (writeRaw(kZeros, size) != size)
             return false;
     }
@@ -84,12 +101,11 @@ char* FStreamer::readStr8() {
     if (!readInt32(size) || size <= 0)
         return nullptr;
     std::string text;
-    for (int64_t read = 0; read < size;) {
-        const int64_t step = std::min<int64_t>(size - read, std::max(read, kTrustedBytes));
-        text.resize(size_t(read + step));
+    for (int32_t read = 0, step; read < size; read += step) {
+        step = std::min(size - read, kTrustedBytes);
+        text.resize(size_t(read) + size_t(step));
         if (readRaw(&text[size_t(read)], step) != step)
             return nullptr;
-        read += step;
     }
     char* copy = new char[text.size() + 1];
     std::memcpy(copy, text.c_str(), text.size() + 1);
@@ -111,14 +127,14 @@ int64_t FStreamer::readString8(char* text, int64_t size) {
     if (!text || size < 1)
         return 0;
     int64_t length = 0;
-    for (char c; length < size && readChar8(c);) {
+    for (char c; length < size - 1 && readChar8(c);) {
         text[length++] = c;
         if (c == 0 || c == '\n')
             break;
     }
     if (length > 1 && text[length - 1] == '\n' && text[length - 2] == '\r')
         length -= 2;
-    text[std::min(length, size - 1)] = 0;
+    text[length] = 0;
     return int64_t(std::strlen(text));
 }
 
@@ -148,33 +164,63 @@ bool FStreamer::writeStringUtf8(const tchar* text) {
     return (ascii || writeString8(kUtf8Mark.data(), false)) && writeString8(utf8.text8());
 }
 
-void FStreamSizeHolder::beginWrite() {
+// --- IBStreamer
+
+int64_t IBStreamer::readRaw(void* buffer, int64_t size) {
+    return passInSteps(size, [&](int64_t passed, int32_t step, int32_t* done) {
+        stream->read(static_cast<char*>(buffer) + passed, step, done);
+    });
+}
+
+int64_t IBStreamer::writeRaw(const void* buffer, int64_t size) {
+    char* bytes = static_cast<char*>(const_cast<void*>(buffer));  // the face takes it so, and only reads
+    return passInSteps(size,
+                       [&](int64_t passed, int32_t step, int32_t* done) { stream->write(bytes + passed, step, done); });
+}
+
+int64_t IBStreamer::seek(int64_t position, FSeekMode mode) {
+    int64_t reached = -1;
+    return stream->seek(position, mode, &reached) == kResultOk ? reached : -1;
+}
+
+int64_t IBStreamer::tell() {
+    int64_t place = -1;
+    return stream->tell(&place) == kResultOk ? place : -1;
+}
+
+// --- FStreamSizeHolder
+
+bool FStreamSizeHolder::beginWrite() {
     sizePos = stream.tell();
-    stream.writeInt32(0);
+    return sizePos >= 0 && stream.writeInt32(0);
 }
 
 int32_t FStreamSizeHolder::endWrite() {
     if (sizePos < 0)
         return 0;
     const int64_t end = stream.tell();
-    const int32_t size = int32_t(end - sizePos - int64_t(sizeof(int32_t)));
-    stream.seek(sizePos, kFromStart);
-    stream.writeInt32(size);
-    stream.seek(end, kFromStart);
-    return size;
+    const int64_t size = end - sizePos - int64_t(sizeof(int32_t));
+    if (size < 0 || size > INT32_MAX || stream.seek(sizePos, kFromStart) != sizePos)
+        return -1;
+    const bool written = stream.writeInt32(int32_t(size));
+    return stream.seek(end, kFromStart) == end && written ? int32_t(size) : -1;
 }
 
 int32_t FStreamSizeHolder::beginRead() {
+    sizePos = -1;
     int32_t size;
-    stream.readInt32(size);
-    size = std::max(size, 0);
-    sizePos = stream.tell() + size;
+    if (!stream.readInt32(size) || size < 0)
+        return -1;
+    const int64_t start = stream.tell();
+    const int64_t end = stream.seek(0, kFromEnd);
+    if (start < 0 || stream.seek(start, kFromStart) != start || size > end - start)
+        return -1;
+    sizePos = start + size;
     return size;
 }
 
-void FStreamSizeHolder::endRead() {
-    if (sizePos >= 0)
-        stream.seek(sizePos, kFromStart);
+bool FStreamSizeHolder::endRead() {
+    return sizePos >= 0 && stream.seek(sizePos, kFromStart) == sizePos;
 }
 
 }  // namespace Tessarine

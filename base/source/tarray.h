@@ -1,9 +1,15 @@
 #pragma once
 #include "base/source/tcontainer.h"
 #include <algorithm>
+#include <cstddef>
+#include <cstdlib>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <new>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 /** Arrays of values: constant time by index, and cheap to walk (`for (T& value : array)`). */
 
@@ -18,7 +24,8 @@ class TArrayBase : public TContainer<T> {
 public:
     using TContainer<T>::errorObject;
 
-    TArrayBase(int32_t size, int32_t delta) : delta(delta), data(newPlaces(size)) { _size = data ? size : 0; }
+    TArrayBase(int32_t size, int32_t delta) : delta(delta) { resize(std::max(size, 0)); }
+    ~TArrayBase() override;
 
     int32_t total() const final { return _total; }
     /** False: no room, or no place for it. */
@@ -54,7 +61,7 @@ protected:
     /** Into a place that is there already. */
     bool doInsertAt(int32_t index, const T& value);
     /** Below, at or above 0; so must be what the two searches are given. */
-    static int32_t cmpData(const T& a, const T& b) { return a == b ? 0 : a < b ? -1 : 1; }
+    static int32_t cmpData(const T& a, const T& b) { return a < b ? -1 : a == b ? 0 : 1; }
     template <class Compare>
     int32_t indexSorted(const T& value, Compare compare) const;
     /** Behind all that aren't greater. */
@@ -63,19 +70,33 @@ protected:
 
     int32_t delta;
     int32_t _total = 0;
-    std::unique_ptr<T[]> data;
 
 private:
-    /** Null: no memory, or below 1. */
-    static std::unique_ptr<T[]> newPlaces(int32_t size) {
-        return std::unique_ptr<T[]>(size > 0 ? new (std::nothrow) T[static_cast<uint32_t>(size)] : nullptr);
-    }
+    /** Values that need no constructor may grow where they are; all others move into a new array. */
+    static constexpr bool kArePlain = std::is_trivial_v<T> && alignof(T) <= alignof(std::max_align_t);
+    struct Free {
+        void operator()(T* places) const {
+            if constexpr (kArePlain)
+                std::free(places);
+            else
+                delete[] places;
+        }
+    };
+    using Places = std::unique_ptr<T[], Free>;
+
+    /** How many are in front of the first one that isn't so; all that are so stand there. */
+    template <class IsSo>
+    int32_t countInFront(IsSo isSo) const;
+    /** The first ones stay, so many as are kept. Null, and data as it was: no memory. */
+    Places takePlaces(uint32_t size, int32_t kept);
     bool holds(const T* place) const;
     bool grow();
+
+    Places data;
 };
 
 template <class T>
-class TArrayIterator : public TIterator<T> {
+class TArrayIterator final : public TIterator<T> {
 public:
     explicit TArrayIterator(const TArrayBase<T>* array) : TIterator<T>(array), array(array) {}
 
@@ -99,19 +120,25 @@ public:
     explicit TArray(int32_t size = 0, int32_t delta = 10) : TArrayBase<T>(size, delta) {}
 
     TArray* newInstance() const override { return new TArray(this->_size, this->delta); }
-    int32_t shouldGo(const T&) const override { return this->_total; }
-    int32_t index(const T& value) const override;
+    /** Without a call into the class while there is a free place. */
+    bool add(const T& value) final;
+    int32_t shouldGo(const T&) const final { return this->_total; }
+    int32_t index(const T& value) const final;
 };
 
-/** Sorted by `<` and `==` of T; equal ones stay in order of arrival. */
+/** Sorted by `<` and `==` of T; equal ones stay in order of arrival. Numbers are searched without a branch that could be
+    foreseen wrongly. */
 template <class T>
 class TOrderedArray : public TArrayBase<T> {
 public:
     explicit TOrderedArray(int32_t size = 0, int32_t delta = 10) : TArrayBase<T>(size, delta) {}
 
     TOrderedArray* newInstance() const override { return new TOrderedArray(this->_size, this->delta); }
-    int32_t shouldGo(const T& value) const override { return this->shouldGoSorted(value, &TOrderedArray::cmpData); }
-    int32_t index(const T& value) const override { return this->indexSorted(value, &TOrderedArray::cmpData); }
+    int32_t shouldGo(const T& value) const final { return this->shouldGoSorted(value, byData); }
+    int32_t index(const T& value) const final { return this->indexSorted(value, byData); }
+
+private:
+    static constexpr auto byData = [](const T& a, const T& b) { return TArrayBase<T>::cmpData(a, b); };
 };
 
 /** Sorted by `compare(const T&)` of T; equal ones stay in order of arrival. */
@@ -121,11 +148,11 @@ public:
     explicit TSortableArray(int32_t size = 0, int32_t delta = 10) : TArrayBase<T>(size, delta) {}
 
     TSortableArray* newInstance() const override { return new TSortableArray(this->_size, this->delta); }
-    int32_t shouldGo(const T& value) const override { return this->shouldGoSorted(value, byElement); }
-    int32_t index(const T& value) const override { return this->indexSorted(value, byElement); }
+    int32_t shouldGo(const T& value) const final { return this->shouldGoSorted(value, byElement); }
+    int32_t index(const T& value) const final { return this->indexSorted(value, byElement); }
 
 private:
-    static int32_t byElement(const T& a, const T& b) { return a.compare(b); }
+    static constexpr auto byElement = [](const T& a, const T& b) { return a.compare(b); };
 };
 
 /** A borrowed pointer as an element of a TSortableArray; compareObjects is never called with null. */
@@ -154,6 +181,12 @@ public:
 };
 
 template <class T>
+TArrayBase<T>::~TArrayBase() {
+    if constexpr (!kArePlain)
+        TArrayBase::removeAll();
+}
+
+template <class T>
 bool TArrayBase<T>::add(const T& value) {
     if (holds(&value))
         return add(T(value));  // growing and moving up would pull it away
@@ -179,7 +212,9 @@ template <class T>
 bool TArrayBase<T>::removeRange(int32_t index, int32_t count) {
     if (index < 0 || count < 0 || count > _total - index)
         return false;
-    std::move(begin() + index + count, end(), begin() + index);
+    T* from = begin() + index;
+    const std::vector<T> removed(std::make_move_iterator(from), std::make_move_iterator(from + count));  // die last
+    std::move(from + count, end(), from);
     T* oldEnd = end();
     _total -= count;
     std::fill(end(), oldEnd, errorObject);
@@ -188,9 +223,13 @@ bool TArrayBase<T>::removeRange(int32_t index, int32_t count) {
 
 template <class T>
 void TArrayBase<T>::removeAll() {
-    const int32_t used = _total;
-    _total = 0;
-    std::fill_n(data.get(), used, errorObject);
+    Places places = std::move(data);  // who dies may come back and add
+    const int32_t size = std::exchange(_size, 0);
+    std::fill_n(places.get(), std::exchange(_total, 0), errorObject);
+    if (data)
+        return;
+    data = std::move(places);
+    _size = size;
 }
 
 template <class T>
@@ -202,14 +241,35 @@ template <class T>
 bool TArrayBase<T>::resize(int32_t size) {
     if (size == _size)
         return true;
-    std::unique_ptr<T[]> places = newPlaces(size);
-    if (!places && size != 0)
+    if (size < 0)
         return false;
-    _total = std::min(_total, size);
-    std::move(begin(), end(), places.get());
+    if (size == 0)
+        removeAll();
+    const int32_t kept = std::min(_total, size);
+    Places places = takePlaces(static_cast<uint32_t>(size), kept);
+    if (!places && size > 0)
+        return false;
     data.swap(places);  // the old places end with the block, when all is in order again
+    _total = kept;
     _size = size;
     return true;
+}
+
+template <class T>
+auto TArrayBase<T>::takePlaces(uint32_t size, [[maybe_unused]] int32_t kept) -> Places {
+    if (size == 0)
+        return nullptr;
+    if constexpr (kArePlain) {
+        Places places(static_cast<T*>(std::realloc(data.get(), size * sizeof(T))));
+        if (places)
+            static_cast<void>(data.release());
+        return places;
+    } else {
+        Places places(new (std::nothrow) T[size]);
+        if (places)
+            std::move(begin(), begin() + kept, places.get());
+        return places;
+    }
 }
 
 template <class T>
@@ -228,8 +288,7 @@ int32_t TArrayBase<T>::indexSorted(const T& value, Compare compare) const {
     constexpr int32_t kFewElements = 4;  // below, a plain search is as fast
     const auto isEqual = [&](const T& each) { return compare(each, value) == 0; };
     const auto isLess = [&](const T& each) { return compare(each, value) < 0; };
-    const T* found =
-        _total < kFewElements ? std::find_if(begin(), end(), isEqual) : std::partition_point(begin(), end(), isLess);
+    const T* found = _total < kFewElements ? std::find_if(begin(), end(), isEqual) : begin() + countInFront(isLess);
     return found != end() && isEqual(*found) ? static_cast<int32_t>(found - begin()) : -1;
 }
 
@@ -239,7 +298,24 @@ int32_t TArrayBase<T>::shouldGoSorted(const T& value, Compare compare) const {
     const auto staysInFront = [&](const T& each) { return compare(each, value) <= 0; };
     if (_total == 0 || staysInFront(data[_total - 1]))  // mostly they come in order
         return _total;
-    return static_cast<int32_t>(std::partition_point(begin(), end(), staysInFront) - begin());
+    return countInFront(staysInFront);
+}
+
+template <class T>
+template <class IsSo>
+int32_t TArrayBase<T>::countInFront(IsSo isSo) const {
+    const T* from = begin();
+    if constexpr (std::is_arithmetic_v<T>) {
+        for (auto rest = static_cast<uint32_t>(_total); rest > 0;) {
+            const uint32_t half = (rest + 1) / 2;
+            const T* next = from + half;
+            from = __builtin_expect_with_probability(isSo(next[-1]), 1, 0.5) ? next : from;  // chosen, not jumped to
+            rest -= half;
+        }
+    } else {
+        from = std::partition_point(from, from + _total, isSo);
+    }
+    return static_cast<int32_t>(from - begin());
 }
 
 template <class T>
@@ -256,6 +332,15 @@ bool TArrayBase<T>::grow() {
     const int64_t doubled = _size <= 0 ? 10 : int64_t{_size} * 2;
     const int64_t wanted = delta == -1 ? doubled : int64_t{_size} + delta;
     return wanted > _total && wanted <= std::numeric_limits<int32_t>::max() && resize(static_cast<int32_t>(wanted));
+}
+
+template <class T>
+bool TArray<T>::add(const T& value) {
+    if (this->_total >= this->_size)
+        return TArrayBase<T>::add(value);
+    *this->end() = value;
+    ++this->_total;
+    return true;
 }
 
 template <class T>

@@ -68,9 +68,8 @@ bool TDictionary<K, V>::replace(const K& key, const V& value) {
     TDLink<Pair>* link = linkOfKey(key);
     if (!link)
         return false;
-    const std::unique_ptr<TDLink<Pair>> removed(link);  // dies last: key or value may lie in it
-    this->hangOut(link);
-    return this->append(Pair(key, value));
+    this->append(Pair(key, value));  // first: key or value may lie in the old one
+    return this->removeLink(link);
 }
 
 template <class K, class V>

@@ -3,31 +3,29 @@
 
 namespace Tessarine {
 
-/** A chain of a hash table, in order of arrival. */
+/** A chain of a hash table, in order of arrival; its links are of the table's pool. */
 template <class T>
 class THashBucket {
 public:
-    THashBucket() = default;
-    ~THashBucket() { removeAll(); }
-    THashBucket(const THashBucket&) = delete;
-    THashBucket& operator=(const THashBucket&) = delete;
+    using Pool = TLinkPool<TLink<T>>;
 
-    bool append(const T& value);
-    bool removeAt(int32_t index) { return removeLink(linkAt(index)); }
-    void removeAll();
+    bool append(const T& value, Pool& pool);
+    bool removeAt(int32_t index, Pool& pool) { return removeLink(linkAt(index), pool); }
     int32_t total() const { return count; }
     /** Null: out of range; no equal element. */
     TLink<T>* linkAt(int32_t index) const;
     TLink<T>* linkOf(const T& value) const;
     /** False for null. */
-    bool removeLink(TLink<T>* link);
+    bool removeLink(TLink<T>* link, Pool& pool);
     TLink<T>* firstLink() const { return first; }
     TLink<T>* lastLink() const { return last; }
+    /** Puts all links in front of those of the chain, and is empty then. */
+    void moveTo(TLink<T>*& chain);
 
 private:
-    int32_t count = 0;
-    TLink<T>* first = nullptr;  // owned, as all links
+    TLink<T>* first = nullptr;
     TLink<T>* last = nullptr;
+    int32_t count = 0;
 };
 
 /** A fixed number of buckets, chosen for the expected number of elements; equal elements are found in order of arrival.
@@ -41,6 +39,7 @@ public:
 
     /** At least one bucket. */
     THashTable(int32_t buckets, HashFunction hash);
+    ~THashTable() override { THashTable::removeAll(); }
 
     THashTable* newInstance() const override { return new THashTable(_size, hashFunction); }
     int32_t total() const override { return _total; }
@@ -66,10 +65,13 @@ protected:
     int32_t _total = 0;
     HashFunction hashFunction;
     std::unique_ptr<THashBucket<T>[]> buckets;
+
+private:
+    typename THashBucket<T>::Pool pool;
 };
 
 template <class T>
-class THashTableIterator : public TIterator<T> {
+class THashTableIterator final : public TIterator<T> {
 public:
     explicit THashTableIterator(const THashTable<T>* table) : TIterator<T>(table), table(table) {
         THashTableIterator::first();
@@ -105,16 +107,10 @@ public:
 };
 
 template <class T>
-bool THashBucket<T>::append(const T& value) {
-    Links::hangIn(first, last, last, new TLink<T>(value));
+bool THashBucket<T>::append(const T& value, Pool& pool) {
+    Links::hangIn(first, last, last, pool.make(value));
     ++count;
     return true;
-}
-
-template <class T>
-void THashBucket<T>::removeAll() {
-    count = 0;
-    Links::deleteAll(first, last);
 }
 
 template <class T>
@@ -136,13 +132,22 @@ TLink<T>* THashBucket<T>::linkOf(const T& value) const {
 }
 
 template <class T>
-bool THashBucket<T>::removeLink(TLink<T>* link) {
+bool THashBucket<T>::removeLink(TLink<T>* link, Pool& pool) {
     if (!link)
         return false;
-    const std::unique_ptr<TLink<T>> removed(link);
     Links::hangOut(first, last, Links::previousOf(first, link), link);
     --count;
+    [[maybe_unused]] const T removed = pool.end(link);
     return true;
+}
+
+template <class T>
+void THashBucket<T>::moveTo(TLink<T>*& chain) {
+    if (!first)
+        return;
+    last->next = std::exchange(chain, first);
+    first = last = nullptr;
+    count = 0;
 }
 
 template <class T>
@@ -154,7 +159,7 @@ THashTable<T>::THashTable(int32_t buckets, HashFunction hash) : hashFunction(has
 template <class T>
 bool THashTable<T>::add(const T& value) {
     ++_total;
-    return bucketOf(value).append(value);
+    return bucketOf(value).append(value, pool);
 }
 
 template <class T>
@@ -179,14 +184,17 @@ bool THashTable<T>::removeAt(int32_t index) {
     int32_t bucket = 0;
     for (; bucket < _size - 1 && index >= buckets[bucket].total(); ++bucket)
         index -= buckets[bucket].total();
-    return buckets[bucket].removeAt(index);
+    return buckets[bucket].removeAt(index, pool);
 }
 
 template <class T>
 void THashTable<T>::removeAll() {
+    const auto oldPool(std::move(pool));  // all is empty before the first element dies
+    TLink<T>* chain = nullptr;
+    for (int32_t i = _size; i-- > 0;)
+        buckets[i].moveTo(chain);
     _total = 0;
-    for (int32_t i = 0; i < _size; ++i)
-        buckets[i].removeAll();
+    Links::endAll(chain);
 }
 
 template <class T>
@@ -202,7 +210,9 @@ TIterator<T>* THashTable<T>::newIterator() const {
 
 template <class T>
 THashBucket<T>& THashTable<T>::bucketOf(const T& value) const {
-    return buckets[static_cast<uint32_t>(hashFunction(value, _size)) % static_cast<uint32_t>(_size)];
+    const auto hash = static_cast<uint32_t>(hashFunction(value, _size));
+    const auto count = static_cast<uint32_t>(_size);
+    return buckets[hash < count ? hash : hash % count];  // mostly within already, and a division takes long
 }
 
 template <class T>
@@ -210,7 +220,7 @@ bool THashTable<T>::removeFrom(THashBucket<T>& bucket, TLink<T>* link) {
     if (!link)
         return false;
     --_total;
-    return bucket.removeLink(link);
+    return bucket.removeLink(link, pool);
 }
 
 template <class T>

@@ -1,5 +1,8 @@
 #pragma once
 #include "base/source/tcontainer.h"
+#include <algorithm>
+#include <cstddef>
+#include <utility>
 
 /** Lists of values: elements stay where they are in memory until they are removed. Cheap to walk with
     `for (T& value : list)`; the element that the loop stands on must not be removed by its body. */
@@ -59,17 +62,70 @@ void hangOut(Link*& first, Link*& last, Link* before, Link* link) {
         last = before;
 }
 
-/** The chain is empty before the first element dies, since destructors may come back to it. */
+/** The one behind. Links of a pool mostly follow each other in memory: a guess, which is checked while the walk goes on,
+    spares it the wait for the memory. */
 template <class Link>
-void deleteAll(Link*& first, Link*& last) {
-    Link* link = first;
-    first = last = nullptr;
+Link* after(Link* link) {
+    Link* guess = link + 1;
+    Link* compared = guess;
+    Link* next = link->next;
+    __asm__("" : "+r"(compared));  // or the compiler knows that both are the same, and takes next
+    if (next == compared) [[likely]]
+        return guess;
+    __asm__ volatile("" : "+r"(next));  // nor may it choose without a jump: what it chose from would be waited for
+    return next;
+}
+
+/** Ends the values of a chain; its memory is a pool's. */
+template <class Link>
+void endAll(Link* link) {
     while (link) {
-        const std::unique_ptr<Link> removed(link);
-        link = link->next;
+        Link* next = link->next;
+        link->~Link();
+        link = next;
     }
 }
 }  // namespace Links
+
+/** The memory of a container's links: those made one after the other lie side by side. All of it but the first block goes
+    back when no link is left, the rest with the pool. */
+template <class Link>
+class TLinkPool {
+public:
+    TLinkPool() = default;
+    TLinkPool(TLinkPool&& other) noexcept : memory(std::exchange(other.memory, {})) {}
+    ~TLinkPool();
+
+    template <class T>
+    Link* make(const T& value);
+    /** Gives its value, which is to die when the container is in order again: its destructor may come back there. */
+    auto end(Link* link);
+
+private:
+    union Place {
+        Place* next;
+        alignas(Link) std::byte link[sizeof(Link)];
+    };
+    static_assert(sizeof(Place) == sizeof(Link), "neighbours in memory are a link apart");
+    struct Memory {
+        Place* block = nullptr;  // the latest; the first place of each names the one before it
+        Place* fresh = nullptr;  // from here to its end no place was used yet
+        Place* blockEnd = nullptr;
+        Place* ended = nullptr;  // places to use again, the latest first
+        int32_t living = 0;
+    };
+
+    static constexpr std::ptrdiff_t kFewPlaces = 8, kMostPlaces = 1024;  // of the first block, which double up to these
+
+    Place* takePlace();
+    void addBlock();
+    void dropBlock() { delete[] std::exchange(memory.block, memory.block->next); }
+    /** No place is in use any longer. */
+    void restart();
+    void use(std::ptrdiff_t places);
+
+    Memory memory;
+};
 
 template <class T, class Link>
 class TLinkIterator;
@@ -86,7 +142,7 @@ public:
         explicit Step(Link* link) : link(link) {}
         T& operator*() const { return link->value; }
         Step& operator++() {
-            link = link->next;
+            link = Links::after(link);
             return *this;
         }
         bool operator==(const Step& other) const = default;
@@ -97,7 +153,7 @@ public:
 
     TLinkedContainer() = default;
     explicit TLinkedContainer(const T& errorObject) : TContainer<T>(errorObject) {}
-    ~TLinkedContainer() override { Links::deleteAll(_first, _last); }
+    ~TLinkedContainer() override { TLinkedContainer::removeAll(); }
 
     int32_t total() const override { return _size; }
     /** May look at a list that another thread is changing under its lock. */
@@ -132,20 +188,21 @@ protected:
     bool insertBehind(Link* before, const T& value);
     /** False for null. */
     bool removeLink(Link* link);
-    void hangIn(Link* before, Link* link);
-    /** The link is the caller's then. */
-    void hangOut(Link* link);
+    /** Not for null. Gives the value, which must die last: its destructor may come back to this list. */
+    T endLink(Link* link);
 
-    Link* _first = nullptr;  // owned, as all links
+    Link* _first = nullptr;  // the pool's, as all links
     Link* _last = nullptr;
 
 private:
-    T takeOut(Link* link);
+    T takeOut(Link* link) { return link ? endLink(link) : errorObject; }
     void setTotal(int32_t total) { __atomic_store_n(&_size, total, __ATOMIC_RELAXED); }  // isEmpty() may be looking
+
+    TLinkPool<Link> pool;
 };
 
 template <class T, class Link>
-class TLinkIterator : public TIterator<T> {
+class TLinkIterator final : public TIterator<T> {
 public:
     explicit TLinkIterator(const TLinkedContainer<T, Link>* list)
         : TIterator<T>(list), list(list), cursor(list->_first) {}
@@ -153,7 +210,7 @@ public:
     bool done() const override { return !cursor; }
     T& next() override {
         T& value = current();
-        cursor = cursor ? cursor->next : nullptr;
+        cursor = cursor ? Links::after(cursor) : nullptr;
         return value;
     }
     /** Without links that know their previous one this walks from the start. */
@@ -190,6 +247,62 @@ public:
     T& peek() const { return this->valueOf(this->_first); }
 };
 
+template <class Link>
+TLinkPool<Link>::~TLinkPool() {
+    while (memory.block)
+        dropBlock();
+}
+
+template <class Link>
+template <class T>
+Link* TLinkPool<Link>::make(const T& value) {
+    Link* link = new (takePlace()->link) Link(value);
+    ++memory.living;
+    return link;
+}
+
+template <class Link>
+auto TLinkPool<Link>::end(Link* link) {
+    auto value = std::move(link->value);
+    link->~Link();
+    Place* place = new (link) Place;
+    place->next = std::exchange(memory.ended, place);
+    if (--memory.living == 0)
+        restart();
+    return value;
+}
+
+template <class Link>
+auto TLinkPool<Link>::takePlace() -> Place* {
+    if (memory.ended)
+        return std::exchange(memory.ended, memory.ended->next);
+    if (memory.fresh == memory.blockEnd)
+        addBlock();
+    return memory.fresh++;
+}
+
+template <class Link>
+void TLinkPool<Link>::addBlock() {
+    const std::ptrdiff_t places = std::clamp(2 * (memory.blockEnd - memory.block), kFewPlaces, kMostPlaces);
+    auto* block = new Place[static_cast<size_t>(places)];
+    block->next = std::exchange(memory.block, block);
+    use(places);
+}
+
+template <class Link>
+void TLinkPool<Link>::restart() {
+    while (memory.block->next)
+        dropBlock();
+    memory.ended = nullptr;
+    use(kFewPlaces);
+}
+
+template <class Link>
+void TLinkPool<Link>::use(std::ptrdiff_t places) {
+    memory.fresh = memory.block + 1;
+    memory.blockEnd = memory.block + places;
+}
+
 template <class T, class Link>
 bool TLinkedContainer<T, Link>::remove(const TIterator<T>& iterator) {
     if (!iterator.walksOn(this) || iterator.done())
@@ -202,8 +315,11 @@ bool TLinkedContainer<T, Link>::remove(const TIterator<T>& iterator) {
 
 template <class T, class Link>
 void TLinkedContainer<T, Link>::removeAll() {
+    const TLinkPool<Link> oldPool(std::move(pool));  // all is empty before the first element dies
+    Link* chain = std::exchange(_first, nullptr);
+    _last = nullptr;
     setTotal(0);
-    Links::deleteAll(_first, _last);
+    Links::endAll(chain);
 }
 
 template <class T, class Link>
@@ -231,7 +347,8 @@ Link* TLinkedContainer<T, Link>::linkOf(const T& value) const {
 
 template <class T, class Link>
 bool TLinkedContainer<T, Link>::insertBehind(Link* before, const T& value) {
-    hangIn(before, new Link(value));
+    Links::hangIn(_first, _last, before, pool.make(value));
+    setTotal(_size + 1);
     return true;
 }
 
@@ -239,30 +356,15 @@ template <class T, class Link>
 bool TLinkedContainer<T, Link>::removeLink(Link* link) {
     if (!link)
         return false;
-    const std::unique_ptr<Link> removed(link);
-    hangOut(link);
+    [[maybe_unused]] const T removed = endLink(link);
     return true;
 }
 
 template <class T, class Link>
-void TLinkedContainer<T, Link>::hangIn(Link* before, Link* link) {
-    Links::hangIn(_first, _last, before, link);
-    setTotal(_size + 1);
-}
-
-template <class T, class Link>
-void TLinkedContainer<T, Link>::hangOut(Link* link) {
+T TLinkedContainer<T, Link>::endLink(Link* link) {
     Links::hangOut(_first, _last, Links::previousOf(_first, link), link);
     setTotal(_size - 1);
-}
-
-template <class T, class Link>
-T TLinkedContainer<T, Link>::takeOut(Link* link) {
-    if (!link)
-        return errorObject;
-    const std::unique_ptr<Link> removed(link);
-    hangOut(link);
-    return std::move(link->value);
+    return pool.end(link);
 }
 
 }  // namespace Tessarine

@@ -13,6 +13,12 @@ public:
     CmAssociation(const CmAssociation& source);
     CmAssociation& operator=(const CmAssociation&) = delete;
 
+    /** Key and value come with a reference each. What can't be read is null, and the archive knows of it. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
+
     bool isEqual(const CmObject* other) const override;
     /** -1 against anything but an association. */
     int32_t compare(const CmObject* other) const override;

@@ -1,15 +1,18 @@
 #pragma once
 #include "collect/cmcontainer.h"
-#include <memory>
 
 namespace Tessarine {
 
-/** A node of a CmBTree: keys in order, and on inner nodes one child more than keys. Its tree moves it about. */
+/** A node of a CmBTree, in one block of memory with its keys and children: keys in order, and on inner nodes one child
+    more than keys. Its tree moves it about. */
 class CmBTreeNode {
 public:
-    explicit CmBTreeNode(int32_t order);
+    /** The caller deletes it. */
+    static CmBTreeNode* make(int32_t order, bool leaf);
+    static void operator delete(void* memory) { ::operator delete(memory); }
 
-    bool isLeaf() const { return !children[0]; }
+    bool isLeaf() const { return !children; }
+    CmBTreeNode* childAt(int32_t index) const { return children ? children[index] : nullptr; }
     /** The place behind all keys that aren't greater than object. */
     int32_t shouldGo(const CmObject* object) const;
     /** The first place whose key isn't less than object. */
@@ -25,9 +28,12 @@ public:
     void appendFrom(const CmBTreeNode& other, int32_t keyIndex);
 
     int32_t count = 0;
-    CmBTreeNode* parent = nullptr;             // borrowed
-    std::unique_ptr<CmObject*[]> keys;         // room for order, as the tree's ownership says
-    std::unique_ptr<CmBTreeNode*[]> children;  // room for order + 1, owned by the tree; null on a leaf
+    CmBTreeNode* parent = nullptr;  // borrowed
+    CmObject** keys;                // room for order, as the tree's ownership says
+    CmBTreeNode** children;         // room for order + 1, owned by the tree; null on a leaf
+
+private:
+    CmBTreeNode(CmObject** keys, CmBTreeNode** children) : keys(keys), children(children) {}
 };
 
 /** A key of a tree; node is null when there is none. */
@@ -60,7 +66,7 @@ public:
     bool removeAt(int32_t index) override;
     void removeAll() override;
     CmObject* lookup(const CmObject* object) const override { return lookupNode(object).object(); }
-    bool contains(const CmObject* object) const override { return lookup(object) != nullptr; }
+    bool contains(const CmObject* object) const override { return lookupNode(object).node != nullptr; }
     bool containsAbs(const CmObject* object) const override { return lookupAbs(object) != nullptr; }
     CmIterator* newIterator() const override;
 
@@ -76,16 +82,18 @@ protected:
     struct WithoutElements {};
     CmBTree(const CmBTree& source, WithoutElements);
 
-    /** Takes the key out and leaves its reference to the caller. */
-    CmObject* take(CmBTreePlace place);
+    /** Takes a key out and leaves its reference to the caller; null when there is none. */
+    CmObject* takeEqual(const CmObject* object) { return takeFrom(lookupNode(object)); }
+    CmObject* takeAt(int32_t index) { return takeFrom(placeAt(index)); }
     /** The same at a cursor, which moves on. */
     CmObject* take(const CmIterator& iterator);
-    CmBTreePlace placeAt(int32_t index) const;
 
 private:
     friend class CmBTreeIterator;
     /** The place of an equal key in one node, else that of the child to search. */
-    bool nodeSearch(const CmBTreeNode* node, const CmObject* object, int32_t& index) const;
+    static bool nodeSearch(const CmBTreeNode* node, const CmObject* object, int32_t& index);
+    CmBTreePlace placeAt(int32_t index) const;
+    CmObject* takeFrom(CmBTreePlace place);
     CmBTreePlace placeOfObject(const CmObject* object) const;
     bool drop(CmObject* taken);
     CmBTreePlace firstPlace() const;
@@ -105,20 +113,21 @@ private:
 /** Walks in the order of the keys. */
 class CmBTreeIterator : public CmIterator {
 public:
-    explicit CmBTreeIterator(const CmBTree& tree) : CmIterator(tree), tree(&tree), place(tree.firstPlace()) {}
+    explicit CmBTreeIterator(const CmBTree& tree) : CmIterator(tree), place(tree.firstPlace()) {}
 
-    bool done() const override { return !place.node; }
-    CmObject* next() override;
-    CmObject* previous() override;
+    bool done() const final { return !place.node; }
+    CmObject* next() final;
+    CmObject* previous() final;
     using CmIterator::next;
     using CmIterator::previous;
-    CmObject* current() const override { return place.object(); }
-    void first() override { place = tree->firstPlace(); }
-    void last() override { place = tree->lastPlace(); }
+    CmObject* current() const final { return place.object(); }
+    void first() final { place = tree().firstPlace(); }
+    void last() final { place = tree().lastPlace(); }
 
 private:
     friend class CmBTree;
-    const CmBTree* tree;         // borrowed
+    const CmBTree& tree() const { return *static_cast<const CmBTree*>(container); }
+
     mutable CmBTreePlace place;  // moved on by remove(iterator)
 };
 

@@ -4,6 +4,8 @@
 namespace Tessarine {
 class CmContainer;
 class CmLinkedList;
+class CmObjectFilter;
+class FStream;
 
 /** A cursor on a container, made by newIterator() and deleted by the caller, or built on the stack for a known one. It
     starts at the first element and is nowhere registered: during a walk through an array or a list only what it stepped
@@ -43,14 +45,22 @@ protected:
               kBorrows    plain pointers
               kTakesOver  add takes over the caller's reference, removing gives it up; a refused one stays the caller's
               kShares     add takes a reference more, removing gives it up
-    Equality  searching asks the searched object's isEqual (trees: compare) about each element; the `...Abs` operations
-              look for the very object.
+    Equality  searching asks the searched object's isEqual (sorted containers: compare) about each element; the `...Abs`
+              operations look for the very object.
     Results   null, false or -1 for a miss; null is never an element.
+    Archives  the ownership, the count and the elements in the iterator's order. What is read belongs to the container
+              as the ownership says: with kBorrows nobody releases it. Reading begins with removeAll(); after a failure
+              the elements that came before it are there, and the ownership is the one that was read.
     Threads   none of its own: who shares a container guards it. */
 class CmContainer : public CmObject {
 public:
     DECLARE_ABSTRACT_CLASS(CmContainer, CmObject)
     enum Ownership : int16_t { kBorrows = 0, kTakesOver = 1, kShares = 2 };
+
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
 
     /** Places at hand; in lists and trees the same as total(). */
     virtual int32_t size() const = 0;
@@ -85,6 +95,24 @@ public:
     /** A new list of all equal elements, which borrows them; the caller releases it. */
     CmLinkedList* lookupAll(const CmObject* object) const;
 
+    /** Adds all elements that pass the filter to found. False: one couldn't be added. */
+    bool query(CmObjectFilter& filter, CmContainer& found) const;
+    /** The first and the last element that passes; the last one is known when all were tested. */
+    CmObject* firstThat(CmObjectFilter& filter) const;
+    CmObject* lastThat(CmObjectFilter& filter) const;
+    /** Shows each element to the filter, whatever it answers. */
+    void forEach(CmObjectFilter& filter) const;
+    /** Shows the elements to the filter until it answers false, on up to so many threads of at least minPerThread
+        elements each; below 1: one thread for each processor. The filter is called on all of them at once, and nothing
+        may change the container. Returns on the calling thread when all are through.
+        The result depends on the way taken. One thread: true when the walk went to the end. Several: true when it was
+        stopped. */
+    bool concurrentIteration(CmObjectFilter& filter, int32_t threads = 0, int32_t minPerThread = 1) const;
+
+    /** The ownership, 16 bits. False: cut off, or none that there is; the old one stays. */
+    bool readBase(FStream& stream);
+    bool writeBase(FStream& stream) const;
+
 protected:
     CmContainer() = default;
     /** Takes the ownership; the elements are for the derived class to add. */
@@ -94,8 +122,14 @@ protected:
     /** The two halves of ownership: each element passes the first when it comes and the second when it goes.
         Destructors may come back to the container, so that the second is called when the element is out of it. Null is
         allowed. */
-    void testRemember(CmObject* object) const;
-    void testDelete(CmObject* object) const;
+    void testRemember(CmObject* object) const {
+        if (object && _ownsObjects == kShares)
+            object->addRef();
+    }
+    void testDelete(CmObject* object) const {
+        if (object && _ownsObjects != kBorrows)
+            object->release();
+    }
 
     int32_t _size = 0;
 

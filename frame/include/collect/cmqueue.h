@@ -11,7 +11,7 @@ public:
 
     bool enqueue(CmObject* object) { return append(object); }
     CmObject* dequeue() { return removeFirst(); }
-    CmObject* peek() const { return at(0); }
+    CmObject* peek() const { return objectOf(_first); }
 };
 
 /** Last in, first out; the same of references. */
@@ -22,7 +22,7 @@ public:
 
     bool push(CmObject* object) { return prepend(object); }
     CmObject* pop() { return removeFirst(); }
-    CmObject* peek() const { return at(0); }
+    CmObject* peek() const { return objectOf(_first); }
     CmObject* removeBottom() { return removeLast(); }
 };
 

@@ -4,6 +4,7 @@
 #include "pluginterfaces/base/istringresult.h"
 
 namespace Tessarine {
+class CmContainer;
 
 /** A string as an object, for containers and across the component border. Its text tells equality and order. */
 class CmString : public CmObject, public FString, public IStringResult, public IString {
@@ -28,6 +29,11 @@ public:
     int32_t compare(const CmObject* other) const override;
     /** Over the text in its own width: equal texts of two widths differ. */
     uint32_t hash(uint32_t buckets) const override;
+    /** As FString::load and store. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
 
     void setText(const char* text) override { setText8(text); }
     void setText8(const char* text) override { assign(text); }
@@ -37,6 +43,17 @@ public:
     /** Adopts a block of malloc. */
     void take(void* text, bool wide) override { FString::take(text, wide); }
     bool isWideString() const override { return FString::isWideString(); }
+
+    /** Cuts text at each delimiter and adds the parts as CmStrings to the container, which from now on takes over what
+        it is given. trim takes white space off each part first. Empty parts are dropped; only the one behind the last
+        delimiter is added all the same, unless keepEmptyTail is set: that name says the contrary of what it does. The
+        result is the container's total. */
+    static int32_t split(const ConstString& text, CmContainer& container, tchar delimiter, bool trim = true,
+                         bool keepEmptyTail = false);
+    static int32_t split8(const char* text, CmContainer& container, char delimiter, bool trim = true,
+                          bool keepEmptyTail = false);
+    static int32_t split16(const tchar* text, CmContainer& container, tchar delimiter, bool trim = true,
+                           bool keepEmptyTail = false);
 };
 
 }  // namespace Tessarine

@@ -1,7 +1,18 @@
 #include "collect/cmassociation.h"
+#include "storage/farchive.h"
+#include "storage/fpersistent.h"
 
 namespace Tessarine {
 namespace {
+constexpr char kKeyAttribute[] = "Key";
+constexpr char kValueAttribute[] = "Obj";
+
+CmObject* remembered(CmObject* object) {
+    if (object)
+        object->addRef();
+    return object;
+}
+
 CmObject* copyOf(const CmObject* object) {
     return object ? object->newCopy() : nullptr;
 }
@@ -11,6 +22,26 @@ IMPLEMENT_CLASS(CmAssociation, CmObject)
 
 CmAssociation::CmAssociation(const CmAssociation& source)
     : CmObject(source), key(copyOf(source.key)), value(copyOf(source.value)) {}
+
+bool CmAssociation::internalize(FArchive& archive) {
+    key = archive.load("CmObject");
+    value = archive.load("CmObject");
+    return true;
+}
+
+bool CmAssociation::externalize(FArchive& archive) const {
+    return archive.save(key) && archive.save(value);
+}
+
+bool CmAssociation::storeAttributes(FAttributes& attributes) const {
+    return attributes.setObject(kKeyAttribute, key) && attributes.setObject(kValueAttribute, value);
+}
+
+bool CmAssociation::restoreAttributes(FAttributes& attributes) {
+    key = remembered(attributes.getObject(kKeyAttribute));
+    value = remembered(attributes.getObject(kValueAttribute));
+    return true;
+}
 
 bool CmAssociation::isEqual(const CmObject* other) const {
     const auto* association = classCast<CmAssociation>(other);

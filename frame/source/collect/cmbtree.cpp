@@ -1,10 +1,28 @@
 #include "collect/cmbtree.h"
 #include <algorithm>
+#include <memory>
+#include <new>
 #include <utility>
 
 namespace Tessarine {
 namespace {
 constexpr int32_t kLeastOrder = 3;
+
+/** Behind the keys that aren't greater. Here for add, which goes through many small nodes. */
+inline int32_t placeFor(const CmObject* object, CmObject* const* keys, int32_t count) {
+    constexpr int32_t kFewKeys = 3;  // that are looked through one by one
+    int32_t from = 0;
+    while (count - from > kFewKeys) {
+        const int32_t middle = from + (count - from) / 2;
+        if (object->compare(keys[middle]) >= 0)
+            from = middle + 1;
+        else
+            count = middle;
+    }
+    while (from < count && object->compare(keys[from]) >= 0)
+        ++from;
+    return from;
+}
 
 template <class T>
 void openGap(T* items, int32_t index, int32_t count) {
@@ -14,7 +32,6 @@ void openGap(T* items, int32_t index, int32_t count) {
 template <class T>
 void closeGap(T* items, int32_t index, int32_t count) {
     std::copy(items + index + 1, items + count, items + index);
-    items[count - 1] = nullptr;
 }
 
 CmBTreePlace leftmost(CmBTreeNode* node) {
@@ -30,49 +47,55 @@ CmBTreePlace rightmost(CmBTreeNode* node) {
 }
 }  // namespace
 
-CmBTreeNode::CmBTreeNode(int32_t order)
-    : keys(std::make_unique<CmObject*[]>(order)), children(std::make_unique<CmBTreeNode*[]>(order + 1)) {}
+CmBTreeNode* CmBTreeNode::make(int32_t order, bool leaf) {
+    const size_t places = size_t(order), links = leaf ? 0 : places + 1;
+    void* memory = ::operator new(sizeof(CmBTreeNode) + places * sizeof(CmObject*) + links * sizeof(CmBTreeNode*));
+    auto* keys = reinterpret_cast<CmObject**>(static_cast<CmBTreeNode*>(memory) + 1);
+    return ::new (memory) CmBTreeNode(keys, leaf ? nullptr : reinterpret_cast<CmBTreeNode**>(keys + order));
+}
 
 int32_t CmBTreeNode::shouldGo(const CmObject* object) const {
-    CmObject** begin = keys.get();
-    const auto isBehind = [object](const CmObject* key) { return object->compare(key) >= 0; };
-    return static_cast<int32_t>(std::partition_point(begin, begin + count, isBehind) - begin);
+    return placeFor(object, keys, count);
 }
 
 int32_t CmBTreeNode::firstNotLess(const CmObject* object) const {
-    CmObject** begin = keys.get();
     const auto isLess = [object](const CmObject* key) { return object->compare(key) > 0; };
-    return static_cast<int32_t>(std::partition_point(begin, begin + count, isLess) - begin);
+    return static_cast<int32_t>(std::partition_point(keys, keys + count, isLess) - keys);
 }
 
 int32_t CmBTreeNode::indexInParent() const {
-    CmBTreeNode** begin = parent->children.get();
-    return static_cast<int32_t>(std::find(begin, begin + parent->count, this) - begin);
+    CmBTreeNode** siblings = parent->children;
+    return static_cast<int32_t>(std::find(siblings, siblings + parent->count, this) - siblings);
 }
 
 void CmBTreeNode::hang(int32_t childIndex, CmBTreeNode* child) {
+    if (!child)
+        return;
     children[childIndex] = child;
-    if (child)
-        child->parent = this;
+    child->parent = this;
 }
 
 void CmBTreeNode::insert(int32_t keyIndex, CmObject* key, int32_t childIndex, CmBTreeNode* child) {
-    openGap(keys.get(), keyIndex, count);
-    openGap(children.get(), childIndex, count + 1);
+    openGap(keys, keyIndex, count);
+    if (children)
+        openGap(children, childIndex, count + 1);
     ++count;
     keys[keyIndex] = key;
     hang(childIndex, child);
 }
 
 void CmBTreeNode::erase(int32_t keyIndex, int32_t childIndex) {
-    closeGap(keys.get(), keyIndex, count);
-    closeGap(children.get(), childIndex, count + 1);
+    closeGap(keys, keyIndex, count);
+    if (children)
+        closeGap(children, childIndex, count + 1);
     --count;
 }
 
 void CmBTreeNode::appendFrom(const CmBTreeNode& other, int32_t keyIndex) {
-    for (int32_t i = keyIndex; i < other.count; ++i)
-        insert(count, other.keys[i], count + 1, other.children[i + 1]);
+    for (int32_t i = keyIndex; i < other.count; ++i) {
+        keys[count++] = other.keys[i];
+        hang(count, other.childAt(i + 1));
+    }
 }
 
 void CmBTreePlace::toNext() {
@@ -112,13 +135,11 @@ bool CmBTree::add(CmObject* object) {
     if (!object)
         return false;
     if (!root)
-        root = new CmBTreeNode(order);
+        root = CmBTreeNode::make(order, true);
     CmBTreeNode* node = root;
-    int32_t index = node->shouldGo(object);
-    while (!node->isLeaf()) {
+    int32_t index = 0;
+    while (index = placeFor(object, node->keys, node->count), !node->isLeaf())
         node = node->children[index];
-        index = node->shouldGo(object);
-    }
     node->insert(index, object, index + 1, nullptr);
     testRemember(object);
     ++_size;
@@ -128,7 +149,7 @@ bool CmBTree::add(CmObject* object) {
 }
 
 bool CmBTree::remove(CmObject* object) {
-    return drop(take(lookupNode(object)));
+    return drop(takeEqual(object));
 }
 
 bool CmBTree::remove(const CmIterator& iterator) {
@@ -136,7 +157,7 @@ bool CmBTree::remove(const CmIterator& iterator) {
 }
 
 bool CmBTree::removeAt(int32_t index) {
-    return drop(take(placeAt(index)));
+    return drop(takeAt(index));
 }
 
 void CmBTree::removeAll() {
@@ -151,21 +172,21 @@ CmIterator* CmBTree::newIterator() const {
 
 int32_t CmBTree::height() const {
     int32_t levels = 0;
-    for (const CmBTreeNode* node = root; node; node = node->children[0])
+    for (const CmBTreeNode* node = root; node; node = node->childAt(0))
         ++levels;
     return levels;
 }
 
 CmBTreePlace CmBTree::lookupNode(const CmObject* object) const {
     int32_t index = 0;
-    for (CmBTreeNode* node = object ? root : nullptr; node; node = node->children[index]) {
+    for (CmBTreeNode* node = object ? root : nullptr; node; node = node->childAt(index)) {
         if (nodeSearch(node, object, index))
             return {node, index};
     }
     return {};
 }
 
-CmObject* CmBTree::take(CmBTreePlace place) {
+CmObject* CmBTree::takeFrom(CmBTreePlace place) {
     if (!place.node)
         return nullptr;
     CmObject* object = place.object();
@@ -187,7 +208,7 @@ CmObject* CmBTree::take(const CmIterator& iterator) {
     const CmBTreePlace gone = place;
     place.toNext();
     const CmObject* following = place.object();
-    CmObject* object = take(gone);
+    CmObject* object = takeFrom(gone);
     place = placeOfObject(following);
     return object;
 }
@@ -201,16 +222,30 @@ CmBTreePlace CmBTree::placeAt(int32_t index) const {
     return place;
 }
 
-bool CmBTree::nodeSearch(const CmBTreeNode* node, const CmObject* object, int32_t& index) const {
-    index = node->firstNotLess(object);
-    return index < node->count && object->compare(node->keys[index]) == 0;
+bool CmBTree::nodeSearch(const CmBTreeNode* node, const CmObject* object, int32_t& index) {
+    index = 0;
+    for (int32_t high = node->count; index < high;) {
+        const int32_t middle = (index + high) / 2;
+        const int32_t difference = object->compare(node->keys[middle]);
+        if (difference > 0) {
+            index = middle + 1;
+            continue;
+        }
+        high = middle;
+        if (difference < 0)
+            continue;
+        index = middle;
+        return true;
+    }
+    return false;
 }
 
 CmBTreePlace CmBTree::placeOfObject(const CmObject* object) const {
     CmBTreePlace equal;
     int32_t index = 0;
-    for (CmBTreeNode* node = object ? root : nullptr; node; node = node->children[index]) {
-        if (nodeSearch(node, object, index))
+    for (CmBTreeNode* node = object ? root : nullptr; node; node = node->childAt(index)) {
+        index = node->firstNotLess(object);
+        if (index < node->count && object->compare(node->keys[index]) == 0)
             equal = {node, index};
     }
     while (equal.node && equal.object() != object && object->compare(equal.object()) == 0)
@@ -233,12 +268,12 @@ CmBTreePlace CmBTree::lastPlace() const {
 
 void CmBTree::split(CmBTreeNode* node) {
     const int32_t middle = node->count / 2;
-    auto* right = new CmBTreeNode(order);
-    right->hang(0, node->children[middle + 1]);
+    CmBTreeNode* right = CmBTreeNode::make(order, node->isLeaf());
+    right->hang(0, node->childAt(middle + 1));
     right->appendFrom(*node, middle + 1);
     node->count = middle;
     if (!node->parent) {
-        root = new CmBTreeNode(order);
+        root = CmBTreeNode::make(order, false);
         root->hang(0, node);
     }
     const int32_t index = node->indexInParent();
@@ -266,11 +301,11 @@ bool CmBTree::borrowKey(CmBTreeNode* parent, int32_t separator, bool fromRight) 
         return false;
     CmObject*& key = parent->keys[separator];
     if (fromRight) {
-        left->insert(left->count, key, left->count + 1, right->children[0]);
+        left->insert(left->count, key, left->count + 1, right->childAt(0));
         key = right->keys[0];
         right->erase(0, 0);
     } else {
-        right->insert(0, key, 0, left->children[left->count]);
+        right->insert(0, key, 0, left->childAt(left->count));
         key = left->keys[left->count - 1];
         left->erase(left->count - 1, left->count);
     }
@@ -280,7 +315,7 @@ bool CmBTree::borrowKey(CmBTreeNode* parent, int32_t separator, bool fromRight) 
 void CmBTree::merge(CmBTreeNode* parent, int32_t separator) {
     CmBTreeNode* left = parent->children[separator];
     const std::unique_ptr<CmBTreeNode> right(parent->children[separator + 1]);
-    left->insert(left->count, parent->keys[separator], left->count + 1, right->children[0]);
+    left->insert(left->count, parent->keys[separator], left->count + 1, right->childAt(0));
     left->appendFrom(*right, 0);
     parent->erase(separator, separator + 1);
 }
@@ -289,7 +324,7 @@ void CmBTree::dropEmptyRoot() {
     if (root->count > 0)
         return;
     const std::unique_ptr<CmBTreeNode> gone(root);
-    root = gone->children[0];
+    root = gone->childAt(0);
     if (root)
         root->parent = nullptr;
 }
@@ -299,10 +334,10 @@ void CmBTree::removeNodes(CmBTreeNode* node) {
         return;
     const std::unique_ptr<CmBTreeNode> gone(node);
     for (int32_t i = 0; i < node->count; ++i) {
-        removeNodes(node->children[i]);
+        removeNodes(node->childAt(i));
         testDelete(node->keys[i]);
     }
-    removeNodes(node->children[node->count]);
+    removeNodes(node->childAt(node->count));
 }
 
 CmObject* CmBTreeIterator::next() {

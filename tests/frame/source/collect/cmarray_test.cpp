@@ -6,7 +6,10 @@
 namespace Tessarine {
 namespace {
 
-using CmArrayTest = CollectTest;
+template <class Array>
+class CmArrayTest : public CollectTest {};
+using Arrays = testing::Types<CmArray, CmOrderedArray>;
+TYPED_TEST_SUITE(CmArrayTest, Arrays);
 
 struct GrowthRow {
     int32_t size, delta;
@@ -23,11 +26,11 @@ const GrowthRow kGrowths[] = {
     {4,  -2, {4},          true },
 };
 
-TEST_F(CmArrayTest, GrowsByItsStepOrRefuses) {
+TYPED_TEST(CmArrayTest, GrowsByItsStepOrRefuses) {
     for (const GrowthRow& row : kGrowths) {
         SCOPED_TRACE("size " + std::to_string(row.size) + ", delta " + std::to_string(row.delta));
         Probe probe;
-        CmArray array(row.size, row.delta);
+        TypeParam array(row.size, row.delta);
         Ranks sizes;
         while (array.total() < row.sizes.back() && array.add(&probe)) {
             if (sizes.empty() || sizes.back() != array.size())
@@ -35,140 +38,173 @@ TEST_F(CmArrayTest, GrowsByItsStepOrRefuses) {
         }
         EXPECT_EQ(sizes, row.sizes);
         EXPECT_EQ(array.total(), row.sizes.back());
-        if (!row.ends)
-            continue;
-        EXPECT_FALSE(array.add(&probe));
-        EXPECT_FALSE(array.insertAt(&probe, 0));
-        EXPECT_EQ(array.occurrences(&probe), row.sizes.back());
+        EXPECT_EQ(!array.add(&probe), row.ends);
+        EXPECT_EQ(array.occurrences(&probe), row.sizes.back() + !row.ends);
     }
 }
 
-TEST_F(CmArrayTest, ResizeDropsWhatIsBeyond) {
-    CmArray array(0, 10);
+TYPED_TEST(CmArrayTest, ResizeDropsWhatIsBeyond) {
+    TypeParam array(0, 10);
     fill(array, {1, 2, 3, 4, 5});
     EXPECT_FALSE(array.resize(-1));
     EXPECT_TRUE(array.resize(3));
     EXPECT_EQ(ranksOf(array), Ranks({1, 2, 3}));
     EXPECT_EQ(array.size(), 3);
-    EXPECT_EQ(Probe::living, 3);
+    EXPECT_EQ(Ranked::living, 3);
     EXPECT_TRUE(array.resize(20));
     EXPECT_EQ(ranksOf(array), Ranks({1, 2, 3}));
+    const TypeParam copy(array);
+    EXPECT_EQ(copy.size(), 20);
     EXPECT_TRUE(array.resize(0));
-    EXPECT_EQ(Probe::living, 0);
     EXPECT_EQ(array.at(0), nullptr);
     fill(array, {6});
     EXPECT_EQ(ranksOf(array), Ranks({6}));
+    EXPECT_EQ(ranksOf(copy), Ranks({1, 2, 3}));
 }
 
-TEST_F(CmArrayTest, CopyKeepsCapacityAndGrowth) {
-    CmArray array(7, 0);
-    fill(array, {1, 2});
-    const CmArray copy(array);
-    EXPECT_EQ(copy.size(), 7);
-    EXPECT_EQ(ranksOf(copy), Ranks({1, 2}));
-    EXPECT_EQ(Probe::living, 4);
+using CmSortTest = CollectTest;
+
+TEST_F(CmSortTest, PutsAnyOrderRight) {
+    std::mt19937 random(5);
+    for (const int32_t count : {0, 1, 2, 3, 16, 17, 1000}) {
+        for (const int32_t ranks : {1, 3, 1000000}) {
+            SCOPED_TRACE(std::to_string(count) + " elements of " + std::to_string(ranks));
+            CmArray array(0, -1);
+            CmOrderedArray ordered(0, -1);
+            Ranks sorted;
+            for (int32_t i = 0; i < count; ++i)
+                sorted.push_back(static_cast<int32_t>(random()) % ranks);
+            fill(array, sorted);
+            fill(ordered, sorted);
+            std::sort(sorted.begin(), sorted.end());
+            EXPECT_EQ(ranksOf(ordered), sorted);
+            array.quickSort();
+            EXPECT_EQ(ranksOf(array), sorted);
+            array.quickSort();
+            EXPECT_EQ(ranksOf(array), sorted);
+            for (CmObject* element : ordered)
+                static_cast<Probe*>(element)->rank *= -1;
+            ordered.resort();
+            std::ranges::transform(sorted, sorted.begin(), std::negate<>());
+            std::reverse(sorted.begin(), sorted.end());
+            EXPECT_EQ(ranksOf(ordered), sorted);
+        }
+    }
 }
 
-struct RefusalRow {
-    const char* name;
-    bool (*edit)(CmArray& array, CmObject* object);
+/** No order at all: as an association against a stranger answers. */
+class Disorderly : public Probe {
+public:
+    explicit Disorderly(int32_t kind) : kind(kind) {}
+    int32_t compare(const CmObject*) const override {
+        const int32_t answers[] = {-1, 1, 0, static_cast<int32_t>(++asked * 2654435761u >> 31) * 2 - 1};
+        return answers[kind];
+    }
+    const int32_t kind;
+    inline static uint32_t asked = 0;
 };
-constexpr RefusalRow kRefusals[] = {
-    {"insert behind the end", [](CmArray& array, CmObject* object) { return array.insertAt(object, 4); }  },
-    {"insert at -1",          [](CmArray& array, CmObject* object) { return array.insertAt(object, -1); } },
-    {"insert null",           [](CmArray& array, CmObject*) { return array.insertAt(nullptr, 1); }        },
-    {"replace at the end",    [](CmArray& array, CmObject* object) { return array.replaceAt(object, 3); } },
-    {"replace at -1",         [](CmArray& array, CmObject* object) { return array.replaceAt(object, -1); }},
-    {"replace by null",       [](CmArray& array, CmObject*) { return array.replaceAt(nullptr, 1); }       },
-    {"swap with the end",     [](CmArray& array, CmObject*) { return array.swap(0, 3); }                  },
-    {"swap with -1",          [](CmArray& array, CmObject*) { return array.swap(-1, 0); }                 },
-};
 
-TEST_F(CmArrayTest, RefusesPlacesThatArentThere) {
-    CmArray array;
-    fill(array, {1, 2, 3});
-    Probe probe(9);
-    for (const RefusalRow& row : kRefusals) {
-        SCOPED_TRACE(row.name);
-        EXPECT_FALSE(row.edit(array, &probe));
-        EXPECT_EQ(ranksOf(array), Ranks({1, 2, 3}));
+TEST_F(CmSortTest, StaysInsideAndLosesNothingWhateverCompareSays) {
+    for (int32_t kind = 0; kind < 4; ++kind) {
+        SCOPED_TRACE(kind);
+        CmArray array(0, -1), other(0, -1);
+        CmOrderedArray ordered(0, -1);
+        array._ownsObjects = CmContainer::kTakesOver;
+        for (int32_t i = 0; i < 2000; ++i) {
+            array.add(new Disorderly(kind));
+            other.add(array.at(i));
+            ordered.add(array.at(i));
+        }
+        CmArray merged(other);
+        EXPECT_TRUE(merged.mergeSorted(other));
+        EXPECT_EQ(merged.total(), 4000);
+        merged.quickSort();
+        other.quickSort();
+        ordered.resort();
+        ordered.index(array.at(0));
+        std::vector<CmObject*> expected(array.begin(), array.end()), twice(merged.begin(), merged.end());
+        std::sort(expected.begin(), expected.end());
+        for (const CmArrayBase* sorted : {static_cast<CmArrayBase*>(&other), static_cast<CmArrayBase*>(&ordered)}) {
+            std::vector<CmObject*> left(sorted->begin(), sorted->end());
+            std::sort(left.begin(), left.end());
+            EXPECT_EQ(left, expected);
+        }
+        for (CmObject* object : expected)
+            ASSERT_EQ(std::ranges::count(twice, object), 2);
     }
 }
 
-TEST_F(CmArrayTest, ReplacingByItselfKeepsASharedElement) {
-    CmArray array;
-    array._ownsObjects = CmContainer::kShares;
-    auto* probe = new Probe;
-    array.add(probe);
-    probe->release();
-    EXPECT_TRUE(array.replaceAt(probe, 0));
-    EXPECT_EQ(referencesOf(probe), 1u);
-}
-
-/** One random edit, made on the array and on its model. */
-void editBoth(CmArray& array, std::vector<CmObject*>& model, std::mt19937& random) {
-    const int32_t count = static_cast<int32_t>(model.size());
-    const int32_t place = static_cast<int32_t>(random() % (count + 1));
-    const auto at = model.begin() + place;
-    CmObject* object = nullptr;
-    switch (random() % 5) {
-    case 0:
-    case 1:
-        object = new Probe(static_cast<int32_t>(random() % 50));
-        ASSERT_TRUE(array.insertAt(object, place));
-        model.insert(at, object);
-        break;
-    case 2:
-        ASSERT_EQ(array.removeAt(place), place < count);
-        if (place < count)
-            model.erase(at);
-        break;
-    case 3:
-        object = new Probe(static_cast<int32_t>(random() % 50));
-        ASSERT_EQ(array.replaceAt(object, place), place < count);
-        if (place < count)
-            *at = object;
-        else
-            object->release();
-        break;
-    default:
-        ASSERT_EQ(array.swap(0, place), place < count);
-        if (place < count)
-            std::swap(model.front(), *at);
+TEST_F(CmSortTest, OrderedArrayFindsTheFirstOfEqualOnes) {
+    for (const int32_t count : {1, 2, 3, 4, 50}) {
+        std::vector<Probe> probes;
+        for (int32_t i = 0; i < count; ++i)
+            probes.emplace_back(i / 3);
+        CmOrderedArray ordered;
+        for (Probe& probe : probes)
+            ordered.add(&probe);
+        for (int32_t rank = -1; rank <= 17; ++rank) {
+            const Probe searched(rank);
+            EXPECT_EQ(ordered.index(&searched), rank >= 0 && 3 * rank < count ? 3 * rank : -1);
+        }
+        EXPECT_TRUE(ordered.removeAbs(&probes.back()));
+        EXPECT_FALSE(ordered.containsAbs(&probes.back()));
     }
 }
 
-TEST_F(CmArrayTest, BehavesLikeAVector) {
-    std::mt19937 random(7);
-    CmArray array(0, 3);
-    array._ownsObjects = CmContainer::kTakesOver;
-    std::vector<CmObject*> model;
-    for (int32_t step = 0; step < 5000; ++step) {
-        SCOPED_TRACE(step);
-        editBoth(array, model, random);
-        ASSERT_EQ(array.total(), static_cast<int32_t>(model.size()));
-        ASSERT_EQ(Probe::living, array.total());
-        for (int32_t i = 0; i < array.total(); ++i)
-            ASSERT_EQ(array.at(i), model[i]);
-        if (model.empty())
-            continue;
-        CmObject* searched = model[random() % model.size()];
-        const auto equal = [searched](const CmObject* other) { return searched->isEqual(other); };
-        ASSERT_EQ(array.index(searched), std::ranges::find_if(model, equal) - model.begin());
-        ASSERT_EQ(array.indexAbs(searched), std::ranges::find(model, searched) - model.begin());
-    }
+TEST_F(CmSortTest, OrderedArrayHasNoPlaceForNullOrWhenItIsFull) {
+    CmOrderedArray full(1, 0);
+    Probe probe;
+    EXPECT_EQ(full.shouldGo(&probe), 0);
+    EXPECT_EQ(full.shouldGo(nullptr), -1);
+    full.add(&probe);
+    EXPECT_EQ(full.shouldGo(&probe), -1);
 }
 
-TEST_F(CmArrayTest, IteratorSurvivesEditsDuringAWalk) {
+TEST_F(CmSortTest, ShouldGoLooksAtItsPartOnly) {
     CmArray array;
-    fill(array, {1, 2, 3, 4});
-    CmArrayIterator cursor(array);
-    cursor += 3;
-    array.resize(2);
-    EXPECT_TRUE(cursor.done());
-    EXPECT_EQ(cursor.next(), nullptr);
-    fill(array, {5, 6});
-    EXPECT_EQ(rankOf(cursor.next()), 6);
+    fill(array, {1, 3, 3, 5, 7});
+    const Probe three(3);
+    const int32_t places[][3] = {
+        {0,  -1, 3},
+        {0,  1,  1},
+        {3,  5,  3},
+        {0,  2,  2},
+        {4,  99, 4},
+        {-7, 0,  0}
+    };
+    for (const auto& [from, to, place] : places)
+        EXPECT_EQ(array.shouldGo(&three, from, to), place) << from << ".." << to;
+    EXPECT_EQ(array.shouldGo(nullptr), -1);
+}
+
+TEST_F(CmSortTest, MergesInPlaceAndKeepsTheOrderOfEqualOnes) {
+    std::mt19937 random(3);
+    for (int32_t round = 0; round < 300; ++round) {
+        SCOPED_TRACE(round);
+        Ranks ranks;
+        const int32_t low = static_cast<int32_t>(random() % 3) * 10;  // before, among or behind the others
+        for (size_t i = random() % 15 + random() % 15; i > 0; --i)
+            ranks.push_back(static_cast<int32_t>(random() % 10) + (i % 2 ? low : 10));
+        std::sort(ranks.begin(), ranks.end());
+        std::vector<Probe> probes(ranks.begin(), ranks.end());
+        std::vector<CmObject*> sorted;
+        CmArray array(0, 0), other(20, 0);
+        array._ownsObjects = CmContainer::kShares;
+        for (size_t i = 0; i < probes.size(); ++i) {
+            if (i % 2)
+                other.add(&probes[i]);
+            else
+                ASSERT_TRUE(array.resize(array.total() + 1) && array.add(&probes[i]));
+        }
+        for (const CmArray* each : {&array, &other})
+            sorted.insert(sorted.end(), each->begin(), each->end());
+        std::ranges::stable_sort(sorted, {}, [](CmObject* object) { return rankOf(object); });
+        EXPECT_TRUE(array.mergeSorted(other));
+        EXPECT_TRUE(std::ranges::equal(array, sorted));
+        EXPECT_FALSE(!array.isEmpty() && array.mergeSorted(array));
+        for (Probe& probe : probes)
+            EXPECT_EQ(referencesOf(&probe), 2u);
+    }
 }
 
 }  // namespace

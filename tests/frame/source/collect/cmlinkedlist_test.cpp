@@ -1,4 +1,6 @@
 #include "collect/cmlinkedlist.h"
+#include "collect/cmarray.h"
+#include "collect/cmdlinkedlist.h"
 #include "collect/cmqueue.h"
 #include "tests/frame/source/collect/probe.h"
 #include <algorithm>
@@ -7,40 +9,55 @@
 namespace Tessarine {
 namespace {
 
-using CmLinkedListTest = CollectTest;
+/** All that keep the place that an element was given. */
+template <class List>
+class CmListTest : public CollectTest {
+protected:
+    using Element = std::conditional_t<std::is_same_v<List, CmILinkedList>, CmILink,
+                                       std::conditional_t<std::is_same_v<List, CmIDLinkedList>, CmIDLink, CmObject>>;
+    static Element* make(int32_t rank) { return new ProbeOf<Element>(rank); }
+};
+using Lists = testing::Types<CmLinkedList, CmDLinkedList, CmILinkedList, CmIDLinkedList>;
+TYPED_TEST_SUITE(CmListTest, Lists);
 
-struct ListEditRow {
+template <class List>
+class CmSequenceTest : public CmListTest<List> {};
+using Sequences = testing::Types<CmArray, CmLinkedList, CmDLinkedList, CmILinkedList, CmIDLinkedList>;
+TYPED_TEST_SUITE(CmSequenceTest, Sequences);
+
+template <class List, class Element>
+struct EditRow {
     const char* name;
-    bool (*edit)(CmLinkedList& list, CmObject* object);
+    bool (*edit)(List& list, Element* object);
     bool takes;
     Ranks expected;  // of a list of 1, 2, 3 and an object 9
 };
-const ListEditRow kEdits[] = {
-    {"append",           [](CmLinkedList& l, CmObject* o) { return l.append(o); },                true,  {1, 2, 3, 9}},
-    {"prepend",          [](CmLinkedList& l, CmObject* o) { return l.prepend(o); },               true,  {9, 1, 2, 3}},
-    {"insert first",     [](CmLinkedList& l, CmObject* o) { return l.insertAt(o, 0); },           true,  {9, 1, 2, 3}},
-    {"insert last",      [](CmLinkedList& l, CmObject* o) { return l.insertAt(o, 3); },           true,  {1, 2, 3, 9}},
-    {"insert between",   [](CmLinkedList& l, CmObject* o) { return l.insertAt(o, 2); },           true,  {1, 2, 9, 3}},
-    {"insert beyond",    [](CmLinkedList& l, CmObject* o) { return l.insertAt(o, 4); },           false, {1, 2, 3}   },
-    {"insert below",     [](CmLinkedList& l, CmObject* o) { return l.insertAt(o, -1); },          false, {1, 2, 3}   },
-    {"before the first", [](CmLinkedList& l, CmObject* o) { return l.insertBefore(o, l.at(0)); }, true,  {9, 1, 2, 3}},
-    {"before the last",  [](CmLinkedList& l, CmObject* o) { return l.insertBefore(o, l.at(2)); }, true,  {1, 2, 9, 3}},
-    {"before nothing",   [](CmLinkedList& l, CmObject* o) { return l.insertBefore(o, nullptr); }, false, {1, 2, 3}   },
-    {"after the last",   [](CmLinkedList& l, CmObject* o) { return l.insertAfter(o, l.at(2)); },  true,  {1, 2, 3, 9}},
-    {"after the first",  [](CmLinkedList& l, CmObject* o) { return l.insertAfter(o, l.at(0)); },  true,  {1, 9, 2, 3}},
-    {"after a stranger", [](CmLinkedList& l, CmObject* o) { return l.insertAfter(o, o); },        false, {1, 2, 3}   },
-    {"replace",          [](CmLinkedList& l, CmObject* o) { return l.replaceAt(o, 1); },          true,  {1, 9, 3}   },
-    {"replace beyond",   [](CmLinkedList& l, CmObject* o) { return l.replaceAt(o, 3); },          false, {1, 2, 3}   },
-    {"remove a twin",    [](CmLinkedList& l, CmObject*) { return l.removeAbs(nullptr); },         false, {1, 2, 3}   },
-};
 
-TEST_F(CmLinkedListTest, EditsLinkWhereTheySay) {
-    for (const ListEditRow& row : kEdits) {
+TYPED_TEST(CmListTest, EditsPutWhereTheySay) {
+    using L = TypeParam;
+    using E = typename TestFixture::Element;
+    std::vector<EditRow<L, E>> edits = {
+        {"append",           [](L& l, E* o) { return l.append(o); },                true,  {1, 2, 3, 9}},
+        {"prepend",          [](L& l, E* o) { return l.prepend(o); },               true,  {9, 1, 2, 3}},
+        {"before the first", [](L& l, E* o) { return l.insertBefore(o, l.at(0)); }, true,  {9, 1, 2, 3}},
+        {"before the last",  [](L& l, E* o) { return l.insertBefore(o, l.at(2)); }, true,  {1, 2, 9, 3}},
+        {"before nothing",   [](L& l, E* o) { return l.insertBefore(o, nullptr); }, false, {1, 2, 3}   },
+        {"after the last",   [](L& l, E* o) { return l.insertAfter(o, l.at(2)); },  true,  {1, 2, 3, 9}},
+        {"after the first",  [](L& l, E* o) { return l.insertAfter(o, l.at(0)); },  true,  {1, 9, 2, 3}},
+        {"after a stranger", [](L& l, E* o) { return l.insertAfter(o, o); },        false, {1, 2, 3}   },
+        {"remove a twin",    [](L& l, E*) { return l.removeAbs(nullptr); },         false, {1, 2, 3}   },
+    };
+    if constexpr (requires(L list, E* object) { list.addSorted(object); })
+        edits.push_back({
+            "sorted", [](L& l, E* o) { return l.addSorted(o); },
+                 true, {1, 2, 3, 9}
+        });
+    for (const auto& row : edits) {
         SCOPED_TRACE(row.name);
-        CmLinkedList list;
+        L list;
         fill(list, {1, 2, 3});
-        auto* object = new Probe(9);
-        EXPECT_EQ(row.edit(list, object), row.takes);
+        E* object = TestFixture::make(9);
+        row.edit(list, object);
         if (!row.takes)
             object->release();
         EXPECT_EQ(ranksOf(list), row.expected);
@@ -50,103 +67,187 @@ TEST_F(CmLinkedListTest, EditsLinkWhereTheySay) {
     }
 }
 
-TEST_F(CmLinkedListTest, WhatIsTakenOutKeepsItsReference) {
-    CmLinkedList list;
-    EXPECT_EQ(list.removeFirst(), nullptr);
-    EXPECT_EQ(list.removeLast(), nullptr);
-    fill(list, {1, 2, 3});
-    CmObject* first = list.removeFirst();
-    CmObject* last = list.removeLast();
-    EXPECT_EQ(rankOf(first), 1);
-    EXPECT_EQ(rankOf(last), 3);
-    CmObject* only = list.removeLast();
-    EXPECT_EQ(rankOf(only), 2);
-    EXPECT_TRUE(list.isEmpty());
-    for (CmObject* object : {first, last, only})
-        EXPECT_EQ(object->release(), 0u);
-    fill(list, {4, 5});
-    EXPECT_EQ(ranksOf(list), Ranks({4, 5}));
-}
-
-TEST_F(CmLinkedListTest, AddingTheVeryObjectsNeverCopies) {
-    CmLinkedList source, list;
-    source._ownsObjects = CmContainer::kShares;
-    auto* probe = new Probe;
-    source.add(probe);
-    list._ownsObjects = CmContainer::kTakesOver;
-    EXPECT_TRUE(list.addAllFromAbs(&source));
-    EXPECT_FALSE(list.addAllFromAbs(&list));
-    EXPECT_TRUE(list.containsAbs(probe));
-    EXPECT_EQ(referencesOf(probe), 2u);
-}
-
-/** Removes the very object from both; places of the others stay. */
-void editBoth(CmLinkedList& list, std::vector<CmObject*>& model, std::mt19937& random) {
-    const int32_t place = static_cast<int32_t>(random() % (model.size() + 1));
-    if (random() % 2 || model.empty()) {
-        auto* object = new Probe(static_cast<int32_t>(random() % 50));
-        ASSERT_TRUE(list.insertAt(object, place));
-        model.insert(model.begin() + place, object);
-        return;
+/** One random edit, made on the list and on its model. */
+template <class List, class Element>
+void editBoth(List& list, std::vector<Element*>& model, std::mt19937& random, Element* object) {
+    const int32_t count = static_cast<int32_t>(model.size());
+    const int32_t place = static_cast<int32_t>(random() % (count + 1));
+    const auto at = model.begin() + place;
+    const uint32_t edit = random() % 4;
+    bool taken = false;
+    if (edit < 2) {
+        ASSERT_TRUE(taken = list.insertAt(object, place));
+        model.insert(at, object);
+    } else if (edit == 2) {
+        ASSERT_EQ(taken = list.replaceAt(object, place), place < count);
+        if (taken)
+            *at = object;
+    } else {
+        ASSERT_EQ(list.removeAt(place), place < count);
+        if (place < count)
+            model.erase(at);
     }
-    CmObject* gone = model[place % model.size()];
-    ASSERT_TRUE(random() % 2 ? list.removeAbs(gone) : list.removeAt(list.indexAbs(gone)));
-    std::erase(model, gone);
+    if (!taken)
+        object->release();
 }
 
-TEST_F(CmLinkedListTest, BehavesLikeASequence) {
-    std::mt19937 random(11);
-    CmLinkedList list;
+TYPED_TEST(CmSequenceTest, BehavesLikeAVector) {
+    std::mt19937 random(7);
+    TypeParam list;
     list._ownsObjects = CmContainer::kTakesOver;
-    std::vector<CmObject*> model;
-    for (int32_t step = 0; step < 3000; ++step) {
+    std::vector<typename TestFixture::Element*> model;
+    for (int32_t step = 0; step < 2500; ++step) {
         SCOPED_TRACE(step);
-        editBoth(list, model, random);
+        editBoth(list, model, random, TestFixture::make(static_cast<int32_t>(random() % 50)));
         ASSERT_EQ(list.total(), static_cast<int32_t>(model.size()));
-        ASSERT_EQ(Probe::living, list.total());
-        CmLinkedListIterator cursor(list);
+        ASSERT_EQ(Ranked::living, list.total());
+        const std::unique_ptr<CmIterator> cursor(list.newIterator());
         for (CmObject* object : model)
-            ASSERT_EQ(cursor.next(), object);
-        ASSERT_TRUE(cursor.done());
-        cursor.last();
-        ASSERT_EQ(cursor.current(), model.empty() ? nullptr : model.back());
+            ASSERT_EQ(cursor->next(), object);
+        cursor->last();
+        for (auto at = model.rbegin(); at != model.rend(); ++at)
+            ASSERT_EQ(cursor->previous(), *at);
+        if (model.empty())
+            continue;
+        const size_t place = random() % model.size();
+        CmObject* searched = model[place];
+        const auto equal = [searched](const CmObject* other) { return searched->isEqual(other); };
+        ASSERT_EQ(list.index(searched), std::ranges::find_if(model, equal) - model.begin());
+        ASSERT_EQ(list.indexAbs(searched), static_cast<int32_t>(place));
+        ASSERT_EQ(list.at(static_cast<int32_t>(place)), searched);
     }
 }
 
-TEST_F(CmLinkedListTest, StepsOverWhatItRemoves) {
+TYPED_TEST(CmListTest, WhatIsTakenOutKeepsItsReferenceInEveryMode) {
+    for (const OwnershipRow& row : kOwnerships) {
+        SCOPED_TRACE(row.mode);
+        TypeParam list;
+        EXPECT_TRUE(!list.removeFirst() && !list.removeLast());
+        list._ownsObjects = row.mode;
+        for (const int32_t rank : {1, 2, 3}) {
+            auto* probe = TestFixture::make(rank);
+            probe->addRef();
+            list.add(probe);
+        }
+        CmObject* const taken[] = {list.removeFirst(), list.removeLast(), list.removeLast()};
+        fill(list, {4, 5});
+        EXPECT_EQ(ranksOf(list), Ranks({4, 5}));
+        for (CmObject* object : taken) {
+            EXPECT_EQ(referencesOf(object), row.whileHeld);
+            while (object->release() > 0) {}
+        }
+    }
+}
+
+/** Moves its neighbour to another list when it dies. */
+template <class List, class Element>
+struct Leaver : ProbeOf<Element> {
+    Leaver(List& home, List& refuge, Element* neighbour) : home(home), refuge(refuge), neighbour(neighbour) {}
+    ~Leaver() override {
+        EXPECT_FALSE(home.containsAbs(neighbour) || home.removeAbs(neighbour));
+        EXPECT_TRUE(refuge.add(neighbour));
+    }
+    List &home, &refuge;
+    Element* neighbour;
+};
+
+TYPED_TEST(CmListTest, AllAreOutBeforeTheFirstOneDies) {
+    using Element = typename TestFixture::Element;
+    TypeParam list, refuge;
+    Element* neighbour = TestFixture::make(2);
+    neighbour->addRef();
+    list._ownsObjects = refuge._ownsObjects = CmContainer::kTakesOver;
+    EXPECT_TRUE(list.add(new Leaver<TypeParam, Element>(list, refuge, neighbour)) && list.add(neighbour));
+    list.removeAll();
+    EXPECT_EQ(ranksOf(refuge), Ranks({2}));
+}
+
+using CmLinkedListTest = CollectTest;
+
+TEST_F(CmLinkedListTest, SortsWhatComesBehindEqualOnes) {
+    std::vector<ProbeOf<CmIDLink>> probes;
     CmLinkedList list;
-    fill(list, {1, 2, 3, 4, 5, 6});
-    CmLinkedListIterator cursor(list);
-    while (CmObject* object = cursor.next()) {
-        if (rankOf(object) % 2)
-            list.removeAbs(object);
+    CmIDLinkedList links;
+    for (const int32_t rank : {3, 1, 2, 1, 3, 2})
+        probes.emplace_back(rank);
+    for (auto& probe : probes)
+        ASSERT_TRUE(list.addSorted(&probe) && links.addSorted(&probe));
+    for (const int32_t place : {1, 3, 2, 5, 0, 4}) {
+        EXPECT_EQ(list.removeFirst(), &probes[place]);
+        EXPECT_EQ(links.removeFirst(), &probes[place]);
     }
-    EXPECT_EQ(ranksOf(list), Ranks({2, 4, 6}));
 }
 
-TEST_F(CmLinkedListTest, QueueAndStackHandOutTheirReferences) {
+TEST_F(CmLinkedListTest, LinkIsInOneListAtATime) {
+    ProbeOf<CmIDLink> probe, second(2);
+    Probe plain;
+    CmIDLinkedList list, other;
+    EXPECT_TRUE(list.add(&probe) && other.add(&second));
+    EXPECT_FALSE(list.add(&plain) || list.add(&probe) || other.add(&probe) || other.replaceAt(&probe, 0));
+    EXPECT_FALSE(other.removeAbs(&probe) || other.containsAbs(&probe));
+    EXPECT_EQ(ranksOf(other), Ranks({2}));
+    EXPECT_TRUE(list.removeAbs(&probe));
+    EXPECT_TRUE(other.add(&probe));
+}
+
+struct MoveRow {
+    const char* name;
+    void (*move)(CmIDLinkedList& list, CmIDLinkedList& source);
+    Ranks expected;  // of 1, 2 and a source of 8, 9
+};
+const MoveRow kMoves[] = {
+    {"append",      [](CmIDLinkedList& list, CmIDLinkedList& source) { list.appendList(source); },  {1, 2, 8, 9}},
+    {"prepend",     [](CmIDLinkedList& list, CmIDLinkedList& source) { list.prependList(source); }, {8, 9, 1, 2}},
+    {"take over",   [](CmIDLinkedList& list, CmIDLinkedList& source) { list.takeOver(source); },    {8, 9}      },
+    {"of nothing",  [](CmIDLinkedList& list, CmIDLinkedList&) { list.appendList(list); },           {1, 2}      },
+    {"from itself", [](CmIDLinkedList& list, CmIDLinkedList&) { list.takeOver(list); },             {1, 2}      },
+};
+
+TEST_F(CmLinkedListTest, WholeListsMoveWithTheirReferences) {
+    for (const MoveRow& row : kMoves) {
+        for (const auto mode : {CmContainer::kTakesOver, CmContainer::kShares}) {
+            SCOPED_TRACE(row.name);
+            CmIDLinkedList list, source;
+            fill(list, {1, 2});
+            fill(source, {8, 9});
+            list._ownsObjects = mode;
+            row.move(list, source);
+            EXPECT_EQ(ranksOf(list), row.expected);
+            EXPECT_EQ(list.total() + source.total(), Ranked::living);
+            EXPECT_EQ(backwardRanksOf(list), row.expected);
+            for (int32_t i = 0; i < list.total(); ++i)
+                EXPECT_EQ(referencesOf(list.at(i)), 1u);
+        }
+    }
+}
+
+TEST_F(CmLinkedListTest, AnyTwoLinksChangePlaces) {
+    for (int32_t first = 0; first < 4; ++first) {
+        for (int32_t second = 0; second < 4; ++second) {
+            CmIDLinkedList list;
+            fill(list, {0, 1, 2, 3});
+            Ranks expected = {0, 1, 2, 3};
+            std::swap(expected[first], expected[second]);
+            ProbeOf<CmIDLink> stranger;
+            EXPECT_FALSE(list.swap(&stranger, static_cast<CmIDLink*>(list.at(0))));
+            EXPECT_TRUE(list.swap(static_cast<CmIDLink*>(list.at(first)), static_cast<CmIDLink*>(list.at(second))));
+            EXPECT_EQ(ranksOf(list), expected);
+            EXPECT_EQ(backwardRanksOf(list), expected);
+        }
+    }
+}
+
+TEST_F(CmLinkedListTest, QueueAndStackTakeFromTheirEnds) {
     CmQueue queue;
     CmStack stack;
-    EXPECT_EQ(queue.peek(), nullptr);
-    EXPECT_EQ(queue.dequeue(), nullptr);
-    EXPECT_EQ(stack.pop(), nullptr);
-    queue._ownsObjects = stack._ownsObjects = CmContainer::kTakesOver;
-    for (const int32_t rank : {1, 2, 3}) {
-        EXPECT_TRUE(queue.enqueue(new Probe(rank)));
-        EXPECT_TRUE(stack.push(new Probe(rank)));
-    }
-    EXPECT_EQ(rankOf(queue.peek()), 1);
-    EXPECT_EQ(rankOf(stack.peek()), 3);
-    CmObject* oldest = queue.dequeue();
-    CmObject* newest = stack.pop();
-    CmObject* bottom = stack.removeBottom();
-    EXPECT_EQ(rankOf(oldest), 1);
-    EXPECT_EQ(rankOf(newest), 3);
-    EXPECT_EQ(rankOf(bottom), 1);
-    for (CmObject* object : {oldest, newest, bottom})
-        EXPECT_EQ(object->release(), 0u);
-    EXPECT_EQ(queue.total(), 2);
-    EXPECT_EQ(stack.total(), 1);
+    EXPECT_TRUE(!queue.peek() && !queue.dequeue() && !stack.peek() && !stack.pop());
+    Probe probes[] = {Probe(0), Probe(1), Probe(2)};
+    for (Probe& probe : probes)
+        EXPECT_TRUE(queue.enqueue(&probe) && stack.push(&probe));
+    EXPECT_TRUE(queue.peek() == &probes[0] && stack.peek() == &probes[2]);
+    EXPECT_TRUE(queue.dequeue() == &probes[0] && stack.pop() == &probes[2] && stack.removeBottom() == &probes[0]);
+    EXPECT_EQ(ranksOf(queue), Ranks({1, 2}));
+    EXPECT_EQ(ranksOf(stack), Ranks({1}));
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include "collect/cmstring.h"
+#include "collect/cmarray.h"
+#include "collect/cmtokens.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include <gtest/gtest.h>
 #include <string.h>
+#include <string>
 
 namespace Tessarine {
 namespace {
@@ -51,6 +54,72 @@ TEST(CmString, CopiesAreObjectsOfTheirOwn) {
     text->release();
     *classCast<CmString>(copy.get()) = u"other";
     EXPECT_FALSE(copy->isEqual(text));
+}
+
+std::string joined(const CmArray& parts) {
+    std::string all;
+    for (int32_t i = 0; i < parts.total(); ++i)
+        all += '<' + std::string(static_cast<CmString*>(parts.at(i))->text8()) + '>';
+    return all;
+}
+
+TEST(CmStringSplit, DropsEmptyPartsButTheTail) {
+    struct Row {
+        const char* text;
+        bool trim, keepEmptyTail;
+        const char* parts;
+    };
+    constexpr Row kRows[] = {
+        {"",          true,  false, "<>"           },
+        {"",          true,  true,  ""             },
+        {"a.b",       true,  false, "<a><b>"       },
+        {".a..b.",    true,  false, "<a><b><>"     }, // false adds the empty tail
+        {".a..b.",    true,  true,  "<a><b>"       },
+        {" a . . b ", true,  true,  "<a><b>"       },
+        {" a . . b ", false, true,  "< a >< >< b >"},
+    };
+    for (const Row& row : kRows) {
+        for (const bool wide : {false, true}) {
+            SCOPED_TRACE(testing::Message() << row.text << wide);
+            String text(row.text);
+            if (wide)
+                text.toWideString();
+            CmArray parts(0, -1);
+            const int32_t total = CmString::split(text, parts, u'.', row.trim, row.keepEmptyTail);
+            EXPECT_EQ(joined(parts), row.parts);
+            EXPECT_EQ(total, parts.total());
+            EXPECT_EQ(parts._ownsObjects, CmContainer::kTakesOver);
+        }
+    }
+    CmArray full(1, 0), parts(0, -1);
+    EXPECT_EQ(CmString::split8("a,b,c", full, ','), 1);  // what finds no place isn't leaked
+    EXPECT_EQ(CmString::split("a\xA5"
+                              "b",
+                              parts, u'\u2022'),
+              2);  // a delimiter of the code page's upper half
+}
+
+TEST(CmTokens, WalksAndRemembersTheDelimiter) {
+    CmTokens tokens("  one, two;three");
+    struct Row {
+        const char* delimiters;
+        const tchar* token;
+        tchar delimiter;
+    };
+    constexpr Row kRows[] = {
+        {" ,",  u"one",   u','},
+        {" ,;", u"two",   u';'},
+        {",;",  u"three", u';'}, // the text ended
+        {",;",  u"",      u';'},
+    };
+    for (int32_t round = 0; round < 2; ++round) {
+        for (const Row& row : kRows) {
+            EXPECT_EQ(std::u16string(tokens.next(row.delimiters)), row.token);
+            EXPECT_EQ(tokens.getDelimiter(), row.delimiter);
+        }
+        tokens.reset();
+    }
+    EXPECT_EQ(CmTokens().getDelimiter(), u'\n');
 }
 }  // namespace
 }  // namespace Tessarine

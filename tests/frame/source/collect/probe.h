@@ -1,40 +1,59 @@
 #pragma once
-#include "collect/cmcontainer.h"
+#include "collect/cmidlinkedlist.h"
+#include "collect/cmilinkedlist.h"
 #include <gtest/gtest.h>
 #include <memory>
 #include <vector>
 
 namespace Tessarine {
 
-/** An element that counts its living kin; equal and ordered by rank alone. */
-class Probe : public CmObject {
-public:
-    explicit Probe(int32_t rank = 0) : rank(rank) { ++living; }
-    Probe(const Probe& source) : CmObject(source), rank(source.rank) { ++living; }
-    ~Probe() override { --living; }
+/** What all probes have: they count their living kin. */
+struct Ranked {
+    explicit Ranked(int32_t rank) : rank(rank) { ++living; }
+    Ranked(const Ranked& source) : Ranked(source.rank) {}
+    virtual ~Ranked() { --living; }
 
-    bool isEqual(const CmObject* other) const override { return compare(other) == 0; }
-    int32_t compare(const CmObject* other) const override { return rank - static_cast<const Probe*>(other)->rank; }
-    DECLARE_NEWCOPY(Probe)
-
-    const int32_t rank;
+    int32_t rank;
     inline static int32_t living = 0;
 };
+
+inline int32_t rankOf(const CmObject* object) {
+    const auto* ranked = dynamic_cast<const Ranked*>(object);
+    return ranked ? ranked->rank : -1;
+}
+
+/** An element, or one that is a link too; equal, ordered and hashed by rank alone. */
+template <class Base>
+class ProbeOf : public Base, public Ranked {
+public:
+    explicit ProbeOf(int32_t rank = 0) : Ranked(rank) {}
+
+    bool isEqual(const CmObject* other) const override { return compare(other) == 0; }
+    int32_t compare(const CmObject* other) const override { return rank - rankOf(other); }
+    uint32_t hash(uint32_t buckets) const override { return uint32_t(rank) % buckets; }
+    DECLARE_NEWCOPY(ProbeOf)
+};
+using Probe = ProbeOf<CmObject>;
+
+/** Of the kind that the container takes. */
+inline CmObject* newProbe(const CmContainer& container, int32_t rank) {
+    if (container.isA("CmILinkedList"))
+        return new ProbeOf<CmILink>(rank);
+    if (container.isA("CmIDLinkedList"))
+        return new ProbeOf<CmIDLink>(rank);
+    return new Probe(rank);
+}
 
 /** Fails each test that leaves objects behind. */
 class CollectTest : public testing::Test {
 protected:
-    void SetUp() override { Probe::living = 0; }
-    void TearDown() override { EXPECT_EQ(Probe::living, 0) << "objects left behind"; }
+    void SetUp() override { Ranked::living = 0; }
+    void TearDown() override { EXPECT_EQ(Ranked::living, 0) << "objects left behind"; }
 };
 
 inline uint32_t referencesOf(FObject* object) {
     object->addRef();
     return object->release();
-}
-
-inline int32_t rankOf(const CmObject* object) {
-    return object ? static_cast<const Probe*>(object)->rank : -1;
 }
 
 /** The ranks as the iterator gives them. */
@@ -46,12 +65,32 @@ inline std::vector<int32_t> ranksOf(const CmContainer& container) {
     return ranks;
 }
 
+/** The same from the last to the first. */
+inline std::vector<int32_t> backwardRanksOf(const CmContainer& container) {
+    std::vector<int32_t> ranks;
+    const std::unique_ptr<CmIterator> cursor(container.newIterator());
+    for (cursor->last(); !cursor->done();)
+        ranks.insert(ranks.begin(), rankOf(cursor->previous()));
+    return ranks;
+}
+
 /** Hands over probes of these ranks; the container owns them. */
-inline void fill(CmContainer& container, std::initializer_list<int32_t> ranks) {
+inline void fill(CmContainer& container, const std::vector<int32_t>& ranks) {
     container._ownsObjects = CmContainer::kTakesOver;
     for (const int32_t rank : ranks)
-        ASSERT_TRUE(container.add(new Probe(rank)));
+        ASSERT_TRUE(container.add(newProbe(container, rank)));
 }
 
 using Ranks = std::vector<int32_t>;
+
+/** The three ownerships, and what they do to an object of two references. */
+struct OwnershipRow {
+    CmContainer::Ownership mode;
+    uint32_t whileHeld, afterRemoval;
+};
+constexpr OwnershipRow kOwnerships[] = {
+    {CmContainer::kBorrows,   2, 2},
+    {CmContainer::kTakesOver, 2, 1},
+    {CmContainer::kShares,    3, 2},
+};
 }  // namespace Tessarine

@@ -1,0 +1,222 @@
+#include "collect/cmarray.h"
+#include "collect/cmbtreedictionary.h"
+#include "collect/cmdictionary.h"
+#include "collect/cmhashdictionary.h"
+#include "pluginterfaces/base/smartpointer.h"
+#include "storage/fmstream.h"
+#include "storage/fnewarchive.h"
+#include "storage/fpersistent.h"
+#include "storage/fsimplearchive.h"
+#include "tests/frame/source/collect/probe.h"
+
+namespace Tessarine {
+namespace {
+
+/** A probe that can be stored. */
+class StoredProbe : public Probe {
+public:
+    DECLARE_CLASS(StoredProbe, CmObject)
+    explicit StoredProbe(int32_t rank = 0) : Probe(rank) {}
+    bool internalize(FArchive& archive) override { return archive.getStream().readInt32(rank); }
+    bool externalize(FArchive& archive) const override { return archive.getStream().writeInt32(rank); }
+};
+IMPLEMENT_CLASS(StoredProbe, CmObject)
+
+using CmPersistenceTest = CollectTest;
+
+OPtr<CmContainer> newContainer(const char* name) {
+    OPtr<FUnknown> made(ClassFactory::instance(true)->createObjectByName(name));
+    return OPtr<CmContainer>(classCast<CmContainer>(commonObject(made.detach())));
+}
+
+template <class Archive>
+void write(const CmObject& object, FMemoryStream& stream) {
+    Archive archive(&stream, true);
+    ASSERT_TRUE(archive.save(&object));
+    stream.rewind();
+}
+
+/** The elements that a container which borrows has read are the test's. */
+void end(CmContainer& container) {
+    container._ownsObjects = CmContainer::kTakesOver;
+    container.removeAll();
+}
+
+constexpr const char* kSequences[] = {"CmArray", "CmOrderedArray", "CmLinkedList", "CmDLinkedList",
+                                      "CmBTree", "CmQueue",        "CmStack"};
+
+TEST_F(CmPersistenceTest, ContainersComeBackWithTheirOwnership) {
+    for (const char* name : kSequences) {
+        for (const OwnershipRow& row : kOwnerships) {
+            SCOPED_TRACE(name + std::string(" with ownership ") + std::to_string(row.mode));
+            const OPtr<CmContainer> source = newContainer(name);
+            for (const int32_t rank : {1, 2, 2, 7})
+                source->add(new StoredProbe(rank));
+            source->_ownsObjects = row.mode;
+            FMemoryStream stream;
+            write<FNewArchive>(*source, stream);
+            FAttributes attributes;
+            EXPECT_TRUE(source->storeAttributes(attributes));
+            const OPtr<CmContainer> restored = newContainer(name);
+            for (int32_t reads = 0; reads < 2; ++reads) {  // a bag can be read many times
+                end(*restored);
+                EXPECT_TRUE(restored->restoreAttributes(attributes));
+            }
+            CmObject* loaded = FNewArchive(&stream, false).load(name);
+            auto* read = classCast<CmContainer>(loaded);
+            ASSERT_TRUE(read);
+            for (CmContainer* copy : {read, restored.get()}) {
+                EXPECT_EQ(ranksOf(*copy), ranksOf(*source));
+                EXPECT_EQ(copy->_ownsObjects, row.mode);
+                EXPECT_EQ(referencesOf(copy->at(0)), copy == read ? 1u : 2u);
+                end(*copy);
+            }
+            loaded->release();
+            end(*source);
+        }
+    }
+}
+
+TEST_F(CmPersistenceTest, LinksComeBackToo) {
+    CmILinkedList source;
+    source._ownsObjects = CmContainer::kTakesOver;
+    for (int32_t i = 0; i < 3; ++i)
+        source.append(new CmILink);
+    FMemoryStream stream;
+    write<FSimpleArchive>(source, stream);
+    const OPtr<CmObject> read(FSimpleArchive(&stream, false).load("CmILinkedList"));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(static_cast<CmILinkedList*>(read.get())->total(), 3);
+}
+
+template <class Dictionary>
+class CmStoredDictionaryTest : public CollectTest {};
+using Dictionaries = testing::Types<CmDictionary, CmBTreeDictionary, CmHashDictionary>;
+TYPED_TEST_SUITE(CmStoredDictionaryTest, Dictionaries);
+
+TYPED_TEST(CmStoredDictionaryTest, ComesBackByKey) {
+    TypeParam source;
+    source._ownsObjects = CmContainer::kTakesOver;
+    for (const int32_t rank : {3, 1, 2})
+        source.add(new StoredProbe(rank), new StoredProbe(10 * rank));
+    FMemoryStream stream;
+    write<FNewArchive>(source, stream);
+    const OPtr<CmObject> read(FNewArchive(&stream, false).load(source.isA()));
+    const bool isHashed = std::is_same_v<TypeParam, CmHashDictionary>;
+    const Probe two(2);
+    EXPECT_EQ(rankOf(static_cast<TypeParam*>(read.get())->lookupObject(&two)), isHashed ? -1 : 20);
+}
+
+TEST_F(CmPersistenceTest, AssociationKeepsKeyAndValueInAttributes) {
+    const OPtr<CmObject> key(new StoredProbe(5));
+    const CmAssociation association(key.get());
+    FAttributes attributes;
+    CmAssociation copy;
+    EXPECT_TRUE(association.storeAttributes(attributes) && copy.restoreAttributes(attributes));
+    EXPECT_TRUE(copy.key == key.get() && !copy.value);
+    copy.key->release();
+}
+
+TEST_F(CmPersistenceTest, HashTableIsWrittenButNotReadBackExceptFromAttributes) {
+    CmHashTable source(7);
+    source._ownsObjects = CmContainer::kTakesOver;
+    for (const int32_t rank : {1, 2, 3})
+        source.add(new StoredProbe(rank));
+    FMemoryStream stream;
+    {
+        FNewArchive archive(&stream, true);
+        const StoredProbe before(8), behind(9);  // the class must be known before the table
+        EXPECT_TRUE(archive.save(&before) && archive.save(&source) && archive.save(&behind));
+        stream.rewind();
+    }
+    FNewArchive archive(&stream, false);
+    const OPtr<CmObject> before(archive.load("StoredProbe")), read(archive.load("CmHashTable"));
+    const OPtr<CmObject> behind(archive.load("StoredProbe"));
+    ASSERT_TRUE(read);
+    const auto& table = *static_cast<CmHashTable*>(read.get());
+    EXPECT_EQ(table.total(), 0);
+    EXPECT_EQ(table.size(), 1);
+    EXPECT_EQ(table._ownsObjects, CmContainer::kTakesOver);
+    EXPECT_EQ(rankOf(behind.get()), 9) << "the elements are stepped over";
+
+    FAttributes attributes;
+    EXPECT_TRUE(source.storeAttributes(attributes));
+    CmHashTable restored;
+    EXPECT_TRUE(restored.restoreAttributes(attributes));
+    EXPECT_EQ(ranksOf(restored), Ranks({1, 2, 3}));
+}
+
+struct DeltaRow {
+    int32_t delta, size;  // of an array with three elements, and of the one read after 8 more
+    bool reads;
+};
+constexpr DeltaRow kDeltas[] = {
+    {-1, 20, true },
+    {-5, 20, true },
+    {4,  12, true },
+    {0,  0,  false},
+};
+
+TEST_F(CmPersistenceTest, NegativeDeltaIsWrittenAsTenAndOthersAreBelieved) {
+    for (const DeltaRow& row : kDeltas) {
+        SCOPED_TRACE(row.delta);
+        CmArray source(3, row.delta);
+        source._ownsObjects = CmContainer::kTakesOver;
+        for (const int32_t rank : {1, 2, 3})
+            source.add(new StoredProbe(rank));
+        FMemoryStream stream;
+        write<FSimpleArchive>(source, stream);
+        const OPtr<CmObject> read(FSimpleArchive(&stream, false).load("CmArray"));
+        ASSERT_EQ(bool(read), row.reads);
+        if (!read)
+            continue;
+        fill(*static_cast<CmArray*>(read.get()), {4, 5, 6, 7, 8, 9, 10, 11});
+        EXPECT_EQ(static_cast<CmArray*>(read.get())->size(), row.size);
+    }
+}
+
+struct HostileRow {
+    const char* name;
+    int32_t delta;
+    int16_t mode;
+    int32_t count;
+    int32_t elements;  // that follow
+    int32_t kept;
+};
+constexpr HostileRow kHostile[] = {
+    {"no such ownership",         10,        3,  1,         1, 0},
+    {"ownership below 0",         10,        -1, 1,         1, 0},
+    {"count below 0",             10,        1,  -1,        1, 0},
+    {"count of what isn't there", 10,        1,  INT32_MAX, 2, 2},
+    {"step of two billion",       INT32_MAX, 1,  3,         2, 2},
+    {"no step",                   0,         1,  1,         1, 0},
+    {"step back",                 -5,        2,  1,         1, 0},
+};
+
+TEST_F(CmPersistenceTest, HostileContainersEndTheReadingAndCostNothing) {
+    for (const HostileRow& row : kHostile) {
+        SCOPED_TRACE(row.name);
+        FMemoryStream stream;
+        FSimpleArchive writer(&stream, true);
+        stream.writeInt32(row.delta);
+        stream.writeInt16(row.mode);
+        stream.writeInt32(row.count);
+        for (int32_t i = 0; i < row.elements; ++i) {
+            const StoredProbe probe(i);
+            writer.save(&probe, false);
+        }
+        for (int64_t length = 0; length <= stream.getSize(); ++length) {
+            FMemoryStream cut(stream.getData(), static_cast<int32_t>(length));
+            FSimpleArchive reader(&cut, false);
+            CmArray array(0, 10);
+            EXPECT_FALSE(array.internalize(reader));
+            EXPECT_LE(array.total(), row.kept);
+            EXPECT_LE(array.size(), 10);
+            EXPECT_TRUE(length < stream.getSize() || array.total() == row.kept);
+            EXPECT_TRUE(array.isEmpty() || array._ownsObjects == row.mode) << "the ownership is put back";
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Tessarine
