@@ -1,3 +1,4 @@
+#include "pluginterfaces/base/iattributelist.h"
 #include "pluginterfaces/base/ibstream.h"
 #include "pluginterfaces/base/identifiers.h"
 #include "pluginterfaces/base/imessage.h"
@@ -24,11 +25,13 @@ DEFINE_IID(IPluginFactory3, 0x4555A2AB, 0xC1234E57, 0x9B122910, 0x36878931);
 DEFINE_IID(IBStream, 0xC3BF6EA2, 0x30994752, 0x9B6BF990, 0x1EE33E9B);
 DEFINE_IID(ISizeableStream, 0x04F9549E, 0xE02F4E6E, 0x87E86A87, 0x47F4E17F);
 
+DEFINE_IID_ROW(IAttributeList, kIAttributeListID);
 DEFINE_IID_ROW(IUpdateManager, kIUpdateManagerID);
 DEFINE_IID_ROW(IMessage, kIMessageID);
 DEFINE_IID_ROW(IMessage2, kIMessage2ID);
 DEFINE_IID_ROW(IMessageReceiver, kIMessageReceiverID);
 DEFINE_IID_ROW(IMessenger, kIMessengerID);
+DEFINE_IID_ROW(IMemoryStream, kIMemoryStreamID);
 DEFINE_IID_ROW(IModuleBundle, kIModuleBundleID);
 
 }  // namespace Tessarine

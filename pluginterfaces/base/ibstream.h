@@ -25,4 +25,14 @@ public:
     DECLARE_INTERFACE(ISizeableStream)
 };
 
+/** A stream whose bytes are in memory. */
+class IMemoryStream : public FUnknown {
+public:
+    /** Borrowed, until the stream is written to, resized or gone; null when it is empty. */
+    virtual char* getData() = 0;
+    virtual int64_t getSize() const = 0;
+
+    DECLARE_INTERFACE(IMemoryStream)
+};
+
 }  // namespace Tessarine

@@ -46,11 +46,21 @@ inline constexpr FUIDWords kIGuiDescriptionID = {0x8A77797D, 0x2B59446D, 0xAE988
 // change notification
 inline constexpr FUIDWords kIUpdateManagerID = {0x1B095249, 0x611A4A17, 0x94A9D436, 0xB9A61CE6};
 
+// attributes
+inline constexpr FUIDWords kIAttributeListID = {0x11F789E3, 0x99FD4C52, 0xB352DE36, 0x6C0F483C};
+
 // messages
 inline constexpr FUIDWords kIMessageID = {0x41EC7D91, 0xBF394194, 0xB0CE2F16, 0x6543DA7B};
 inline constexpr FUIDWords kIMessage2ID = {0x502B2740, 0xC0BE4D3A, 0xB7885748, 0x6FE9F373};
 inline constexpr FUIDWords kIMessageReceiverID = {0xCBED8408, 0xA5464BC5, 0x877CFB04, 0xB658BA34};
 inline constexpr FUIDWords kIMessengerID = {0xE9B7D89C, 0x06C04F5E, 0xB00F49DB, 0xFE519639};
+
+// names that are searched for
+inline constexpr FUIDWords kIObjectDescriptionID = {0xBF61A991, 0xAF2E4F49, 0xB5A4814B, 0x7CBDD31A};
+inline constexpr FUIDWords kIStringMatcherID = {0x4F99203B, 0xBEEC45B8, 0x93A29CFC, 0x5CFFC0D8};
+
+// streams
+inline constexpr FUIDWords kIMemoryStreamID = {0x0EFEC079, 0x30534387, 0xBDEF1E47, 0x24BC0CE7};
 
 // modules
 inline constexpr FUIDWords kIModuleBundleID = {0xA0FAF614, 0x77F44E6C, 0xB75DA7F7, 0x29A7586C};

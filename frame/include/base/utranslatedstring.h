@@ -2,9 +2,14 @@
 #include "pluginterfaces/base/funknown.h"
 
 namespace Tessarine {
+class IBStream;
 
-/** A text for the user, written in English beside its key. Without a translation the English text stands.
-    A static object costs no code at load. Main thread; what is handed out lives to the end of the program or module. */
+/** A text for the user, written in English beside its key. A table of another language replaces it; one for English is
+    always there, for keys that carry a remark in braces and would not be shown as they are.
+
+    Cost      a static object costs no code at load.
+    Threads   the main thread.
+    Results   what is handed out lives to the end of the program or module, whatever table comes after. */
 class UTranslatedString {
 public:
     /** Both literals. Without a key the English text is the key. */
@@ -14,6 +19,18 @@ public:
     const tchar* text() const;
     operator const tchar*() const { return text(); }
     const char* getKey() const { return key; }
+
+    /** Takes the place of the table before. The stream holds XML:
+
+            <translations>
+                <text key="Copy{{Noun}}">Kopie</text>
+            </translations>
+
+        The last of equal keys counts, and English stands in for those that are missing. false, and the old table stays:
+        not well formed, or another kind of document. */
+    static bool loadTable(IBStream* stream);
+    /** Back to English. */
+    static void forgetTable();
 
 private:
     const char* english;

@@ -1,54 +1,14 @@
 #include "base/source/fstring.h"
 #include "pluginterfaces/base/fvariant.h"
+#include "pluginterfaces/base/istringresult.h"
+#include "tests/base/source/stringtext.h"
 #include "tests/support/memorystreamer.h"
-#include <cmath>
 #include <gtest/gtest.h>
-#include <limits>
-#include <locale.h>
-#include <stdlib.h>
+#include <random>
 
 namespace Tessarine {
 namespace {
 using std::string_literals::operator""s;
-
-std::string text8Of(const String& text) {
-    return text.isWideString() ? "(wide)" : text.text8();
-}
-std::u16string text16Of(const String& text) {
-    return text.isWideString() ? text.text16() : u"(narrow)";
-}
-int32_t signOf(int32_t number) {
-    return (number > 0) - (number < 0);
-}
-
-/** Sets code page 0 to the end of the block. */
-class DefaultEncoding {
-public:
-    explicit DefaultEncoding(uint32_t encoding) { kDefaultSystemEncoding = encoding; }
-    ~DefaultEncoding() { kDefaultSystemEncoding = 0; }
-};
-
-/** A thread locale whose decimal mark is a comma, when the machine has one. */
-class CommaLocale {
-public:
-    CommaLocale() {
-        for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"})
-            if (!locale)
-                locale = newlocale(LC_ALL_MASK, name, nullptr);
-        if (locale)
-            before = uselocale(locale);
-    }
-    ~CommaLocale() {
-        if (!locale)
-            return;
-        uselocale(before);
-        freelocale(locale);
-    }
-    bool exists() const { return locale; }
-
-private:
-    locale_t locale = nullptr, before = nullptr;
-};
 
 TEST(StringWidth, EmptyTextIsNeverNull) {
     const ConstString views[] = {{}, static_cast<const char*>(nullptr), static_cast<const tchar*>(nullptr), ""};
@@ -84,106 +44,11 @@ TEST(StringWidth, UnconvertibleTextReadsAsEmptyAndStays) {
     const String text("ab\x82");  // cut off behind a lead byte
     EXPECT_EQ(*text.text16(), 0);
     EXPECT_EQ(text8Of(text), "ab\x82");
-}
-
-struct PageRow {
-    uint32_t codePage;
-    std::string bytes;
-    std::u16string units;
-};
-const PageRow kRoundTrips[] = {
-    {kCodePageDefault,          "\x8A\xA9\xD0",              u"\u00E4\u00A9\u2013"        },
-    {kCodePageMacRoman,         "a\xE7z",                    u"a\u00C1z"                  },
-    {kCodePageShiftJIS,         "\x93\xFA\x96{\xB1\x1A\x7F", u"\u65E5\u672C\uFF71\x1A\x7F"},
-    {kCodePageLatin1,           "\x80\xE4",                  u"\u20AC\u00E4"              },
-    {kCodePageMacCentralEurope, "\x8Bx",                     u"\u010Dx"                   },
-    {kCodePageUTF8,             "a\u00E4\u20AC\U0001F600",   u"a\u00E4\u20AC\U0001F600"   },
-    {12345,                     "plain",                     u"plain"                     },
-};
-
-TEST(StringCodePage, ConvertsBothWays) {
-    for (const PageRow& row : kRoundTrips) {
-        SCOPED_TRACE(row.codePage);
-        String text(row.bytes.c_str());
-        ASSERT_TRUE(text.toWideString(row.codePage));
-        EXPECT_EQ(text16Of(text), row.units);
-        ASSERT_TRUE(text.toMultiByte(row.codePage));
-        EXPECT_EQ(text8Of(text), row.bytes);
-        EXPECT_EQ(text.length(), row.bytes.size());
-    }
-}
-
-TEST(StringCodePage, ALostCharacterIsOneQuestionMark) {
-    const std::u16string lost = u"a\u65E5b\U0001F600c" + std::u16string(1, char16_t(0xD800)) + u"d" + char16_t(0xDC00);
-    for (const uint32_t codePage : {kCodePageMacRoman, kCodePageLatin1, kCodePageMacCentralEurope, CodePage(1)}) {
-        String text(lost.c_str());
-        ASSERT_TRUE(text.toMultiByte(codePage));
-        EXPECT_EQ(text8Of(text), "a?b?c?d?") << codePage;
-    }
-    String text(lost.c_str());
-    ASSERT_TRUE(text.toMultiByte(kCodePageUTF8));
-    EXPECT_EQ(text8Of(text), "a\u65E5b\U0001F600c?d?");
-    String japanese(lost.c_str());
-    ASSERT_TRUE(japanese.toMultiByte(kCodePageShiftJIS));
-    EXPECT_EQ(text8Of(japanese), "a\x93\xFA"s + "b?c?d?");
-}
-
-TEST(StringCodePage, MalformedInputKeepsTheOldText) {
-    const char* malformed[] = {"\x80",
-                               "a\xC3",
-                               "\xC0\xAF",
-                               "\xE0\x80\x80",
-                               "\xED\xA0\x80",
-                               "\xF4\x90\x80\x80",
-                               "\xF8\x88\x80\x80\x80",
-                               "long enough text \xFF",
-                               "\xE2\x82",
-                               "\xF0\x9F\x98"};
-    for (const char* bytes : malformed) {
-        SCOPED_TRACE(bytes);
-        String text("old");
-        EXPECT_FALSE(text.fromUTF8(bytes));
-        EXPECT_EQ(text8Of(text), "old");
-        EXPECT_EQ(ConstString::multiByteToWideString(nullptr, bytes, 0, kCodePageUTF8), 0);
-    }
-    String shiftJIS("\x81");
-    EXPECT_FALSE(shiftJIS.toWideString(kCodePageShiftJIS));
-    String ascii("\xE4");
-    EXPECT_FALSE(ascii.toWideString(12345));
-    EXPECT_EQ(text8Of(ascii), "\xE4");
-}
-
-TEST(StringCodePage, ANarrowStringIsTakenAsTheDefaultPage) {
-    String text("\x8A");
-    ASSERT_TRUE(text.toMultiByte(kCodePageUTF8));
-    EXPECT_EQ(text8Of(text), "\u00E4");
-}
-
-TEST(StringCodePage, HelpersCutAtWholeCharacters) {
-    tchar units[4];
-    EXPECT_EQ(ConstString::multiByteToWideString(units, "ab\U0001F600", 4, kCodePageUTF8), 3);
-    EXPECT_EQ(std::u16string(units), u"ab");
-    EXPECT_EQ(ConstString::multiByteToWideString(nullptr, "ab\U0001F600", 0, kCodePageUTF8), 5);
-    char bytes[5];
-    EXPECT_EQ(ConstString::wideStringToMultiByte(bytes, u"a\u20AC\u20AC", 5, kCodePageUTF8), 5);
-    EXPECT_STREQ(bytes, "a\u20AC");
-    EXPECT_GE(ConstString::wideStringToMultiByte(nullptr, u"a\u20AC\u20AC", 0, kCodePageUTF8), 8);
-}
-
-// Lengths around the words that are looked at as one, with the odd character at every place.
-TEST(StringCodePage, FindsTheOddCharacterAtEveryPlace) {
-    for (size_t length = 1; length < 20; ++length) {
-        for (size_t at = 0; at < length; ++at) {
-            std::u16string units(length, u'x');
-            units[at] = u'\u00E9';
-            String text(units.c_str());
-            EXPECT_FALSE(text.isAsciiString());
-            ASSERT_TRUE(text.toMultiByte(kCodePageUTF8));
-            EXPECT_EQ(text.length(), length + 1);
-            ASSERT_TRUE(text.toWideString(kCodePageUTF8));
-            EXPECT_EQ(text16Of(text), units);
-        }
-    }
+    String wide(u"xy");
+    wide.replace(0, 1, text).append(text);
+    EXPECT_EQ(wide.replace("x", text), 0);
+    EXPECT_FALSE(wide.replaceChars8("x", '\x82') || wide.startsWith(text) || wide.endsWith(text));
+    EXPECT_EQ(text16Of(wide), u"xy");
 }
 
 struct CompareRow {
@@ -226,7 +91,13 @@ TEST(StringCompare, WideTextByUnitsAndByFolding) {
     EXPECT_EQ(ConstString(u"Stra\u00DFe").compare(u"STRASSE", kIgnoreCase), 0);
     EXPECT_EQ(ConstString(u"\u212Aelvin").compare(u"kelvin", kIgnoreCase), 0);
     EXPECT_EQ(ConstString("\xE4").compare("z"), 0xE4 - 'z');  // bytes compare unsigned
+    // 8 bits compare as the C library does, terminator included
+    EXPECT_EQ(ConstString("ab").compare("abd"), -'d');
+    EXPECT_EQ(ConstString("abD").compare("ab", kIgnoreCase), 'd');
+    EXPECT_EQ(ConstString(u"ab").compare(u"abd"), -1);
     // with a count, the start of the other text is looked for
+    EXPECT_EQ(ConstString(u"abc").compare(u"ab", 5, kIgnoreCase), 0);
+    EXPECT_GT(ConstString("abc").compare("ab", 5, kIgnoreCase), 0);
     EXPECT_EQ(ConstString(u"abcdef").compare(u"ABC", 5, kIgnoreCase), 0);
     EXPECT_GT(ConstString(u"abcdef").compare(u"abc", 5), 0);
 }
@@ -267,6 +138,8 @@ TEST(StringCompare, NaturalOrder) {
         EXPECT_LT(wide.naturalCompare(row.more), 0);
     }
     EXPECT_EQ(strnatcmp8("Port2", "pORT2", false), 0);
+    EXPECT_EQ(strnatcmp16(u"\u00E9", u"\u00C9", false), 0x20);  // ASCII alone has case here
+    EXPECT_EQ(strnatcmp16(u"\u0661", u"\u0662"), -1);
     EXPECT_LT(strnatcmp8("Port2", "port1"), 0);
     EXPECT_EQ(strnatcmp8(nullptr, ""), 0);
 }
@@ -299,6 +172,54 @@ TEST(StringFind, ForwardsAndBackwards) {
         text.toWideString();
     }
     EXPECT_TRUE(ConstString().startsWith(""));
+}
+
+// Against the plain way, with texts longer than what is looked at in one go.
+TEST(StringFind, PlacesAreThoseOfThePlainSearch) {
+    std::minstd_rand random(5);
+    const auto someText = [&random](size_t size) {
+        std::u16string text(random() % (size + 1), u'\0');
+        for (char16_t& unit : text)
+            unit = u"abABkK\u212As"[random() % (random() % 8 ? 4 : 8)];
+        return text;
+    };
+    for (int32_t round = 0; round < 20000; ++round) {
+        const std::u16string text = someText(60), what = someText(4);
+        const size_t start = random() % 40;
+        std::u16string folded = text, foldedWhat = what;
+        for (std::u16string* each : {&folded, &foldedWhat})
+            for (char16_t& unit : *each)
+                unit = unit == 0x212A ? u'k' : ConstString::toLower(unit);
+        const auto place = [start](const std::u16string& where, const std::u16string& sought) {
+            return sought.empty() ? -1 : int32_t(where.find(sought, start));
+        };
+        String ours(text.c_str()), sought(what.c_str());
+        ASSERT_EQ(ours.findNext(int32_t(start), sought), place(text, what));
+        ASSERT_EQ(ours.findNext(int32_t(start), sought, kIgnoreCase), place(folded, foldedWhat));
+        if (!ours.toMultiByte(1) || !sought.toMultiByte(1) || ours.contains("?") || sought.contains("?"))
+            continue;
+        ASSERT_EQ(ours.findNext(int32_t(start), sought), place(text, what));
+        ASSERT_EQ(ours.findNext(int32_t(start), sought, kIgnoreCase), place(folded, foldedWhat));
+    }
+}
+
+TEST(StringFind, CountsAndDifferences) {
+    String text("aXaxaX");
+    for (int32_t wide = 0; wide < 2; ++wide) {
+        EXPECT_EQ(text.countOccurences("aX"), 2);
+        EXPECT_EQ(text.countOccurences("ax", 0, kIgnoreCase), 3);
+        EXPECT_EQ(text.countOccurences('a', 1), 2);
+        EXPECT_EQ(text.countOccurences(""), 0);
+        EXPECT_EQ(text.getFirstDifferent("aXaXaX"), 3);
+        EXPECT_EQ(text.getFirstDifferent("aXaXaX", kIgnoreCase), -1);
+        EXPECT_EQ(text.getFirstDifferent(u"aXa"), 3);
+        EXPECT_EQ(text.getFirstDifferent(""), 0);
+        EXPECT_EQ(text.testChar8(1, 'X'), !wide);
+        EXPECT_EQ(text.testChar16(1, u'X'), wide != 0);
+        text.toWideString();
+    }
+    EXPECT_EQ(ConstString("aaaa").countOccurences("aa"), 2);
+    EXPECT_EQ(ConstString(u"\u00C9x").getFirstDifferent(u"\u00E9y", kIgnoreCase), 1);
 }
 
 TEST(StringEdit, TheSourceMayBeTheStringItself) {
@@ -356,6 +277,82 @@ TEST(StringEdit, InsertReplaceRemove) {
     EXPECT_TRUE(text.extract(text, 4, 1));
     EXPECT_EQ(text16Of(text), u"\u65E5");
     EXPECT_FALSE(text.extract(text, 1));
+}
+
+struct RemoveRow {
+    bool (*edit)(String&);
+    const char *text, *expected;  // the same text: nothing went
+};
+constexpr RemoveRow kRemovals[] = {
+    {[](String& text) { return text.removeSubString("ab"); },        "xabyabab", "xy"   },
+    {[](String& text) { return text.removeSubString("ab", false); }, "xabyab",   "xyab" },
+    {[](String& text) { return text.removeSubString(u"ab"); },       "ba",       "ba"   },
+    {[](String& text) { return text.removeChars(); },                " a b ",    "ab"   },
+    {[](String& text) { return text.removeChars(kAlphaNumeric); },   "(a-1)",    "a1"   },
+    {[](String& text) { return text.removeChars(kAlphabetic); },     "(a-1)",    "a"    },
+    {[](String& text) { return text.removeChars8("abc"); },          "aXcbXb",   "XX"   },
+    {[](String& text) { return text.removeChars16(u"X"); },          "XX",       ""     },
+    {[](String& text) { return text.removeChars8(""); },             "abc",      "abc"  },
+    {[](String& text) { return text.replaceChars8("/\\", ':'); },    "a/b\\c",   "a:b:c"},
+    {[](String& text) { return text.replaceChars16(u"xy", u'.'); },  "axbyc",    "a.b.c"},
+    {[](String& text) { return text.replaceChars8("a", 0); },        "abc",      "abc"  },
+};
+
+TEST(StringEdit, TakesCharactersOut) {
+    for (const RemoveRow& row : kRemovals) {
+        for (int32_t wide = 0; wide < 2; ++wide) {
+            String text(row.text), expected(row.expected);
+            if (wide)
+                text.toWideString();
+            EXPECT_EQ(row.edit(text), row.text != std::string(row.expected)) << row.text;
+            EXPECT_EQ(text, expected) << row.text;
+            EXPECT_EQ(text.isEmpty(), text.ptr() == nullptr);
+        }
+    }
+    String tabs(u"a\tb\u2003");  // of 16-bit text, a tab is no white space
+    tabs.removeChars();
+    EXPECT_EQ(text16Of(tabs), u"a\tb");
+    String mixed("\x8A/");
+    EXPECT_TRUE(mixed.replaceChars16(u"\u00E4", u'\u65E5'));
+    EXPECT_EQ(text16Of(mixed), u"\u65E5/");
+    EXPECT_TRUE(mixed.replaceChars8("/", '\x8A'));
+    EXPECT_EQ(text16Of(mixed), u"\u65E5\u00E4");
+}
+
+TEST(StringEdit, ManySmallEditsKeepTheText) {
+    std::minstd_rand random(9);
+    std::string expected;
+    String text, wide(u"");
+    for (int32_t round = 0; round < 5000; ++round) {
+        const std::string piece(random() % 40, char('a' + round % 26));
+        const size_t at = random() % (expected.size() + 1), gone = random() % 60;
+        switch (random() % 4) {
+        case 0:
+            expected.erase(at, gone);
+            text.remove(uint32_t(at), int32_t(gone));
+            break;
+        case 1:
+            expected += 'z';
+            text.append('z');
+            break;
+        case 2:
+            expected.insert(at, piece);
+            text.insertAt(uint32_t(at), String(piece.c_str()));
+            break;
+        default:
+            expected += piece;
+            text.append(piece.c_str());
+        }
+        ASSERT_EQ(text8Of(text), expected);
+        ASSERT_EQ(text.length(), expected.size());
+        if (round % 50 == 0) {
+            wide.append(text).append(u'!');
+            String copy(wide);
+            copy.take(wide.pass(), true);
+            wide = copy;
+        }
+    }
+    EXPECT_EQ(wide.countOccurences(u'!'), 100);
 }
 
 TEST(StringEdit, TwoByteCharactersShortenWhenWidened) {
@@ -463,154 +460,71 @@ TEST(StringEdit, CopiesOut) {
     EXPECT_TRUE(ConstString(FVariant(int64_t(3))).isEmpty());
 }
 
-struct ScanRow {
-    const char* text;
-    uint32_t offset;
-    bool toEnd, found;
-    int64_t value;
-};
-constexpr ScanRow kScans[] = {
-    {"42",                    0, false, true,  42        },
-    {" \t-7x",                0, false, true,  -7        },
-    {"+5x",                   0, false, true,  5         },
-    {"x",                     0, false, false, 0         },
-    {"",                      0, true,  false, 0         },
-    {"12",                    2, true,  false, 0         },
-    {"ab12",                  0, false, false, 0         },
-    {"ab-12",                 0, true,  true,  -12       },
-    {"ab12",                  3, false, true,  2         },
-    {"- 3",                   0, true,  true,  3         },
-    {"--",                    0, true,  false, 0         },
-    {"   ",                   0, true,  false, 0         },
-    {"9223372036854775808",   0, false, true,  INT64_MAX },
-    {"-9223372036854775808",  0, false, true,  INT64_MIN },
-    {"-99999999999999999999", 0, false, true,  INT64_MIN },
-    {"4294967303",            0, false, true,  4294967303},
-};
-
-TEST(StringScan, IntegersInBothWidths) {
-    for (const ScanRow& row : kScans) {
-        String text(row.text);
-        for (int32_t wide = 0; wide < 2; ++wide) {
-            SCOPED_TRACE(row.text);
-            int64_t value = 0;
-            EXPECT_EQ(text.scanInt64(value, row.offset, row.toEnd), row.found);
-            EXPECT_EQ(value, row.value);
-            text.toWideString();
-        }
-    }
-    int32_t narrow = 0;
-    EXPECT_TRUE(ConstString("4294967303").scanInt32(narrow));
-    EXPECT_EQ(narrow, 7);
-    uint64_t number = 0;
-    EXPECT_TRUE(ConstString("-1").scanUInt64(number));
-    EXPECT_EQ(number, UINT64_MAX);
-    EXPECT_TRUE(ConstString("99999999999999999999").scanUInt64(number));
-    EXPECT_EQ(number, UINT64_MAX);
-    uint32_t number32 = 0;
-    EXPECT_TRUE(ConstString("4294967295").scanUInt32(number32));
-    EXPECT_EQ(number32, UINT32_MAX);
-    int64_t untouched = 11;
-    EXPECT_FALSE(ConstString(u"\u0661\u0662").scanInt64(untouched));  // digits of other scripts
-    EXPECT_EQ(untouched, 11);
-}
-
-TEST(StringScan, Hexadecimal) {
-    const std::pair<const char*, int32_t> rows[] = {
-        {"ff",                  0xFF},
-        {"0x1F",                0x1F},
-        {"0xg",                 0   },
-        {"1234",                0x34},
-        {"-1",                  0xFF},
-        {"g",                   -1  },
-        {"fffffffffffffffffff", 0xFF},
-    };
-    for (const auto& [text, expected] : rows) {
-        uint8_t value = 0x77;
-        EXPECT_EQ(ConstString(text).scanHex(value, 0, false), expected >= 0) << text;
-        EXPECT_EQ(value, expected < 0 ? 0x77 : expected) << text;
-    }
-}
-
-TEST(StringScan, FloatsWithPointOrComma) {
-    const CommaLocale foreign;
-    const std::pair<const char*, double> rows[] = {
-        {"1,5",          1.5     },
-        {"1.5",          1.5     },
-        {"x -2,25e2 dB", -225    },
-        {"1,5,7",        1.5     },
-        {".5",           .5      },
-        {"1e400",        HUGE_VAL},
-        {"0x1p4",        16      },
-    };
-    for (const auto& [text, expected] : rows) {
-        String both(text);
-        for (int32_t wide = 0; wide < 2; ++wide) {
-            double value = 0;
-            EXPECT_TRUE(both.scanFloat(value)) << text;
-            EXPECT_EQ(value, expected) << text;
-            both.toWideString();
-        }
-    }
-    double value = 4;
-    EXPECT_FALSE(ConstString("x1").scanFloat(value, 0, false));
-    EXPECT_FALSE(ConstString("dB").scanFloat(value));
-    EXPECT_FALSE(ConstString("1").scanFloat(value, 1));
-    EXPECT_EQ(value, 4);
-}
-
-TEST(StringPrint, InTheCLocaleWhateverTheHostHas) {
-    const CommaLocale foreign;
-    if (!foreign.exists())
-        GTEST_LOG_(INFO) << "this machine has no locale with a decimal comma";
-    String narrow, wide(u"w");
-    EXPECT_EQ(text8Of(narrow.printf("%.2f %s %d", 1.5, "x", -3)), "1.50 x -3");
-    const std::pair<double, const char*> rows[] = {
-        {1.0,                                     "1.0"                    },
-        {2.5,                                     "2.5"                    },
-        {2.0,                                     "2.0"                    },
-        {100,                                     "100.0"                  },
-        {-0.125,                                  "-0.125"                 },
-        {1e-9,                                    "0.0"                    },
-        {1e20,                                    "100000000000000000000.0"},
-        {std::numeric_limits<double>::infinity(), "inf"                    },
-    };
-    for (const auto& [value, expected] : rows) {
-        EXPECT_EQ(text8Of(narrow.printFloat(value)), expected);
-        EXPECT_EQ(text16Of(wide.printFloat(value)), std::u16string(String(expected).text16()));
-    }
-    EXPECT_EQ(text8Of(narrow.printInt64(INT64_MIN)), "-9223372036854775808");
-    EXPECT_EQ(text16Of(wide.printInt64(INT64_MIN)), u"-9223372036854775808");
-}
-
-TEST(StringPrint, SixteenBitFormats) {
-    String text;
-    EXPECT_EQ(text16Of(text.printf(u"%s=%d", u"gain\u65E5", -3)), u"gain\u65E5=-3");
-    EXPECT_EQ(text16Of(text.printf(u"%5s|%-4S|%.1S", "8\x8A", u"w", u"cut")), u"   8\u00E4|w   |c");
-    EXPECT_EQ(text16Of(text.printf(u"%c%C%%", '\x8A', u'\u65E5')), u"\u00E4\u65E5%");
-    EXPECT_EQ(text16Of(text.printf(u"%05d %+lld %llu %hhx %lX", 42, 7LL, UINT64_MAX, 0x1FF, 255L)),
-              u"00042 +7 18446744073709551615 ff FF");
-    EXPECT_EQ(text16Of(text.printf(u"%*d|%-*d|%.*f", 4, 1, 3, 2, 2, 1.005)), u"   1|2  |1.00");
-    EXPECT_EQ(text16Of(text.printf(u"%.3f %e %g %Lf", 2.0, 1.0, 0.5, 1.5L)), u"2.000 1.000000e+00 0.5 1.500000");
-    EXPECT_EQ(text16Of(text.printf(u"\u00E4%d: %s", 1, static_cast<const tchar*>(nullptr))), u"\u00E41: (null)");
-    EXPECT_EQ(text16Of(text.printf(u"end %")), u"end ");
-}
-
-TEST(StringPrint, CutsAtTheBuffer) {
-    String source, text;
-    source.assign('x', 5000);
-    EXPECT_EQ(text.printf("%s", source.text8()).length(), 4095u);
-    EXPECT_EQ(text.printf(u"%s", source.text16()).length(), 4095u);
-    EXPECT_EQ(text.printf(u"%99999d", 1).length(), 4095u);
-    EXPECT_EQ(text.printf(u"%.99999f", 1.0).length(), 4095u);
+template <class Char, class Signed>
+uint32_t formula(const std::basic_string<Char>& text, uint32_t n) {
+    uint32_t h = 0;
+    for (const Char c : text)
+        h = (uint32_t(Signed(c)) + (h << 6)) % n;
+    return h;
 }
 
 TEST(StringHash, MatchesTheFormula) {
-    EXPECT_EQ(hashString8("ab", 1000), ('b' + ('a' << 6)) % 1000u);
+    std::minstd_rand random(11);
+    const uint32_t limit = (1u << 26) - 1024;
+    for (int32_t round = 0; round < 20000; ++round) {
+        const uint32_t divisors[] = {1,     2,         50,         1009,       uint32_t(random()) % limit + 1,
+                                     limit, limit + 1, UINT32_MAX, 0x80000000, uint32_t(random()) * 2 + 1};
+        const uint32_t n = divisors[random() % std::size(divisors)];
+        std::u16string wide(random() % 40, u'\0');
+        for (char16_t& unit : wide)
+            unit = char16_t(1 + random() % (random() % 4 ? 127 : 65535));
+        std::string narrow(wide.begin(), wide.end());
+        narrow = narrow.c_str();
+        ASSERT_EQ(hashString8(narrow.c_str(), n), (formula<char, int8_t>(narrow, n)));
+        ASSERT_EQ(hashString16(wide.c_str(), n), (formula<char16_t, uint16_t>(wide, n)));
+    }
     EXPECT_EQ(hashString8("\xFF", 50), UINT32_MAX % 50);
-    EXPECT_EQ(hashString16(u"\xFF", 50), 0xFFu % 50);
+    EXPECT_EQ(hashString8("abc", 0), 0u);
     EXPECT_EQ(hashString8(nullptr, 7), 0u);
     EXPECT_EQ(hashString16(u"", 7), 0u);
+}
+
+TEST(StringBorder, VariantsPascalAndSystemStrings) {
+    FVariant value;
+    String text(u"\u00E4"), other("old");
+    text.toVariant(value);
+    EXPECT_FALSE(value.isOwner());
+    EXPECT_TRUE(other.fromVariant(value));
+    text.passToVariant(value);
+    EXPECT_TRUE(value.isOwner() && text.isEmpty());
+    EXPECT_EQ(std::u16string(value.getString16()), u"\u00E4");
+    String().passToVariant(value);
+    EXPECT_FALSE(value.isOwner());
+    EXPECT_STREQ(value.getString8(), "");
+    EXPECT_FALSE(other.fromVariant(FVariant(int64_t(3))));
+    EXPECT_EQ(text16Of(other), u"\u00E4");
+
+    unsigned char pascal[256];
+    EXPECT_EQ(other.toPascalString(pascal), 1);
+    EXPECT_EQ(pascal[1], 0x8A);
+    EXPECT_EQ(String().assign('x', 300).toPascalString(pascal), 255);
+    other.fromPascalString(pascal);
+    EXPECT_EQ(text8Of(other), std::string(255, 'x'));
+
+    const FString narrow("\x8A"), wide(u"\u00E4\U0001F600");
+    EXPECT_EQ(narrow.toCFStringRef(), nullptr);  // no ASCII
+    IString* ref = static_cast<IString*>(narrow.toCFStringRef(29));
+    EXPECT_EQ(std::u16string(ref->getText16()), u"\u00E4");
+    ref->release();
+    ref = static_cast<IString*>(wide.toCFStringRef());
+    String target(u"w");
+    EXPECT_TRUE(target.fromCFStringRef(ref));
+    EXPECT_EQ(target, wide);
+    target = "n";
+    EXPECT_TRUE(target.fromCFStringRef(ref, 1280));
+    EXPECT_EQ(text8Of(target), "\xE4?");
+    EXPECT_FALSE(target.fromCFStringRef(nullptr));
+    ref->release();
 }
 
 struct StoreRow {
@@ -662,7 +576,7 @@ TEST(StringStorage, ReadsTheMarksAndRefusesTheRest) {
         {"negative",
          "\xFF\xFF\xFF\xFF"
          "ab"s,                                                         false, FString()              },
-        {"malformed",              "\x06\0\0\0\xC3z\0\xEF\xBB\xBF"s,    false, FString()              },
+        {"malformed stays narrow", "\x06\0\0\0\xC3z\0\xEF\xBB\xBF"s,    true,  FString("\xC3z")       },
         {"cut off",                "\x05\0\0\0ab"s,                     false, FString()              },
         {"no size",                "\x05\0"s,                           false, FString()              },
     };
@@ -674,6 +588,14 @@ TEST(StringStorage, ReadsTheMarksAndRefusesTheRest) {
         EXPECT_EQ(text, row.loads ? row.expected : FString("old"));
         EXPECT_EQ(text.length(), (row.loads ? row.expected : FString("old")).length());
     }
+}
+
+TEST(StringStorage, AZeroInsideIsStoredAsItWasLoaded) {
+    MemoryStreamer stream("\4\0\0\0a\0b\0"s), again;
+    FString text;
+    ASSERT_TRUE(text.load(stream) && text.store(again));
+    EXPECT_EQ(again.bytes, stream.bytes);
+    EXPECT_EQ(String(u"x").append(text).length(), 2u);  // 16-bit text has none
 }
 
 TEST(StringStorage, ATooLongTextIsWrittenButSkippedInReading) {
@@ -695,7 +617,7 @@ TEST(StringStorage, RawTextWithCounts) {
     MemoryStreamer stream;
     EXPECT_TRUE(FString::storeString8(stream, nullptr) && FString::storeString16(stream, nullptr));
     EXPECT_TRUE(FString::storeString8(stream, "abc", 2) && FString::storeString16(stream, u"abc", 1));
-    EXPECT_EQ(stream.bytes, std::string(8, '\0') + "\3\0\0\0ab\0"s + "\5\0\0\0a\0\xEF\xBB\xBF"s);
+    EXPECT_EQ(stream.bytes, "\0\0\0\0\0\0\0\0\3\0\0\0ab\0\5\0\0\0a\0\xEF\xBB\xBF"s);
 }
 }  // namespace
 }  // namespace Tessarine

@@ -225,11 +225,14 @@ TEST(TOrderedArrayOrder, KeepsEqualOnesInOrderOfArrivalAndFindsTheFirst) {
         std::vector<Entry> entries(static_cast<size_t>(count));
         TOrderedArray<Entry> ordered(0, 10);
         TSortableArray<ISortablePtr<Entry, byRank>> sortable(0, 10);
+        TOrderedArray<double> numbers(0, -1);  // searched in a way of its own
         for (int i = 0; i < count; ++i) {
             entries[static_cast<size_t>(i)] = {static_cast<int>(random() % 12), i};
             ordered.add(entries[static_cast<size_t>(i)]);
             sortable.add(&entries[static_cast<size_t>(i)]);
+            numbers.add(entries[static_cast<size_t>(i)].rank);
         }
+        EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
         for (int i = 0; i + 1 < count; ++i) {
             const Entry &a = ordered.at(i), &b = ordered.at(i + 1);
             EXPECT_TRUE(a < b || (a == b && a.arrival < b.arrival));
@@ -241,6 +244,7 @@ TEST(TOrderedArrayOrder, KeepsEqualOnesInOrderOfArrivalAndFindsTheFirst) {
             const int32_t expected = first == ordered.end() ? -1 : static_cast<int32_t>(first - ordered.begin());
             EXPECT_EQ(ordered.index(wanted), expected);
             EXPECT_EQ(sortable.index(&wanted), expected);
+            EXPECT_EQ(numbers.index(rank), expected);
         }
     }
 }
@@ -281,29 +285,59 @@ TEST(TLists, InsertInTheMiddleOfADoublyLinkedOne) {
 }
 
 namespace {
-/** Looks into its list when it dies. */
+/** Looks into its container when it dies. */
 struct Visitor {
     std::shared_ptr<void> farewell;
     bool operator==(const Visitor&) const { return true; }
 };
+
+struct VisitorBuckets : THashTable<Visitor> {
+    VisitorBuckets() : THashTable(2, [](const Visitor&, int32_t) { return 0; }) {}
+};
 }  // namespace
 
-TEST(TLists, AreInOrderWhenADyingElementComesBack) {
+TEST(TContainers, AreInOrderWhenADyingElementComesBack) {
     TDLinkedList<Visitor> list;
-    TArray<Visitor> array(0, 10);
+    TArray<Visitor> array(0, 1);
+    VisitorBuckets table;
+    TContainer<Visitor>* const containers[] = {&list, &array, &table};
     Numbers seen;
     const auto visitorOf = [&](TContainer<Visitor>& container) {
-        return Visitor{std::shared_ptr<void>(nullptr, [&](void*) { seen.push_back(container.total()); })};
+        return Visitor{std::shared_ptr<void>(nullptr, [&](void*) {
+            seen.push_back(container.total());
+            if (container.isEmpty())
+                container.add({});
+        })};
     };
-    list.add(visitorOf(list));
-    array.add(visitorOf(array));
-    array.add(visitorOf(array));
-    list.add(visitorOf(list));
-    list.removeAt(0);
-    array.removeAt(0);
-    list.removeAll();
-    array.removeAll();
-    EXPECT_EQ(seen, (Numbers{1, 1, 0, 0}));
+    for (TContainer<Visitor>* container : containers) {
+        container->add(visitorOf(*container));
+        container->add(visitorOf(*container));
+        container->add(visitorOf(*container));
+        container->remove(container->at(1));
+        container->removeAll();
+        EXPECT_EQ(container->total(), 1);
+    }
+    EXPECT_EQ(seen, (Numbers{2, 0, 1, 2, 0, 1, 2, 0, 1}));
+}
+
+TEST(TLists, MayEndWithTheirOwnElement) {
+    auto* list = new TLinkedList<Visitor>;
+    list->add({std::shared_ptr<void>(nullptr, [&](void*) { delete list; })});
+    EXPECT_TRUE(list->removeAt(0));
+}
+
+TEST(TLists, UseTheirMemoryAgain) {
+    TDLinkedList<int> list;
+    std::vector<const int*> places;
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 5; ++i)
+            list.append(i);
+        for (int& value : list)
+            places.push_back(&value);
+        while (!list.isEmpty())
+            list.removeAt(list.total() / 2);
+    }
+    EXPECT_TRUE(std::equal(places.begin(), places.begin() + 5, places.begin() + 5));  // in order, whatever went first
 }
 
 TEST(TDictionaryPairs, AreUniqueAndAReplacedOneComesLast) {

@@ -1,11 +1,152 @@
 #include "base/ftextutils.h"
 #include "base/source/fstring.h"
+#include "collect/cmdate.h"
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 
 namespace Tessarine {
 namespace {
+
+TEST(FTextUtils, PrintsIntegersByTheirKind) {
+    struct Row {
+        UTextFormatType type;
+        int64_t value;
+        const char* text;
+    };
+    constexpr Row kRows[] = {
+        {kPlainFormat,       -5000000000,    "-5000000000"         },
+        {kSampleRateFormat,  44100,          "44.100 kHz"          },
+        {kChannelsFormat,    1,              "Mono"                },
+        {kChannelsFormat,    2,              "Stereo"              },
+        {kChannelsFormat,    0,              "0 Channels"          },
+        {kBitDepthFormat,    24,             "24 bit"              },
+        {kBitDepthFormat,    32,             "32 bit float"        },
+        {kBitRateFormat,     1411200,        "1411 kBit/s"         },
+        {kFileSizeFormat,    1024,           "1024 Bytes"          },
+        {kFileSizeFormat,    1025,           "1.00 KB"             },
+        {kFileSizeFormat,    1048576,        "1024.00 KB"          },
+        {kFileSizeFormat,    1048577,        "1.00 MB"             },
+        {kFileSizeFormat,    INT64_MAX,      "8388608.00 TB"       },
+        {kFileSizeFormat,    -1,             "-1 Bytes"            },
+        {kDurationFormat,    1,              "1 second"            },
+        {kDurationFormat,    60,             "60 seconds"          },
+        {kDurationFormat,    61,             "1 minute 1 second"   },
+        {kDurationFormat,    3600,           "60 minutes"          },
+        {kDurationFormat,    3605,           "60 minutes 5 seconds"},
+        {kDurationFormat,    86400 + 300,    "24 hours 5 minutes"  },
+        {kDurationFormat,    90061,          "1 day 1 hour"        },
+        {kDurationFormat,    2 * 86400 + 61, "2 days"              },
+        {kDurationFormat,    7325,           "2 hours 2 minutes"   },
+        {kHexFormat,         -1,             "FFFFFFFF"            },
+        {UTextFormatType(8), 9,              "9"                   },
+    };
+    for (const Row& row : kRows) {
+        String text("old");
+        FTextUtils::printInt(text, row.value, row.type);
+        EXPECT_STREQ(text.text8(), row.text);
+    }
+    String text;
+    FTextUtils::printFriendlyDuration(text, 90061);
+    EXPECT_STREQ(text.text8(), "1 day 1 hour 1 minute 1 second");
+}
+
+TEST(FTextUtils, ScansIntegersByTheirKind) {
+    struct Row {
+        UTextFormatType type;
+        const char* text;
+        bool scans;
+        int64_t value;
+    };
+    constexpr Row kRows[] = {
+        {kPlainFormat,    "x -7",                     true,  -7       },
+        {kPlainFormat,    "x",                        false, 77       },
+        {kFileSizeFormat, "1.5 kb",                   true,  1536     },
+        {kFileSizeFormat, "2,5M",                     true,  2621440  },
+        {kFileSizeFormat, "1 GB, not KB",             true,  1024     }, // K is looked for first
+        {kFileSizeFormat, "3 TB",                     true,  3        }, // there is no T
+        {kFileSizeFormat, "0.4",                      true,  0        },
+        {kFileSizeFormat, "1e300 G",                  true,  INT64_MAX},
+        {kFileSizeFormat, "-1e300",                   true,  INT64_MIN},
+        {kFileSizeFormat, "nan",                      false, 77       },
+        {kFileSizeFormat, "KB",                       false, 77       },
+        {kDateTimeFormat, "yesterday",                false, 77       },
+        {kDateTimeFormat, "2026-11-21 9:61:00",       false, 77       },
+        {kDateTimeFormat, "2026-11-21 9:05:00 later", false, 77       },
+    };
+    for (const Row& row : kRows) {
+        int64_t value = 77;
+        EXPECT_EQ(FTextUtils::scanInt(row.text, value, row.type), row.scans) << row.text;
+        EXPECT_EQ(value, row.value) << row.text;
+    }
+    for (const char* printed : {"2026-11-21 9:05:07", "2026-11-21 0:00:00"}) {
+        String text;
+        int64_t value = 0;
+        ASSERT_TRUE(FTextUtils::scanInt(printed, value, kDateTimeFormat));
+        FTextUtils::printInt(text, value, kDateTimeFormat);
+        EXPECT_STREQ(text.text8(), printed);
+    }
+    CmTime midnight;
+    EXPECT_TRUE(FTextUtils::scanDateTime(u" 2026-11-21 ", midnight));
+    EXPECT_EQ(midnight.getTotalSeconds(), 0);
+}
+
+TEST(FTextUtils, ScansVersions) {
+    struct Row {
+        const char* text;
+        int32_t parts, a, b, c;
+        float number;  // below 0: none
+    };
+    constexpr Row kRows[] = {
+        {"1.2.34",    3,  1,  2,  34,  1.234f},
+        {" 5 . 06 ",  2,  5,  6,  77,  5.6f  },
+        {"3.0.0.125", 4,  3,  0,  0,   3.f   },
+        {"4.",        1,  4,  77, 77,  4.f   },
+        {"1.x.3",     1,  1,  77, 77,  1.f   },
+        {"1.10.0",    3,  1,  10, 0,   -1.f  },
+        {"1.0.100",   3,  1,  0,  100, -1.f  },
+        {"beta",      -1, 77, 77, 77,  -1.f  },
+        {"",          0,  77, 77, 77,  -1.f  },
+    };
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.text);
+        int32_t a = 77, b = 77, c = 77;
+        EXPECT_EQ(FTextUtils::scanVersion(row.text, a, b, c), row.parts);
+        EXPECT_EQ(a * 10000 + b * 100 + c, row.a * 10000 + row.b * 100 + row.c);
+        float number = -1.f;
+        EXPECT_EQ(FTextUtils::scanVersionToFloat(row.text, number), row.number >= 0);
+        EXPECT_FLOAT_EQ(number, row.number);  // what is missing counts as 0
+    }
+}
+
+TEST(FTextUtils, PrintsSegments) {
+    constexpr std::pair<int32_t, const char*> kRows[] = {
+        {0,     "0|00|0 s|0 seconds|0:00:00|"                          },
+        {1,     "1|01|1 s|1 second|0:00:01|"                           },
+        {65,    "1:05|01:05|1:05 m|1:05 minutes|0:01:05|"              },
+        {3600,  "1:00:00|01:00:00|1:00:00 h|1:00:00 hour|1:00:00|"     },
+        {36061, "10:01:01|10:01:01|10:01:01 h|10:01:01 hours|10:01:01|"},
+    };
+    for (const auto& [seconds, printed] : kRows) {
+        String all, texts[5];
+        FTextUtils::printSegments(texts[0], seconds);
+        FTextUtils::printSegments(texts[1], seconds, true);
+        FTextUtils::printSegments(texts[2], seconds, false, FTextUtils::kShortUnit);
+        FTextUtils::printSegments(texts[3], seconds, false, FTextUtils::kUnitName);
+        FTextUtils::print3Segments(texts[4], seconds);
+        for (const String& text : texts)
+            all.append(text).append("|");
+        EXPECT_STREQ(all.text8(), printed);
+    }
+}
+
+TEST(FTextUtils, CountsCopies) {
+    String text("Rack");
+    for (const char* copy : {"Rack Copy", "Rack Copy 2", "Rack Copy 3"}) {
+        FTextUtils::makeCopyString(text);
+        EXPECT_STREQ(String(text).text8(), copy);
+    }
+}
 
 TEST(FTextUtils, PrintsFloats) {
     struct Row {

@@ -1,0 +1,235 @@
+#include "base/source/fstringconvert.h"
+#include "tests/base/source/stringtext.h"
+#include <gtest/gtest.h>
+#include <random>
+#include <unicode/uchar.h>
+#include <unicode/ucnv.h>
+#include <unicode/ustring.h>
+
+namespace Tessarine {
+namespace {
+using std::string_literals::operator""s;
+
+struct PageRow {
+    uint32_t codePage;
+    std::string bytes;
+    std::u16string units;
+};
+const PageRow kRoundTrips[] = {
+    {kCodePageDefault,          "\x8A\xA9\xD0",              u"\u00E4\u00A9\u2013"        },
+    {kCodePageMacRoman,         "a\xE7z",                    u"a\u00C1z"                  },
+    {kCodePageShiftJIS,         "\x93\xFA\x96{\xB1\x1A\x7F", u"\u65E5\u672C\uFF71\x1A\x7F"},
+    {kCodePageLatin1,           "\x80\xE4",                  u"\u20AC\u00E4"              },
+    {kCodePageMacCentralEurope, "\x8Bx",                     u"\u010Dx"                   },
+    {kCodePageUTF8,             "a\u00E4\u20AC\U0001F600",   u"a\u00E4\u20AC\U0001F600"   },
+    {12345,                     "plain",                     u"plain"                     },
+};
+
+TEST(StringCodePage, ConvertsBothWays) {
+    for (const PageRow& row : kRoundTrips) {
+        SCOPED_TRACE(row.codePage);
+        String text(row.bytes.c_str());
+        ASSERT_TRUE(text.toWideString(row.codePage));
+        EXPECT_EQ(text16Of(text), row.units);
+        ASSERT_TRUE(text.toMultiByte(row.codePage));
+        EXPECT_EQ(text8Of(text), row.bytes);
+        EXPECT_EQ(text.length(), row.bytes.size());
+    }
+}
+
+struct ConverterRow {
+    uint32_t codePage;
+    const char* name;
+};
+constexpr ConverterRow kConverters[] = {
+    {kCodePageMacRoman,         "macintosh"         },
+    {kCodePageShiftJIS,         "ibm-943_P15A-2003" },
+    {kCodePageLatin1,           "ibm-5348_P100-1997"},
+    {kCodePageMacCentralEurope, "macos-29-10.2"     },
+    {1,                         "US-ASCII"          },
+};
+
+TEST(StringCodePage, EveryUnitIsWhatTheServiceSays) {
+    for (const ConverterRow& row : kConverters) {
+        UErrorCode error = U_ZERO_ERROR;
+        UConverter* converter = ucnv_open(row.name, &error);
+        ucnv_setFromUCallBack(converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &error);
+        ASSERT_TRUE(U_SUCCESS(error)) << row.name;
+        for (uint32_t code = 0x80; code <= 0xFFFF; ++code) {  // ASCII is itself, also where the service turns controls
+            if (code == 0xF86F)
+                continue;  // a private use that the service maps in this direction alone
+            const tchar unit = tchar(code);
+            char expected[8] = {}, bytes[8] = {};
+            error = U_ZERO_ERROR;
+            const int32_t size = ucnv_fromUChars(converter, expected, 8, &unit, 1, &error);
+            const int64_t got = encodeText({&unit, 1}, bytes, 8, row.codePage);
+            ASSERT_EQ(std::string(bytes, size_t(got)),
+                      U_SUCCESS(error) && size > 0 ? std::string(expected, size_t(size)) : "?")
+                << row.name << ' ' << code;
+        }
+        ucnv_close(converter);
+    }
+}
+
+TEST(StringCodePage, ALostCharacterIsOneQuestionMark) {
+    const std::u16string lost = u"a\u65E5b\U0001F600c" + std::u16string(1, char16_t(0xD800)) + u"d" + char16_t(0xDC00);
+    const std::pair<uint32_t, std::string> rows[] = {
+        {kCodePageMacRoman,         "a?b?c?d?"              },
+        {kCodePageLatin1,           "a?b?c?d?"              },
+        {kCodePageMacCentralEurope, "a?b?c?d?"              },
+        {1,                         "a?b?c?d?"              },
+        {kCodePageUTF8,             "a\u65E5b\U0001F600c?d?"},
+        {kCodePageShiftJIS,         "a\x93\xFA"s + "b?c?d?" },
+    };
+    for (const auto& [codePage, expected] : rows) {
+        String text(lost.c_str());
+        ASSERT_TRUE(text.toMultiByte(codePage));
+        EXPECT_EQ(text8Of(text), expected) << codePage;
+    }
+}
+
+constexpr const char* kMalformed[] = {"\x80",
+                                      "\xC3",
+                                      "\xC3(",
+                                      "\xC0\xAF",
+                                      "\xC1\xBF",
+                                      "\xE0\x80\x80",
+                                      "\xE0\x9F\xBF",
+                                      "\xED\xA0\x80",
+                                      "\xF0\x8F\xBF\xBF",
+                                      "\xF4\x90\x80\x80",
+                                      "\xF8\x88\x80\x80\x80",
+                                      "\xFF",
+                                      "\xE2\x82",
+                                      "\xE2\x82(",
+                                      "\xF0\x9F\x98"};
+
+TEST(StringCodePage, MalformedInputAnywhereKeepsTheOldText) {
+    for (const char* bytes : kMalformed) {
+        for (size_t before = 0; before < 36; ++before) {
+            const std::string utf8 = std::string(before, 'x') + bytes + std::string(before / 2, 'y');
+            String text("old");
+            EXPECT_FALSE(text.fromUTF8(utf8.c_str())) << utf8;
+            EXPECT_EQ(text8Of(text), "old");
+            EXPECT_EQ(ConstString::multiByteToWideString(nullptr, utf8.c_str(), 0, kCodePageUTF8), 0);
+        }
+    }
+    for (const auto& [codePage, bytes] : {
+             std::pair(kCodePageShiftJIS, "\x81"), {CodePage(12345), "\xE4"}
+    }) {
+        String text(bytes);
+        EXPECT_FALSE(text.toWideString(codePage));
+        EXPECT_EQ(text8Of(text), bytes);
+    }
+}
+
+TEST(StringCodePage, ANarrowStringIsTakenAsTheDefaultPage) {
+    String text("\x8A");
+    ASSERT_TRUE(text.toMultiByte(kCodePageUTF8));
+    EXPECT_EQ(text8Of(text), "\u00E4");
+}
+
+TEST(StringCodePage, HelpersCutAtWholeCharacters) {
+    const std::u16string units = u"ab\U0001F600\u20AC and much more, to the end of some vectors";
+    const std::string utf8 = "ab\U0001F600\u20AC and much more, to the end of some vectors";
+    for (int32_t room = 1; room < 50; ++room) {
+        std::vector<tchar> wide(size_t(room), u'#');
+        const int32_t count = ConstString::multiByteToWideString(wide.data(), utf8.c_str(), room, kCodePageUTF8);
+        EXPECT_EQ(count, room == 4 ? 3 : std::min(room, int32_t(units.size()) + 1));
+        EXPECT_EQ(std::u16string(wide.data()), units.substr(0, size_t(count) - 1));
+        std::vector<char> narrow(size_t(room), '#');
+        const int32_t bytes = ConstString::wideStringToMultiByte(narrow.data(), units.c_str(), room, kCodePageUTF8);
+        const bool inside = (room > 3 && room < 7) || (room > 7 && room < 10);
+        EXPECT_EQ(bytes, inside ? (room < 7 ? 3 : 7) : std::min(room, int32_t(utf8.size()) + 1));
+        EXPECT_EQ(std::string(narrow.data()), utf8.substr(0, size_t(bytes) - 1));
+    }
+    EXPECT_EQ(ConstString::multiByteToWideString(nullptr, utf8.c_str(), 0, kCodePageUTF8), int32_t(units.size()) + 1);
+    EXPECT_GE(ConstString::wideStringToMultiByte(nullptr, units.c_str(), 0, kCodePageUTF8), int32_t(utf8.size()) + 1);
+}
+
+// Lengths around the vectors and counted pieces, with the odd character at every place.
+TEST(StringCodePage, FindsTheOddCharacterAtEveryPlace) {
+    for (const std::u16string odd : {u"\u00E9", u"\u20AC", u"\U0001F600", u"\xD800", u"\xDC00"}) {
+        for (size_t length : {1, 2, 7, 15, 16, 17, 31, 32, 33, 129}) {
+            for (size_t at = 0; at < length; ++at) {
+                std::u16string units(length, u'x');
+                units.replace(at, 1, odd);
+                String text(units.c_str());
+                EXPECT_FALSE(text.isAsciiString());
+                ASSERT_TRUE(text.toMultiByte(kCodePageUTF8));
+                ASSERT_TRUE(text.toWideString(kCodePageUTF8));
+                if (odd[0] == 0xD800 || odd[0] == 0xDC00)
+                    units[at] = u'?';
+                EXPECT_EQ(text16Of(text), units);
+            }
+        }
+    }
+}
+
+TEST(StringUnicode, CaseIsMappedUnitByUnitAsTheRootHasIt) {
+    for (uint32_t code = 1; code <= 0xFFFF; ++code) {
+        const tchar unit = tchar(code);
+        UErrorCode error = U_ZERO_ERROR;
+        UChar mapped[4];
+        const int32_t upper = u_strToUpper(mapped, 4, &unit, 1, "", &error);
+        ASSERT_EQ(ConstString::toUpper(unit), upper == 1 ? mapped[0] : unit) << code;
+        const int32_t lower = u_strToLower(mapped, 4, &unit, 1, "", &error);
+        ASSERT_EQ(ConstString::toLower(unit), lower == 1 ? mapped[0] : unit) << code;
+        ASSERT_EQ(foldUnit(unit), tchar(u_foldCase(unit, U_FOLD_CASE_DEFAULT))) << code;
+    }
+    for (int32_t c = -128; c < 128; ++c) {
+        const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        EXPECT_EQ(ConstString::isCharAlpha(char(c)), letter) << c;
+        EXPECT_EQ(ConstString::toUpper(char(c)), c >= 'a' && c <= 'z' ? c - 32 : c) << c;
+        EXPECT_EQ(ConstString::isCharSpace(char(c)), c == 32 || (c >= 9 && c <= 13)) << c;
+    }
+}
+
+TEST(StringUnicode, Normalizes) {
+    const char* nothing = "e";
+    String text(u"e\u0301\uFB01");
+    EXPECT_FALSE(text.isNormalized(kNormalizationC));
+    EXPECT_TRUE(text.isNormalized(kNormalizationD));
+    ASSERT_TRUE(text.normalize(kNormalizationC));
+    EXPECT_EQ(text16Of(text), u"\u00E9\uFB01");
+    ASSERT_TRUE(text.normalize(kNormalizationKC));
+    EXPECT_EQ(text16Of(text), u"\u00E9fi");
+    ASSERT_TRUE(text.normalize(kNormalizationKD));
+    EXPECT_EQ(text16Of(text), u"e\u0301fi");
+    EXPECT_FALSE(String(nothing).normalize());
+    EXPECT_TRUE(String(u"").normalize());
+}
+
+/** Texts from letters that differ in case, in number of units and in the way they fold. */
+std::u16string randomText(std::minstd_rand& random) {
+    static const std::u16string letters[] = {
+        u"a",      u"A",          u"k",          u"K",      u"\u212A", u"s",      u"S",      u"\u017F", u"\u00DF",
+        u"\u1E9E", u"\u0130",     u"\u0131",     u"i",      u"I",      u"\u00E9", u"\u00C9", u"\u03C3", u"\u03C2",
+        u"\u03A3", u"\U00010400", u"\U00010428", u"\xD801", u"\xDC00", u"x",      u"_",      u"\u0149", u"n"};
+    std::u16string text;
+    for (size_t length = random() % 24; length > 0; --length)
+        text += letters[random() % (random() % 4 ? 8 : std::size(letters))];
+    return text;
+}
+
+TEST(StringUnicode, ComparesIgnoringCaseAsTheServiceDoes) {
+    std::minstd_rand random(7);
+    for (int32_t round = 0; round < 20000; ++round) {
+        const std::u16string a = randomText(random), b = random() % 3 ? randomText(random) : a + u"\u00DF";
+        if (a.empty() || b.empty())
+            continue;
+        UErrorCode error = U_ZERO_ERROR;
+        const int32_t expected =
+            u_strCaseCompare(a.data(), int32_t(a.size()), b.data(), int32_t(b.size()), U_FOLD_CASE_DEFAULT, &error);
+        const String ours(a.c_str());
+        ASSERT_EQ(ours.compare(String(b.c_str()), kIgnoreCase), signOf(expected)) << round;
+        UChar folded[128], foldedB[128];
+        const int32_t sizeA = u_strFoldCase(folded, 128, a.data(), int32_t(a.size()), U_FOLD_CASE_DEFAULT, &error);
+        const int32_t sizeB = u_strFoldCase(foldedB, 128, b.data(), int32_t(b.size()), U_FOLD_CASE_DEFAULT, &error);
+        const bool begins =
+            std::u16string_view(folded, size_t(sizeA)).starts_with(std::u16string_view(foldedB, size_t(sizeB)));
+        ASSERT_EQ(ours.compare(String(b.c_str()), int32_t(b.size()), kIgnoreCase), begins ? 0 : signOf(expected));
+    }
+}
+}  // namespace
+}  // namespace Tessarine
