@@ -19,7 +19,8 @@ public:
 
     void setPath(const FPath& newPath) { path = newPath; }
     const FPath& getPath() const { return path; }
-    /** Opens the path with the mode; false, with the error kept: it can't be, or it is a folder. */
+    /** Opens the path with the mode; false, with the error kept: it can't be, or it is neither a file nor a
+        character device (a folder, a pipe). Never waits for another process. */
     bool open();
     /** false: there was an error, now or before. */
     bool close();
@@ -34,6 +35,9 @@ public:
     int64_t tell() override;
     /** Down to the medium; false: there was an error, now or before. */
     bool flush() override;
+    /** Open, and without an error. */
+    bool verify() override { return file >= 0 && !error(); }
+    void setReadWriteHook(UProgressHook* hook, int32_t blockSize) override;
     using FStream::seek;
     using FStream::tell;
 
@@ -44,6 +48,8 @@ public:
     bool setEof(int64_t size);
     /** The last reading came to the end. */
     bool eof() const { return atEnd; }
+    /** What places and sizes must be multiples of, in bytes; 0: any will do. */
+    uint32_t getSeekAlign() const { return 0; }
 
     bool error() const { return firstError != 0; }
     int32_t getFirstError(bool clear);
@@ -65,6 +71,8 @@ private:
     int32_t firstError = 0;
     bool atEnd = false;
     FPath path;
+    UProgressHook* progress = nullptr;  // borrowed
+    int64_t progressBytes = 0;          // it hears after so many; above 0 with a hook
 };
 
 }  // namespace Tessarine

@@ -1,6 +1,8 @@
 #include "storage/ffstream.h"
+#include "base/uprogresshook.h"
 #include "platformname.h"
 #include "storage/ffilesystem.h"
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <iterator>
@@ -15,7 +17,7 @@ int openFlags(int32_t mode) {
     const bool reads = mode & kOpenRead;
     const bool writes = mode & (kOpenWrite | kOpenCreate);
     const int access = !writes ? O_RDONLY : reads ? O_RDWR : O_WRONLY;
-    return access | O_CLOEXEC | (mode & kOpenCreate ? O_CREAT | O_TRUNC : 0);
+    return access | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | (mode & kOpenCreate ? O_CREAT | O_TRUNC : 0);
 }
 
 int whenceOf(FSeekMode mode) {
@@ -23,9 +25,15 @@ int whenceOf(FSeekMode mode) {
     return kWhence[mode];
 }
 
-bool isFolder(int file) {
+/** Why this is no file to read and write, else 0. It was opened without waiting, for the other end of a pipe may never
+    come; from here on it waits. */
+int32_t acceptFile(int file) {
     struct stat status;
-    return ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
+    if (::fstat(file, &status) != 0)
+        return errno;
+    if (!S_ISREG(status.st_mode) && !S_ISCHR(status.st_mode))
+        return S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP;
+    return ::fcntl(file, F_SETFL, ::fcntl(file, F_GETFL) & ~O_NONBLOCK) == 0 ? 0 : errno;
 }
 }  // namespace
 
@@ -42,9 +50,10 @@ bool FFileStream::open() {
     file = int32_t(TEMP_FAILURE_RETRY(::open(PlatformName(&path), openFlags(mode), kNewFileRights)));
     if (!check(file >= 0))
         return false;
-    if (!isFolder(file))
+    const int32_t refusal = acceptFile(file);
+    if (refusal == 0)
         return true;
-    setFirstError(EISDIR);
+    setFirstError(refusal);
     return close();
 }
 
@@ -63,12 +72,12 @@ int32_t FFileStream::queryInterface(const char* iid, void** obj) {
 
 int64_t FFileStream::readRaw(void* buffer, int64_t count) {
     char* bytes = static_cast<char*>(buffer);
-    return passAll(count, [&](int64_t passed) { return ::read(file, bytes + passed, size_t(count - passed)); });
+    return passAll(count, [&](int64_t passed, size_t size) { return ::read(file, bytes + passed, size); });
 }
 
 int64_t FFileStream::writeRaw(const void* buffer, int64_t count) {
     const char* bytes = static_cast<const char*>(buffer);
-    return passAll(count, [&](int64_t passed) { return ::write(file, bytes + passed, size_t(count - passed)); });
+    return passAll(count, [&](int64_t passed, size_t size) { return ::write(file, bytes + passed, size); });
 }
 
 int64_t FFileStream::seek(int64_t pos, FSeekMode mode) {
@@ -88,6 +97,11 @@ bool FFileStream::flush() {
     const bool flushed = TEMP_FAILURE_RETRY(::fsync(file)) == 0;
     check(flushed || errno == EINVAL);  // a device has no medium to reach
     return !error();
+}
+
+void FFileStream::setReadWriteHook(UProgressHook* hook, int32_t blockSize) {
+    progress = blockSize > 0 ? hook : nullptr;
+    progressBytes = blockSize;
 }
 
 int32_t FFileStream::getStreamSize(int64_t& size) {
@@ -134,17 +148,21 @@ bool FFileStream::check(bool done) {
     return done;
 }
 
-/** Repeats a call that passes what it can, until all is passed; the call is told how much was passed before. */
+/** Repeats a call that passes what it can, until all is passed; the call is told how much was passed before, and how much it
+    may pass. */
 template <class Call>
 int64_t FFileStream::passAll(int64_t count, Call call) {
+    const int64_t block = progress ? progressBytes : count;
     int64_t passed = 0;
     atEnd = false;
     while (passed < count) {
-        const int64_t step = TEMP_FAILURE_RETRY(call(passed));
+        const int64_t step = TEMP_FAILURE_RETRY(call(passed, size_t(std::min(block, count - passed))));
         atEnd = step == 0;
         if (!check(step >= 0) || atEnd)
             break;
         passed += step;
+        if (passed < count && !tellProgress(progress, passed, count))
+            break;
     }
     return passed;
 }

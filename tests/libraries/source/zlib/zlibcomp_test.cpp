@@ -1,0 +1,206 @@
+#include "libraries/source/zlib/zlibcomp.h"
+#include "base/fcompiledinclass.h"
+#include "base/source/finitializer.h"
+#include "base/uprogresshook.h"
+#include "storage/fcstream.h"
+#include "storage/ffstream.h"
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <unistd.h>
+
+namespace Tessarine {
+namespace {
+/** Something between text and noise. */
+std::string sampleOf(size_t size) {
+    std::mt19937 random(3);
+    std::string text;
+    while (text.size() < size)
+        text += random() % 3 ? "gain " + std::to_string(random() % 60) + "\n" : std::string(1, char(random()));
+    text.resize(size);
+    return text;
+}
+
+std::string deflated(const std::string& text, int level, const std::string& dictionary = {}) {
+    z_stream state = {};
+    deflateInit(&state, level);
+    if (!dictionary.empty())
+        deflateSetDictionary(&state, reinterpret_cast<const Bytef*>(dictionary.data()), uInt(dictionary.size()));
+    std::string bytes(deflateBound(&state, uLong(text.size())), '\0');
+    state.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+    state.avail_in = uInt(text.size());
+    state.next_out = reinterpret_cast<Bytef*>(bytes.data());
+    state.avail_out = uInt(bytes.size());
+    EXPECT_EQ(deflate(&state, Z_FINISH), Z_STREAM_END);
+    bytes.resize(state.total_out);
+    deflateEnd(&state);
+    return bytes;
+}
+
+OPtr<FMemoryStream> streamOf(const std::string& bytes) {
+    auto* stream = new FMemoryStream;
+    stream->writeRaw(bytes.data(), int64_t(bytes.size()));
+    stream->rewind();
+    return stream;
+}
+
+std::string contentOf(FMemoryStream& stream) {
+    return {stream.getData() ? stream.getData() : "", size_t(stream.getSize())};
+}
+
+/** What comes out of stored bytes, read in pieces of a size. */
+std::string inflated(const std::string& stored, int32_t piece, int64_t originalSize = -1) {
+    const OPtr<FCompressionEngine> engine(new ZLib::ZLibEngine);
+    FCompressionStream stream(streamOf(stored), engine);
+    EXPECT_TRUE(stream.beginDecompress(originalSize));
+    std::string text, block(size_t(piece), '\0');
+    for (int64_t size; (size = stream.readRaw(block.data(), piece)) > 0;)
+        text.append(block, 0, size_t(size));
+    EXPECT_EQ(stream.tell(), int64_t(text.size()));
+    return text;
+}
+
+struct LevelRow {
+    float quality;
+    int level;
+};
+
+TEST(ZLib, WritesWhatZlibWritesAtTheSameLevel) {
+    const LevelRow rows[] = {
+        {-1,    -1},
+        {0,     0 },
+        {0.1f,  0 },
+        {0.5f,  4 },
+        {0.99f, 8 },
+        {1,     9 },
+        {7,     9 }
+    };
+    for (const LevelRow& row : rows)
+        for (const size_t size : {0, 1, 65535, 65536, 200000}) {
+            SCOPED_TRACE(testing::Message() << row.quality << " " << size);
+            const std::string text = sampleOf(size);
+            FMemoryStream stored;
+            const OPtr<FMemoryStream> source = streamOf(text);
+            const OPtr<ZLib::ZLibEngine> engine(new ZLib::ZLibEngine);
+            ASSERT_TRUE(FCompressData(source, &stored, engine, row.quality));
+            // level 0 is cut up as the output has room
+            EXPECT_TRUE(row.level == 0 || contentOf(stored) == deflated(text, row.level));
+            EXPECT_TRUE(size < 2 || (row.level == 0) == (stored.getSize() > int64_t(size)));
+            EXPECT_TRUE(inflated(contentOf(stored), 1000) == text);
+        }
+}
+
+TEST(ZLib, WhatIsFlushedCanBeRead) {
+    FMemoryStream stored;
+    const OPtr<ZLib::ZLibEngine> engine(new ZLib::ZLibEngine);
+    FCompressionStream stream(&stored, engine);
+    EXPECT_FALSE(stream.writeInt32(1));  // not begun
+    ASSERT_TRUE(stream.beginCompress(1));
+    const std::string text = sampleOf(300000);
+    for (const size_t size : {0, 1, 100, 300000}) {
+        const int64_t before = stream.tell(), more = int64_t(size) - before;
+        EXPECT_EQ(stream.writeRaw(text.data() + before, more), more);
+        EXPECT_TRUE(stream.flush() && stream.flush());
+        EXPECT_TRUE(inflated(contentOf(stored), 777) == text.substr(0, size));
+    }
+    EXPECT_EQ(stream.seek(0, kFromCurrent), 300000);
+    EXPECT_EQ(stream.seek(0, kFromStart), -1);
+    EXPECT_TRUE(stream.finish() && stream.finish());
+}
+
+TEST(ZLib, DamagedInputEndsWithAShortCount) {
+    const std::string text = sampleOf(3000), stored = deflated(text, 6);
+    for (size_t cut = 0; cut < stored.size(); ++cut) {
+        const std::string read = inflated(stored.substr(0, cut), 100);
+        ASSERT_TRUE(text.starts_with(read)) << cut;
+    }
+    std::mt19937 random(5);
+    for (int32_t i = 0; i < 2000; ++i) {
+        std::string damaged = stored;
+        damaged[random() % damaged.size()] ^= char(1 << random() % 8);
+        ASSERT_LE(inflated(damaged, 100 + int32_t(random() % 5000)).size(), stored.size() * 1032 + 64);
+    }
+    EXPECT_EQ(inflated(deflated(text, 6, "gain "), 100), "");  // wants a dictionary, and would go on wanting
+    EXPECT_EQ(inflated(stored + stored, 100), text);
+}
+
+TEST(ZLib, ADeclaredSizeIsBelievedWithinReason) {
+    const std::string stored = deflated(std::string(5'000'000, '\0'), 9);
+    EXPECT_EQ(inflated(stored, 1 << 20).size(), 5'000'000u);
+    EXPECT_EQ(inflated(stored, 1 << 20, 1000).size(), 1000u);
+    EXPECT_EQ(inflated(stored, 1 << 20, 0).size(), 0u);
+    const OPtr<ZLib::ZLibEngine> engine(new ZLib::ZLibEngine);
+    FCompressionStream stream(streamOf("12345"), engine);
+    stream.beginDecompress(INT64_MAX);
+    EXPECT_EQ(stream.getOriginalSize(), 5 * 1032 + 64);
+}
+
+TEST(ZLib, AFullTargetIsAFailureAtOnce) {
+    const OPtr<ZLib::ZLibEngine> engine(new ZLib::ZLibEngine);
+    char room[70000];
+    FMemoryStream small(room, sizeof room);
+    const std::string text = sampleOf(2'000'000);
+    EXPECT_FALSE(FCompressData(streamOf(text), &small, engine, 0));
+    FMemoryStream tiny(room, 100);
+    EXPECT_FALSE(FCompressData(streamOf(text.substr(0, 1000)), &tiny, engine, 0));  // only the end doesn't fit
+    FMemoryStream output(room, 100);
+    EXPECT_FALSE(FDecompressData(streamOf(deflated(text, 1)), &output, engine));
+    FCompressionStream stream(&tiny, engine);
+    ASSERT_TRUE(stream.beginCompress(0));
+    stream.writeRaw(text.data(), 1000);
+    EXPECT_FALSE(stream.flush() || stream.verify() || stream.writeInt32(1) || stream.finish());
+}
+
+class CountingHook : public UProgressHook {
+public:
+    explicit CountingHook(int32_t limit) : limit(limit) {}
+    bool setProgress(int32_t percent) override {
+        last = percent;
+        return ++calls < limit;
+    }
+    int32_t limit, calls = 0, last = 0;
+};
+
+TEST(ZLib, AHookHearsOfEachBlockAndStops) {
+    const OPtr<ZLib::ZLibEngine> engine(new ZLib::ZLibEngine);
+    const std::string text = sampleOf(0x40000);
+    for (const int32_t limit : {1000, 2}) {
+        CountingHook hook(limit), backHook(limit);
+        FMemoryStream stored, back;
+        EXPECT_EQ(FCompressData(streamOf(text), &stored, engine, 1, &hook), limit > 2);
+        EXPECT_EQ(hook.calls, std::min(limit, 4));
+        EXPECT_EQ(hook.last, limit > 2 ? 100 : 50);
+        EXPECT_EQ(FDecompressData(streamOf(deflated(text, 6)), &back, engine, &backHook, 1000), limit > 2);
+        EXPECT_TRUE(text.starts_with(contentOf(back)));
+        EXPECT_EQ(back.getSize(), limit > 2 ? 0x40000 : 2000);
+    }
+}
+
+TEST(ZLib, TheDefaultEngineUnpacksAndMeasures) {
+    OneTimeProcedure::initialize(UINT32_MAX);
+    const OPtr<FCompressionEngine> engine(FCompressionEngine::createDefault());
+    FUID id;
+    ASSERT_TRUE(engine && engine->getCompressionCID(id) && id == ZLib::getCID());
+    const std::string text = sampleOf(100000);
+    const OPtr<FMemoryStream> source = streamOf(text);
+    source->seek(10, kFromStart);
+    EXPECT_DOUBLE_EQ(FGetCompressionRatio(source, nullptr, 0.5f),
+                     double(deflated(text.substr(10, 8192), 4).size()) / 8192);
+    EXPECT_EQ(source->tell(), 10);
+    FMemoryStream empty;
+    EXPECT_EQ(FGetCompressionRatio(&empty, nullptr, 0.5f), 1.0);
+
+    auto* compressed = new FCompressionStream(streamOf(deflated(text, 6)));
+    ASSERT_TRUE(compressed->beginDecompress(100000));
+    EXPECT_EQ(createUncompressedStream(source), source);
+    const OPtr<FStream> plain(createUncompressedStream(compressed));
+    source->rewind();
+    EXPECT_TRUE(plain->isStreamEqual(*source));
+    FCompressionStream again(streamOf(deflated(text, 6)));
+    again.beginDecompress();
+    FStreamUnpacker unpacker(&again), through(source);
+    EXPECT_TRUE(unpacker.getStream()->isStreamEqual(*source));
+    EXPECT_EQ(through.getStream(), source);
+}
+}  // namespace
+}  // namespace Tessarine
