@@ -72,10 +72,8 @@ if [ -n "$all" ]; then
         step "tests $sanitizer"
         run_tests "$sanitizer" -E '^tree\.'  # the tree is the same
     done
-    step "build fuzz"
-    build fuzz
     step "fuzzers"
-    python3 scripts/run_fuzzers.py build/fuzz "$fuzz_seconds"
+    python3 scripts/run_fuzzers.py build/asan "$fuzz_seconds"
 fi
 if [ -n "$long" ]; then
     step "soak"

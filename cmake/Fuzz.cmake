@@ -3,7 +3,7 @@ if(NOT TESSARINE_FUZZ)
     return()
 endif()
 if(NOT CMAKE_CXX_COMPILER_ID MATCHES Clang)
-    message(FATAL_ERROR "the fuzzers want clang: cmake --preset fuzz")
+    message(FATAL_ERROR "the fuzzers want clang: cmake --preset asan")
 endif()
 
 file(GLOB _fuzzers CONFIGURE_DEPENDS fuzz/*_fuzz.cpp)

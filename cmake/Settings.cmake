@@ -31,6 +31,10 @@ endif()
 if(TESSARINE_SANITIZE)
     add_compile_options(-fsanitize=${TESSARINE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${TESSARINE_SANITIZE})
+    if(TESSARINE_FUZZ)  # the coverage that guides the fuzzers
+        add_compile_options(-fsanitize=fuzzer-no-link)
+        add_link_options(-fsanitize=fuzzer-no-link)
+    endif()
     add_compile_definitions(TESSARINE_SANITIZED)  # the host keeps modules mapped, so that reports have names
     if(TESSARINE_SANITIZE MATCHES undefined)
         # both compare type records by address, and host and module have a copy each

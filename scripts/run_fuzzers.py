@@ -2,6 +2,8 @@
 """Runs each fuzzer over its corpus for some seconds; what it finds new is kept out of the tree.
 
 run_fuzzers.py BUILD-FOLDER SECONDS"""
+import concurrent.futures
+import os
 import pathlib
 import re
 import subprocess
@@ -22,17 +24,19 @@ def run(program, seconds):
             command.insert(1, f"-dict={dictionary}")
         result = subprocess.run(command, check=False, capture_output=True, text=True)
     runs = re.search(r"number_of_executed_units: *(\d+)", result.stderr)
-    print(f"{reader}: {runs.group(1) if runs else '?'} runs in {seconds} s, "
-          f"{'nothing found' if result.returncode == 0 else 'FAILED'}")
-    if result.returncode:
-        print(result.stderr[-6000:])
-    return result.returncode
+    passed = result.returncode == 0
+    report = f"{reader}: {runs.group(1) if runs else '?'} runs in {seconds} s, {'nothing found' if passed else 'FAILED'}"
+    return passed, report if passed else f"{report}\n{result.stderr[-6000:]}"
 
 
 def main():
     build, seconds = pathlib.Path(sys.argv[1]), int(sys.argv[2])
     programs = sorted((build / "fuzz").glob("*_fuzz"))
-    failed = sum(1 for program in programs if run(program, seconds))
+    failed = 0
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        for passed, report in pool.map(run, programs, [seconds] * len(programs)):
+            failed += not passed
+            print(report, flush=True)
     print(f"{len(programs) - failed} passed, {failed} failed")
     return 1 if failed or not programs else 0
 
