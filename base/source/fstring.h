@@ -170,8 +170,8 @@ public:
     bool testChar16(uint32_t index, tchar c) const { return isWide && index < len && buffer16[index] == c; }
 
     /** Converts terminated text into dst, which has room for dstCount units, and terminates it; what doesn't fit is cut
-        off at a whole character. The result counts units with the terminator; 0: src is malformed. A null dst asks for
-        the size. */
+        off at a whole character. The result counts units with the terminator; 0: src is malformed, and dst empty. A null
+        dst asks for the size. */
     static int32_t multiByteToWideString(tchar* dst, const char* src, int32_t dstCount,
                                          uint32_t codePage = kCodePageDefault);
     /** The reverse; the result counts bytes with the terminator. A character that the code page lacks, a lone surrogate
@@ -275,10 +275,12 @@ public:
     }
     String& append(TextUnit auto c, int32_t count = 1) {
         const uint32_t end = len;
-        if (count != 1 || c == 0 || end == 0 || isWide != (sizeof c == sizeof(tchar)) || !hasRoom(end + 1))
+        const bool fits = isWide == (sizeof c == sizeof(tchar)) && (size_t(end) + 2) * sizeof c <= room;
+        if (count != 1 || c == 0 || end == 0 || !fits)
             return appendRepeated(c, count);
-        units<decltype(c)>()[end] = c;
-        units<decltype(c)>()[end + 1] = 0;
+        auto* const place = units<decltype(c)>() + end;
+        place[0] = c;
+        place[1] = 0;
         len = end + 1;
         return *this;
     }

@@ -221,10 +221,8 @@ public:
     uint64_t nearly(uint64_t value) const {
         return value - uint64_t((static_cast<unsigned __int128>(value) * factor) >> 64) * n;
     }
-    uint32_t of(uint64_t value) const {
-        const uint64_t rest = nearly(value);
-        return uint32_t(rest >= n ? rest - n : rest);
-    }
+    /** The rest of what is below 2 * n. */
+    uint32_t lastStep(uint64_t value) const { return uint32_t(value >= n ? value - n : value); }
 
 private:
     static constinit std::atomic<uint64_t> lastFactor;  // of any divisor: whose it is, its product says
@@ -269,15 +267,19 @@ uint64_t hashedEight(const tchar* text) {
     return (joined32(joined16(wordAt(text)), 12) << 24) + joined32(joined16(wordAt(text + 4)), 12);
 }
 
-/** Without a sign to extend. */
+/** Without a sign to extend; count is a multiple of eight. */
 bool arePlain(const char* text, size_t count) {
-    return count == kHashUnits ? (wordAt(text) & 0x8080808080808080u) == 0 : countAscii(text, count) == count;
+    uint64_t bits = 0;
+    for (size_t at = 0; at < count; at += sizeof bits)
+        bits |= wordAt(text + at);
+    return (bits & 0x8080808080808080u) == 0;
 }
 bool arePlain(const tchar*, size_t) {
     return true;
 }
 
-/** h = (c + (h << 6)) % n. Where nothing overflows, one remainder serves several characters. */
+/** h = (c + (h << 6)) % n. Where nothing overflows, one remainder serves several characters; of two such groups the first
+    has its own beforehand, so that the next group waits for one alone. */
 template <class Char>
 uint32_t hashUnits(View<Char> text, uint32_t n) {
     if (text.empty() || n == 0)
@@ -287,10 +289,15 @@ uint32_t hashUnits(View<Char> text, uint32_t n) {
     if (n <= kMaxPlainDivisor) {
         const Remainder remainder(n);
         const uint64_t factor = remainder.nearly(kHashFactor);
+        const uint64_t square = remainder.nearly(factor * factor);
         uint64_t sum = 0;
+        for (; at + 2 * kHashUnits <= text.size() && arePlain(&text[at], 2 * kHashUnits); at += 2 * kHashUnits) {
+            const uint64_t first = remainder.nearly(hashedEight(&text[at])) * factor;
+            sum = remainder.nearly(sum * square + first + hashedEight(&text[at + kHashUnits]));
+        }
         for (; at + kHashUnits <= text.size() && arePlain(&text[at], kHashUnits); at += kHashUnits)
             sum = remainder.nearly(sum * factor + hashedEight(&text[at]));
-        h = remainder.of(sum);
+        h = remainder.lastStep(sum);
     }
     for (; at < text.size(); ++at)
         h = hashStep(h, text[at], n);

@@ -328,11 +328,9 @@ int32_t ConstString::multiByteToWideString(tchar* dst, const char* src, int32_t 
     if (!src || (dst && dstCount < 1))
         return 0;
     const int64_t count = decodeText(src, dst, dst ? size_t(dstCount) - 1 : 0, codePage);
-    if (count < 0)
-        return 0;
     if (dst)
-        dst[count] = 0;
-    return int32_t(std::min<int64_t>(count + 1, INT32_MAX));
+        dst[std::max<int64_t>(count, 0)] = 0;
+    return count < 0 ? 0 : int32_t(std::min<int64_t>(count + 1, INT32_MAX));
 }
 
 int32_t ConstString::wideStringToMultiByte(char* dst, const tchar* src, int32_t dstCount, uint32_t codePage) {

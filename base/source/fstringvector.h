@@ -123,6 +123,8 @@ inline void copyBytes(void* target, const void* source, size_t size) {
         copyEnds(std::integral_constant<size_t, 16>());
     else if (size >= 8)
         copyEnds(std::integral_constant<size_t, 8>());
+    else if (size >= 4)
+        copyEnds(std::integral_constant<size_t, 4>());
     else
         while (size-- > 0)
             dst[size] = src[size];

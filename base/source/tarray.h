@@ -15,6 +15,14 @@
 
 namespace Tessarine {
 
+/** How many places an array of size places grows to by its delta; 0: it can't. */
+inline int32_t grownSize(int32_t size, int32_t delta) {
+    constexpr int32_t kDoubling = -1, kFirstDoubling = 10;
+    const int64_t doubled = size <= 0 ? kFirstDoubling : int64_t{size} * 2;
+    const int64_t grown = delta == kDoubling ? doubled : int64_t{size} + delta;
+    return grown > size && grown <= std::numeric_limits<int32_t>::max() ? static_cast<int32_t>(grown) : 0;
+}
+
 /** What all arrays share.
 
     Growth    when all `_size` places are taken, by delta: 0 never, -1 to twice the size (10 at first), else by so many
@@ -327,11 +335,8 @@ template <class T>
 bool TArrayBase<T>::grow() {
     if (_total < _size)
         return true;
-    if (delta == 0)
-        return false;
-    const int64_t doubled = _size <= 0 ? 10 : int64_t{_size} * 2;
-    const int64_t wanted = delta == -1 ? doubled : int64_t{_size} + delta;
-    return wanted > _total && wanted <= std::numeric_limits<int32_t>::max() && resize(static_cast<int32_t>(wanted));
+    const int32_t grown = grownSize(_size, delta);
+    return grown > 0 && resize(grown);
 }
 
 template <class T>

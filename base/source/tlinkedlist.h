@@ -115,7 +115,8 @@ private:
         int32_t living = 0;
     };
 
-    static constexpr std::ptrdiff_t kFewPlaces = 8, kMostPlaces = 1024;  // of the first block, which double up to these
+    static constexpr std::ptrdiff_t kFewPlaces = 8,
+                                    kMostPlaces = 16384;  // of the first block, which double up to these
 
     Place* takePlace();
     void addBlock();

@@ -1,15 +1,17 @@
 #pragma once
 #include "collect/cmcontainer.h"
+#include <cstddef>
+#include <memory>
+#include <utility>
+#include <vector>
 
 namespace Tessarine {
 
-/** A node of a CmBTree, in one block of memory with its keys and children: keys in order, and on inner nodes one child
+/** A node of a CmBTree, side by side in memory with its keys and children: keys in order, and on inner nodes one child
     more than keys. Its tree moves it about. */
 class CmBTreeNode {
 public:
-    /** The caller deletes it. */
-    static CmBTreeNode* make(int32_t order, bool leaf);
-    static void operator delete(void* memory) { ::operator delete(memory); }
+    CmBTreeNode(CmObject** keys, CmBTreeNode** children) : keys(keys), children(children) {}
 
     bool isLeaf() const { return !children; }
     CmBTreeNode* childAt(int32_t index) const { return children ? children[index] : nullptr; }
@@ -30,10 +32,34 @@ public:
     int32_t count = 0;
     CmBTreeNode* parent = nullptr;  // borrowed
     CmObject** keys;                // room for order, as the tree's ownership says
-    CmBTreeNode** children;         // room for order + 1, owned by the tree; null on a leaf
+    CmBTreeNode** children;         // room for order + 1; null on a leaf
+};
+
+/** The memory of a tree's nodes, from which all of them go with it. */
+class CmBTreePool {
+public:
+    explicit CmBTreePool(int32_t order) : order(order) {}
+    /** The other one is empty then. */
+    CmBTreePool(CmBTreePool&& other) noexcept : order(other.order), memory(std::exchange(other.memory, {})) {}
+
+    CmBTreeNode* make(bool leaf);
+    /** Its memory is used for the next one. */
+    void end(CmBTreeNode* node);
+    /** No node is in use any longer. */
+    void clear() { memory = {}; }
 
 private:
-    CmBTreeNode(CmObject** keys, CmBTreeNode** children) : keys(keys), children(children) {}
+    struct Memory {
+        std::vector<std::unique_ptr<std::byte[]>> blocks;
+        std::byte* fresh = nullptr;  // from here on the latest block wasn't used yet
+        size_t freshBytes = 0, blockBytes = 0;
+        CmBTreeNode *endedLeaves = nullptr, *endedInner = nullptr;  // to use again, chained by their parent
+    };
+
+    std::byte* takeFresh(size_t bytes);
+
+    const int32_t order;
+    Memory memory;
 };
 
 /** A key of a tree; node is null when there is none. */
@@ -103,11 +129,12 @@ private:
     bool borrowKey(CmBTreeNode* parent, int32_t separator, bool fromRight);
     void merge(CmBTreeNode* parent, int32_t separator);
     void dropEmptyRoot();
-    void removeNodes(CmBTreeNode* node);
+    void removeNodes(const CmBTreeNode* node);
     int32_t minimum() const { return order / 2 - (order % 2 == 0 ? 1 : 0); }
 
     int32_t order;
-    CmBTreeNode* root = nullptr;  // owned, as all nodes
+    CmBTreeNode* root = nullptr;  // the pool's, as all nodes
+    CmBTreePool pool;
 };
 
 /** Walks in the order of the keys. */

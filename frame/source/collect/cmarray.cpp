@@ -1,4 +1,5 @@
 #include "collect/cmarray.h"
+#include "base/source/tarray.h"
 #include "base/source/tsort.h"
 #include "storage/farchive.h"
 #include "storage/fbstream.h"
@@ -10,15 +11,8 @@
 namespace Tessarine {
 namespace {
 constexpr int32_t kDoubling = -1;
-constexpr int32_t kFirstDoubling = 10;
 constexpr int32_t kStoredDelta = 10;  // for deltas below 0
 constexpr int32_t kFewElements = 2;   // that a plain search looks through
-
-int64_t grownSize(int64_t size, int32_t delta) {
-    if (delta != kDoubling)
-        return size + delta;
-    return size > 0 ? 2 * size : kFirstDoubling;
-}
 }  // namespace
 
 CmArrayBase::CmArrayBase(int32_t size, int32_t delta) : delta(delta) {
@@ -114,8 +108,8 @@ void CmArrayBase::sort() {
 }
 
 bool CmArrayBase::grow() {
-    const int64_t size = grownSize(_size, delta);
-    return size > _size && size <= std::numeric_limits<int32_t>::max() && resize(static_cast<int32_t>(size));
+    const int32_t size = grownSize(_size, delta);
+    return size > 0 && resize(size);
 }
 
 IMPLEMENT_CLASS(CmArray, CmContainer)
@@ -128,7 +122,7 @@ bool CmArray::internalize(FArchive& archive) {
     int32_t stored = 0;
     if (!archive.getStream().readInt32(stored))
         return false;
-    delta = stored > kFirstDoubling ? kDoubling : stored;  // a large step isn't believed before the elements are there
+    delta = stored > kStoredDelta ? kDoubling : stored;  // a large step isn't believed before the elements are there
     const bool all = CmArrayBase::internalize(archive);
     delta = stored;
     return all;

@@ -1,12 +1,12 @@
 #include "collect/cmbtree.h"
 #include <algorithm>
-#include <memory>
 #include <new>
 #include <utility>
 
 namespace Tessarine {
 namespace {
 constexpr int32_t kLeastOrder = 3;
+constexpr size_t kFewBytes = 512, kMostBytes = 1 << 16;  // of a pool's first block, which double up to these
 
 /** Behind the keys that aren't greater. Here for add, which goes through many small nodes. */
 inline int32_t placeFor(const CmObject* object, CmObject* const* keys, int32_t count) {
@@ -46,13 +46,6 @@ CmBTreePlace rightmost(CmBTreeNode* node) {
     return {node, node ? node->count - 1 : 0};
 }
 }  // namespace
-
-CmBTreeNode* CmBTreeNode::make(int32_t order, bool leaf) {
-    const size_t places = size_t(order), links = leaf ? 0 : places + 1;
-    void* memory = ::operator new(sizeof(CmBTreeNode) + places * sizeof(CmObject*) + links * sizeof(CmBTreeNode*));
-    auto* keys = reinterpret_cast<CmObject**>(static_cast<CmBTreeNode*>(memory) + 1);
-    return ::new (memory) CmBTreeNode(keys, leaf ? nullptr : reinterpret_cast<CmBTreeNode**>(keys + order));
-}
 
 int32_t CmBTreeNode::shouldGo(const CmObject* object) const {
     return placeFor(object, keys, count);
@@ -98,6 +91,29 @@ void CmBTreeNode::appendFrom(const CmBTreeNode& other, int32_t keyIndex) {
     }
 }
 
+CmBTreeNode* CmBTreePool::make(bool leaf) {
+    CmBTreeNode*& ended = leaf ? memory.endedLeaves : memory.endedInner;
+    const size_t places = size_t(order), links = leaf ? 0 : places + 1;
+    void* node = ended ? static_cast<void*>(std::exchange(ended, ended->parent))
+                       : takeFresh(sizeof(CmBTreeNode) + places * sizeof(CmObject*) + links * sizeof(CmBTreeNode*));
+    auto* keys = reinterpret_cast<CmObject**>(static_cast<CmBTreeNode*>(node) + 1);
+    return ::new (node) CmBTreeNode(keys, leaf ? nullptr : reinterpret_cast<CmBTreeNode**>(keys + order));
+}
+
+void CmBTreePool::end(CmBTreeNode* node) {
+    node->parent = std::exchange(node->isLeaf() ? memory.endedLeaves : memory.endedInner, node);
+}
+
+std::byte* CmBTreePool::takeFresh(size_t bytes) {
+    if (memory.freshBytes < bytes) {
+        memory.blockBytes = std::max(bytes, std::clamp(2 * memory.blockBytes, kFewBytes, kMostBytes));
+        memory.freshBytes = memory.blockBytes;
+        memory.fresh = memory.blocks.emplace_back(new std::byte[memory.blockBytes]).get();
+    }
+    memory.freshBytes -= bytes;
+    return std::exchange(memory.fresh, memory.fresh + bytes);
+}
+
 void CmBTreePlace::toNext() {
     if (!node->isLeaf()) {
         *this = leftmost(node->children[index + 1]);
@@ -119,13 +135,13 @@ void CmBTreePlace::toPrevious() {
 
 IMPLEMENT_CLASS(CmBTree, CmContainer)
 
-CmBTree::CmBTree(int32_t order) : order(std::max(order, kLeastOrder)) {}
+CmBTree::CmBTree(int32_t order) : order(std::max(order, kLeastOrder)), pool(this->order) {}
 
 CmBTree::CmBTree(const CmBTree& source) : CmBTree(source, WithoutElements()) {
     addAllFrom(&source);
 }
 
-CmBTree::CmBTree(const CmBTree& source, WithoutElements) : CmContainer(source), order(source.order) {}
+CmBTree::CmBTree(const CmBTree& source, WithoutElements) : CmContainer(source), order(source.order), pool(order) {}
 
 CmBTree::~CmBTree() {
     CmBTree::removeAll();
@@ -135,7 +151,7 @@ bool CmBTree::add(CmObject* object) {
     if (!object)
         return false;
     if (!root)
-        root = CmBTreeNode::make(order, true);
+        root = pool.make(true);
     CmBTreeNode* node = root;
     int32_t index = 0;
     while (index = placeFor(object, node->keys, node->count), !node->isLeaf())
@@ -161,9 +177,11 @@ bool CmBTree::removeAt(int32_t index) {
 }
 
 void CmBTree::removeAll() {
-    CmBTreeNode* nodes = std::exchange(root, nullptr);
+    const CmBTreePool oldPool(std::move(pool));  // all is empty before the first element dies
+    const CmBTreeNode* nodes = std::exchange(root, nullptr);
     _size = 0;
-    removeNodes(nodes);
+    if (_ownsObjects != kBorrows)
+        removeNodes(nodes);
 }
 
 CmIterator* CmBTree::newIterator() const {
@@ -268,12 +286,12 @@ CmBTreePlace CmBTree::lastPlace() const {
 
 void CmBTree::split(CmBTreeNode* node) {
     const int32_t middle = node->count / 2;
-    CmBTreeNode* right = CmBTreeNode::make(order, node->isLeaf());
+    CmBTreeNode* right = pool.make(node->isLeaf());
     right->hang(0, node->childAt(middle + 1));
     right->appendFrom(*node, middle + 1);
     node->count = middle;
     if (!node->parent) {
-        root = CmBTreeNode::make(order, false);
+        root = pool.make(false);
         root->hang(0, node);
     }
     const int32_t index = node->indexInParent();
@@ -314,25 +332,26 @@ bool CmBTree::borrowKey(CmBTreeNode* parent, int32_t separator, bool fromRight) 
 
 void CmBTree::merge(CmBTreeNode* parent, int32_t separator) {
     CmBTreeNode* left = parent->children[separator];
-    const std::unique_ptr<CmBTreeNode> right(parent->children[separator + 1]);
+    CmBTreeNode* right = parent->children[separator + 1];
     left->insert(left->count, parent->keys[separator], left->count + 1, right->childAt(0));
     left->appendFrom(*right, 0);
     parent->erase(separator, separator + 1);
+    pool.end(right);
 }
 
 void CmBTree::dropEmptyRoot() {
     if (root->count > 0)
         return;
-    const std::unique_ptr<CmBTreeNode> gone(root);
-    root = gone->childAt(0);
-    if (root)
-        root->parent = nullptr;
+    CmBTreeNode* gone = std::exchange(root, root->childAt(0));
+    if (!root)
+        return pool.clear();
+    root->parent = nullptr;
+    pool.end(gone);
 }
 
-void CmBTree::removeNodes(CmBTreeNode* node) {
+void CmBTree::removeNodes(const CmBTreeNode* node) {
     if (!node)
         return;
-    const std::unique_ptr<CmBTreeNode> gone(node);
     for (int32_t i = 0; i < node->count; ++i) {
         removeNodes(node->childAt(i));
         testDelete(node->keys[i]);

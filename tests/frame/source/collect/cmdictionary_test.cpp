@@ -28,22 +28,6 @@ Ranks keysOf(const CmContainer& dictionary) {
     return keys;
 }
 
-struct RemovalRow {
-    const char* name;
-    void (*remove)(CmContainer& dictionary, CmObject* key);
-};
-void removeAtCursor(CmContainer& dictionary, CmObject*) {
-    const std::unique_ptr<CmIterator> cursor(dictionary.newIterator());
-    EXPECT_TRUE(dictionary.remove(*cursor));
-}
-
-constexpr RemovalRow kRemovals[] = {
-    {"by key", [](CmContainer& all, CmObject* key) { EXPECT_TRUE(all.remove(key)); }},
-    {"by index", [](CmContainer& all, CmObject*) { EXPECT_TRUE(all.removeAt(0)); }},
-    {"by cursor", removeAtCursor},
-    {"all", [](CmContainer& all, CmObject*) { all.removeAll(); }},
-};
-
 TYPED_TEST(CmDictionaryTest, CountsKeysAndValuesOnce) {
     for (const OwnershipRow& row : kOwnerships) {
         for (const RemovalRow& removal : kRemovals) {
@@ -58,7 +42,7 @@ TYPED_TEST(CmDictionaryTest, CountsKeysAndValuesOnce) {
             EXPECT_EQ(referencesOf(dictionary.lookupAssoc(key)), 1u);
             EXPECT_EQ(referencesOf(key), row.whileHeld);
             EXPECT_EQ(referencesOf(value), row.whileHeld);
-            removal.remove(dictionary, key);
+            removal.removeOne(dictionary, key);
             EXPECT_TRUE(dictionary.isEmpty());
             EXPECT_EQ(dictionary._ownsObjects, row.mode);
             ASSERT_EQ(referencesOf(key), row.afterRemoval);

@@ -33,25 +33,16 @@ struct EditRow {
     Ranks expected;  // of a list of 1, 2, 3 and an object 9
 };
 
-TYPED_TEST(CmListTest, EditsPutWhereTheySay) {
+TYPED_TEST(CmListTest, InsertsBesideTheVeryNeighbour) {
     using L = TypeParam;
     using E = typename TestFixture::Element;
-    std::vector<EditRow<L, E>> edits = {
-        {"append",           [](L& l, E* o) { return l.append(o); },                true,  {1, 2, 3, 9}},
-        {"prepend",          [](L& l, E* o) { return l.prepend(o); },               true,  {9, 1, 2, 3}},
+    const EditRow<L, E> edits[] = {
         {"before the first", [](L& l, E* o) { return l.insertBefore(o, l.at(0)); }, true,  {9, 1, 2, 3}},
-        {"before the last",  [](L& l, E* o) { return l.insertBefore(o, l.at(2)); }, true,  {1, 2, 9, 3}},
         {"before nothing",   [](L& l, E* o) { return l.insertBefore(o, nullptr); }, false, {1, 2, 3}   },
         {"after the last",   [](L& l, E* o) { return l.insertAfter(o, l.at(2)); },  true,  {1, 2, 3, 9}},
-        {"after the first",  [](L& l, E* o) { return l.insertAfter(o, l.at(0)); },  true,  {1, 9, 2, 3}},
         {"after a stranger", [](L& l, E* o) { return l.insertAfter(o, o); },        false, {1, 2, 3}   },
         {"remove a twin",    [](L& l, E*) { return l.removeAbs(nullptr); },         false, {1, 2, 3}   },
     };
-    if constexpr (requires(L list, E* object) { list.addSorted(object); })
-        edits.push_back({
-            "sorted", [](L& l, E* o) { return l.addSorted(o); },
-                 true, {1, 2, 3, 9}
-        });
     for (const auto& row : edits) {
         SCOPED_TRACE(row.name);
         L list;

@@ -93,4 +93,20 @@ constexpr OwnershipRow kOwnerships[] = {
     {CmContainer::kTakesOver, 2, 1},
     {CmContainer::kShares,    3, 2},
 };
+
+/** The ways in which the one element, or pair of this key, of a container goes. */
+struct RemovalRow {
+    const char* name;
+    void (*removeOne)(CmContainer& container, CmObject* object);
+};
+inline void removeAtCursor(CmContainer& container, CmObject*) {
+    const std::unique_ptr<CmIterator> cursor(container.newIterator());
+    EXPECT_TRUE(container.remove(*cursor));
+}
+constexpr RemovalRow kRemovals[] = {
+    {"remove", [](CmContainer& all, CmObject* object) { EXPECT_TRUE(all.remove(object)); }},
+    {"removeAt", [](CmContainer& all, CmObject*) { EXPECT_TRUE(all.removeAt(0)); }},
+    {"removeAll", [](CmContainer& all, CmObject*) { all.removeAll(); }},
+    {"iterator", removeAtCursor},
+};
 }  // namespace Tessarine
