@@ -62,7 +62,8 @@ public:
     using HostClasses::HostClasses;
     int32_t createClassInstance(const char* iid, void** obj) override {
         const int32_t result = HostClasses::createClassInstance(iid, obj);
-        if (result == Tessarine::kResultOk && !portValue && Tessarine::FUID::same(iid, Tessarine::IHostStringValue_iid))
+        if (result == Tessarine::kResultOk && !portValue && iid &&
+            Tessarine::FUID::same(iid, Tessarine::IHostStringValue_iid))
             portValue = static_cast<Tessarine::IValue*>(*obj);
         return result;
     }
