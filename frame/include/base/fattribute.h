@@ -1,7 +1,10 @@
 #pragma once
+#include "base/fobjectpool.h"
 #include "base/source/fstring.h"
 #include "collect/cmarray.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include <optional>
+#include <string_view>
 
 namespace Tessarine {
 
@@ -48,6 +51,8 @@ public:
     void setString(const ConstString& text, bool copy = true);
     void setString8(const char* text, bool copy = true) { setString(ConstString(text), copy); }
     void setString16(const tchar* text, bool copy = true) { setString(ConstString(text), copy); }
+    /** Takes the text's block, and leaves it empty. */
+    void takeString(String& text);
     /** Replaces a borrowed text by a copy. */
     void makeStringOwner();
 
@@ -58,14 +63,22 @@ public:
     CmObject* getObj() const { return is(kObject) ? value.object : nullptr; }
     /** Any object. */
     FUnknown* getUnknown() const;
+    /** The text in its width; empty when it is none. */
+    ConstString getText() const;
     /** Text as it stands, numbers printed; false, and text as it was, for other kinds. */
     bool getString(String& text) const;
     /** Of texts only. In the other width they convert the value in place with code page 0, and copy a borrowed text. */
     const char* getString8();
     const tchar* getString16();
 
+    /** Reports FArchive::kValueError for a kind that it doesn't know. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+
     bool is(uint16_t flags) const { return (type & flags) != 0; }
     bool isWide() const { return is(kWide); }
+    /** Nothing has been set, or null. */
+    bool isEmpty() const { return !is(kLong | kObject | kFloat | kString | kUnknown | kPointer); }
     uint16_t getType() const { return type; }
     /** Adds flags of kKept. */
     void keep(int32_t flags) { type = static_cast<uint16_t>(type | (flags & kKept)); }
@@ -80,7 +93,7 @@ private:
         void* pointer;  // a text too: owned ones from malloc, null when empty
     };
 
-    ConstString text() const;
+    bool readObject(FArchive& archive, uint16_t flags);
     FUnknown* counted() const;
     void setKind(uint16_t flags, Value newValue);
     bool setWidth(bool wide);
@@ -94,16 +107,27 @@ class FStringIDAttribute : public FAttributeValue {
 public:
     DECLARE_CLASS(FStringIDAttribute, FAttributeValue)
     DECLARE_NEWCOPY(FStringIDAttribute)
-    explicit FStringIDAttribute(const char* id = nullptr) : id(id) {}
+    FROM_OBJECT_POOL
+    explicit FStringIDAttribute(const char* id = nullptr) { setID(id ? std::string_view(id) : std::string_view()); }
+    explicit FStringIDAttribute(std::string_view id) { setID(id); }
+    FStringIDAttribute(const FStringIDAttribute& source);
+    ~FStringIDAttribute() override { clearID(); }
 
-    const char* getID() const { return id.text8(); }
+    const char* getID() const { return longID ? longID : shortID; }
     int32_t compareID(const char* other) const { return std::strcmp(getID(), other ? other : ""); }
     /** By name; nothing else is equal. */
     bool isEqual(const CmObject* other) const override;
     int32_t compare(const CmObject* other) const override;
+    /** The key, then the value. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
 
 private:
-    FString id;
+    void setID(std::string_view id);
+    void clearID();
+
+    char* longID = nullptr;  // owned; null: it is a short one
+    char shortID[24];
 };
 
 /** A value by number. */
@@ -117,12 +141,22 @@ public:
     int32_t compareID(int32_t other) const { return (id > other) - (id < other); }
     bool isEqual(const CmObject* other) const override;
     int32_t compare(const CmObject* other) const override;
+    /** The key, then the value. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
 
 private:
     int32_t id;
 };
 
-/** Values by key, in a container that is made with the first one and owns them.
+/** Stores the count of those attributes of the container that aren't transient or pointers, and these. Null is an empty
+    container. */
+bool externalizeAttributeArray(FArchive& archive, const CmContainer* attributes);
+/** The count that stands in front of stored attributes; false: it can't be read, or is below 0. */
+bool readAttributeCount(FArchive& archive, int32_t& count);
+
+/** Values by key, in a container that is made with the first one and owns them: a CmArray in the order in which they came, or a
+    CmOrderedArray in the order of their keys, with a search by halves.
 
     Flags     kAppend adds without looking for the key, so that duplicates are possible and the first one counts; flags
               of FAttributeValue::kKept are set on the attribute.
@@ -143,7 +177,7 @@ public:
     /** -1 on a miss. */
     int32_t getAttributeIndex(Key key) const;
     /** Borrowed; null before the first attribute. */
-    Container* getAttributeArray() const { return attributes; }
+    Container* getAttributeArray() const { return attributes ? &*attributes : nullptr; }
     int32_t countAttributes() const { return attributes ? attributes->total() : 0; }
 
     bool setLongAttribute(Key key, int64_t value, int32_t flags = 0);
@@ -158,30 +192,72 @@ public:
     bool setUnknownAttribute(Key key, FUnknown* object, int32_t ownership, int32_t flags = 0);
     /** Borrowed; null on a miss, and for an object that isn't of the class. A null className means any. */
     CmObject* getObjAttribute(Key key, const char* className = nullptr) const;
+    /** Without looking for its key. Takes the reference over; false: no memory. */
+    bool addAttribute(Attribute* attribute) { return append(OPtr<Attribute>(attribute)) != nullptr; }
     bool removeAttribute(Key key) { return attributes && attributes->removeAt(getAttributeIndex(key)); }
-    void removeAllAttributes() { attributes = nullptr; }
+    void removeAllAttributes() {
+        if (attributes)
+            attributes->removeAll();
+        attributes.reset();
+    }
+    /** Takes all of another list instead of what is here. */
+    void takeAttributes(FAttributeList& other);
+
+    /** The stored attributes instead of the present ones. False: one couldn't be read; those before it are here. */
+    bool internalizeAttributes(FArchive& archive);
+    bool externalizeAttributes(FArchive& archive) const {
+        return externalizeAttributeArray(archive, getAttributeArray());
+    }
 
 private:
+    static constexpr int32_t kDelta = 10;
+
     Attribute* attributeAt(int32_t index) const;
     Attribute* attributeFor(Key key, int32_t flags);
+    Attribute* append(OPtr<Attribute> attribute);
     template <class Set>
     bool setAttribute(Key key, int32_t flags, Set set);
 
-    OPtr<Container> attributes;  // made on first use
+    mutable std::optional<Container> attributes;  // made on first use
 };
 
 template <class Attribute, class Key, class Container>
-FAttributeList<Attribute, Key, Container>::FAttributeList(const FAttributeList& source)
-    : attributes(source.attributes ? new Container(*source.attributes) : nullptr) {}
+FAttributeList<Attribute, Key, Container>::FAttributeList(const FAttributeList& source) {
+    if (source.attributes)
+        attributes.emplace(*source.attributes);
+}
+
+template <class Attribute, class Key, class Container>
+void FAttributeList<Attribute, Key, Container>::takeAttributes(FAttributeList& other) {
+    removeAllAttributes();
+    if (!other.attributes || &other == this)
+        return;
+    for (CmObject* attribute : *other.attributes)
+        append(OPtr<Attribute>(static_cast<Attribute*>(attribute)));
+    other.attributes->_ownsObjects = CmContainer::kBorrows;
+    other.removeAllAttributes();
+}
 
 template <class Attribute, class Key, class Container>
 int32_t FAttributeList<Attribute, Key, Container>::getAttributeIndex(Key key) const {
-    const int32_t count = countAttributes();
-    for (int32_t i = 0; i < count; ++i) {
-        if (attributeAt(i)->compareID(key) == 0)
-            return i;
+    if (!attributes)
+        return -1;
+    const auto compareAt = [&](int32_t at) { return static_cast<Attribute*>(attributes->begin()[at])->compareID(key); };
+    const int32_t count = attributes->total();
+    int32_t index = 0;
+    if constexpr (std::same_as<Container, CmOrderedArray>) {
+        for (int32_t left = count; left > 0;) {  // the first of equal keys
+            const int32_t half = left / 2;
+            const bool isBehind = compareAt(index + half) < 0;
+            index += isBehind ? half + 1 : 0;
+            left = isBehind ? left - half - 1 : half;
+        }
+        return index < count && compareAt(index) == 0 ? index : -1;
+    } else {
+        while (index < count && compareAt(index) != 0)
+            ++index;
+        return index < count ? index : -1;
     }
-    return -1;
 }
 
 template <class Attribute, class Key, class Container>
@@ -259,12 +335,30 @@ Attribute* FAttributeList<Attribute, Key, Container>::attributeFor(Key key, int3
     Attribute* known = flags & kAppend ? nullptr : getAttribute(key);
     if (known)
         return known;
+    return append(OPtr<Attribute>(new Attribute(key)));
+}
+
+template <class Attribute, class Key, class Container>
+Attribute* FAttributeList<Attribute, Key, Container>::append(OPtr<Attribute> attribute) {
     if (!attributes) {
-        attributes = new Container(0, 10);
+        attributes.emplace(0, kDelta);
         attributes->_ownsObjects = CmContainer::kTakesOver;
     }
-    OPtr<Attribute> attribute(new Attribute(key));
     return attributes->add(attribute.get()) ? attribute.detach() : nullptr;
+}
+
+template <class Attribute, class Key, class Container>
+bool FAttributeList<Attribute, Key, Container>::internalizeAttributes(FArchive& archive) {
+    removeAllAttributes();
+    int32_t count = 0;
+    if (!readAttributeCount(archive, count))
+        return false;
+    for (; count > 0; --count) {
+        OPtr<Attribute> attribute(new Attribute);
+        if (!attribute->internalize(archive) || !append(attribute))
+            return false;
+    }
+    return true;
 }
 
 template <class Attribute, class Key, class Container>

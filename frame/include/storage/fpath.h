@@ -18,6 +18,7 @@ enum PathType : int16_t {
 /** Folders that the system knows by number; the floors above say where they are. */
 enum StandardFolder : int32_t {
     kUserFolder = 1,
+    kCommonFolder = 2,  // of all users
     kApplicationFolder = 3,
 };
 

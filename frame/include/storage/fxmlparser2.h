@@ -1,8 +1,10 @@
 #pragma once
 #include "base/source/cmobject.h"
-#include "base/source/fbuffer.h"
+#include "collect/cmarray.h"
 #include "pluginterfaces/base/ixmlparser.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "storage/fxmlwriter.h"
+#include <vector>
 
 struct XML_ParserStruct;
 
@@ -37,6 +39,9 @@ public:
 
 private:
     void installHandlers();
+    template <class Read>
+    bool whileReading(Read read);
+    bool readAll(IBStream* stream);
     bool leaveRestIn(IBStream* stream);
     static INewXmlHandler* handlerOf(void* userData);
     static void gStartElementHandler(void* userData, const char* name, const char** attributes);
@@ -44,8 +49,38 @@ private:
     static void gCharacterDataHandler(void* userData, const char* data, int length);
     static void gCommentHandler(void* userData, const char* text);
 
-    XML_ParserStruct* parser;      // owned; null when there was no memory for it
-    IPtr<INewXmlHandler> handler;  // counted
+    XML_ParserStruct* parser;                          // owned; null when there was no memory for it
+    IPtr<INewXmlHandler> handler;                      // counted
+    std::vector<IPtr<INewXmlHandler>> formerHandlers;  // one of them may be in the middle of a call
+    int32_t reading = 0;                               // calls of process() and resume()
+};
+
+/** The base for handlers: hears everything and does nothing, and keeps a stack of what the open tags stand for. */
+class XmlHandler : public CmObject, public INewXmlHandler {
+public:
+    XmlHandler() { data._ownsObjects = CmContainer::kTakesOver; }
+    XmlHandler(const XmlHandler&) = delete;
+    XmlHandler& operator=(const XmlHandler&) = delete;
+
+    int32_t queryInterface(const char* iid, void** obj) override;
+    void startTag(INewXmlParser* /*parser*/, const char* /*name*/, const char** /*attributes*/) override {}
+    void endTag(INewXmlParser* /*parser*/, const char* /*name*/) override {}
+    void charData(INewXmlParser* /*parser*/, const char* /*data*/, int32_t /*length*/) override {}
+    void comment(INewXmlParser* /*parser*/, const char* /*text*/) override {}
+
+    DECLARE_CLASS(XmlHandler, CmObject)
+    FORWARD_REFCOUNT(CmObject)
+
+protected:
+    /** Takes the reference over. */
+    bool pushData(CmObject* object) { return data.insertAt(object, 0); }
+    /** Releases it. */
+    bool popData() { return data.removeAt(0); }
+    /** Null when empty. */
+    CmObject* peekData() const { return data.at(0); }
+
+private:
+    CmArray data;  // owned, the latest first
 };
 
 /** Looks into the attributes of a startTag. */
@@ -108,16 +143,15 @@ public:
     void setUseBlanks(bool state) { useBlanks = state; }
 
 private:
-    void append(const char* text);
+    void append(const char* text) { line.append(text ? text : ""); }
     bool writeText();
-    void beginAttribute(const char* name);
     bool finishAttribute(bool converted);
     bool appendPlainAttribute(const char* name, const char* value);
     void indentLine(int32_t indent);
 
     IPtr<IBStream> stream;      // counted; may be null, then nothing can be written
     int32_t depth = 0;          // open tags
-    Buffer line;                // under construction
+    XmlLine line;               // under construction
     bool noLineBreaks = false;  // everything on one line
     bool useBlanks = false;     // three of them instead of a tab
 };

@@ -1,11 +1,32 @@
 #include "base/fattribute.h"
+#include "base/cmunknown.h"
+#include "collect/cmstring.h"
+#include "storage/farchive.h"
+#include "storage/fbstream.h"
+#include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
 namespace Tessarine {
 namespace {
 constexpr uint16_t kCounts = FAttributeValue::kShared | FAttributeValue::kOwned;
+constexpr uint16_t kKinds = FAttributeValue::kLong | FAttributeValue::kObject | FAttributeValue::kFloat |
+                            FAttributeValue::kString | FAttributeValue::kUnknown | FAttributeValue::kPointer;
 constexpr double kLongBound = 9223372036854775808.0;  // 2^63, the first that is too large
+
+/** From malloc, with its terminator; null for an empty text, and without memory. */
+template <class Char>
+void* duplicate(std::basic_string_view<Char> text) {
+    auto* copy = text.empty() ? nullptr : static_cast<Char*>(std::malloc((text.size() + 1) * sizeof(Char)));
+    if (copy)
+        *std::ranges::copy(text, copy).out = 0;
+    return copy;
+}
+
+void* duplicate(const ConstString& text) {
+    return text.isWideString() ? duplicate(units16(text)) : duplicate(units8(text));
+}
 
 int64_t longOf(double number) {
     if (number != number)
@@ -16,6 +37,13 @@ int64_t longOf(double number) {
         return std::numeric_limits<int64_t>::min();
     return static_cast<int64_t>(number);
 }
+
+/** Null isn't what the value's kind promised. */
+bool isValue(FArchive& archive, const CmObject* object) {
+    if (!object)
+        archive.reportError(FArchive::kValueError);
+    return object != nullptr;
+}
 }  // namespace
 
 IMPLEMENT_CLASS(FAttributeValue, CmObject)
@@ -23,7 +51,7 @@ IMPLEMENT_CLASS(FAttributeValue, CmObject)
 FAttributeValue::FAttributeValue(const FAttributeValue& source)
     : CmObject(source), value(source.value), type(source.type) {
     if (source.is(kString)) {
-        value.pointer = String(source.text()).pass();
+        value.pointer = String(source.getText()).pass();
         type = static_cast<uint16_t>(type & ~kShared);
     }
     if (FUnknown* object = counted())
@@ -70,13 +98,18 @@ CmObject* FAttributeValue::detachObj() {
 void FAttributeValue::setString(const ConstString& text, bool copy) {
     const uint16_t width = text.isWideString() ? kWide : 0;
     const uint16_t borrowed = copy ? 0 : kShared;
-    void* held = copy ? String(text).pass() : const_cast<void*>(text.ptr());
+    void* held = copy ? duplicate(text) : const_cast<void*>(text.ptr());
     setKind(static_cast<uint16_t>(kString | width | borrowed), {.pointer = held});
+}
+
+void FAttributeValue::takeString(String& text) {
+    const uint16_t width = text.isWideString() ? kWide : 0;
+    setKind(static_cast<uint16_t>(kString | width), {.pointer = text.pass()});
 }
 
 void FAttributeValue::makeStringOwner() {
     if (is(kString) && is(kShared))
-        setString(text());
+        setString(getText());
 }
 
 int64_t FAttributeValue::getLong() const {
@@ -85,7 +118,7 @@ int64_t FAttributeValue::getLong() const {
         return value.number;
     if (is(kFloat))
         return longOf(value.real);
-    text().scanInt64(number, 0, false);
+    getText().scanInt64(number, 0, false);
     return number;
 }
 
@@ -95,7 +128,7 @@ double FAttributeValue::getFloat() const {
         return value.real;
     if (is(kLong))
         return static_cast<double>(value.number);
-    text().scanFloat(number, 0, false);
+    getText().scanFloat(number, 0, false);
     return number;
 }
 
@@ -105,7 +138,7 @@ FUnknown* FAttributeValue::getUnknown() const {
 
 bool FAttributeValue::getString(String& text) const {
     if (is(kString))
-        text.assign(this->text());
+        text.assign(getText());
     else if (is(kLong))
         text.printInt64(value.number);
     else if (is(kFloat))
@@ -114,11 +147,11 @@ bool FAttributeValue::getString(String& text) const {
 }
 
 const char* FAttributeValue::getString8() {
-    return is(kString) && setWidth(false) ? text().text8() : nullptr;
+    return is(kString) && setWidth(false) ? getText().text8() : nullptr;
 }
 
 const tchar* FAttributeValue::getString16() {
-    return is(kString) && setWidth(true) ? text().text16() : nullptr;
+    return is(kString) && setWidth(true) ? getText().text16() : nullptr;
 }
 
 void FAttributeValue::empty() {
@@ -131,7 +164,77 @@ void FAttributeValue::empty() {
         object->release();
 }
 
-ConstString FAttributeValue::text() const {
+bool FAttributeValue::externalize(FArchive& archive) const {
+    FStream& stream = archive.getStream();
+    if (!stream.writeInt16u(type))
+        return false;
+    switch (type & kKinds) {
+    case kObject:
+        return archive.save(value.object, !is(kNoReference));
+    case kUnknown: {
+        const CmDelegatingUnknown wrapper(value.unknown);
+        return archive.save(&wrapper, false);
+    }
+    case kString: {
+        const CmString copy(getText());
+        return archive.save(&copy, false);
+    }
+    case kLong:
+        return stream.writeInt64(value.number);
+    case kFloat:
+        return stream.writeDouble(value.real);
+    default:
+        return true;
+    }
+}
+
+bool FAttributeValue::internalize(FArchive& archive) {
+    FStream& stream = archive.getStream();
+    uint16_t stored = 0;
+    Value read{};
+    empty();
+    if (!stream.readInt16u(stored))
+        return false;
+    if (stored & (kObject | kUnknown | kString)) {
+        if (!readObject(archive, stored))
+            return false;
+    } else if (stored & kLong) {
+        if (!stream.readInt64(read.number))
+            return false;
+        setKind(kLong, read);
+    } else if (stored & kFloat) {
+        if (!stream.readDouble(read.real))
+            return false;
+        setKind(kFloat, read);
+    } else if (stored & ~(kCounts | kKept | kWide)) {
+        archive.reportError(FArchive::kValueError);
+        return false;
+    }
+    keep(stored);
+    return true;
+}
+
+/** A text and a wrapped component come as objects too. */
+bool FAttributeValue::readObject(FArchive& archive, uint16_t stored) {
+    const OPtr<CmObject> object(archive.load("CmObject", !(stored & kNoReference)));
+    if (stored & kObject) {
+        if (object)
+            object->addRef();
+        setObj(object, kOwned);
+        return object || archive.getLastError() == 0;
+    }
+    if (stored & kUnknown) {
+        const auto* wrapper = classCast<CmDelegatingUnknown>(object.get());
+        setUnknown(wrapper ? wrapper->getObject() : nullptr, kShared);
+        return isValue(archive, wrapper);
+    }
+    const auto* copy = classCast<CmString>(object.get());
+    if (copy)
+        setString(*copy);
+    return isValue(archive, copy);
+}
+
+ConstString FAttributeValue::getText() const {
     if (!is(kString))
         return {};
     return isWide() ? ConstString(static_cast<const tchar*>(value.pointer))
@@ -151,7 +254,7 @@ void FAttributeValue::setKind(uint16_t flags, Value newValue) {
 bool FAttributeValue::setWidth(bool wide) {
     if (isWide() == wide)
         return true;
-    String converted(text());
+    String converted(getText());
     if (!(wide ? converted.toWideString() : converted.toMultiByte()))
         return false;
     setString(converted);
@@ -159,6 +262,23 @@ bool FAttributeValue::setWidth(bool wide) {
 }
 
 IMPLEMENT_CLASS(FStringIDAttribute, FAttributeValue)
+
+FStringIDAttribute::FStringIDAttribute(const FStringIDAttribute& source) : FAttributeValue(source) {
+    setID(source.getID());
+}
+
+void FStringIDAttribute::setID(std::string_view id) {
+    clearID();
+    char* place = shortID;
+    if (id.size() >= sizeof shortID)
+        place = longID = new char[id.size() + 1];
+    *std::ranges::copy(id, place).out = 0;
+}
+
+void FStringIDAttribute::clearID() {
+    delete[] longID;
+    longID = nullptr;
+}
 
 bool FStringIDAttribute::isEqual(const CmObject* other) const {
     const auto* attribute = classCast<FStringIDAttribute>(other);
@@ -168,6 +288,18 @@ bool FStringIDAttribute::isEqual(const CmObject* other) const {
 int32_t FStringIDAttribute::compare(const CmObject* other) const {
     const auto* attribute = classCast<FStringIDAttribute>(other);
     return attribute ? compareID(attribute->getID()) : CmObject::compare(other);
+}
+
+bool FStringIDAttribute::internalize(FArchive& archive) {
+    FString id;
+    if (!id.load(archive.getStream()))
+        return false;
+    setID(id.text8());
+    return FAttributeValue::internalize(archive);
+}
+
+bool FStringIDAttribute::externalize(FArchive& archive) const {
+    return FString::storeString8(archive.getStream(), getID()) && FAttributeValue::externalize(archive);
 }
 
 IMPLEMENT_CLASS(FIntIDAttribute, FAttributeValue)
@@ -180,6 +312,43 @@ bool FIntIDAttribute::isEqual(const CmObject* other) const {
 int32_t FIntIDAttribute::compare(const CmObject* other) const {
     const auto* attribute = classCast<FIntIDAttribute>(other);
     return attribute ? compareID(attribute->id) : CmObject::compare(other);
+}
+
+bool FIntIDAttribute::internalize(FArchive& archive) {
+    return archive.getStream().readInt32(id) && FAttributeValue::internalize(archive);
+}
+
+bool FIntIDAttribute::externalize(FArchive& archive) const {
+    return archive.getStream().writeInt32(id) && FAttributeValue::externalize(archive);
+}
+
+namespace {
+/** Stays with a stored list. */
+bool isStored(const CmObject* attribute) {
+    return !static_cast<const FAttributeValue*>(attribute)->is(FAttributeValue::kTransient | FAttributeValue::kPointer);
+}
+
+int32_t countStored(const CmContainer& attributes) {
+    int32_t count = 0;
+    for (int32_t i = 0; i < attributes.total(); ++i)
+        count += isStored(attributes.at(i));
+    return count;
+}
+}  // namespace
+
+bool externalizeAttributeArray(FArchive& archive, const CmContainer* attributes) {
+    if (!archive.getStream().writeInt32(attributes ? countStored(*attributes) : 0))
+        return false;
+    for (int32_t i = 0; attributes && i < attributes->total(); ++i) {
+        const CmObject* attribute = attributes->at(i);
+        if (isStored(attribute) && !attribute->externalize(archive))
+            return false;
+    }
+    return true;
+}
+
+bool readAttributeCount(FArchive& archive, int32_t& count) {
+    return archive.getStream().readInt32(count) && count >= 0;
 }
 
 }  // namespace Tessarine

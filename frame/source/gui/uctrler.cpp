@@ -33,6 +33,7 @@ FNPath* newPlatformPath(PlatformFolder kind) {
 
 bool standardFolder(int32_t number, FNPath& folder) {
     const FNPath* path = number == kUserFolder          ? UController::getUserPath()
+                         : number == kCommonFolder      ? UController::getSharedPath()
                          : number == kApplicationFolder ? UController::getAppPath()
                                                         : nullptr;
     if (!path)

@@ -49,10 +49,25 @@ int32_t FXmlParser2::queryInterface(const char* iid, void** obj) {
 }
 
 void FXmlParser2::setHandler(INewXmlHandler* newHandler) {
+    if (reading > 0)
+        formerHandlers.push_back(handler);
     handler = newHandler;
 }
 
 bool FXmlParser2::process(IBStream* stream) {
+    return whileReading([&] { return readAll(stream); });
+}
+
+template <class Read>
+bool FXmlParser2::whileReading(Read read) {
+    ++reading;
+    const bool succeeded = read();
+    if (--reading == 0)
+        formerHandlers.clear();
+    return succeeded;
+}
+
+bool FXmlParser2::readAll(IBStream* stream) {
     for (;;) {
         void* buffer = XML_GetBuffer(parser, kReadSize);
         if (!buffer)
@@ -76,10 +91,10 @@ bool FXmlParser2::suspend() {
 }
 
 bool FXmlParser2::resume(IBStream* stream) {
-    const XML_Status status = XML_ResumeParser(parser);
-    if (status == XML_STATUS_ERROR)
-        return false;
-    return status == XML_STATUS_SUSPENDED || process(stream);
+    return whileReading([&] {
+        const XML_Status status = XML_ResumeParser(parser);
+        return status == XML_STATUS_SUSPENDED || (status == XML_STATUS_OK && readAll(stream));
+    });
 }
 
 bool FXmlParser2::reset(const char* encoding) {
@@ -127,22 +142,22 @@ INewXmlHandler* FXmlParser2::handlerOf(void* userData) {
 }
 
 void FXmlParser2::gStartElementHandler(void* userData, const char* name, const char** attributes) {
-    if (IPtr<INewXmlHandler> listener = handlerOf(userData))
+    if (INewXmlHandler* listener = handlerOf(userData))
         listener->startTag(static_cast<FXmlParser2*>(userData), name, attributes);
 }
 
 void FXmlParser2::gEndElementHandler(void* userData, const char* name) {
-    if (IPtr<INewXmlHandler> listener = handlerOf(userData))
+    if (INewXmlHandler* listener = handlerOf(userData))
         listener->endTag(static_cast<FXmlParser2*>(userData), name);
 }
 
 void FXmlParser2::gCharacterDataHandler(void* userData, const char* data, int length) {
-    if (IPtr<INewXmlHandler> listener = handlerOf(userData))
+    if (INewXmlHandler* listener = handlerOf(userData))
         listener->charData(static_cast<FXmlParser2*>(userData), data, length);
 }
 
 void FXmlParser2::gCommentHandler(void* userData, const char* text) {
-    if (IPtr<INewXmlHandler> listener = handlerOf(userData))
+    if (INewXmlHandler* listener = handlerOf(userData))
         listener->comment(static_cast<FXmlParser2*>(userData), text);
 }
 

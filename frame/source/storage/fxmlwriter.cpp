@@ -1,8 +1,12 @@
 #include "storage/fxmlwriter.h"
-#include "base/source/fstring.h"
+#include "base/source/fstringconvert.h"
+#include "collect/cmarray.h"
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
+#include <malloc.h>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -196,22 +200,33 @@ constexpr EncodeTable gAsciiEncodeTable = encodeTableOf(gEntityTable8Mac);
 namespace {
 constexpr EncodeTable kMarkupEncodeTable = encodeTableOf(gUTF8EntityTable8);
 
-void append(Buffer& target, std::string_view text) {
-    target.put(text.data(), uint32_t(text.size()));
+constexpr const char* kLineEnd = "\r\n";
+constexpr std::string_view kTrimmed = " \t\r\n\f\v";
+constexpr uint32_t kPooledBytes = 32;  // the first block of a pooled text: most names and values fit
+
+/** What a byte of 8-bit text may not be written as. */
+using Stops = std::array<bool, 256>;
+
+constexpr Stops stopsOf(const EncodeTable& byByte, bool numbers) {
+    Stops stops{};
+    for (size_t byte = 0; byte < stops.size(); ++byte)
+        stops[byte] = byte == 0 || byByte[byte] || (numbers && byte >= 0x80);
+    return stops;
+}
+constexpr Stops kMarkupStops = stopsOf(kMarkupEncodeTable, false);
+constexpr Stops kAsciiStops = stopsOf(gAsciiEncodeTable, true);
+
+constexpr uint32_t kLongestReference = 8;  // "&dollar;"
+
+char* putText(char* out, std::string_view text) {
+    return std::copy(text.begin(), text.end(), out);
 }
 
-void appendNumber(Buffer& target, uint8_t byte) {
-    char digits[2];
-    const char* end = std::to_chars(std::begin(digits), std::end(digits), byte, 16).ptr;
-    append(target, "&#x");
-    append(target, {digits, end});
-    append(target, ";");
-}
-
-void appendEntity(Buffer& target, const char* name) {
-    append(target, "&");
-    append(target, name);
-    append(target, ";");
+/** By name where there is one, else by number. */
+char* putReference(char* out, uint8_t byte, const XmlEntity8* entity) {
+    out = putText(out, entity ? "&" : "&#x");
+    out = entity ? putText(out, entity->name) : std::to_chars(out, out + 2, byte, 16).ptr;
+    return putText(out, ";");
 }
 
 const XmlEntity16* entityOf(tchar unit) {
@@ -219,33 +234,184 @@ const XmlEntity16* entityOf(tchar unit) {
     return found != gEntityTable16.end() && found->onOutput ? &*found : nullptr;
 }
 
-std::u16string withEntities(const tchar* text) {
+std::u16string withEntities(std::u16string_view text) {
     std::u16string escaped;
-    for (; *text; ++text) {
-        if (const XmlEntity16* entity = entityOf(*text))
+    for (const tchar unit : text) {
+        if (const XmlEntity16* entity = entityOf(unit))
             escaped.append(u"&").append(entity->name).append(u";");
         else
-            escaped += *text;
+            escaped += unit;
     }
     return escaped;
 }
+
+/** By the face that the identifier stands for. */
+FUnknown* createXmlWriter() {
+    IXmlWriter* face = new FXmlWriter(nullptr, FXmlWriter::kEncodeAttributes);
+    return face;
+}
+
+MetaClass xmlWriterClass(nullptr, createXmlWriter, IXmlWriter::iid, nullptr);
 }  // namespace
+
+IMPLEMENT_CLASS(FXmlAttribute, CmObject)
+IMPLEMENT_CLASS(FXmlWriter, CmObject)
 
 bool appendUtf8(Buffer& target, const tchar* text, size_t length) {
     if (length == 0)
         return true;
     const uint32_t begin = target.getFillSize();
-    const auto room = uint32_t(kMaxUtf8PerUnit * length + 1);
-    if (!target.grow(begin + room))
+    const uint64_t room = uint64_t(kMaxUtf8PerUnit) * length;
+    if (begin + room > UINT32_MAX || !target.grow(uint32_t(begin + room)))
         return false;
-    const int32_t written = ConstString::wideStringToMultiByte(target + begin, text, int32_t(room), kCodePageUTF8);
-    return written > 0 && target.setFillSize(begin + uint32_t(written) - 1);  // without the terminator
+    const int64_t written = encodeText({text, length}, target + begin, room, kCodePageUTF8);
+    return written > 0 && target.setFillSize(begin + uint32_t(written));
+}
+
+template <class Text>
+void XmlPooledText<Text>::setBytes(const char* bytes, uint32_t count) {
+    const bool fits = !this->isWide && this->buffer && malloc_usable_size(this->buffer) > count;
+    if (!fits && !this->resize(std::max(count, kPooledBytes), false))
+        return;
+    std::copy_n(bytes, count, this->buffer8);
+    this->buffer8[count] = 0;
+    this->len = count;
+}
+template class XmlPooledText<FString>;
+template class XmlPooledText<CmString>;
+
+FXmlWriter::FXmlWriter(FStream* target, int32_t flags) : stream(target), flags(flags) {
+    tagStack._ownsObjects = CmContainer::kTakesOver;
+}
+
+int32_t FXmlWriter::queryInterface(const char* iid, void** obj) {
+    if (answerInterface<IXmlWriter>(this, iid, obj))
+        return kResultOk;
+    return CmObject::queryInterface(iid, obj);
+}
+
+int32_t FXmlWriter::initialize(IBStream* target) {
+    stream = classCast<FStream>(commonObject(target));
+    return stream ? kResultOk : kInvalidArgument;
+}
+
+int32_t FXmlWriter::writeStartTag(const char* name, int32_t count, const char** names, const char** values,
+                                  bool empty) {
+    beginLine(tagStack.total());
+    line.append("<");
+    line.append(name ? name : "");
+    for (int32_t i = 0; i < count; ++i)
+        appendAttribute(names[i], values[i]);
+    return finishStartTag(name, empty);
+}
+
+int32_t FXmlWriter::writeStartTag(const char* name, CmContainer& attributes, bool empty) {
+    beginLine(tagStack.total());
+    line.append("<");
+    line.append(name ? name : "");
+    const std::unique_ptr<CmIterator> each(attributes.newIterator());
+    while (CmObject* object = each->next())
+        if (auto* attribute = classCast<FXmlAttribute>(object))
+            appendAttribute(attribute->name.text8(), attribute->value.text8());
+    return finishStartTag(name, empty);
+}
+
+int32_t FXmlWriter::finishStartTag(const char* name, bool empty) {
+    line.append(empty ? "/>" : ">");
+    if (!empty)
+        tagStack.push(new CmString(name));
+    return endLine() ? kResultOk : kResultFalse;
+}
+
+void FXmlWriter::appendAttribute(const char* name, const char* value) {
+    if (!value || !*value) {
+        if ((flags & kOmitEmptyAttributes) != 0)
+            return;
+        value = "";
+    }
+    line.beginAttribute(name);
+    if ((flags & kEncodeAttributes) != 0)
+        encodeString(line, value, false);
+    else
+        line.append(value);
+    line.append("\"");
+}
+
+int32_t FXmlWriter::writeEndTag(const char* name) {
+    const auto* open = static_cast<CmString*>(tagStack.peek());
+    if (!open || !name || std::strcmp(open->text8(), name) != 0)
+        return kResultFalse;
+    beginLine(tagStack.total() - 1);
+    line.append("</");
+    line.append(name);
+    line.append(">");
+    tagStack.pop()->release();  // name may be its text
+    return endLine() ? kResultOk : kResultFalse;
+}
+
+int32_t FXmlWriter::writeData(void* data, uint32_t size) {
+    if (!data || size == 0)
+        return kResultFalse;
+    bool written = true;
+    for (std::string_view rest(static_cast<char*>(data)); !rest.empty();) {
+        const size_t length = std::min(rest.find('\n'), rest.size());
+        written = outputText(rest.substr(0, length), tagStack.total()) && written;
+        rest.remove_prefix(std::min(length + 1, rest.size()));
+    }
+    return written ? kResultOk : kResultFalse;
+}
+
+int32_t FXmlWriter::writeComment(const char* text) {
+    std::string_view trimmed(text ? text : "");
+    trimmed.remove_prefix(std::min(trimmed.find_first_not_of(kTrimmed), trimmed.size()));
+    trimmed = trimmed.substr(0, trimmed.find_last_not_of(kTrimmed) + 1);
+    if (trimmed.empty())
+        return kResultFalse;
+    beginLine(tagStack.total());
+    line.append("<!-- ");
+    line.append(trimmed);
+    line.append(" -->");
+    return endLine() ? kResultOk : kResultFalse;
+}
+
+bool FXmlWriter::outputLine(const char* text, int32_t depth) {
+    return outputText(text ? text : "", depth);
+}
+
+bool FXmlWriter::newLine() {
+    beginLine(0);
+    return endLine();
+}
+
+bool FXmlWriter::outputText(std::string_view text, int32_t depth) {
+    if (text.empty())
+        return true;
+    beginLine(depth);
+    line.append(text);
+    return endLine();
+}
+
+void FXmlWriter::beginLine(int32_t depth) {
+    line.setFillSize(0);
+    const auto width = uint32_t(std::max(depth, 0));
+    if (line.grow(width)) {
+        std::fill_n(line.data(), width, '\t');
+        line.setFillSize(width);
+    }
+}
+
+bool FXmlWriter::endLine() {
+    line.append(kLineEnd);
+    return stream && stream->writeRaw(line.data(), line.getFillSize()) == line.getFillSize();
 }
 
 bool FXmlWriter::encodeString(Buffer& target, const tchar* text) {
     if (!text)
         return false;
-    const std::u16string escaped = withEntities(text);
+    const std::u16string_view plain(text);
+    if (std::ranges::none_of(plain, entityOf))
+        return appendUtf8(target, text, plain.size());
+    const std::u16string escaped = withEntities(plain);
     return appendUtf8(target, escaped.c_str(), escaped.size());
 }
 
@@ -253,16 +419,27 @@ bool FXmlWriter::encodeString(Buffer& target, const char* text, bool utf8) {
     if (!text)
         return false;
     const EncodeTable& byByte = utf8 ? kMarkupEncodeTable : gAsciiEncodeTable;
-    for (const char* plain = text;; ++text) {
-        const auto byte = uint8_t(*text);
-        const bool byNumber = !utf8 && byte >= 0x80 && !byByte[byte];
-        if (byte && !byNumber && !byByte[byte])
-            continue;
-        append(target, {plain, text});
-        if (!byte)
+    const Stops& stops = utf8 ? kMarkupStops : kAsciiStops;
+    const uint32_t begin = target.getFillSize();
+    for (;;) {
+        if (target.getFree() < kLongestReference && !target.grow(target.getFillSize() + kLongestReference)) {
+            target.setFillSize(begin);
+            return false;
+        }
+        char* out = target + target.getFillSize();
+        const char* limit = target + (target.getSize() - kLongestReference);
+        for (; out <= limit; ++text) {
+            const auto byte = uint8_t(*text);
+            if (!stops[byte])
+                *out++ = char(byte);
+            else if (byte)
+                out = putReference(out, byte, byByte[byte]);
+            else
+                break;
+        }
+        target.setFillSize(uint32_t(out - target.data()));
+        if (out <= limit)
             return true;
-        byNumber ? appendNumber(target, byte) : appendEntity(target, byByte[byte]->name);
-        plain = text + 1;
     }
 }
 

@@ -1,4 +1,5 @@
 #include "base/fattribute.h"
+#include "base/fattributelistimp.h"
 #include <climits>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -218,6 +219,59 @@ TEST_F(FAttributeTest, AttributesCompareByKeyAmongTheirKind) {
     EXPECT_FALSE(two.isEqual(&a));
     EXPECT_LT(a.compare(&b), 0);
     EXPECT_GT(two.compare(&least), 0);
+}
+
+TEST_F(FAttributeTest, OrderedListsSearchByHalves) {
+    FAttributeList<FIntIDAttribute, int32_t, CmOrderedArray> list;
+    for (int32_t i = 0; i < 1000; ++i)
+        list.setLongAttribute(i * 7919 % 1000, i, i % 3 ? 0 : list.kAppend);
+    list.setLongAttribute(500, -1, list.kAppend);
+    for (int32_t key = 0; key < 1000; ++key)
+        EXPECT_EQ(list.getAttribute(key)->getLong() * 7919 % 1000, key) << "the first of equal keys";
+    EXPECT_EQ(list.getAttributeIndex(-1), -1);
+    EXPECT_EQ(list.getAttributeIndex(1000), -1);
+}
+
+TEST_F(FAttributeTest, ListsPassAsComponents) {
+    const OPtr<FAttributeListImp> list(new FAttributeListImp), other(new FAttributeListImp);
+    const FUnknownPtr<IAttributeList> face(static_cast<CmObject*>(list.get()));
+    ASSERT_TRUE(face && face->isEmpty() == kResultOk);
+    const OPtr<Held> held(new Held);
+    face->setBinaryAttribute("bytes", "ab", 2);
+    face->setObjectAttribute("object", static_cast<CmObject*>(held.get()));
+    face->setLongAttribute("long", 5);
+    face->setFloatAttribute("float", 2.5);
+    face->setStringAttribute("text", u"17 m");
+    EXPECT_EQ(face->addAllTo(other), kResultOk);
+    EXPECT_EQ(face->removeAttribute("long"), kResultOk);
+    EXPECT_EQ(face->containsAttribute("long"), kResultFalse);
+    const void* bytes = nullptr;
+    uint32_t size = 0;
+    FUnknown* object = nullptr;
+    int64_t number = 0;
+    double real = 0;
+    const tchar* text = nullptr;
+    EXPECT_TRUE(other->getBinaryAttribute("bytes", bytes, size) == kResultOk && size == 2);
+    EXPECT_TRUE(other->getObjectAttribute("object", object) == kResultOk && commonObject(object) == held.get());
+    EXPECT_TRUE(other->getLongAttribute("text", number) == kResultOk && number == 17);
+    EXPECT_TRUE(other->getFloatAttribute("float", real) == kResultOk && real == 2.5);
+    EXPECT_TRUE(other->getStringAttribute("text", text) == kResultOk && ConstString(text) == ConstString(u"17 m"));
+    EXPECT_EQ(other->getStringAttribute("float", text), kResultFalse);
+    EXPECT_EQ(other->getLongAttribute("object", number), kResultFalse);
+    EXPECT_EQ(referencesOf(held.get()), 3u);
+}
+
+TEST_F(FAttributeTest, ObjectsOutliveTheirPool) {
+    OPtr<FStringIDAttribute> kept;
+    const std::string longKey(100, 'k');
+    for (int32_t round = 0; round < 1000; ++round) {
+        const FObjectPool outer, inner;
+        const OPtr<FStringIDAttribute> other(new FStringIDAttribute(longKey));
+        kept = new FStringIDAttribute(other->getID());
+        kept->setString8(longKey.c_str());
+    }
+    EXPECT_EQ(kept->getID(), longKey);
+    EXPECT_STREQ(kept->getString8(), longKey.c_str());
 }
 
 }  // namespace

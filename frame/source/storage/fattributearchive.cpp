@@ -1,0 +1,323 @@
+#include "storage/fattributearchive.h"
+#include "collect/cmbuffer.h"
+#include "fobjectgraph.h"
+#include "storage/fmstream.h"
+#include <algorithm>
+#include <utility>
+
+namespace Tessarine {
+namespace {
+constexpr int32_t kSeenBuckets = 256;
+constexpr int32_t kLoadedBuckets = 50;
+
+thread_local IArchiveErrorHook* currentHook = nullptr;
+
+struct FormRow {
+    const MetaClass* metaClass;
+    StoredForm form;
+};
+constexpr FormRow kForms[] = {
+    {&FAttributes::__fClass,   kStoredBag      },
+    {&FIntList::__fClass,      kStoredInts     },
+    {&FFloatList::__fClass,    kStoredFloats   },
+    {&FStringList::__fClass,   kStoredStrings  },
+    {&FSubList::__fClass,      kStoredBags     },
+    {&FObjectList::__fClass,   kStoredObjects  },
+    {&FAttrBuffer::__fClass,   kStoredBytes    },
+    {&CmBuffer::__fClass,      kStoredBytes    },
+    {&FMemoryStream::__fClass, kStoredBytes    },
+    {&FXmlInstance::__fClass,  kStoredObject   },
+    {&FXmlObject::__fClass,    kStoredReference},
+};
+
+bool isContainer(const CmObject* object) {
+    return object && object->isTypeOf(CmContainer::className(), true);
+}
+
+/** Spreads ids so that no file can be made whose objects all fall into one bucket. */
+uint32_t hashID(const CmObject* object, uint32_t buckets) {
+    static const uint64_t kSeed = [] {
+        FUID id;
+        id.generate();
+        uint64_t seed;
+        std::memcpy(&seed, id.data, sizeof seed);
+        return seed;
+    }();
+    uint64_t mixed = static_cast<const FXmlObject*>(object)->getID() ^ kSeed;
+    for (int32_t round = 0; round < 2; ++round) {
+        mixed = (mixed ^ mixed >> 33) * 0xFF51AFD7ED558CCDu;
+    }
+    return static_cast<uint32_t>((mixed ^ mixed >> 33) % buckets);
+}
+
+/** The object behind a reference or an instance; itself, when there is none. */
+CmObject* behind(CmObject* object) {
+    if (CmObject* target = FXmlReference::targetOf(object))
+        object = target;
+    auto* instance = classCast<FXmlInstance>(object);
+    return instance && instance->getObject() ? instance->getObject() : object;
+}
+}  // namespace
+
+// --- roots
+
+bool FAttributeArchiveBase::addRoot(const char* name, CmObject* object) {
+    return object && roots.setObjAttribute(name, object, RootList::kBorrowed);
+}
+
+CmObject* FAttributeArchiveBase::getRoot(const char* name, const char* className) const {
+    CmObject* root = FXmlReference::targetOf(roots.getObjAttribute(name));
+    if (!root || (className && !root->isTypeOf(className, true)))
+        return nullptr;
+    root->addRef();
+    return root;
+}
+
+bool FAttributeArchiveBase::addGlobalRoot(const char* name, CmObject* object) {
+    return object && globalRoots.setObjAttribute(name, object, RootList::kBorrowed);
+}
+
+bool FAttributeArchiveBase::getGlobalRoot(const char* name, CmObject* object) const {
+    auto* bag = classCast<FAttributes>(globalRoots.getObjAttribute(name));
+    return bag && object && object->restoreAttributes(*bag);
+}
+
+// --- the hook
+
+FAttributeArchiveErrorHookScope::FAttributeArchiveErrorHookScope(IArchiveErrorHook* hook)
+    : outer(std::exchange(currentHook, hook)) {}
+
+FAttributeArchiveErrorHookScope::~FAttributeArchiveErrorHookScope() {
+    currentHook = outer;
+}
+
+void FAttributeArchiveErrorHookScope::report(int32_t code, const char* className) {
+    if (currentHook)
+        currentHook->archiveError(code, className);
+}
+
+// --- what is stored of an object
+
+StoredForm storedFormOf(const CmObject& object) {
+    for (const MetaClass* each = object.getClass(); each; each = each->baseClass) {
+        const auto row = std::ranges::find(kForms, each, &FormRow::metaClass);
+        if (row != std::end(kForms))
+            return row->form;
+    }
+    return kStoredObject;
+}
+
+const char* persistentNameOf(const CmObject& object) {
+    if (const auto* instance = classCast<FXmlInstance>(&object); instance && !instance->getObject())
+        return instance->getClassID();
+    const MetaClass* metaClass = object.getClass();
+    return metaClass->persistentName ? metaClass->persistentName : object.isA();
+}
+
+uint32_t gHashObject(const CmObject* object, uint32_t buckets) {
+    return static_cast<uint32_t>((reinterpret_cast<uintptr_t>(object) >> 4) % buckets);
+}
+
+FStoredValue::FStoredValue(const FAttributeValue& value) {
+    constexpr uint16_t kPlain = FAttributeValue::kLong | FAttributeValue::kFloat | FAttributeValue::kString;
+    kind = value.getType() & kPlain;
+    if (kind != 0)
+        return;
+    object = value.getObj();
+    if (object)
+        kind = FAttributeValue::kObject;
+    else if (value.is(FAttributeValue::kUnknown) && (object = commonObject(value.getUnknown())))
+        kind = FAttributeValue::kUnknown;
+    else
+        return;
+    form = formBehind(object);
+    if (form == kStoredNothing)
+        kind = 0;
+}
+
+StoredForm formBehind(CmObject*& object) {
+    if (!object)
+        return kStoredNothing;
+    const StoredForm form = storedFormOf(*object);
+    if (form != kStoredReference && form != kStoredObject)
+        return form;
+    object = behind(object);
+    if (object->isTypeOf(FXmlInstance::className(), true))
+        return kStoredObject;
+    const auto* reference = classCast<FXmlObject>(object);
+    if (!reference)
+        return storedFormOf(*object);
+    return reference->getID() != 0 ? kStoredReference : kStoredNothing;
+}
+
+bool storeObjectIn(FAttributes& attributes, const CmObject& object) {
+    if (object.storeAttributes(attributes))
+        return true;
+    FAttributeArchiveErrorHookScope::report(FArchive::kStreamError, object.isA());
+    return false;
+}
+
+// --- writing
+
+FSeenObjects::FSeenObjects() : table(kSeenBuckets) {
+    table.setHashFunction(gHashObject);
+}
+
+bool FSeenObjects::add(const CmObject* object) {
+    return !table.containsAbs(object) && table.add(const_cast<CmObject*>(object));
+}
+
+// --- reading
+
+class FObjectLoader::Loaded : public FXmlInstance {
+public:
+    Loaded(uint64_t id, const char* className, int32_t number) : FXmlInstance(id, className), number(number) {}
+
+    const int32_t number;
+};
+
+FObjectLoader::FObjectLoader() : objects(new CmArray(0, -1)), byID(kLoadedBuckets) {
+    objects->_ownsObjects = CmContainer::kTakesOver;
+    references._ownsObjects = CmContainer::kTakesOver;
+    byID.setHashFunction(hashID);
+}
+
+FXmlInstance& FObjectLoader::begin(const char* className, uint64_t id) {
+    auto* loaded = new Loaded(id, className, objects->total());
+    objects->add(loaded);
+    parents.push_back(open.empty() ? -1 : open.back());
+    heights.push_back(0);
+    open.push_back(loaded->number);
+    if (id != 0 && !lookup(id))
+        byID.add(loaded);
+    const OPtr<FUnknown> made(ClassFactory::instance(true)->createObjectByName(className));
+    loaded->setObject(commonObject(made.get()));
+    if (!loaded->getObject()) {
+        hasUnknown = true;
+        FAttributeArchiveErrorHookScope::report(FArchive::kUnreadableObject, className);
+    }
+    return *loaded;
+}
+
+bool FObjectLoader::end() {
+    FXmlInstance* loaded = current();
+    CmObject* object = loaded->getObject();
+    bool restored = true;
+    if (object) {
+        loaded->getAttributes();
+        restored = object->restoreAttributes(*loaded->detachAttributes());
+    }
+    const int32_t height = heights[open.back()];
+    open.pop_back();
+    if (isContainer(object) && !open.empty())
+        heights[open.back()] = std::max(heights[open.back()], height + 1);
+    if (!restored)
+        FAttributeArchiveErrorHookScope::report(FArchive::kUnreadableObject, loaded->getClassID());
+    return restored;
+}
+
+FXmlInstance* FObjectLoader::current() const {
+    return open.empty() ? nullptr : static_cast<FXmlInstance*>(objects->at(open.back()));
+}
+
+OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
+    const FXmlInstance* owner = current();
+    Loaded* known = lookup(id);
+    if (owner)
+        met.push_back({open.back(), id});
+    if (known && (!owner || owner->getObject()))
+        return mayHold(*known) ? OPtr<CmObject>(IPtr<CmObject>(known->getStandIn())) : OPtr<CmObject>();
+    const OPtr<FXmlReference> reference(new FXmlReference(id));
+    reference->addRef();
+    references.add(reference.get());
+    owners.push_back(owner ? open.back() : -1);
+    return OPtr<CmObject>(IPtr<CmObject>(reference.get()));
+}
+
+/** Containers own what is in them: nothing that owns is put into one that stands in it, and chains of containers end, since
+    a chain is torn down by recursion. */
+bool FObjectLoader::mayHold(const Loaded& known) {
+    const FXmlInstance* owner = current();
+    const bool isKnownClass = known.getObject() != nullptr;
+    if (!owner || !isContainer(owner->getObject()) || (isKnownClass && !isContainer(known.getObject())))
+        return true;
+    int32_t& height = heights[open.back()];
+    height = std::max(height, isKnownClass ? heights[known.number] + 1 : 0);
+    return height <= FAttributeArchiveBase::kMaxDepth && std::ranges::find(open, known.number) == open.end();
+}
+
+void FObjectLoader::finish() {
+    const std::vector<int32_t> order = hasUnknown && !met.empty() ? ranks() : std::vector<int32_t>();
+    CmLinkedListIterator cursor(references);
+    for (const int32_t owner : owners) {
+        auto* reference = static_cast<FXmlReference*>(cursor.next());
+        Loaded* target = lookup(reference->getID());
+        if (!target)
+            reference->setIdentity(nullptr);
+        else if (owner >= 0 && !order.empty() && order[target->number] <= order[owner])
+            reference->setIdentity(target->getStandIn());
+        else
+            reference->setObject(target->getStandIn());
+    }
+}
+
+FObjectLoader::Loaded* FObjectLoader::lookup(uint64_t id) const {
+    const FXmlReference wanted(id);
+    return static_cast<Loaded*>(byID.lookup(&wanted));
+}
+
+/** Who may hold whom: an order in which holders come before what they hold. What stands in an object, and what objects of known
+    classes refer to, is held in any case; objects of unknown ones hold what comes behind them. It begins at the roots, so
+    that all that they reach is held. */
+std::vector<int32_t> FObjectLoader::ranks() const {
+    const auto count = static_cast<size_t>(objects->total());
+    std::vector<std::vector<int32_t>> next(count);
+    std::vector<int32_t> holders(count), rank(count, -1), ready;
+    const auto hold = [&](int32_t from, int32_t to, bool inAnyCase) {
+        next[from].push_back(to);
+        holders[to] += inAnyCase ? 1 : 0;
+        if (inAnyCase)
+            next[from].back() = ~to;
+    };
+    for (size_t i = 0; i < count; ++i) {
+        if (parents[i] >= 0)
+            hold(parents[i], static_cast<int32_t>(i), true);
+    }
+    for (const Reference& each : met) {
+        if (const Loaded* target = lookup(each.id))
+            hold(each.owner, target->number, static_cast<Loaded*>(objects->at(each.owner))->getObject() != nullptr);
+    }
+    int32_t time = 0;
+    const auto walk = [&](int32_t start) {
+        ready.push_back(start);
+        while (!ready.empty()) {
+            const int32_t at = ready.back();
+            ready.pop_back();
+            if (rank[at] >= 0)
+                continue;
+            rank[at] = time++;
+            for (const int32_t edge : next[at])
+                holders[edge < 0 ? ~edge : edge] -= edge < 0 ? 1 : 0;
+            for (auto edge = next[at].rbegin(); edge != next[at].rend(); ++edge) {
+                if (const int32_t to = *edge < 0 ? ~*edge : *edge; holders[to] == 0)
+                    ready.push_back(to);
+            }
+        }
+    };
+    CmLinkedListIterator cursor(references);
+    for (const int32_t owner : owners) {
+        const auto* reference = static_cast<FXmlReference*>(cursor.next());
+        const Loaded* root = owner < 0 ? lookup(reference->getID()) : nullptr;
+        if (root && holders[root->number] == 0)
+            walk(root->number);
+    }
+    for (const bool inRings : {false, true}) {
+        for (size_t i = 0; i < count; ++i) {
+            if (rank[i] < 0 && (inRings || holders[i] == 0))
+                walk(static_cast<int32_t>(i));
+        }
+    }
+    return rank;
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,134 @@
+#include "storage/fxmlobject.h"
+#include "storage/fattributearchive.h"
+#include <vector>
+
+namespace Tessarine {
+namespace {
+thread_local std::vector<OPtr<FAttributes>>* dyingBags = nullptr;  // of the instances that end while another one does
+}
+
+IMPLEMENT_ABSTRACT_CLASS(FXmlObject, CmObject)
+IMPLEMENT_ABSTRACT_CLASS(FXmlInstance, FXmlObject)
+IMPLEMENT_ABSTRACT_CLASS(FXmlReference, FXmlObject)
+
+bool FXmlObject::isEqual(const CmObject* other) const {
+    const auto* object = classCast<FXmlObject>(other);
+    return object && id == object->id;
+}
+
+int32_t FXmlObject::compare(const CmObject* other) const {
+    const auto* object = classCast<FXmlObject>(other);
+    return object ? (id > object->id) - (id < object->id) : CmObject::compare(other);
+}
+
+uint32_t FXmlObject::hash(uint32_t buckets) const {
+    return static_cast<uint32_t>((id >> 4) % buckets);
+}
+
+FXmlInstance::FXmlInstance(uint64_t id, const char* classID) : FXmlObject(id), classID(classID) {}
+
+FXmlInstance::~FXmlInstance() {
+    if (!attributes)
+        return;
+    if (dyingBags) {
+        dyingBags->push_back(std::move(attributes));
+        return;
+    }
+    std::vector<OPtr<FAttributes>> bags;
+    bags.push_back(std::move(attributes));
+    dyingBags = &bags;
+    while (!bags.empty()) {
+        const OPtr<FAttributes> bag = std::move(bags.back());
+        bags.pop_back();
+    }
+    dyingBags = nullptr;
+}
+
+FAttributes* FXmlInstance::getAttributes() {
+    if (!attributes)
+        attributes = new FAttributes;
+    return attributes;
+}
+
+CmObject* FXmlReference::targetOf(CmObject* object) {
+    const auto* reference = classCast<FXmlReference>(object);
+    return reference ? reference->getObject() : object;
+}
+
+bool FCmObjectStripper::strip(FAttributes& attributes) {
+    bool whole = depth < FAttributeArchiveBase::kMaxDepth;
+    if (!whole)
+        attributes.removeAll();
+    ++depth;
+    for (int32_t i = 0; i < attributes.countAttributes(); ++i)
+        whole = stripValue(*attributes.getAttribute(i)) && whole;
+    --depth;
+    return whole;
+}
+
+bool FCmObjectStripper::stripValue(FStringIDAttribute& attribute) {
+    CmObject* object =
+        attribute.is(FAttributeValue::kUnknown) ? commonObject(attribute.getUnknown()) : attribute.getObj();
+    if (!object) {
+        if (attribute.is(FAttributeValue::kUnknown))
+            attribute.empty();
+        return true;
+    }
+    const StoredForm form = storedFormOf(*object);
+    switch (form) {
+    case kStoredBag:
+        return strip(static_cast<FAttributes&>(*object));
+    case kStoredBags:
+        return stripBags(static_cast<FSubList&>(*object));
+    case kStoredObjects:
+        return stripList(attribute, static_cast<FObjectList&>(*object));
+    case kStoredObject:
+        break;
+    default:
+        return true;
+    }
+    bool whole = true;
+    attribute.setObj(formOf(object, whole).detach(), FAttributeValue::kOwned);
+    return whole;
+}
+
+bool FCmObjectStripper::stripBags(FSubList& list) {
+    bool whole = true;
+    for (int32_t i = 0; i < list.total(); ++i)
+        whole = strip(*list.at(i)) && whole;
+    return whole;
+}
+
+bool FCmObjectStripper::stripList(FStringIDAttribute& attribute, const FObjectList& list) {
+    OPtr<FObjectList> stripped(new FObjectList(true));
+    bool whole = true;
+    for (int32_t i = 0; i < list.total(); ++i) {
+        OPtr<CmObject> form = formOf(list.targetAt(i), whole);
+        if (form && stripped->queue(form, true))
+            form.detach();
+    }
+    attribute.setObj(stripped.detach(), FAttributeValue::kOwned);
+    return whole;
+}
+
+OPtr<CmObject> FCmObjectStripper::formOf(CmObject* object, bool& whole) {
+    object = FXmlReference::targetOf(object);
+    if (!object || object->isTypeOf(FXmlObject::className(), true))
+        return OPtr<CmObject>(IPtr<CmObject>(object));
+    auto found = known.find(object);
+    if (found == known.end()) {
+        const OPtr<FXmlInstance> form(new FXmlInstance(reinterpret_cast<uintptr_t>(object), persistentNameOf(*object)));
+        known.emplace(object, Stripped{object, form.get(), true});
+        const bool stored = object->storeAttributes(*form->getAttributes());
+        whole = strip(*form->getAttributes()) && stored && whole;
+        found = known.find(object);
+        found->second.isOpen = false;
+    } else if (found->second.isOpen) {
+        const OPtr<FXmlReference> reference(new FXmlReference(0));
+        reference->setIdentity(found->second.form);
+        return OPtr<CmObject>(IPtr<CmObject>(reference.get()));
+    }
+    return OPtr<CmObject>(IPtr<CmObject>(found->second.form.get()));
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,576 @@
+#include "base/cmunknown.h"
+#include "collect/cmbtree.h"
+#include "collect/cmdate.h"
+#include "collect/cmdlinkedlist.h"
+#include "collect/cmhashdictionary.h"
+#include "collect/cmqueue.h"
+#include "collect/cmregexp.h"
+#include "collect/cmstring.h"
+#include "goldenfile.h"
+#include "storage/fbinarchive.h"
+#include "storage/fnewarchive.h"
+#include "storage/fsimplearchive.h"
+#include "storage/fxmlarchive.h"
+#include "storage/fxmlobject.h"
+#include "storednode.h"
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <map>
+#include <set>
+
+namespace Tessarine {
+IMPLEMENT_CLASS(StoredNode, CmObject)
+
+namespace {
+struct Binary {
+    static constexpr const char* kEnding = ".bin";
+    using Archive = FBinArchive;
+    static bool save(Archive& archive) { return archive.save(); }
+    static bool load(Archive& archive) { return archive.load(); }
+    static bool saveBag(Archive& archive, const FAttributes& bag) { return archive.saveAttributes(bag); }
+    static bool loadBag(Archive& archive, FAttributes& bag) { return archive.loadAttributes(bag); }
+};
+struct Xml {
+    static constexpr const char* kEnding = ".xml";
+    using Archive = FXmlArchive;
+    static bool save(Archive& archive) { return archive.save("Test"); }
+    static bool load(Archive& archive) { return archive.load("Test"); }
+    static bool saveBag(Archive& archive, const FAttributes& bag) { return archive.saveAttributes("Test", bag); }
+    static bool loadBag(Archive& archive, FAttributes& bag) { return archive.loadAttributes("Test", bag); }
+};
+
+class Errors : public IArchiveErrorHook {
+public:
+    virtual ~Errors() = default;
+    void archiveError(int32_t code, const char* className) override {
+        heard += std::to_string(code) + (className ? className : "") + " ";
+    }
+    std::string heard;
+};
+
+/** Every kind of value, without objects. */
+OPtr<FAttributes> fullBag() {
+    OPtr<FAttributes> bag(new FAttributes);
+    const OPtr<FAttributes> inner(new FAttributes);
+    inner->set("x", INT64_MIN);
+    char bytes[33];
+    for (int32_t i = 0; i < 33; ++i)
+        bytes[i] = static_cast<char>(i * 7);
+    bag->set("int", 42);
+    bag->set("float", 0.1);
+    bag->set("tiny", std::numeric_limits<double>::denorm_min());
+    bag->setString8("text", "a<b & \"c\"\rd");
+    bag->setString16("wide", u"h\u00e9\u4e2d\U0001F600");
+    bag->setString8("empty", "");
+    bag->setString8("k<e>y", "");
+    bag->setAttributes("bag", inner.get());
+    bag->setBinary("bytes", bytes, 33);
+    bag->queueInt("ints", 1);
+    bag->queueInt("ints", -1);
+    bag->queueFloat("floats", 1e300);
+    bag->queueString16("texts", u"\u00fc");
+    bag->queueString16("texts", u"plain");
+    bag->queueAttributes("bags", inner.get());
+    bag->queueAttributes("bags", inner.get());
+    return bag;
+}
+
+OPtr<StoredNode> graph() {
+    OPtr<StoredNode> top(new StoredNode(1));
+    StoredNode* left = top->add(2);
+    top->add(left->add(4));
+    top->add(3);
+    return top;
+}
+
+/** All objects behind an object of an unknown class. */
+void collect(FAttributes* bag, std::set<uint64_t>& found) {
+    for (int32_t i = 0; bag && i < bag->countAttributes(); ++i) {
+        CmObject* object = FXmlReference::targetOf(bag->getAttribute(i)->getObj());
+        auto* list = classCast<FObjectList>(object);
+        for (int32_t item = 0; item < (list ? list->total() : 1); ++item) {
+            auto* instance = classCast<FXmlInstance>(list ? list->targetAt(item) : object);
+            if (instance && found.insert(reinterpret_cast<uintptr_t>(instance)).second)
+                collect(instance->getAttributes(), found);
+        }
+    }
+}
+void collect(CmObject* root, std::set<uint64_t>& found) {
+    if (!root || !found.insert(reinterpret_cast<uintptr_t>(root)).second)
+        return;
+    if (auto* node = classCast<StoredNode>(root))
+        for (const IPtr<StoredNode>& child : node->children)
+            collect(child.get(), found);
+    if (auto* instance = classCast<FXmlInstance>(root))
+        collect(instance->getAttributes(), found);
+}
+
+/** What was written, with its ids counted from 1 in the order of their first appearance. */
+std::string renumbered(const Binary&, const std::string& bytes, CmObject* root) {
+    std::set<uint64_t> ids;
+    collect(root, ids);
+    std::map<uint64_t, uint64_t> numbers;
+    std::string result = bytes;
+    for (size_t at = 0; at + 8 <= result.size(); ++at) {
+        uint64_t id;
+        std::memcpy(&id, result.data() + at, 8);
+        if (!ids.contains(id))
+            continue;
+        const uint64_t number = numbers.emplace(id, numbers.size() + 1).first->second;
+        std::memcpy(result.data() + at, &number, 8);
+    }
+    return result;
+}
+std::string renumbered(const Xml&, const std::string& text, CmObject*) {
+    std::map<std::string, size_t> numbers;
+    std::string result;
+    for (size_t at = 0, next; at < text.size(); at = next) {
+        next = std::min(text.find('"', at), text.size() - 1) + 1;
+        const std::string piece = text.substr(at, next - at);
+        const bool isID = piece.size() > 9 && piece.find_first_not_of("0123456789") == piece.size() - 1;
+        result += isID ? std::to_string(numbers.emplace(piece, numbers.size() + 1).first->second) + '"' : piece;
+    }
+    return result;
+}
+
+template <class Format>
+class AttributeArchives : public testing::Test {
+protected:
+    using Archive = typename Format::Archive;
+    ~AttributeArchives() override { EXPECT_EQ(StoredNode::living, 0) << "left behind"; }
+
+    std::string saved(CmObject* root, FAttributes* bag = nullptr) {
+        FMemoryStream stream;
+        Archive archive(&stream, true);
+        if (root)
+            archive.addRoot("root", root);
+        if (bag)
+            archive.addGlobalRoot("bag", bag);
+        EXPECT_TRUE(Format::save(archive));
+        return renumbered(Format(), textOf(stream), root);
+    }
+    OPtr<CmObject> loaded(const std::string& bytes, FAttributes* bag = nullptr) {
+        FMemoryStream stream;
+        fill(stream, bytes);
+        Archive archive(&stream, false);
+        EXPECT_TRUE(Format::load(archive));
+        EXPECT_EQ(stream.tell(), stream.getSize() - (bytes.ends_with('\r') ? 1 : 0));
+        EXPECT_TRUE(!bag || archive.getGlobalRoot("bag", bag));
+        return OPtr<CmObject>(archive.getRoot("root"));
+    }
+};
+using Formats = testing::Types<Binary, Xml>;
+TYPED_TEST_SUITE(AttributeArchives, Formats);
+
+TYPED_TEST(AttributeArchives, AreTheFilesThatTheyAlwaysWere) {
+    const std::string bags = goldenFile(std::string("bag") + TypeParam::kEnding);
+    EXPECT_EQ(this->saved(nullptr, fullBag().get()), bags);
+    FAttributes bag;
+    this->loaded(bags, &bag);
+    EXPECT_EQ(this->saved(nullptr, &bag), bags);
+    EXPECT_EQ(bag.getFloat("tiny"), std::numeric_limits<double>::denorm_min());
+    EXPECT_EQ(ConstString(bag.getString16("wide")), ConstString(u"h\u00e9\u4e2d\U0001F600"));
+
+    const std::string objects = goldenFile(std::string("graph") + TypeParam::kEnding);
+    EXPECT_EQ(this->saved(graph().get()), objects);
+    const OPtr<CmObject> top = this->loaded(objects);
+    EXPECT_EQ(this->saved(top), objects);
+
+    std::string unknown = objects;
+    for (size_t at = 0; (at = unknown.find("StoredNode", at)) != unknown.npos;)
+        unknown.replace(at, 10, "AlienThing");
+    const OPtr<CmObject> alien = this->loaded(unknown);
+    EXPECT_EQ(this->saved(alien), unknown) << "what isn't known survives";
+}
+
+TYPED_TEST(AttributeArchives, KeepIdentity) {
+    const OPtr<StoredNode> before = graph();
+    const OPtr<CmObject> root = this->loaded(this->saved(before.get()));
+    auto* top = classCast<StoredNode>(root.get());
+    ASSERT_TRUE(top && top->children.size() == 3);
+    EXPECT_EQ(top->children[0]->children[0].get(), top->children[1].get());
+    EXPECT_EQ(top->children[1]->parent, top->children[0].get());
+    EXPECT_EQ(top->children[2]->parent, top);
+}
+
+// Objects that come later in the file, or hold each other; of unknown classes too.
+struct ReferenceRow {
+    const char* name;
+    std::string objects;
+    const char* className;  // of the root "r", id 1; null: there is none
+    int32_t living;         // nodes that it keeps alive
+};
+std::string object(const char* className, int32_t id, const std::string& content) {
+    return std::string("<obj class='") + className + "' ID='" + std::to_string(id) + "'>" + content + "</obj>";
+}
+std::string refers(int32_t id) {
+    return "<obj name='a' ID='" + std::to_string(id) + "'/>";
+}
+std::string holds(const char* name, const std::string& items) {
+    return std::string("<list name='") + name + "' type='obj'>" + items + "</list>";
+}
+std::string item(int32_t id) {
+    return "<item value='" + std::to_string(id) + "'/>";
+}
+
+TEST(XmlArchive, NeitherLeaksNorDanglesWhateverRefersToWhat) {
+    const std::string plain = "<int name='number' value='5'/>", owns = "<int name='ownership' value='2'/>";
+    const std::string node = object("StoredNode", 2, plain), root = object("X", 1, refers(2));
+    const ReferenceRow rows[] = {
+        {"missing", "", nullptr, 0},
+        {"an id twice: the first", object("StoredNode", 1, plain) + object("X", 1, ""), "StoredNode", 1},
+        {"a later one is held", root + node, "FXmlInstance", 1},
+        {"an earlier one too", node + root, "FXmlInstance", 1},
+        {"over another one", object("Y", 3, refers(2)) + object("X", 1, refers(3)) + node, "FXmlInstance", 1},
+        {"ring", root + object("Y", 2, holds("l", item(1))), "FXmlInstance", 0},
+        {"ring with more", root + object("Y", 2, holds("l", item(1) + item(3))) + object("StoredNode", 3, plain),
+         "FXmlInstance", 1},
+        {"holds itself", object("X", 1, refers(1)), "FXmlInstance", 0},
+        {"ring with a known one", root + object("CmArray", 2, owns + holds("obj", item(1))), "FXmlInstance", 0},
+        {"array in itself", object("CmArray", 1, owns + holds("obj", item(1))), "CmArray", 0},
+        {"over an unknown one", object("CmArray", 1, owns + holds("obj", object("X", 2, refers(1)))), "CmArray", 0},
+        {"array in an unknown one", object("X", 1, object("CmArray", 2, owns + holds("obj", item(1)))), "FXmlInstance",
+         0},
+        {"no id", "<obj class='StoredNode'><obj name='parent'/>" + plain + "</obj>", nullptr, 0},
+    };
+    for (const ReferenceRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        OPtr<CmObject> held;
+        {
+            FMemoryStream stream;
+            fill(stream, "<T><rootObjects><root name='r' ID='1'/></rootObjects>" + row.objects + "</T>");
+            FXmlArchive archive(&stream, false);
+            EXPECT_TRUE(archive.load("T") && archive.isWhole());
+            held = archive.getRoot("r");
+        }
+        EXPECT_STREQ(held ? held->isA() : nullptr, row.className);
+        EXPECT_EQ(StoredNode::living, row.living);
+        held = nullptr;
+        EXPECT_EQ(StoredNode::living, 0);
+    }
+}
+
+/** However long: each holds the next one only by its id. */
+TEST(XmlArchive, ChainsOfUnknownObjectsGoOneByOne) {
+    std::string text = "<T><rootObjects><root name='r' ID='1'/></rootObjects>";
+    for (int32_t id = 1; id < 100000; ++id)
+        text += object("X", id, refers(id + 1));
+    FMemoryStream stream;
+    fill(stream, text + object("StoredNode", 100000, "<int name='number' value='1'/>") + "</T>");
+    {
+        FXmlArchive archive(&stream, false);
+        EXPECT_TRUE(archive.load("T"));
+        EXPECT_EQ(StoredNode::living, 1);
+    }
+    EXPECT_EQ(StoredNode::living, 0);
+}
+
+TYPED_TEST(AttributeArchives, TellWhatFailsAndGoOn) {
+    Errors errors;
+    const FAttributeArchiveErrorHookScope scope(&errors);
+    const OPtr<StoredNode> top(new StoredNode(1));
+    top->add(-1);
+    FMemoryStream stream;
+    typename TypeParam::Archive archive(&stream, true);
+    archive.addRoot("root", top.get());
+    EXPECT_FALSE(TypeParam::save(archive));
+    top->children[0]->number = 13;
+    stream.setSize(0);
+    EXPECT_TRUE(TypeParam::save(archive));
+    stream.rewind();
+    typename TypeParam::Archive reader(&stream, false);
+    EXPECT_FALSE(TypeParam::load(reader));
+    EXPECT_TRUE(OPtr<CmObject>(reader.getRoot("root", "StoredNode"))) << "with a hole";
+    EXPECT_EQ(errors.heard, "-100StoredNode -99StoredNode ");
+}
+
+TYPED_TEST(AttributeArchives, NestToABound) {
+    for (const int32_t depth : {FAttributeArchiveBase::kMaxDepth, FAttributeArchiveBase::kMaxDepth + 1}) {
+        const bool good = depth == FAttributeArchiveBase::kMaxDepth;
+        FMemoryStream stream;
+        FAttributes outer, back;
+        FAttributes* inner = &outer;
+        for (int32_t level = 1; level < depth; ++level) {
+            const OPtr<FAttributes> next(new FAttributes);
+            level % 2 ? inner->setAttributes("m", next.get()) : inner->queueAttributes("m", next.get());
+            inner = next;
+        }
+        typename TypeParam::Archive archive(&stream, true);
+        EXPECT_EQ(TypeParam::saveBag(archive, outer), good);
+        stream.rewind();
+        typename TypeParam::Archive reader(&stream, false);
+        EXPECT_TRUE(!good || TypeParam::loadBag(reader, back));
+    }
+}
+
+TYPED_TEST(AttributeArchives, CutOffIsNeverWhole) {
+    const OPtr<StoredNode> top = graph();
+    const std::string all = this->saved(top.get(), fullBag().get());
+    for (size_t length = 0; length + 1 < all.size(); ++length) {
+        FMemoryStream stream;
+        fill(stream, all.substr(0, length));
+        typename TypeParam::Archive archive(&stream, false);
+        bool whole = TypeParam::load(archive);
+        if constexpr (std::is_same_v<TypeParam, Xml>)
+            whole = archive.isWhole();
+        EXPECT_FALSE(whole) << length;
+    }
+}
+
+TYPED_TEST(AttributeArchives, WriteNothingOfWhatCannotBeStored) {
+    FAttributes bag, back;
+    int32_t target = 0;
+    using Value = FAttributeValue;
+    auto* pointer = new FStringIDAttribute("pointer");
+    pointer->setPointer(&target);
+    auto* transient = new FStringIDAttribute("transient");
+    transient->setLong(1);
+    transient->keep(Value::kTransient);
+    const OPtr<FXmlReference> nothing(new FXmlReference(0));
+    EXPECT_TRUE(bag.addAttribute(pointer) && bag.addAttribute(new FStringIDAttribute("empty")) &&
+                bag.addAttribute(transient) && bag.setObject("nothing", nothing.get()));
+    bag.queueObject("list", nothing.get(), false);
+    FMemoryStream stream;
+    typename TypeParam::Archive archive(&stream, true), reader(&stream, false);
+    EXPECT_TRUE(TypeParam::saveBag(archive, bag));
+    stream.rewind();
+    EXPECT_TRUE(TypeParam::loadBag(reader, back));
+    EXPECT_EQ(back.countAttributes(), 2) << "the transient one and the empty list";
+    EXPECT_EQ(back.getInt("transient"), 1);
+    EXPECT_EQ(back.countQueueItems("list"), 0);
+}
+
+struct BinRow {
+    const char* name;
+    std::string bytes;  // of one bag
+    bool loads;
+    int32_t kept;  // attributes
+    int64_t left;  // bytes that aren't read
+};
+std::string number(int64_t value, int32_t size) {
+    return {reinterpret_cast<const char*>(&value), static_cast<size_t>(size)};
+}
+std::string attribute(int64_t type, const std::string& value) {
+    return number(2, 4) + std::string("k\0", 2) + number(type, 2) + value;
+}
+
+TEST(BinArchive, TakesOnlyWhatIsThere) {
+    const std::string one = number(1, 4), seven = number(7, 8);
+    const BinRow rows[] = {
+        {"a type without value", number(2, 4) + attribute(0x4000, "") + attribute(1, seven), true, 1, 0},
+        {"a pointer", number(2, 4) + attribute(0x200, "") + attribute(1, seven), true, 1, 0},
+        {"negative count", number(-1, 4), false, 0, 0},
+        {"huge count", number(INT32_MAX, 4) + attribute(1, seven), false, 0, 0},
+        {"huge list", one + attribute(2, number(2, 2) + number(INT32_MAX, 4)), false, 0, 0},
+        {"huge bytes", one + attribute(2, number(7, 2) + number(-1, 4) + "x"), false, 0, 1},
+        {"form 41 is 4", one + attribute(2, number(41, 2) + one + number(2, 4) + std::string("t\0", 2)), true, 1, 0},
+        {"older form", one + attribute(2, number(101, 2)), false, 0, 0},
+        {"older form", one + attribute(2, number(1, 2) + seven), false, 0, 8},
+        {"too long a text", one + attribute(8, number(50001, 4) + std::string(50001, 'x')) + "rest", false, 0, 4},
+        {"longest text", one + attribute(8, number(50000, 4) + std::string(50000, 'x')) + "rest", true, 1, 4},
+        {"negative text", one + attribute(8, number(-5, 4)), false, 0, 0},
+        {"duplicate keys", number(2, 4) + attribute(1, seven) + attribute(1, seven), true, 2, 0},
+        {"object of a bad name", one + attribute(2, number(20, 2) + number(0, 4) + seven + number(0, 4)), true, 1, 0},
+        {"item that is no object", one + attribute(2, number(201, 2) + one + number(7, 2)), false, 0, 0},
+    };
+    for (const BinRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        FMemoryStream stream;
+        FAttributes bag;
+        fill(stream, row.bytes);
+        EXPECT_EQ(FBinArchive(&stream, false).loadAttributes(bag), row.loads);
+        EXPECT_EQ(bag.countAttributes(), row.kept);
+        EXPECT_EQ(stream.getSize() - stream.tell(), row.left);
+    }
+}
+
+struct XmlRow {
+    const char* name;
+    std::string text;
+    bool loads;
+    std::string saved;  // the attributes as they are written again, with other quotes and without line ends
+};
+
+TEST(XmlArchive, ReadsWhatPeopleWrite) {
+    std::string deep, deepest;
+    for (int32_t i = 0; i < 10000; ++i) {
+        deep += "<member name='m'>";
+        deepest += "<x>";
+    }
+    const std::string one = "<int name='a' value='1'/>", accent = "<string name='a' value='\xC3\xA9' wide='true'/>";
+    const std::string ints = "<list name='l' type='int'>", objects = "<list name='l' type='obj'>";
+    const XmlRow rows[] = {
+        {"empty", "<T/>", true, ""},
+        {"another root", "<U>" + one + "</U>", false, ""},
+        {"nothing", "", false, ""},
+        {"open and long tags", "<T><int name='a' value='1'></int><member name='m'/></T>junk", true,
+         one + "<member name='m'></member>"},
+        {"unknown elements", "<T><new a='1'><int name='x' value='1'/></new>" + one + "</T>", true, one},
+        {"misplaced ones", "<T><item value='1'/><root/>" + ints + one + "<item value='3'/></list></T>", true,
+         ints + "<item value='3'/></list>"},
+        {"bad integers", "<T><int name='a' value='1x'/><int value=' 99999999999999999999'/></T>", true,
+         one + "<int name='' value='9223372036854775807'/>"},
+        {"bad floats", "<T><float name='b' value='+1e2x'/></T>", true, "<float name='b' value='100'/>"},
+        {"wide, not marked", "<T><string name='a' value='\xC3\xA9'/></T>", true, accent},
+        {"malformed UTF-8", "<T><string name='a' value='\x8E'/></T>", true, accent},
+        {"broken bytes", "<T><bin name='b'>0 1\r\n0g2z3<x/>4</bin></T>", true, "<bin name='b'>\t\t010234</bin>"},
+        {"unknown list", "<T><list name='l' type='new'><item value='1'/></list></T>", true, ""},
+        {"unknown id", "<T>" + objects + "<item ID='7'/></list></T>", true, objects + "</list>"},
+        {"too deep", "<T>" + deep, false, ""},
+        {"too deep, unknown", "<T>" + deepest, false, ""},
+        {"too long a text", "<T><string name='a' value='" + std::string(2048, 'x') + "'/></T>", false, ""},
+        {"NUL", "<T>" + one + std::string("\0</T>", 5), true, one},
+    };
+    for (const XmlRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        FMemoryStream stream, again;
+        FAttributes bag;
+        fill(stream, row.text);
+        EXPECT_EQ(FXmlArchive(&stream, false).loadAttributes("T", bag), row.loads);
+        EXPECT_TRUE(FXmlArchive(&again, true).saveAttributes("T", bag));
+        std::string text = textOf(again);
+        text.erase(0, text.find("<T>") + 3);
+        text.erase(text.rfind("</T>"));
+        for (size_t at = 0; (at = text.find('\r', at)) != text.npos;)
+            text.erase(at, std::min(text.find_first_not_of("\r ", at), text.size()) - at);
+        std::ranges::replace(text, '"', '\'');
+        EXPECT_EQ(text, row.saved);
+    }
+}
+
+TEST(XmlArchive, LoadsBagsAloneAndAsksForTheClass) {
+    const OPtr<StoredNode> top = graph();
+    FMemoryStream stream;
+    FXmlArchive writer(&stream, true);
+    writer.addRoot("root", top.get());
+    const OPtr<FAttributes> bag = fullBag();
+    writer.addGlobalRoot("bag", bag.get());
+    ASSERT_TRUE(writer.save("T"));
+    for (const bool withoutObjects : {false, true}) {
+        stream.rewind();
+        FXmlArchive reader(&stream, false);
+        FAttributes back;
+        EXPECT_TRUE(reader.load("T", "StoredNode", withoutObjects));
+        EXPECT_TRUE(reader.getGlobalRoot("bag", &back) && back.getInt("int") == 42);
+        EXPECT_EQ(OPtr<CmObject>(reader.getRoot("root")).get() == nullptr, withoutObjects);
+    }
+    stream.rewind();
+    EXPECT_FALSE(FXmlArchive(&stream, false).load("T", "CmString"));
+}
+
+/** Every class that stores itself, by all archives. */
+struct ClassRow {
+    const char* name;
+    std::function<CmObject*()> make;
+    bool byArchive = true;  // comes back whole from an object archive too
+};
+
+template <class Container>
+CmObject* containerOf(const char* a, const char* b) {
+    auto* container = new Container;
+    container->_ownsObjects = CmContainer::kTakesOver;
+    container->add(new CmString(a));
+    container->add(new CmString(b));
+    return container;
+}
+
+/** The class and what it stores. */
+std::string canonical(CmObject* object) {
+    FMemoryStream stream;
+    FXmlArchive archive(&stream, true);
+    archive.addRoot("o", object);
+    EXPECT_TRUE(archive.save("T"));
+    return renumbered(Xml(), textOf(stream), nullptr);
+}
+
+template <class Archive>
+OPtr<CmObject> throughObjectArchive(CmObject* object) {
+    FMemoryStream stream;
+    EXPECT_TRUE(Archive(&stream, true).save(object));
+    stream.rewind();
+    return OPtr<CmObject>(Archive(&stream, false).load(object->isA()));
+}
+
+template <class Format>
+OPtr<CmObject> throughAttributes(CmObject* object) {
+    FMemoryStream stream;
+    typename Format::Archive writer(&stream, true), reader(&stream, false);
+    writer.addRoot("o", object);
+    EXPECT_TRUE(Format::save(writer));
+    stream.rewind();
+    EXPECT_TRUE(Format::load(reader));
+    return OPtr<CmObject>(reader.getRoot("o", object->isA()));
+}
+
+TEST(Persistence, OfEveryClassThroughEveryArchive) {
+    const ClassRow rows[] = {
+        {"text", [] { return new CmString("a<b"); }},
+        {"wide text", [] { return new CmString(u"\u00e9\u4e2d"); }},
+        {"empty text", [] { return new CmString; }},
+        {"date", [] { return new CmDate(2460000); }},
+        {"time", [] { return new CmTime(CmDate(2460000), 86399); }},
+        {"expression", [] { return new CmRegularExpression("a*b?", true); }},
+        {"identifier", [] { return new CmUID(0x01234567, 0x89ABCDEF, 0xFEDCBA98, 0x76543210); }},
+        {"bytes",
+         [] {
+             auto* stream = new FMemoryStream;
+             stream->writeRaw("\0\xFF<>", 4);
+             return stream;
+         }},
+        {"array", [] { return containerOf<CmArray>("b", "a"); }},
+        {"ordered", [] { return containerOf<CmOrderedArray>("b", "a"); }},
+        {"list", [] { return containerOf<CmLinkedList>("b", "a"); }},
+        {"list 2", [] { return containerOf<CmDLinkedList>("b", "a"); }},
+        {"queue", [] { return containerOf<CmQueue>("b", "a"); }},
+        {"stack", [] { return containerOf<CmStack>("b", "a"); }},
+        {"tree", [] { return containerOf<CmBTree>("b", "a"); }},
+        {"hash table", [] { return containerOf<CmHashTable>("b", "a"); }, false},
+        {"empty", [] { return new CmArray; }},
+    };
+    for (const ClassRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        const OPtr<CmObject> object(row.make());
+        const std::string expected = canonical(object);
+        const auto check = [&](const char* way, const OPtr<CmObject>& again) {
+            SCOPED_TRACE(way);
+            ASSERT_TRUE(again);
+            EXPECT_EQ(canonical(again), expected);
+        };
+        check("binary", throughAttributes<Binary>(object));
+        check("XML", throughAttributes<Xml>(object));
+        if (!row.byArchive)
+            continue;
+        check("object archive", throughObjectArchive<FNewArchive>(object));
+        check("simple archive", throughObjectArchive<FSimpleArchive>(object));
+    }
+}
+
+TEST(Stripper, LeavesNoObjectAlive) {
+    FAttributes bag;
+    {
+        const OPtr<StoredNode> top = graph();
+        bag.setObject("top", top.get());
+        bag.queueObject("list", top.get(), false);
+        const OPtr<FAttributes> inner(new FAttributes);
+        inner->setObject("again", top->children[0].get());
+        bag.setAttributes("inner", inner.get());
+        EXPECT_TRUE(bag.stripObjects());
+    }
+    EXPECT_EQ(StoredNode::living, 0);
+    EXPECT_EQ(bag.getObjectAttributes("top")->getInt("number"), 1);
+    EXPECT_EQ(bag.lookupQueueObjectAttributes("list", 0), bag.getObjectAttributes("top")) << "once";
+    FMemoryStream stream;
+    EXPECT_TRUE(FBinArchive(&stream, true).saveAttributes(bag));
+    stream.rewind();
+    std::string bytes = textOf(stream);
+    ASSERT_NE(bytes.find("StoredNode"), bytes.npos);
+    FAttributes back;
+    EXPECT_TRUE(FBinArchive(&stream, false).loadAttributes(back));
+    auto* top = static_cast<StoredNode*>(back.getObject("top", "StoredNode"));
+    ASSERT_TRUE(top && top->children.size() == 3) << "alive again";
+    EXPECT_EQ(top->children[0]->parent, top);
+    EXPECT_EQ(back.getAttributes("inner")->getObject("again"), top->children[0].get());
+}
+}  // namespace
+}  // namespace Tessarine

@@ -1,0 +1,129 @@
+#include "storage/fpersistent.h"
+#include "collect/cmstring.h"
+#include <gtest/gtest.h>
+
+using namespace Tessarine;
+
+namespace {
+/** Stores its number, and counts its living. */
+class Member : public CmObject {
+public:
+    explicit Member(int32_t number = 0) : number(number) { ++living; }
+    ~Member() override { --living; }
+    bool storeAttributes(FAttributes& attributes) const override { return attributes.set("number", number); }
+    bool restoreAttributes(FAttributes& attributes) override { return attributes.get("number", number); }
+
+    int32_t number;
+    inline static int32_t living = 0;
+};
+
+class Bag : public testing::Test {
+protected:
+    void TearDown() override {
+        bag.removeAll();
+        EXPECT_EQ(Member::living, 0);
+    }
+    FAttributes bag;
+};
+}  // namespace
+
+TEST_F(Bag, ConvertsNumbersAndTexts) {
+    bag.set("whole", 300);
+    bag.set("real", 2.75);
+    bag.set("text", ConstString("42.5 m"));
+    bag.setObject("object", &bag);
+    int8_t small = 0;
+    bool truth = false;
+    uint64_t large = 0;
+    float real = 0;
+    String text;
+    EXPECT_TRUE(bag.get("whole", small));
+    EXPECT_EQ(small, 300 - 256);
+    EXPECT_TRUE(bag.get("whole", truth) && truth);
+    EXPECT_TRUE(bag.get("real", large) && large == 2);
+    EXPECT_TRUE(bag.get("text", real) && real == 42.5f);
+    EXPECT_TRUE(bag.get("real", text));
+    EXPECT_STREQ(text.text8(), "2.75");
+    EXPECT_FALSE(bag.get("object", text) || bag.get("missing", real) || bag.get(nullptr, real));
+    EXPECT_EQ(bag.getInt("missing"), 0);
+    EXPECT_EQ(bag.getString8("whole"), nullptr);
+    bag.removeAttribute("object");
+}
+
+TEST_F(Bag, ListsAreReadOnFromTheirCursor) {
+    for (int32_t i = 1; i <= 3; ++i) {
+        EXPECT_TRUE(bag.queueInt("ints", i));
+        EXPECT_EQ(bag.queue("mixed", FVariant(double(i))), kResultOk);
+        EXPECT_TRUE(bag.queueString16("texts", i == 1 ? u"\u00e9" : u"b"));
+    }
+    int64_t number = 0;
+    for (int32_t round = 0; round < 2; ++round) {
+        for (int32_t i = 1; i <= 3; ++i)
+            EXPECT_TRUE(bag.unqueueInt("ints", number) && number == i);
+        EXPECT_FALSE(bag.unqueueInt("ints", number));
+        EXPECT_EQ(number, 3);
+        EXPECT_TRUE(bag.resetList("ints"));
+    }
+    FVariant value;
+    EXPECT_EQ(bag.unqueue("mixed", value), kResultOk);
+    EXPECT_EQ(value.getFloat(), 1);
+    bag.resetAllLists();
+    double real = 0;
+    EXPECT_FALSE(bag.unqueueInt("mixed", number)) << "another kind";
+    EXPECT_TRUE(bag.unqueueFloat("mixed", real) && real == 1);
+    String text;
+    EXPECT_TRUE(bag.unqueueString("texts", text) && text.text16()[0] == 0xe9);
+    EXPECT_EQ(bag.countQueueItems("texts"), 3);
+}
+
+TEST_F(Bag, HoldsObjectsInTheWayTheyWereGiven) {
+    auto* member = new Member(7);
+    EXPECT_TRUE(bag.setObject("shared", member));
+    EXPECT_TRUE(bag.queueObject("owned", member, true));  // the maker's reference
+    EXPECT_FALSE(bag.queueObject("owned", member, false));
+    EXPECT_EQ(bag.queue("owned", FVariant(member)), kResultOk) << "with a reference more";
+    EXPECT_EQ(bag.unqueueObject("owned"), member);
+    EXPECT_EQ(bag.unqueueObject("owned", "FMessage"), nullptr);
+    EXPECT_EQ(bag.unqueueObject("owned"), nullptr);
+    EXPECT_TRUE(bag.setObject("shared", nullptr));
+    EXPECT_FALSE(bag.containsAttribute("shared"));
+    EXPECT_TRUE(bag.setMember("copy", *member));
+    bag.removeAttribute("owned");
+    EXPECT_EQ(Member::living, 0);
+    Member again;
+    EXPECT_TRUE(bag.getMember("copy", again) && again.number == 7);
+    EXPECT_TRUE(bag.queueMember("copies", again) && bag.queueMember("copies", again));
+    EXPECT_TRUE(bag.unqueueMember("copies", again) && bag.unqueueAttributes("copies"));
+    EXPECT_FALSE(bag.unqueueMember("copies", again));
+}
+
+TEST_F(Bag, ReadsByPathAndCopiesItsOwnParts) {
+    const OPtr<FAttributes> inner(new FAttributes), innermost(new FAttributes);
+    innermost->set("c", 5);
+    inner->setAttributes("b", innermost.get());
+    bag.setAttributes("a", inner.get());
+    bag.queueInt("list", 1);
+    FVariant value;
+    EXPECT_TRUE(bag.extractValue("a.b.c", value) && value.getInteger() == 5);
+    EXPECT_EQ(bag.extractAttributes("a.b"), innermost.get());
+    for (const char* path : {"a.x.c", "a.b.c.d", ".", "", "a.b."})
+        EXPECT_FALSE(bag.extractValue(path, value)) << path;
+
+    const OPtr<FAttributes> copy(static_cast<FAttributes*>(bag.newCopy()));
+    copy->getAttributes("a")->getAttributes("b")->set("c", 6);
+    copy->queueInt("list", 2);
+    EXPECT_EQ(innermost->getInt("c"), 5);
+    EXPECT_EQ(bag.countQueueItems("list"), 1);
+    EXPECT_EQ(copy->countQueueItems("list"), 2);
+}
+
+TEST_F(Bag, BytesAreCutToTheRoom) {
+    EXPECT_TRUE(bag.setBinary("bytes", "abcdef", 6));
+    char room[8] = "-------";
+    EXPECT_TRUE(bag.getBinary("bytes", room, 3));
+    EXPECT_STREQ(room, "abc----");
+    EXPECT_TRUE(bag.getBinary("bytes", room, 8));
+    EXPECT_STREQ(room, "abcdef-");
+    EXPECT_EQ(bag.getBinarySize("bytes"), 6u);
+    EXPECT_FALSE(bag.getBinary("missing", room, 8));
+}

@@ -1,0 +1,244 @@
+#include "collect/cmarray.h"
+#include "goldenfile.h"
+#include "storage/fmstream.h"
+#include "storage/fnewarchive.h"
+#include "storage/fsimplearchive.h"
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+using namespace Tessarine;
+
+namespace {
+/** A node with a number and two neighbours, which it owns when they were read. */
+class GraphNode : public CmObject {
+public:
+    DECLARE_CLASS(GraphNode, CmObject)
+    explicit GraphNode(int16_t number = 0) : number(number) { ++living; }
+    ~GraphNode() override { --living; }
+
+    bool externalize(FArchive& archive) const override {
+        return number >= 0 && archive.getStream().writeInt16(number) && archive.save(left) &&
+               archive.save(right, false);
+    }
+    bool internalize(FArchive& archive) override {
+        version = archive.getVersion();
+        if (!archive.getStream().readInt16(number))
+            return false;
+        left = OPtr<CmObject>(archive.load("GraphNode"));
+        right = OPtr<CmObject>(archive.load("GraphNode", false));
+        return number != 13;
+    }
+
+    int16_t number;
+    int32_t version = -1;
+    IPtr<CmObject> left, right;
+    inline static int32_t living = 0;
+};
+IMPLEMENT_CLASS_V(GraphNode, CmObject, 7)
+
+class SpecialNode : public GraphNode {
+public:
+    DECLARE_CLASS(SpecialNode, GraphNode)
+    using GraphNode::GraphNode;
+};
+IMPLEMENT_CLASS_V(SpecialNode, GraphNode, 9)
+
+class Errors : public IArchiveErrorHook {
+public:
+    virtual ~Errors() = default;
+    void archiveError(int32_t code, const char* className) override {
+        heard += std::to_string(code) + (className ? className : "") + " ";
+    }
+    std::string heard;
+};
+
+std::string bytesOf(FMemoryStream& stream) {
+    return {stream.getData(), static_cast<size_t>(stream.getSize())};
+}
+
+template <class Archive>
+class ObjectArchives : public testing::Test {
+protected:
+    ~ObjectArchives() override { EXPECT_EQ(GraphNode::living, 0); }
+
+    bool save(const CmObject* object) { return Archive(&stream, true, &errors).save(object); }
+    OPtr<GraphNode> load(const char* className = "GraphNode") {
+        stream.rewind();
+        return OPtr<GraphNode>(static_cast<GraphNode*>(Archive(&stream, false, &errors).load(className)));
+    }
+
+    FMemoryStream stream;
+    Errors errors;
+};
+using Kinds = testing::Types<FNewArchive, FSimpleArchive>;
+TYPED_TEST_SUITE(ObjectArchives, Kinds);
+
+class NewArchive : public ObjectArchives<FNewArchive> {};
+class SimpleArchive : public ObjectArchives<FSimpleArchive> {};
+
+OPtr<GraphNode> chain(int32_t length) {
+    OPtr<GraphNode> node(new GraphNode(1));
+    for (int32_t i = 1; i < length; ++i) {
+        OPtr<GraphNode> outer(new GraphNode(1));
+        outer->left = node.get();
+        node = outer;
+    }
+    return node;
+}
+
+/** Two nodes, the inner one known by two ways. */
+OPtr<GraphNode> diamond() {
+    OPtr<GraphNode> top(new SpecialNode(1));
+    OPtr<GraphNode> left(new GraphNode(2)), shared(new GraphNode(3));
+    left->left = shared.get();
+    top->left = left.get();
+    shared->right = new GraphNode(4);
+    shared->right->release();
+    return top;
+}
+}  // namespace
+
+TYPED_TEST(ObjectArchives, KeepIdentityAndVersions) {
+    OPtr<GraphNode> top = diamond();
+    auto* left = static_cast<GraphNode*>(top->left.get());
+    left->right = left->left;
+    const OPtr<GraphNode> outer(new GraphNode(9));
+    outer->left = top.get();
+    ASSERT_TRUE(this->save(outer.get()));
+    const OPtr<GraphNode> again = this->load();
+    ASSERT_TRUE(again && again->left);
+    auto* special = static_cast<GraphNode*>(again->left.get());
+    EXPECT_STREQ(special->isA(), "SpecialNode");
+    EXPECT_EQ(special->version, 9);
+    auto* inner = static_cast<GraphNode*>(special->left.get());
+    EXPECT_EQ(inner->version, 7);
+    ASSERT_TRUE(inner->left && inner->right);
+    EXPECT_EQ(static_cast<GraphNode*>(inner->left.get())->number, 3);
+    EXPECT_NE(inner->left.get(), inner->right.get()) << "without a reference it is a copy";
+    EXPECT_EQ(this->errors.heard, "");
+}
+
+TYPED_TEST(ObjectArchives, AreTheFilesThatTheyAlwaysWere) {
+    const bool isNew = std::is_same_v<TypeParam, FNewArchive>;
+    std::string golden = goldenFile(isNew ? "diamond.bin" : "diamond.simple");
+    ASSERT_TRUE(this->save(diamond().get()));
+    EXPECT_EQ(bytesOf(this->stream), golden);
+    const OPtr<GraphNode> again = this->load();
+    this->stream.setSize(0);
+    ASSERT_TRUE(this->save(again.get()));
+    EXPECT_EQ(bytesOf(this->stream), golden);
+}
+
+TYPED_TEST(ObjectArchives, ContainersNeitherOwnThemselvesNorGrowChains) {
+    constexpr int32_t kChain = 600;
+    std::vector<OPtr<CmArray>> chain;
+    {
+        TypeParam archive(&this->stream, true);
+        for (int32_t i = 0; i < kChain; ++i) {
+            chain.emplace_back(new CmArray);
+            chain[i]->_ownsObjects = CmContainer::kShares;
+            if (i > 0)
+                chain[i]->add(chain[i - 1].get());
+            ASSERT_TRUE(archive.save(chain[i].get()));
+        }
+    }
+    const OPtr<CmArray> ring(new CmArray);
+    ring->add(ring.get());
+    const int64_t ringAt = this->stream.tell();
+    ASSERT_TRUE(TypeParam(&this->stream, true).save(ring.get()));
+    this->stream.rewind();
+    TypeParam archive(&this->stream, false, &this->errors);
+    std::vector<OPtr<CmObject>> read;
+    while (CmObject* object = archive.load("CmArray"))
+        read.emplace_back(object);
+    EXPECT_EQ(read.size(), 513u);
+    this->stream.seek(ringAt, kFromStart);
+    TypeParam ringArchive(&this->stream, false, &this->errors);
+    EXPECT_EQ(OPtr<CmObject>(ringArchive.load("CmArray")), nullptr);
+    EXPECT_EQ(ringArchive.getLastError(), FArchive::kUnreadableObject);
+}
+
+TYPED_TEST(ObjectArchives, KnowObjectsAgain) {
+    const OPtr<GraphNode> node(new GraphNode(5));
+    {
+        TypeParam archive(&this->stream, true);
+        EXPECT_TRUE(archive.save(node.get()) && archive.save(node.get()) && archive.save(nullptr));
+    }
+    this->stream.rewind();
+    TypeParam archive(&this->stream, false);
+    const OPtr<CmObject> first(archive.load(nullptr)), second(archive.load(nullptr));
+    EXPECT_TRUE(first);
+    EXPECT_EQ(first.get(), second.get());
+    EXPECT_FALSE(archive.load(nullptr));
+    EXPECT_EQ(archive.getClassVersion("GraphNode"), 7);
+    EXPECT_EQ(archive.getLastError(), 0);
+}
+
+TYPED_TEST(ObjectArchives, RefuseWhatIsTooDeepOrCutOff) {
+    ASSERT_TRUE(this->save(chain(600).get()));
+    this->load();
+    EXPECT_NE(this->errors.heard, "");
+    this->stream.reset();
+    ASSERT_TRUE(this->save(diamond().get()));
+    const int64_t size = this->stream.getSize();
+    for (int64_t cut = 0; cut < size; ++cut) {
+        this->errors.heard.clear();
+        std::string bytes = bytesOf(this->stream).substr(0, static_cast<size_t>(cut));
+        FMemoryStream part(bytes.data(), static_cast<int32_t>(cut));
+        TypeParam archive(&part, false, &this->errors);
+        const OPtr<CmObject> object(archive.load(nullptr));
+        EXPECT_NE(archive.getLastError(), 0) << cut;
+    }
+}
+
+TYPED_TEST(ObjectArchives, TellWhatCannotBeWritten) {
+    const OPtr<GraphNode> outer(new GraphNode(1)), bad(new GraphNode(-1));
+    outer->left = bad.get();
+    EXPECT_FALSE(this->save(outer.get()));
+    EXPECT_EQ(this->errors.heard, "-100GraphNode -100GraphNode ");
+}
+
+TEST_F(NewArchive, StepsOverWhatItCannotRead) {
+    {
+        FNewArchive archive(&stream, true);
+        for (const int16_t number : {13, 5})
+            archive.save(OPtr<GraphNode>(new GraphNode(number)).get(), false);
+        archive.save(OPtr<SpecialNode>(new SpecialNode(6)).get(), false);
+    }
+    std::string bytes = bytesOf(stream);
+    bytes.replace(bytes.find("SpecialNode"), 11, "UnknownNode");
+    FMemoryStream changed(bytes.data(), static_cast<int32_t>(bytes.size()));
+    FNewArchive archive(&changed, false, &errors);
+    EXPECT_FALSE(archive.load("GraphNode"));
+    const OPtr<CmObject> good(archive.load("GraphNode"));
+    EXPECT_TRUE(good);
+    EXPECT_FALSE(archive.load("GraphNode"));
+    EXPECT_EQ(errors.heard, "-99GraphNode -99UnknownNode ");
+    EXPECT_EQ(changed.tell(), changed.getSize());
+}
+
+TEST_F(NewArchive, Form) {
+    const OPtr<SpecialNode> node(new SpecialNode(0x102));
+    ASSERT_TRUE(save(node.get()));
+    const std::string expected(
+        "\xFE\xFF\xFF\xFF\x0A\0\0\0GraphNode\0\x07\0"
+        "\xFE\xFF\xFF\xFF\x09\0\0\0CmObject\0\0\0"
+        "\xFF\xFF\xFF\xFF\x0C\0\0\0SpecialNode\0\x09\0"
+        "\x0A\0\0\0\x02\x01\0\0\0\0\0\0\0\0",
+        20 + 19 + 22 + 14);
+    EXPECT_EQ(bytesOf(stream), expected);
+}
+
+TEST_F(SimpleArchive, Form) {
+    const OPtr<GraphNode> node(new GraphNode(0x102)), same(new GraphNode(3));
+    node->left = same.get();
+    same->left = node.get();
+    ASSERT_TRUE(save(node.get()));
+    same->left = nullptr;
+    const std::string expected(
+        "\xFF\xFF\xFF\xFF\x0A\0\0\0GraphNode\0\x07\0\x02\x01"
+        "\x01\0\0\x80\x03\0\x01\0\0\0\0\0\0\0\0\0\0\0",
+        22 + 18);
+    EXPECT_EQ(bytesOf(stream), expected);
+}

@@ -1,0 +1,118 @@
+#include "storage/fmstream.h"
+#include "storage/fnewarchive.h"
+#include "storage/fxmlarchive.h"
+#include "storage/hooks.h"
+#include "storednode.h"
+#include "tempfolder.h"
+#include <gtest/gtest.h>
+
+namespace Tessarine {
+namespace {
+const TempFolder* userFolder = nullptr;
+const TempFolder* commonFolder = nullptr;
+bool answer = true;
+std::string asked;
+
+bool standardFolder(int32_t number, FNPath& folder) {
+    const TempFolder* known = number == kUserFolder ? userFolder : number == kCommonFolder ? commonFolder : nullptr;
+    if (known)
+        folder = known->self();
+    return known != nullptr;
+}
+
+bool askUser(const FNPath& file, const UTranslatedString& /*question*/) {
+    String name(file.getName());
+    asked = name.text8();
+    return answer;
+}
+
+class UserFiles : public testing::Test {
+protected:
+    UserFiles() : before(gStorageHooks) {
+        userFolder = &user;
+        commonFolder = &common;
+        gStorageHooks.standardFolder = standardFolder;
+        gStorageHooks.askUser = askUser;
+        asked.clear();
+        answer = true;
+    }
+    ~UserFiles() override { gStorageHooks = before; }
+
+    bool store(int32_t number, bool ask = false) {
+        const OPtr<StoredNode> node(new StoredNode(number));
+        return FXmlArchive::storeObject("Setup", "Node", node.get(), ask);
+    }
+    int32_t stored() {
+        const OPtr<StoredNode> node(new StoredNode(-1));
+        return FXmlArchive::restoreObject("Setup", "Node", node.get()) ? node->number : -1;
+    }
+
+    const StorageHooks before;
+    TempFolder user, common;
+};
+using Names = std::set<std::string>;
+
+TEST_F(UserFiles, AppearWholeOrNotAtAll) {
+    EXPECT_EQ(stored(), -1);
+    EXPECT_TRUE(store(5));
+    EXPECT_EQ(stored(), 5);
+    EXPECT_FALSE(store(-7)) << "stores nothing";
+    std::filesystem::create_directory(user / "Dir.xml");
+    const OPtr<StoredNode> node(new StoredNode(1));
+    EXPECT_FALSE(FXmlArchive::storeObject("Dir", "Node", node.get()));
+    EXPECT_EQ(user.names(), (Names{"Setup.xml", "Dir.xml"})) << "nothing is left beside them";
+    EXPECT_EQ(stored(), 5);
+}
+
+TEST_F(UserFiles, AreReplacedWhenTheUserAgrees) {
+    EXPECT_TRUE(store(1, true));
+    EXPECT_EQ(asked, "") << "nothing to replace";
+    answer = false;
+    EXPECT_FALSE(store(2, true));
+    EXPECT_EQ(asked, "Setup.xml");
+    EXPECT_EQ(stored(), 1);
+    answer = true;
+    EXPECT_TRUE(store(3, true));
+    EXPECT_EQ(stored(), 3);
+    EXPECT_EQ(user.names(), (Names{"Setup.xml", "Setup_old.xml"}));
+}
+
+TEST_F(UserFiles, AreManagedByName) {
+    EXPECT_TRUE(store(1));
+    EXPECT_TRUE(FXmlArchive::backupObjectArchive("Setup"));
+    EXPECT_TRUE(store(2));
+    EXPECT_TRUE(FXmlArchive::unbackupObjectArchive("Setup"));
+    EXPECT_EQ(stored(), 1);
+    EXPECT_EQ(user.names(), (Names{"Setup.xml", "Setup.xml.backup"}));
+    EXPECT_TRUE(FXmlArchive::renameObjectArchive("Setup", "Other") && FXmlArchive::objectArchiveExists("Other"));
+    EXPECT_FALSE(FXmlArchive::objectArchiveExists("Setup") || FXmlArchive::unbackupObjectArchive("Other"));
+    std::filesystem::rename(user / "Other.xml", common / "Setup.xml");
+    EXPECT_EQ(stored(), 1) << "of all users";
+    EXPECT_FALSE(FXmlArchive::objectArchiveExists("Setup") || FXmlArchive::removeObjectArchive("Setup"));
+    EXPECT_TRUE(store(4));
+    EXPECT_EQ(stored(), 4) << "the user's own";
+    EXPECT_TRUE(FXmlArchive::removeObjectArchive("Setup"));
+    FAttributes bag;
+    bag.set("a", 1);
+    EXPECT_TRUE(FXmlArchive::saveAttributes("Bag", "T", bag));
+    bag.set("a", 2);
+    EXPECT_TRUE(FXmlArchive::loadAttributes("Bag", "T", bag) && bag.getInt("a") == 1);
+    for (const char* name : {"", ".", "..", "../x", "/tmp/x", "a/b"}) {
+        EXPECT_FALSE(FXmlArchive::saveAttributes(name, "T", bag)) << name;
+        EXPECT_FALSE(FXmlArchive::renameObjectArchive("Bag", name)) << name;
+    }
+    EXPECT_FALSE(FXmlArchive::saveAttributes(nullptr, "T", bag));
+}
+
+TEST_F(UserFiles, OfObjectArchives) {
+    const OPtr<FAttributes> bag(new FAttributes), back(new FAttributes);
+    bag->set("a", 7);
+    EXPECT_TRUE(FNewArchive::storeObject("Bag", bag.get()));
+    EXPECT_TRUE(FNewArchive::objectArchiveExists("Bag") && FNewArchive::renameObjectArchive("Bag", "Bag 2"));
+    EXPECT_EQ(user.names(), Names{"Bag 2.bin"});
+    EXPECT_FALSE(FNewArchive::restoreObject("Bag", back.get()));
+    EXPECT_TRUE(FNewArchive::restoreObject("Bag 2", back.get()) && back->getInt("a") == 7);
+    EXPECT_TRUE(FNewArchive::removeObjectArchive("Bag 2"));
+}
+}  // namespace
+}  // namespace Tessarine

@@ -1,0 +1,134 @@
+#include "storage/xmldocument.h"
+#include "goldenfile.h"
+#include "storage/fmstream.h"
+#include <gtest/gtest.h>
+#include <string>
+
+namespace Tessarine::Xml {
+namespace {
+const std::string kIntro = "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
+
+bool load(Document& document, std::string text) {
+    FMemoryStream stream(text.data(), int32_t(text.size()));
+    return document.load(&stream);
+}
+
+std::string saved(const Document& document, bool reformat) {
+    FMemoryStream stream;
+    EXPECT_TRUE(document.save(&stream, reformat));
+    return {stream.getData(), size_t(stream.getSize())};
+}
+
+Element& rootOf(const Document& document) {
+    return *static_cast<Element*>(document.getRoot());
+}
+
+TEST(XmlDocument, IsWrittenAsItWasRead) {
+    const std::string golden = goldenFile("xmldocument.xml");
+    Document document;
+    ASSERT_TRUE(load(document, golden));
+    EXPECT_EQ(saved(document, false), golden);
+    EXPECT_EQ(saved(document, true), golden);  // its lines are as we put them
+}
+
+struct DocumentRow {
+    const char* text;
+    const char* plain;
+    const char* reformatted;
+};
+constexpr DocumentRow kDocuments[] = {
+    {"<!--before--><a x='1'> <b/><!-- c --></a><!--behind-->", "<a x=\"1\"> <b/><!-- c --><!--behind--></a>",
+     "<a x=\"1\">\n\t<b/>\n\t<!-- c -->\n\t<!--behind-->\n</a>"                                                                               },
+ // a blank between two entities is a piece of its own
+    {"<a>&lt; &gt;</a>",                                       "<a>&lt; &gt;</a>",                              "<a>&lt;&gt;</a>"             },
+    {"<a><b><c/></b></a>",                                     "<a><b><c/></b></a>",                            "<a>\n\t<b>\n\t\t<c/></b></a>"},
+    {"<a><b/>t<c/>\n</a>",                                     "<a><b/>t<c/>\n</a>",                            "<a>\n\t<b/>t\n\t<c/>\n</a>"  },
+    {"<a>\n<b/>t</a>",                                         "<a>\n<b/>t</a>",                                "<a>\n\t<b/>t</a>"            },
+    {"<a x='&lt;&#228;&quot;'>&amp;&#228;</a>",                "<a x=\"&lt;\xC3\xA4&quot;\">&amp;\xC3\xA4</a>",
+     "<a x=\"&lt;\xC3\xA4&quot;\">&amp;\xC3\xA4</a>"                                                                                          },
+};
+
+TEST(XmlDocument, LosesNothingAndIndentsLines) {
+    for (const DocumentRow& row : kDocuments) {
+        SCOPED_TRACE(row.text);
+        Document document;
+        ASSERT_TRUE(load(document, row.text));
+        EXPECT_EQ(saved(document, false), kIntro + row.plain);
+        EXPECT_EQ(saved(document, true), kIntro + row.reformatted);
+    }
+}
+
+TEST(XmlDocument, IsEmptyAfterAFault) {
+    Document document;
+    ASSERT_TRUE(load(document, "<a/>"));
+    for (const char* text : {"", "<a>", "<a></b>", "<a>&dollar;</a>"}) {
+        EXPECT_FALSE(load(document, text)) << text;
+        EXPECT_EQ(document.getRoot(), nullptr);
+    }
+    FMemoryStream nowhere;
+    EXPECT_FALSE(document.save(&nowhere, false));
+}
+
+std::string nested(int32_t depth) {
+    std::string text, end;
+    for (int32_t i = 0; i < depth; ++i) {
+        text += "<a>";
+        end += "</a>";
+    }
+    return text + "t" + end;
+}
+
+TEST(XmlDocument, RefusesDeepTextsAndWritesDeepTrees) {
+    Document document;
+    EXPECT_TRUE(load(document, nested(1000)));
+    EXPECT_EQ(saved(document, false), kIntro + nested(1000));
+    EXPECT_FALSE(load(document, nested(1001)));
+    constexpr int32_t kDepth = 200000;
+    Element* inner = new Element(u"a");
+    Document deep(inner);
+    for (int32_t i = 1; i < kDepth; ++i) {
+        const OPtr<Element> child(new Element(u"a", inner));
+        inner->addChild(child);
+        inner = child;
+    }
+    const OPtr<ElementData> text(new ElementData);
+    text->setData("t", 1);
+    inner->addChild(text);
+    EXPECT_EQ(saved(deep, false), kIntro + nested(kDepth));
+}
+
+TEST(XmlDocument, CanBeChanged) {
+    Document document;
+    ASSERT_TRUE(load(document, "<a x='1' X='2'> one <b/>\n two\xC3\xA4 </a>"));
+    Element& root = rootOf(document);
+    String text;
+    EXPECT_TRUE(root.getStringData(text));
+    EXPECT_EQ(std::u16string(text.text16()), u"one  two\u00E4");
+    Attribute* second = root.getAttribute(u"X");
+    ASSERT_TRUE(second);
+    EXPECT_EQ(std::u16string(second->value.text16()), u"2");
+    EXPECT_EQ(root.getAttribute(u"y"), nullptr);
+    EXPECT_TRUE(root.removeAttribute(second));
+    const IPtr<Node> b = root.children.at(1);
+    EXPECT_TRUE(root.removeChild(b));
+    EXPECT_FALSE(root.removeChild(b));
+    EXPECT_TRUE(root.insertChildAt(b, 0));
+    while (root.children.total() > 1)
+        root.removeChildAt(1);
+    EXPECT_FALSE(root.getStringData(text));
+    EXPECT_EQ(saved(document, false), kIntro + "<a x=\"1\"><b/></a>");
+    load(document, "<c/>");  // who outlives the tree has no parent any longer
+    EXPECT_EQ(static_cast<Element*>(b.get())->parent, nullptr);
+}
+
+TEST(XmlDocument, SaysWhenTheStreamTakesNoMore) {
+    char memory[45];
+    FMemoryStream stream(memory, sizeof memory);
+    Document document;
+    ASSERT_TRUE(load(document, "<long/>"));
+    EXPECT_FALSE(document.save(&stream, false));
+    EXPECT_FALSE(document.save(nullptr, false));
+}
+
+}  // namespace
+}  // namespace Tessarine::Xml
