@@ -5,10 +5,10 @@ set -euo pipefail
 usage() {
     cat <<'EOM'
 Usage: ./bench.sh [--quick]
-Installs what is missing, builds what ships with its benchmarks, and prints two tables: notification beside other
-libraries, and what stands alone with its aim. Takes about three minutes after the build; let the machine rest meanwhile.
+Installs what is missing, builds what ships with its benchmarks, and prints tables: for each program ours beside other
+libraries, and what stands alone with its aim. Takes about ten minutes after the build; let the machine rest meanwhile.
 
-  --quick   fewer repetitions and shorter measures: about a minute
+  --quick   fewer repetitions and shorter measures: about three minutes
   --help    this text
 EOM
 }
