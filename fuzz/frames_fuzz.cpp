@@ -22,7 +22,7 @@ Bytes takeFrame(std::deque<unsigned char>& waiting) {
     if (waiting.empty() || waiting.size() <= waiting.front())
         return {};
     const auto end = waiting.begin() + waiting.front() + 1;
-    const Bytes frame(waiting.begin(), end);
+    Bytes frame(waiting.begin(), end);
     waiting.erase(waiting.begin(), end);
     return frame;
 }

@@ -11,7 +11,7 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-BEFORE = ("origin/main", "HEAD~20")  # the first that this clone knows
+BEFORE = ("origin/main", "HEAD~10")  # the first that this clone knows
 
 
 def git(*arguments):

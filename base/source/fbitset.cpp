@@ -1,6 +1,7 @@
 #include "base/source/fbitset.h"
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cstdlib>
 #include <cstring>
 
@@ -37,22 +38,27 @@ bool BitSet::setSize(uint32_t size) {
     return true;
 }
 
+uint32_t& BitSet::chunkOf(uint32_t index) {
+    assert(array);  // there is none only at size 0
+    return array[index / kChunkBits];
+}
+
 bool BitSet::setBit(uint32_t index) {
     if (index >= bits && (index >= kMaxBits || !setSize(index + 1)))
         return false;
-    array[index / kChunkBits] |= bitOf(index);
+    chunkOf(index) |= bitOf(index);
     return true;
 }
 
 void BitSet::clearBit(uint32_t index) {
     if (index < bits)
-        array[index / kChunkBits] &= ~bitOf(index);
+        chunkOf(index) &= ~bitOf(index);
 }
 
 bool BitSet::toggleBit(uint32_t index) {
     if (index >= bits)
         return setBit(index);
-    array[index / kChunkBits] ^= bitOf(index);
+    chunkOf(index) ^= bitOf(index);
     return true;
 }
 
@@ -119,20 +125,20 @@ BitSet& BitSet::operator&=(const BitSet& other) {
 BitSet& BitSet::operator|=(const BitSet& other) {
     if (bits >= other.bits || setSize(other.bits))
         for (uint32_t i = 0; i < other.chunks; ++i)
-            array[i] |= other.array[i];
+            chunkOf(i * kChunkBits) |= other.array[i];
     return *this;
 }
 
 BitSet& BitSet::operator^=(const BitSet& other) {
     if (bits >= other.bits || setSize(other.bits))
         for (uint32_t i = 0; i < other.chunks; ++i)
-            array[i] ^= other.array[i];
+            chunkOf(i * kChunkBits) ^= other.array[i];
     return *this;
 }
 
 void BitSet::clearBeyond() {
     if (bits % kChunkBits != 0)
-        array[chunks - 1] &= bitOf(bits) - 1;
+        chunkOf(bits) &= bitOf(bits) - 1;
 }
 
 IDSet::IDSet(int32_t base, int32_t delta) : base(base), delta(std::max(delta, 1)) {}

@@ -55,6 +55,7 @@ private:
     static constexpr uint32_t kChunkBits = 32;
     static constexpr uint32_t bitOf(uint32_t index) { return 1u << (index % kChunkBits); }
     void clearBeyond();
+    uint32_t& chunkOf(uint32_t index);
 
     uint32_t bits = 0;
     uint32_t chunks = 0;

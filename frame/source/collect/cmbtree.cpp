@@ -1,5 +1,6 @@
 #include "collect/cmbtree.h"
 #include <algorithm>
+#include <cassert>
 #include <new>
 #include <utility>
 
@@ -64,6 +65,7 @@ int32_t CmBTreeNode::indexInParent() const {
 void CmBTreeNode::hang(int32_t childIndex, CmBTreeNode* child) {
     if (!child)
         return;
+    assert(children);  // a leaf hangs nothing
     children[childIndex] = child;
     child->parent = this;
 }
