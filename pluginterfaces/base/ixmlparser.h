@@ -11,7 +11,8 @@ class IBStream;
 class INewXmlHandler;
 class IStringResult;
 
-/** The reader. bool results: true for success. */
+/** The reader. bool results: true for success. Handlers can't begin anew: process(), resume() and reset() are refused while
+    they are called. */
 class INewXmlParser : public FUnknown {
 public:
     /** Shares the handler; null takes it away. */

@@ -46,6 +46,8 @@ private:
     bool storeMetaClass(const MetaClass& metaClass, int32_t mark);
     bool readClass(int32_t reference, ClassRecord& record);
     bool restoreMetaClass(ClassRecord& record);
+    /** A class whose record stands in content that was stepped over, before the present place. */
+    bool readClassAt(int32_t classPosition, ClassRecord& record);
     OPtr<CmObject> readNewObject(const ClassRecord& record, const char* expectedClass, int32_t id, bool keepReference);
     /** -1: no position has been noted. */
     static int32_t getObjectID(const void* pointer, const Positions& positions);

@@ -2,6 +2,7 @@
 #include "base/source/fstring.h"
 #include "base/source/tarray.h"
 #include "storage/farchive.h"
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -38,7 +39,7 @@ protected:
     };
     /** Written as a mark, the name in storage and the version. */
     bool writeClassRecord(const MetaClass& metaClass, int32_t mark);
-    /** The same without the mark, which has been read. */
+    /** The same without the mark, which has been read. False also for a name of more than 4096 bytes. */
     bool readClassRecord(ClassRecord& record);
     /** externalize, and the account of what failed. */
     bool writeContent(const CmObject& object);
@@ -48,8 +49,8 @@ protected:
     bool readContent(CmObject& object, const ClassRecord& record);
     /** The object with a reference more; null for null, and when it isn't of the class. */
     static CmObject* handOut(CmObject* object, const char* expectedClass);
-    /** The same of an object that has been read already. Null too, and an error, for a container that would own itself, and
-        behind a chain of kMaxDepth containers, since a chain is torn down by recursion. */
+    /** The same of an object that has been read already. Null too, and an error, for a container or bag that would own itself,
+        and behind a chain of kMaxDepth of them, since a chain is torn down by recursion. */
     CmObject* handOutKnown(CmObject* object, const char* expectedClass);
     /** The stream makes no sense from here on: nothing more is read. */
     CmObject* breakOff();
@@ -65,8 +66,8 @@ private:
 
     bool broken = false;
     std::vector<CmObject*> reading;                        // what is being read, from the outside to the inside
-    std::unordered_map<const CmObject*, int32_t> heights;  // of containers: how many hold each other below it
-    TArray<ClassRecord> readClasses;
+    std::unordered_map<const CmObject*, int32_t> heights;  // of containers and bags: how many hold each other below it
+    std::unordered_map<std::string, int32_t> classVersions;  // read
     TArray<String> failedClasses;
     TArray<CmObject*> forgotten;  // counted
 };

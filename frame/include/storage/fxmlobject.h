@@ -61,6 +61,8 @@ class FXmlReference : public FXmlObject {
 public:
     DECLARE_ABSTRACT_CLASS(FXmlReference, FXmlObject)
     explicit FXmlReference(uint64_t id) : FXmlObject(id) {}
+    /** However long a chain of references is, its objects go one by one. */
+    ~FXmlReference() override;
 
     CmObject* getObject() const { return object; }
     void setObject(CmObject* target) { object = target; }

@@ -130,7 +130,7 @@ private:
     void stepBack(uint32_t count);
     bool passWhile(uint16_t classes);
     bool takeUntil(Text& text, uint16_t classes);
-    bool takeBytes(int32_t count);
+    void passBytes(int32_t count);
     void passLineEnd(char c);
     Token tokenOf(Text& text, bool inTag);
     Token markupToken(Text& text);

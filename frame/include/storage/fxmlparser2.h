@@ -52,7 +52,7 @@ private:
     XML_ParserStruct* parser;                          // owned; null when there was no memory for it
     IPtr<INewXmlHandler> handler;                      // counted
     std::vector<IPtr<INewXmlHandler>> formerHandlers;  // one of them may be in the middle of a call
-    int32_t reading = 0;                               // calls of process() and resume()
+    bool reading = false;                              // handlers are called
 };
 
 /** The base for handlers: hears everything and does nothing, and keeps a stack of what the open tags stand for. */

@@ -101,7 +101,7 @@ public:
     bool write(IBStream* stream) const override;
     DECLARE_XML_NODE(Element, Node)
 
-    Node* parent;  // borrowed
+    Node* parent;  // borrowed, for who asks; adding and removing leave it as it is
     TDLinkedList<IPtr<Node>> children;
     TArray<IPtr<Attribute>> attributes{0, -1};
 
@@ -148,5 +148,6 @@ private:
     int32_t depth = 0;
 };
 
+#undef DECLARE_XML_NODE
 }  // namespace Xml
 }  // namespace Tessarine

@@ -30,8 +30,13 @@ constexpr FormRow kForms[] = {
     {&FXmlObject::__fClass,    kStoredReference},
 };
 
-bool isContainer(const CmObject* object) {
-    return object && object->isTypeOf(CmContainer::className(), true);
+/** A bag with an identity: it keeps what is in it, references too. */
+FAttributes* bagOf(CmObject* object) {
+    return object && object->getClass() == &FAttributes::__fClass ? static_cast<FAttributes*>(object) : nullptr;
+}
+
+bool isHolder(CmObject* object) {
+    return object && (bagOf(object) || object->isTypeOf(CmContainer::className(), true));
 }
 
 /** Spreads ids so that no file can be made whose objects all fall into one bucket. */
@@ -99,6 +104,8 @@ void FAttributeArchiveErrorHookScope::report(int32_t code, const char* className
 // --- what is stored of an object
 
 StoredForm storedFormOf(const CmObject& object) {
+    if (const auto* reference = classCast<FXmlReference>(&object); reference && reference->getObject())
+        return kStoredObject;
     for (const MetaClass* each = object.getClass(); each; each = each->baseClass) {
         const auto row = std::ranges::find(kForms, each, &FormRow::metaClass);
         if (row != std::end(kForms))
@@ -146,7 +153,7 @@ StoredForm formBehind(CmObject*& object) {
         return kStoredObject;
     const auto* reference = classCast<FXmlObject>(object);
     if (!reference)
-        return storedFormOf(*object);
+        return kStoredObject;  // also of a bag that is referred to: it was an object
     return reference->getID() != 0 ? kStoredReference : kStoredNothing;
 }
 
@@ -192,10 +199,9 @@ FXmlInstance& FObjectLoader::begin(const char* className, uint64_t id) {
         byID.add(loaded);
     const OPtr<FUnknown> made(ClassFactory::instance(true)->createObjectByName(className));
     loaded->setObject(commonObject(made.get()));
-    if (!loaded->getObject()) {
-        hasUnknown = true;
+    keepsBags = keepsBags || !loaded->getObject() || bagOf(loaded->getObject());
+    if (!loaded->getObject())
         FAttributeArchiveErrorHookScope::report(FArchive::kUnreadableObject, className);
-    }
     return *loaded;
 }
 
@@ -205,11 +211,15 @@ bool FObjectLoader::end() {
     bool restored = true;
     if (object) {
         loaded->getAttributes();
-        restored = object->restoreAttributes(*loaded->detachAttributes());
+        const OPtr<FAttributes> attributes = loaded->detachAttributes();
+        if (FAttributes* bag = bagOf(object))
+            bag->take(*attributes);
+        else
+            restored = object->restoreAttributes(*attributes);
     }
     const int32_t height = heights[open.back()];
     open.pop_back();
-    if (isContainer(object) && !open.empty())
+    if (isHolder(object) && !open.empty())
         heights[open.back()] = std::max(heights[open.back()], height + 1);
     if (!restored)
         FAttributeArchiveErrorHookScope::report(FArchive::kUnreadableObject, loaded->getClassID());
@@ -223,10 +233,14 @@ FXmlInstance* FObjectLoader::current() const {
 OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
     const FXmlInstance* owner = current();
     Loaded* known = lookup(id);
+    const bool isBag = owner && bagOf(owner->getObject());
+    const bool isHeld = known && (!owner || owner->getObject()) && mayHold(*known);
     if (owner)
-        met.push_back({open.back(), id});
-    if (known && (!owner || owner->getObject()))
-        return mayHold(*known) ? OPtr<CmObject>(IPtr<CmObject>(known->getStandIn())) : OPtr<CmObject>();
+        met.push_back({open.back(), id, isHeld || (owner->getObject() && !isBag)});
+    if (isHeld)
+        return OPtr<CmObject>(IPtr<CmObject>(known->getStandIn()));
+    if (known && owner && owner->getObject() && !isBag)
+        return {};
     const OPtr<FXmlReference> reference(new FXmlReference(id));
     reference->addRef();
     references.add(reference.get());
@@ -234,20 +248,27 @@ OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
     return OPtr<CmObject>(IPtr<CmObject>(reference.get()));
 }
 
-/** Containers own what is in them: nothing that owns is put into one that stands in it, and chains of containers end, since
+/** Containers and bags own what is in them: nothing that owns is put into one that stands in it, and chains of them end, since
     a chain is torn down by recursion. */
 bool FObjectLoader::mayHold(const Loaded& known) {
     const FXmlInstance* owner = current();
     const bool isKnownClass = known.getObject() != nullptr;
-    if (!owner || !isContainer(owner->getObject()) || (isKnownClass && !isContainer(known.getObject())))
+    if (!owner || !isHolder(owner->getObject()))
         return true;
-    int32_t& height = heights[open.back()];
-    height = std::max(height, isKnownClass ? heights[known.number] + 1 : 0);
-    return height <= FAttributeArchiveBase::kMaxDepth && std::ranges::find(open, known.number) == open.end();
+    const bool isOpen = std::ranges::find(open, known.number) != open.end();
+    if (bagOf(owner->getObject()) && (isOpen || bagOf(known.getObject())))
+        return false;  // it keeps a reference instead
+    if (isKnownClass && !isHolder(known.getObject()))
+        return true;
+    const int32_t height = isKnownClass ? heights[known.number] + 1 : 0;
+    if (isOpen || height > FAttributeArchiveBase::kMaxDepth)
+        return false;
+    heights[open.back()] = std::max(heights[open.back()], height);
+    return true;
 }
 
 void FObjectLoader::finish() {
-    const std::vector<int32_t> order = hasUnknown && !met.empty() ? ranks() : std::vector<int32_t>();
+    const std::vector<int32_t> order = keepsBags && !met.empty() ? ranks() : std::vector<int32_t>();
     CmLinkedListIterator cursor(references);
     for (const int32_t owner : owners) {
         auto* reference = static_cast<FXmlReference*>(cursor.next());
@@ -266,9 +287,9 @@ FObjectLoader::Loaded* FObjectLoader::lookup(uint64_t id) const {
     return static_cast<Loaded*>(byID.lookup(&wanted));
 }
 
-/** Who may hold whom: an order in which holders come before what they hold. What stands in an object, and what objects of known
-    classes refer to, is held in any case; objects of unknown ones hold what comes behind them. It begins at the roots, so
-    that all that they reach is held. */
+/** Who may hold whom: an order in which holders come before what they hold. What stands in an object, what it holds already, and
+    what objects of known classes refer to, is held in any case; bags and objects of unknown classes hold what comes behind
+    them. It begins at the roots, so that all that they reach is held. */
 std::vector<int32_t> FObjectLoader::ranks() const {
     const auto count = static_cast<size_t>(objects->total());
     std::vector<std::vector<int32_t>> next(count);
@@ -285,7 +306,7 @@ std::vector<int32_t> FObjectLoader::ranks() const {
     }
     for (const Reference& each : met) {
         if (const Loaded* target = lookup(each.id))
-            hold(each.owner, target->number, static_cast<Loaded*>(objects->at(each.owner))->getObject() != nullptr);
+            hold(each.owner, target->number, each.isHeld);
     }
     int32_t time = 0;
     const auto walk = [&](int32_t start) {

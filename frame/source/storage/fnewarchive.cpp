@@ -146,8 +146,21 @@ bool FNewArchive::readClass(int32_t reference, ClassRecord& record) {
         return restoreMetaClass(record);
     if (!(reference & kKnownClass))
         return false;
-    record = classes.lookupObject(reference & ~kKnownClass);
-    return !record.name.isEmpty();
+    const int32_t classPosition = reference & ~kKnownClass;
+    record = classes.lookupObject(classPosition);
+    return !record.name.isEmpty() || readClassAt(classPosition, record);
+}
+
+bool FNewArchive::readClassAt(int32_t classPosition, ClassRecord& record) {
+    const int64_t here = position();
+    int32_t mark = 0;
+    if (classPosition >= here - kSizeField)
+        return false;
+    stream->seek(start + classPosition, kFromStart);
+    const bool isRead =
+        stream->readInt32(mark) && (mark == kClassMark || mark == kBaseMark) && restoreMetaClass(record);
+    stream->seek(start + here, kFromStart);
+    return isRead && !record.name.isEmpty();
 }
 
 bool FNewArchive::restoreMetaClass(ClassRecord& record) {

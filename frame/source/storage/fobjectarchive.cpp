@@ -1,15 +1,26 @@
 #include "storage/fobjectarchive.h"
+#include "base/fattributelistimp.h"
 #include "collect/cmcontainer.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/fbstream.h"
+#include "storage/fpersistent.h"
 #include <algorithm>
-#include <memory>
+#include <cstring>
 #include <utility>
 
 namespace Tessarine {
 namespace {
-bool isContainer(const CmObject* object) {
-    return object && object->isTypeOf(CmContainer::className(), true);
+constexpr int32_t kMaxName = 4096;  // bytes of a class name; they have some dozens
+
+/** Holds the objects that it reads. */
+bool isHolder(const CmObject* object) {
+    static constexpr const MetaClass* kHolders[] = {&CmContainer::__fClass, &FAttributes::__fClass,
+                                                    &FAttributeValue::__fClass, &FAttributeListImp::__fClass};
+    for (const MetaClass* each = object ? object->getClass() : nullptr; each; each = each->baseClass) {
+        if (std::ranges::find(kHolders, each) != std::end(kHolders))
+            return true;
+    }
+    return false;
 }
 }  // namespace
 
@@ -18,7 +29,7 @@ int32_t hashPointer(const ArchivePointer& pointer, int32_t buckets) {
 }
 
 FObjectArchive::FObjectArchive(FStream* stream, bool writing, IArchiveErrorHook* errorHook)
-    : FArchive(stream, writing, errorHook), readClasses(0, 10), failedClasses(0, 10), forgotten(0, 10) {}
+    : FArchive(stream, writing, errorHook), failedClasses(0, 10), forgotten(0, 10) {}
 
 FObjectArchive::~FObjectArchive() {
     for (CmObject* object : forgotten)
@@ -29,9 +40,9 @@ int32_t FObjectArchive::getClassVersion(const char* className) const {
     const MetaClass* metaClass = ClassFactory::instance(true)->getMetaClassByName(className);
     if (writing)
         return metaClass ? metaClass->version : 0;
-    ClassRecord wanted;
-    wanted.name.assign(metaClass ? metaClass->persistentName : className);
-    return readClasses.lookup(wanted).version;
+    const char* name = metaClass ? metaClass->persistentName : className;
+    const auto read = classVersions.find(name ? name : "");
+    return read == classVersions.end() ? 0 : read->second;
 }
 
 void FObjectArchive::forgetLater(CmObject* object) {
@@ -45,13 +56,18 @@ bool FObjectArchive::writeClassRecord(const MetaClass& metaClass, int32_t mark) 
 }
 
 bool FObjectArchive::readClassRecord(ClassRecord& record) {
-    const std::unique_ptr<char[]> name(stream->readStr8());
+    int32_t size = 0;
     int16_t version = 0;
-    if (!name || !stream->readInt16(version))
+    if (!stream->readInt32(size) || size <= 0 || size > kMaxName)
         return false;
-    record.name.assign(name.get());
+    std::string name(static_cast<size_t>(size), '\0');
+    if (stream->readRaw(name.data(), size) != size || !stream->readInt16(version))
+        return false;
+    name.resize(strnlen(name.c_str(), name.size()));
+    record.name.assign(name.c_str());
     record.version = version;
-    return readClasses.contains(record) || readClasses.add(record);
+    classVersions.try_emplace(std::move(name), version);
+    return true;
 }
 
 bool FObjectArchive::writeContent(const CmObject& object) {
@@ -93,7 +109,7 @@ CmObject* FObjectArchive::handOut(CmObject* object, const char* expectedClass) {
 }
 
 CmObject* FObjectArchive::handOutKnown(CmObject* object, const char* expectedClass) {
-    const bool chains = object && !reading.empty() && isContainer(reading.back()) && isContainer(object);
+    const bool chains = !reading.empty() && isHolder(reading.back()) && isHolder(object);
     if (chains && (std::ranges::find(reading, object) != reading.end() || heights[object] >= kMaxDepth)) {
         reportError(kUnreadableObject, object->isA());
         return nullptr;
@@ -104,7 +120,7 @@ CmObject* FObjectArchive::handOutKnown(CmObject* object, const char* expectedCla
 
 /** An object has come into the one that is being read. */
 void FObjectArchive::noteHeight(const CmObject* held) {
-    if (reading.empty() || !isContainer(reading.back()) || !isContainer(held))
+    if (reading.empty() || !isHolder(reading.back()) || !isHolder(held))
         return;
     int32_t& height = heights[reading.back()];
     height = std::max(height, heights[held] + 1);

@@ -60,7 +60,8 @@ private:
 
     Order      begin, the object's bag, end; objects nest. An object is known from begin on, and is restored at end.
     References to what is known are the objects themselves. All others, and all that stand in the bag of an object of an
-               unknown class, are FXmlReferences until finish().
+               unknown class, are FXmlReferences until finish(). So are, in a bag that is an object, those to other such
+               bags and to what it stands in.
     Owns       all objects that were begun, until it ends. */
 class FObjectLoader {
 public:
@@ -82,6 +83,7 @@ private:
     struct Reference {
         int32_t owner;  // -1: in no object
         uint64_t id;
+        bool isHeld;  // in any case
     };
 
     Loaded* lookup(uint64_t id) const;
@@ -90,13 +92,13 @@ private:
 
     OPtr<CmArray> objects;         // of Loaded, in the order of the file
     std::vector<int32_t> parents;  // of each object: what it stands in; -1: nothing
-    std::vector<int32_t> heights;  // of each object: how many containers hold each other below it
+    std::vector<int32_t> heights;  // of each object: how many containers and bags hold each other below it
     std::vector<int32_t> open;
     FGrowingTable byID;           // of Loaded
     CmLinkedList references;      // of FXmlReference
     std::vector<int32_t> owners;  // of each of these: the object whose bag it stands in; -1: none
     std::vector<Reference> met;   // all references within objects
-    bool hasUnknown = false;
+    bool keepsBags = false;       // some object keeps its bag: its class is unknown, or it is a bag itself
 };
 
 }  // namespace Tessarine

@@ -4,8 +4,26 @@
 
 namespace Tessarine {
 namespace {
-thread_local std::vector<OPtr<FAttributes>>* dyingBags = nullptr;  // of the instances that end while another one does
+thread_local std::vector<OPtr<CmObject>>* dropped = nullptr;  // while one is being dropped
+
+/** When dropping it makes others be dropped, and these again others, they go one by one. */
+void drop(OPtr<CmObject> object) {
+    if (!object)
+        return;
+    if (dropped) {
+        dropped->push_back(std::move(object));
+        return;
+    }
+    std::vector<OPtr<CmObject>> objects;
+    objects.push_back(std::move(object));
+    dropped = &objects;
+    while (!objects.empty()) {
+        const OPtr<CmObject> next = std::move(objects.back());
+        objects.pop_back();
+    }
+    dropped = nullptr;
 }
+}  // namespace
 
 IMPLEMENT_ABSTRACT_CLASS(FXmlObject, CmObject)
 IMPLEMENT_ABSTRACT_CLASS(FXmlInstance, FXmlObject)
@@ -28,26 +46,19 @@ uint32_t FXmlObject::hash(uint32_t buckets) const {
 FXmlInstance::FXmlInstance(uint64_t id, const char* classID) : FXmlObject(id), classID(classID) {}
 
 FXmlInstance::~FXmlInstance() {
-    if (!attributes)
-        return;
-    if (dyingBags) {
-        dyingBags->push_back(std::move(attributes));
-        return;
-    }
-    std::vector<OPtr<FAttributes>> bags;
-    bags.push_back(std::move(attributes));
-    dyingBags = &bags;
-    while (!bags.empty()) {
-        const OPtr<FAttributes> bag = std::move(bags.back());
-        bags.pop_back();
-    }
-    dyingBags = nullptr;
+    drop(OPtr<CmObject>(attributes.detach()));
 }
 
 FAttributes* FXmlInstance::getAttributes() {
     if (!attributes)
         attributes = new FAttributes;
     return attributes;
+}
+
+FXmlReference::~FXmlReference() {
+    OPtr<CmObject> held(IPtr<CmObject>(object.get()));
+    object = nullptr;
+    drop(std::move(held));
 }
 
 CmObject* FXmlReference::targetOf(CmObject* object) {

@@ -366,10 +366,9 @@ bool FXmlParser::takeUntil(Text& text, uint16_t classes) {
     return false;
 }
 
-bool FXmlParser::takeBytes(int32_t count) {
+void FXmlParser::passBytes(int32_t count) {
     for (; count > 0; --count)
         nextChar();
-    return true;
 }
 
 void FXmlParser::passLineEnd(char c) {
@@ -442,11 +441,10 @@ FXmlParser::Token FXmlParser::declarationToken() {
     const char c = nextChar();
     if (c == '-')
         return nextChar() == '-' ? kTokenComment : kTokenError;
-    if (c == '[')
-        return takeBytes(kMarkBytes) ? kTokenCData : kTokenError;
-    if (c == 'D' || c == 'd')
-        return takeBytes(kMarkBytes) ? kTokenDocType : kTokenError;
-    return kTokenError;
+    if (c != '[' && c != 'D' && c != 'd')
+        return kTokenError;
+    passBytes(kMarkBytes);
+    return c == '[' ? kTokenCData : kTokenDocType;
 }
 
 /** Behind its first byte, which may be the '=' already. */
@@ -854,6 +852,7 @@ int32_t FPlugXmlParser::initialize(IBStream* source, IXmlParserDef* newDefinitio
 int32_t FPlugXmlParser::process(void* userData) {
     if (!definition)
         return kNotInitialized;
+    const IPtr<IXmlParser2> alive(this);  // a handler may let go of it
     return FXmlParser::process(userData) ? kDone : kFailed;
 }
 

@@ -49,7 +49,7 @@ int32_t FXmlParser2::queryInterface(const char* iid, void** obj) {
 }
 
 void FXmlParser2::setHandler(INewXmlHandler* newHandler) {
-    if (reading > 0)
+    if (reading)
         formerHandlers.push_back(handler);
     handler = newHandler;
 }
@@ -60,10 +60,13 @@ bool FXmlParser2::process(IBStream* stream) {
 
 template <class Read>
 bool FXmlParser2::whileReading(Read read) {
-    ++reading;
+    if (reading)
+        return false;
+    const IPtr<FXmlParser2> alive(this);  // a handler may let go of it
+    reading = true;
     const bool succeeded = read();
-    if (--reading == 0)
-        formerHandlers.clear();
+    reading = false;
+    formerHandlers.clear();
     return succeeded;
 }
 
@@ -98,6 +101,8 @@ bool FXmlParser2::resume(IBStream* stream) {
 }
 
 bool FXmlParser2::reset(const char* encoding) {
+    if (reading)
+        return false;
     const bool done = XML_ParserReset(parser, encoding) == XML_TRUE;
     installHandlers();
     return done;

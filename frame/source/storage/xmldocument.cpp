@@ -117,12 +117,11 @@ bool Attribute::write(IBStream* stream) const {
 
 void ElementData::setData(const void* bytes, int32_t size) {
     const auto count = uint32_t(std::max(size, 0));
-    data.setSize(0);
-    if (!data.setSize(count + 1))
-        return;
-    data.put(bytes, count);
-    data.put('\0');
-    data.setFillSize(count);
+    Buffer text(count + 1);  // the bytes may be our own
+    text.put(bytes, count);
+    text.put('\0');
+    text.setFillSize(count);
+    data.take(text);
 }
 
 bool ElementData::isFormatData() const {

@@ -232,6 +232,9 @@ TEST(XmlArchive, NeitherLeaksNorDanglesWhateverRefersToWhat) {
         {"over an unknown one", object("CmArray", 1, owns + holds("obj", object("X", 2, refers(1)))), "CmArray", 0},
         {"array in an unknown one", object("X", 1, object("CmArray", 2, owns + holds("obj", item(1)))), "FXmlInstance",
          0},
+        {"bag in itself", object("Attributes", 1, holds("l", item(1)) + node), "FAttributes", 1},
+        {"bags in a ring", object("Attributes", 1, refers(3) + node) + object("Attributes", 3, refers(1)),
+         "FAttributes", 1},
         {"no id", "<obj class='StoredNode'><obj name='parent'/>" + plain + "</obj>", nullptr, 0},
     };
     for (const ReferenceRow& row : rows) {
@@ -251,19 +254,38 @@ TEST(XmlArchive, NeitherLeaksNorDanglesWhateverRefersToWhat) {
     }
 }
 
-/** However long: each holds the next one only by its id. */
-TEST(XmlArchive, ChainsOfUnknownObjectsGoOneByOne) {
-    std::string text = "<T><rootObjects><root name='r' ID='1'/></rootObjects>";
-    for (int32_t id = 1; id < 100000; ++id)
-        text += object("X", id, refers(id + 1));
-    FMemoryStream stream;
-    fill(stream, text + object("StoredNode", 100000, "<int name='number' value='1'/>") + "</T>");
-    {
-        FXmlArchive archive(&stream, false);
-        EXPECT_TRUE(archive.load("T"));
-        EXPECT_EQ(StoredNode::living, 1);
+/** However long: each holds the next one, or the one before, only by its id. */
+TEST(XmlArchive, ChainsOfBagsGoOneByOne) {
+    for (const char* className : {"X", "Attributes"}) {
+        for (const int32_t step : {1, -1}) {
+            std::string text = "<T><rootObjects><root name='r' ID='1'/><root name='q' ID='100000'/></rootObjects>";
+            for (int32_t id = 1; id <= 100000; ++id)
+                text += object(className, id, refers(id + step));
+            FMemoryStream stream;
+            fill(stream, text + object("StoredNode", 100001, "<int name='number' value='1'/>") + "</T>");
+            {
+                FXmlArchive archive(&stream, false);
+                EXPECT_TRUE(archive.load("T"));
+                EXPECT_EQ(StoredNode::living, step > 0 ? 1 : 0);
+            }
+            EXPECT_EQ(StoredNode::living, 0);
+        }
     }
-    EXPECT_EQ(StoredNode::living, 0);
+}
+
+/** Each holds the next one twice, in itself and by its id. */
+TEST(XmlArchive, BagsThatAreSharedAreNotUnfolded) {
+    std::string bags;
+    for (int32_t id = 64; id > 0; --id)
+        bags = object("Attributes", id, bags + (id < 64 ? refers(id + 1) : ""));
+    FMemoryStream stream, again;
+    fill(stream, "<T><rootObjects><root name='r' ID='1'/></rootObjects>" + bags + "</T>");
+    FXmlArchive archive(&stream, false), writer(&again, true);
+    ASSERT_TRUE(archive.load("T"));
+    const OPtr<CmObject> root(archive.getRoot("r", "FAttributes"));
+    writer.addRoot("r", root.get());
+    EXPECT_TRUE(writer.save("T"));
+    EXPECT_LT(again.getSize(), 1000000);
 }
 
 TYPED_TEST(AttributeArchives, TellWhatFailsAndGoOn) {

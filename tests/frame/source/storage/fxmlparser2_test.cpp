@@ -147,6 +147,14 @@ TEST_F(XmlReading, SharesItsHandlerWhichMayGoMeanwhile) {
     EXPECT_EQ(listener.references(), 1u);
 }
 
+TEST_F(XmlReading, DoesNotBeginAnewInTheMiddle) {
+    listener.onStart = [&](INewXmlParser* source, const std::string&) {
+        EXPECT_FALSE(source->process(&stream) || source->resume(&stream) || source->reset(nullptr));
+    };
+    EXPECT_TRUE(process("<a><b/></a>"));
+    EXPECT_EQ(listener.heard, "<a><b></b></a>");
+}
+
 TEST(XmlClasses, AreMadeByIdentifierWithItsFace) {
     FUnknown* made = ClassFactory::instance(false)->createObjectByID(INewXmlParser::iid);
     const OPtr<INewXmlParser> parser(static_cast<INewXmlParser*>(made));  // as a module takes it

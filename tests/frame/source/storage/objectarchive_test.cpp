@@ -218,6 +218,30 @@ TEST_F(NewArchive, StepsOverWhatItCannotRead) {
     EXPECT_EQ(changed.tell(), changed.getSize());
 }
 
+/** A class may be recorded in what is stepped over, and nowhere else. */
+TEST_F(NewArchive, KnowsTheClassesOfWhatItSteppedOver) {
+    {
+        FNewArchive archive(&stream, true);
+        const OPtr<GraphNode> outer(new GraphNode(1)), inner(new SpecialNode(2));
+        outer->left = inner.get();
+        archive.save(outer.get());
+        archive.save(OPtr<SpecialNode>(new SpecialNode(6)).get());
+    }
+    std::string bytes = bytesOf(stream);
+    bytes.replace(bytes.find("GraphNode"), 9, "Unknown\0\0", 9);
+    const size_t reference = bytes.size() - 18;
+    for (const bool isGood : {true, false}) {
+        if (!isGood)
+            bytes[reference] = static_cast<char>(reference);  // to itself
+        FMemoryStream changed(bytes.data(), static_cast<int32_t>(bytes.size()));
+        FNewArchive archive(&changed, false);
+        EXPECT_FALSE(archive.load(nullptr));
+        const OPtr<CmObject> next(archive.load("SpecialNode"));
+        ASSERT_EQ(bool(next), isGood);
+        EXPECT_EQ(next ? static_cast<SpecialNode*>(next.get())->version : 9, 9);
+    }
+}
+
 TEST_F(NewArchive, Form) {
     const OPtr<SpecialNode> node(new SpecialNode(0x102));
     ASSERT_TRUE(save(node.get()));
