@@ -12,10 +12,10 @@ constinit bool singletonsTerminated = false;
 
 struct ProcedureSorter {
     const OneTimeProcedure* procedure = nullptr;  // borrowed: a static object
+    uint32_t priority = 0;                        // its own: sorting at static initialisation reads no foreign static
 
-    bool operator==(const ProcedureSorter& other) const { return priority() == other.priority(); }
-    bool operator<(const ProcedureSorter& other) const { return priority() < other.priority(); }
-    uint32_t priority() const { return procedure ? procedure->getPriority() : 0; }
+    bool operator==(const ProcedureSorter& other) const { return priority == other.priority; }
+    bool operator<(const ProcedureSorter& other) const { return priority < other.priority; }
 };
 using Procedures = TOrderedArray<ProcedureSorter>;
 constinit Procedures* gInitializers = nullptr;
@@ -63,7 +63,7 @@ OneTimeProcedure::OneTimeProcedure(bool isInitializer, Procedure step, const cha
     Procedures*& procedures = isInitializer ? gInitializers : gTerminators;
     if (!procedures)
         procedures = new Procedures(kProcedureGrowth, kProcedureGrowth);
-    procedures->add({this});
+    procedures->add({this, priority});
 }
 
 bool OneTimeProcedure::initialize(uint32_t maxPriority) {

@@ -26,7 +26,6 @@ public:
     static void cancel();
 
     const char* getName() const { return name; }
-    uint32_t getPriority() const { return priority; }
     bool run() const { return procedure(); }
 
 private:
