@@ -51,7 +51,7 @@ build() { # PRESET [OPTION...]
 run_tests() { # PRESET [CTEST-OPTION...]
     local name=$1
     shift
-    ctest --test-dir "build/$name" --output-on-failure -j 2 -LE long --no-tests=error "$@"
+    ctest --test-dir "build/$name" --output-on-failure -j 3 -LE long --no-tests=error "$@"
 }
 
 step "build $preset"
