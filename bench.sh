@@ -6,9 +6,9 @@ usage() {
     cat <<'EOM'
 Usage: ./bench.sh [--quick]
 Installs what is missing, builds what ships with its benchmarks, and prints tables: for each program ours beside other
-libraries, and what stands alone with its aim. Takes about ten minutes after the build; let the machine rest meanwhile.
+libraries, and what stands alone with its aim. Takes some twenty minutes after the build; let the machine rest meanwhile.
 
-  --quick   fewer repetitions and shorter measures: about three minutes
+  --quick   fewer repetitions and shorter measures: about seven minutes
   --help    this text
 EOM
 }

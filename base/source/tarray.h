@@ -221,7 +221,9 @@ bool TArrayBase<T>::removeRange(int32_t index, int32_t count) {
     if (index < 0 || count < 0 || count > _total - index)
         return false;
     T* from = begin() + index;
-    const std::vector<T> removed(std::make_move_iterator(from), std::make_move_iterator(from + count));  // die last
+    std::vector<T> removed;  // die last
+    if constexpr (!std::is_trivially_destructible_v<T>)
+        removed.assign(std::make_move_iterator(from), std::make_move_iterator(from + count));
     std::move(from + count, end(), from);
     T* oldEnd = end();
     _total -= count;
