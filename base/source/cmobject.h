@@ -50,11 +50,8 @@ const Class* classCast(const CmObject* object) {
     return object && object->isTypeOf(Class::className(), true) ? static_cast<const Class*>(object) : nullptr;
 }
 
-/** Members that each class declares of its record; what follows is public. An abstract class is one that nobody makes by
-    name. */
-#define DECLARE_ABSTRACT_CLASS(Class, Base)                                                                      \
-public:                                                                                                          \
-    static ::Tessarine::MetaClass __fClass;                                                                      \
+/** Members that tell a class by its name. */
+#define DECLARE_CLASS_NAME(Class, Base)                                                                          \
     static constexpr const char* className() {                                                                   \
         return #Class;                                                                                           \
     }                                                                                                            \
@@ -66,9 +63,16 @@ public:                                                                         
     }                                                                                                            \
     bool isTypeOf(const char* name, bool askBaseClass) const override {                                          \
         return name && (std::strcmp(name, #Class) == 0 || (askBaseClass && Base::isTypeOf(name, askBaseClass))); \
-    }                                                                                                            \
-    ::Tessarine::MetaClass* getClass() const override {                                                          \
-        return &__fClass;                                                                                        \
+    }
+
+/** Members that each class declares of its record; what follows is public. An abstract class is one that nobody makes by
+    name. */
+#define DECLARE_ABSTRACT_CLASS(Class, Base)             \
+public:                                                 \
+    static ::Tessarine::MetaClass __fClass;             \
+    DECLARE_CLASS_NAME(Class, Base)                     \
+    ::Tessarine::MetaClass* getClass() const override { \
+        return &__fClass;                               \
     }
 
 #define DECLARE_CLASS(Class, Base)                      \

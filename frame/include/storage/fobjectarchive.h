@@ -54,7 +54,8 @@ protected:
     CmObject* handOutKnown(CmObject* object, const char* expectedClass);
     /** The stream makes no sense from here on: nothing more is read. */
     CmObject* breakOff();
-    bool isBroken() const { return broken; }
+    /** What the next object begins with. False: nothing follows, as it is a null object or the reading has ended. */
+    bool readReference(int32_t& reference);
 
     static constexpr int32_t kNullMark = 0;
     static constexpr int32_t kClassMark = -1;

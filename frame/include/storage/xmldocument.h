@@ -1,6 +1,6 @@
 #pragma once
+#include "base/source/cmobject.h"
 #include "base/source/fbuffer.h"
-#include "base/source/fobject.h"
 #include "base/source/fstring.h"
 #include "base/source/tarray.h"
 #include "base/source/tdlinkedlist.h"
@@ -20,27 +20,13 @@ class IBStream;
     Threads   one at a time. */
 namespace Xml {
 
-#define DECLARE_XML_NODE(Class, Base)                                                                            \
-    static constexpr const char* className() {                                                                   \
-        return #Class;                                                                                           \
-    }                                                                                                            \
-    const char* isA() const override {                                                                           \
-        return #Class;                                                                                           \
-    }                                                                                                            \
-    bool isA(const char* type) const override {                                                                  \
-        return isTypeOf(type, false);                                                                            \
-    }                                                                                                            \
-    bool isTypeOf(const char* type, bool askBaseClass) const override {                                          \
-        return type && (std::strcmp(type, #Class) == 0 || (askBaseClass && Base::isTypeOf(type, askBaseClass))); \
-    }
-
 class Node : public FObject {
 public:
     Node() = default;
     explicit Node(const tchar* nodeName) : name(nodeName) {}
     /** false: the stream didn't take it all. */
     virtual bool write(IBStream* stream) const = 0;
-    DECLARE_XML_NODE(Node, FObject)
+    DECLARE_CLASS_NAME(Node, FObject)
 
     String name;
 };
@@ -51,7 +37,7 @@ public:
     Attribute(const tchar* attributeName, const tchar* attributeValue) : Node(attributeName), value(attributeValue) {}
     /** Both with entities. */
     bool write(IBStream* stream) const override;
-    DECLARE_XML_NODE(Attribute, Node)
+    DECLARE_CLASS_NAME(Attribute, Node)
 
     String value;
 };
@@ -65,7 +51,7 @@ public:
     bool isFormatData() const;
     /** With entities. */
     bool write(IBStream* stream) const override;
-    DECLARE_XML_NODE(ElementData, Node)
+    DECLARE_CLASS_NAME(ElementData, Node)
 
     Buffer data;  // up to its closing zero, which the fill size doesn't count
 };
@@ -75,7 +61,7 @@ class Comment : public Node {
 public:
     using Node::Node;
     bool write(IBStream* stream) const override;
-    DECLARE_XML_NODE(Comment, Node)
+    DECLARE_CLASS_NAME(Comment, Node)
 };
 
 class Element : public Node {
@@ -99,7 +85,7 @@ public:
         was white space among the children and no other text behind it. */
     void reformat(int32_t depth);
     bool write(IBStream* stream) const override;
-    DECLARE_XML_NODE(Element, Node)
+    DECLARE_CLASS_NAME(Element, Node)
 
     Node* parent;  // borrowed, for who asks; adding and removing leave it as it is
     TDLinkedList<IPtr<Node>> children;
@@ -122,7 +108,7 @@ public:
     /** Behind a byte order mark and the declaration, lines end with a line feed. reformat changes the tree. */
     bool save(IBStream* stream, bool reformat) const;
     Node* getRoot() const { return root; }
-    DECLARE_XML_NODE(Document, FObject)
+    DECLARE_CLASS_NAME(Document, FObject)
 
 private:
     OPtr<Node> root;
@@ -148,6 +134,5 @@ private:
     int32_t depth = 0;
 };
 
-#undef DECLARE_XML_NODE
 }  // namespace Xml
 }  // namespace Tessarine

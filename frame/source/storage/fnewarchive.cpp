@@ -97,11 +97,7 @@ int32_t FNewArchive::getObjectID(const void* pointer, const Positions& positions
 
 CmObject* FNewArchive::readObject(const char* expectedClass, bool keepReference) {
     int32_t reference = 0;
-    if (isBroken())
-        return nullptr;
-    if (!stream->readInt32(reference))
-        return breakOff();
-    if (reference == kNullMark)
+    if (!readReference(reference))
         return nullptr;
     if (reference > 0) {
         CmObject* known = objects.lookupObject(reference);

@@ -126,6 +126,14 @@ void FObjectArchive::noteHeight(const CmObject* held) {
     height = std::max(height, heights[held] + 1);
 }
 
+bool FObjectArchive::readReference(int32_t& reference) {
+    if (broken)
+        return false;
+    if (!stream->readInt32(reference))
+        breakOff();
+    return !broken && reference != kNullMark;
+}
+
 CmObject* FObjectArchive::breakOff() {
     broken = true;
     reportError(kUnreadableObject);

@@ -34,11 +34,7 @@ bool FSimpleArchive::writeClass(const MetaClass& metaClass) {
 
 CmObject* FSimpleArchive::readObject(const char* expectedClass, bool keepReference) {
     int32_t reference = 0;
-    if (isBroken())
-        return nullptr;
-    if (!stream->readInt32(reference))
-        return breakOff();
-    if (reference == kNullMark)
+    if (!readReference(reference))
         return nullptr;
     if (reference > 0) {
         CmObject* known = objects.at(reference - 1);
