@@ -75,6 +75,8 @@ protected:
     /** Behind all that aren't greater. */
     template <class Compare>
     int32_t shouldGoSorted(const T& value, Compare compare) const;
+    /** Makes room for one more at least, unless there is some. */
+    bool grow();
 
     int32_t delta;
     int32_t _total = 0;
@@ -98,7 +100,6 @@ private:
     /** The first ones stay, so many as are kept. Null, and data as it was: no memory. */
     Places takePlaces(uint32_t size, int32_t kept);
     bool holds(const T* place) const;
-    bool grow();
 
     Places data;
 };
@@ -130,6 +131,8 @@ public:
     TArray* newInstance() const override { return new TArray(this->_size, this->delta); }
     /** Without a call into the class while there is a free place. */
     bool add(const T& value) final;
+    /** One behind the other, growing as add does; they stand elsewhere. False: no room for all, and those that have it are in. */
+    bool addRange(const T* values, int32_t count);
     int32_t shouldGo(const T&) const final { return this->_total; }
     int32_t index(const T& value) const final;
 };
@@ -348,6 +351,18 @@ bool TArray<T>::add(const T& value) {
     *this->end() = value;
     ++this->_total;
     return true;
+}
+
+template <class T>
+bool TArray<T>::addRange(const T* values, int32_t count) {
+    while (count > 0 && this->grow()) {
+        const int32_t fitting = std::min(count, this->_size - this->_total);
+        std::copy_n(values, fitting, this->end());
+        this->_total += fitting;
+        values += fitting;
+        count -= fitting;
+    }
+    return count <= 0;
 }
 
 template <class T>

@@ -286,8 +286,7 @@ int32_t TALV_MessageFactory::ajustmentMessage(const unsigned char* data, int32_t
                                               int32_t frameSize) {
     if (!data || !frame)
         return 0;
-    for (int32_t i = 0; i < size; ++i)
-        g_messageContainer.add(data[i]);
+    g_messageContainer.addRange(data, size);
     if (g_messageContainer.isEmpty())
         return 0;
     const int32_t total = g_messageContainer.at(0) + kUncounted;
