@@ -58,18 +58,13 @@ protected:
 
 private:
     bool takeNext(FWorkRecord& record);
-    void finishCurrent(const bool& gone);
+    void finishCurrent();
 
     FCondition condition;
     FPreferQueue queue;
-    FLock lock;
-    FLock giveLock;          // held by who gives work; nobody is called under it
-    bool notStarted = true;  // guarded by giveLock
-    std::atomic<bool> stopping{false}, suspended{false}, isWorking{false};
-    std::unique_ptr<FWorkRecord> current;  // guarded by lock, as is its owner
-    CmObject* currentOwner = nullptr;      // counted
-    bool isFinishing = false;              // the thread's own: it holds the lock while a job hears finished()
-    bool* isGone = nullptr;                // the thread's own: told when the worker dies under it
+    FWorkerLife life;
+    std::atomic<bool> suspended{false}, isWorking{false};
+    CmObject* currentOwner = nullptr;  // of the job in progress: guarded as that is, counted
 };
 
 }  // namespace Tessarine

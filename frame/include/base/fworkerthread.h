@@ -1,7 +1,6 @@
 #pragma once
 #include "base/fqueue.h"
-#include <atomic>
-#include <memory>
+#include "base/fworkerlife.h"
 
 /** Threads that do one job after the other. */
 
@@ -38,12 +37,6 @@ protected:
     ~IWorkerThread() = default;
 };
 
-/** A job and what it works on, both borrowed. */
-struct FWorkRecord {
-    FWorkClass* job;
-    void* data;
-};
-
 /** A worker with a plain queue; the thread starts with the first job.
 
     Threads   addWork, prependWork, suspend, resume and cancelCurrent any; end() one, after the last of the others. A job
@@ -68,20 +61,16 @@ protected:
 
 private:
     bool takeNext(FWorkRecord& record);
-    void finishCurrent(const bool& gone);
+    void finishCurrent();
     void cancelAll();
+    void waitForWork();
     void waitWhileSuspended();
 
     FCondition workCondition, suspendCondition;
     FQueue queue;  // of FWorkRecord, owned
-    FLock currentLock;
-    FLock giveLock;          // held by who gives work; nobody is called under it
-    bool notStarted = true;  // guarded by giveLock
-    std::atomic<bool> stopping{false}, suspended{false};
+    FWorkerLife life;
+    std::atomic<bool> suspended{false};
     int32_t workPriority;
-    std::unique_ptr<FWorkRecord> current;  // guarded by currentLock
-    bool isFinishing = false;              // the thread's own: it holds currentLock while a job hears finished()
-    bool* isGone = nullptr;                // the thread's own: told when the worker dies under it
 };
 
 /** The first worker that was made, as long as it lives. */

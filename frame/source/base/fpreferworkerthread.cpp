@@ -5,8 +5,6 @@
 
 namespace Tessarine {
 namespace {
-constexpr int32_t kPatience = 1000;  // ms
-
 /** Off the queue. */
 struct DroppedWork {
     std::unique_ptr<FWorkRecord> record;
@@ -80,74 +78,51 @@ int32_t FPreferQueue::indexOf(const CmObject* owner) const {
 
 FPreferWorkerThread::FPreferWorkerThread(const char* name) : FThread(name) {}
 
-FPreferWorkerThread::~FPreferWorkerThread() {
-    if (isGone)
-        *isGone = true;
-}
+FPreferWorkerThread::~FPreferWorkerThread() = default;
 
 bool FPreferWorkerThread::addWork(FWorkClass* job, CmObject* owner, void* data) {
-    const FGuard guard(giveLock);
-    if (!job || stopping || queue.idExists(owner))
+    const FGuard guard(life.giveLock);
+    if (!life.takes(job) || queue.idExists(owner))
         return false;
     if (owner)
         owner->addRef();
     queue.append(new FWorkRecord{job, data}, owner);
-    if (notStarted) {
+    life.startOnce([this] {
         setPriority(kThreadPriorityLow);
-        notStarted = !run();
-    }
+        return run();
+    });
     if (!suspended && !isWorking)
         condition.signal();
     return true;
 }
 
 void FPreferWorkerThread::entry() {
-    bool gone = false;
-    isGone = &gone;
-    while (!stopping) {
-        FWorkRecord record{};
-        if (takeNext(record)) {
-            record.job->performThreadWork(record.data);
-            if (!gone)
-                finishCurrent(gone);
-            if (gone)
-                return;
-        } else {
-            condition.wait();
-        }
-    }
-    isGone = nullptr;
+    life.work([this](FWorkRecord& record) { return takeNext(record); }, [this] { finishCurrent(); },
+              [this] { condition.wait(); });
 }
 
 bool FPreferWorkerThread::takeNext(FWorkRecord& record) {
-    const FGuard guard(lock);
-    if (!suspended && !stopping)
-        current.reset(queue.removeFirst(&currentOwner));
-    isWorking = current != nullptr;
-    if (current)
-        record = *current;
+    const FGuard guard(life.currentLock);
+    if (!suspended && !life.stopping)
+        life.current.reset(queue.removeFirst(&currentOwner));
+    isWorking = life.current != nullptr;
+    if (life.current)
+        record = *life.current;
     return isWorking;
 }
 
-void FPreferWorkerThread::finishCurrent(const bool& gone) {
+void FPreferWorkerThread::finishCurrent() {
     OPtr<CmObject> owner;  // released when nothing here is needed any more
-    lock.lock();
-    if (const std::unique_ptr<FWorkRecord> record = std::move(current)) {
+    life.finishCurrent([&] {
         owner = OPtr<CmObject>(std::exchange(currentOwner, nullptr));
         isWorking = false;
-        isFinishing = true;
-        record->job->finished();
-        if (gone)
-            return;
-        isFinishing = false;
-    }
-    lock.unlock();
+    });
 }
 
 void FPreferWorkerThread::suspend() {
-    const FGuard guard(lock);
-    if (current)
-        current->job->cancelWork();
+    const FGuard guard(life.currentLock);
+    if (life.current)
+        life.current->job->cancelWork();
     suspended = true;
 }
 
@@ -157,15 +132,15 @@ void FPreferWorkerThread::resume() {
 }
 
 bool FPreferWorkerThread::prefer(CmObject* owner) {
-    const FGuard guard(lock);
+    const FGuard guard(life.currentLock);
     return (owner && owner == currentOwner) || queue.prefer(owner);
 }
 
 void FPreferWorkerThread::clear() {
     std::vector<DroppedWork> dropped;  // outlives the guard, as an owner's end may be the worker's
-    const FGuard guard(lock);
-    if (current)
-        current->job->cancelWork();
+    const FGuard guard(life.currentLock);
+    if (life.current)
+        life.current->job->cancelWork();
     CmObject* owner = nullptr;
     while (FWorkRecord* queued = queue.removeFirst(&owner))
         dropped.push_back({std::unique_ptr<FWorkRecord>(queued), OPtr<CmObject>(owner)});
@@ -176,21 +151,12 @@ void FPreferWorkerThread::clear() {
 }
 
 void FPreferWorkerThread::end() {
-    {
-        const FGuard guard(giveLock);  // a job may be quicker than who is just giving it
-        if (stopping.exchange(true))
-            return;
-    }
+    if (!life.beginEnd())
+        return;
     suspended = false;
     clear();
     condition.signalAll();
-    if (!waitDead(kPatience)) {  // a job calls
-        if (isFinishing)
-            lock.unlock();
-        else
-            finishCurrent(false);
-        terminate();
-    }
+    life.waitForEnd(*this, [this] { finishCurrent(); });
     delete this;
 }
 

@@ -1,10 +1,6 @@
 #include "base/fworkerthread.h"
-#include <utility>
 
 namespace Tessarine {
-namespace {
-constexpr int32_t kPatience = 1000;  // ms
-}  // namespace
 
 constinit std::atomic<FWorkerThread*> gWorkerThread{nullptr};
 
@@ -16,80 +12,62 @@ FWorkerThread::FWorkerThread(const char* name, int32_t priority) : FThread(name)
 FWorkerThread::~FWorkerThread() {
     FWorkerThread* self = this;
     gWorkerThread.compare_exchange_strong(self, nullptr);
-    if (isGone)
-        *isGone = true;
 }
 
 bool FWorkerThread::addWork(FWorkClass* job, void* data) {
-    const FGuard guard(giveLock);
-    if (!job || stopping)
+    const FGuard guard(life.giveLock);
+    if (!life.takes(job))
         return false;
     queue.append(new FWorkRecord{job, data});
-    if (notStarted) {
-        notStarted = !run();
+    life.startOnce([this] {
+        const bool runs = run();
         setPriority(workPriority);
-    }
+        return runs;
+    });
     workCondition.signalAll();
     return true;
 }
 
 bool FWorkerThread::prependWork(FWorkClass* job, void* data) {
-    const FGuard guard(giveLock);
-    if (!job || stopping)
+    const FGuard guard(life.giveLock);
+    if (!life.takes(job))
         return false;
     queue.prepend(new FWorkRecord{job, data});
-    if (notStarted) {
+    life.startOnce([this] {
         setPriority(workPriority);
-        notStarted = !run();
-    }
+        return run();
+    });
     workCondition.signalAll();
     return true;
 }
 
 void FWorkerThread::entry() {
-    bool gone = false;
-    isGone = &gone;
-    while (!stopping) {
-        waitWhileSuspended();
-        FWorkRecord record{};
-        if (takeNext(record)) {
-            record.job->performThreadWork(record.data);
-            if (!gone)
-                finishCurrent(gone);
-            if (gone)
-                return;
-        } else if (!stopping) {
-            workCondition.wait();
-        }
-    }
-    isGone = nullptr;
+    life.work([this](FWorkRecord& record) { return takeNext(record); }, [this] { finishCurrent(); },
+              [this] { waitForWork(); });
+}
+
+void FWorkerThread::waitForWork() {
+    if (!life.stopping)
+        workCondition.wait();
 }
 
 void FWorkerThread::waitWhileSuspended() {
-    while (suspended && !stopping)
+    while (suspended && !life.stopping)
         suspendCondition.wait();
 }
 
 bool FWorkerThread::takeNext(FWorkRecord& record) {
-    const FGuard guard(currentLock);
-    if (!stopping)  // what is queued then is cancelAll's
-        current.reset(static_cast<FWorkRecord*>(queue.removeFirst()));
-    if (current)
-        record = *current;
-    return current != nullptr;
+    waitWhileSuspended();
+    const FGuard guard(life.currentLock);
+    if (!life.stopping)  // what is queued then is cancelAll's
+        life.current.reset(static_cast<FWorkRecord*>(queue.removeFirst()));
+    if (life.current)
+        record = *life.current;
+    return life.current != nullptr;
 }
 
-/** Whoever finds the record in its place, this or cancelCurrent, ends the job. */
-void FWorkerThread::finishCurrent(const bool& gone) {
-    currentLock.lock();
-    if (const std::unique_ptr<FWorkRecord> record = std::move(current)) {
-        isFinishing = true;
-        record->job->finished();
-        if (gone)
-            return;
-        isFinishing = false;
-    }
-    currentLock.unlock();
+void FWorkerThread::finishCurrent() {
+    life.finishCurrent([] {});
 }
 
 void FWorkerThread::suspend() {
@@ -105,21 +83,21 @@ void FWorkerThread::resume() {
 }
 
 void FWorkerThread::cancelCurrent(bool remove) {
-    const FGuard guard(currentLock);
-    std::unique_ptr<FWorkRecord> record = std::move(current);
+    const FGuard guard(life.currentLock);
+    std::unique_ptr<FWorkRecord> record = std::move(life.current);
     if (!record)
         return;
     record->job->cancelWork();
-    if (remove || stopping)
+    if (remove || life.stopping)
         record->job->finished();
     else
         queue.prepend(record.release());
 }
 
 void FWorkerThread::cancelAll() {
-    const FGuard guard(currentLock);
-    if (current)
-        current->job->cancelWork();
+    const FGuard guard(life.currentLock);
+    if (life.current)
+        life.current->job->cancelWork();
     while (void* queued = queue.removeFirst()) {
         const std::unique_ptr<FWorkRecord> record(static_cast<FWorkRecord*>(queued));
         record->job->cancelWork();
@@ -128,22 +106,13 @@ void FWorkerThread::cancelAll() {
 }
 
 void FWorkerThread::end() {
-    {
-        const FGuard guard(giveLock);  // a job may be quicker than who is just giving it
-        if (stopping.exchange(true))
-            return;
-    }
+    if (!life.beginEnd())
+        return;
     suspended = false;
     cancelAll();
     workCondition.signalAll();
     suspendCondition.signalAll();
-    if (!waitDead(kPatience)) {  // a job calls
-        if (isFinishing)
-            currentLock.unlock();
-        else
-            finishCurrent(false);
-        terminate();
-    }
+    life.waitForEnd(*this, [this] { finishCurrent(); });
     delete this;
 }
 
