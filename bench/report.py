@@ -44,6 +44,10 @@ AIMS_NS = {
     "ReadBinaryBag/100000": 200,
     "WriteXmlBag/100000": 450,
     "ReadXmlBag/100000": 800,
+    "OpenResources": 150,
+    "ReadCompressedResources": 1e9 * 1024 / 680e6,
+    "ReadStoredResources": 1e9 * 1024 / 9e9,
+    "PackResources": 1e9 * 1024 / 84e6,
     "ParseGainReport": 50,
     "ModuleLoad": 20e6,
 }

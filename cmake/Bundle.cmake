@@ -28,3 +28,14 @@ function(tessarine_make_bundle floor)
         LIBRARY_OUTPUT_DIRECTORY "${contents}/${TALV_BUNDLE_ARCH}"
         LINK_DEPENDS ${map})
 endfunction()
+
+# The folder resources/<name> as one resource file of the bundle. srfpack runs where it is built; what is packed is the same on
+# any machine.
+function(tessarine_pack_resources name)
+    set(file "${CMAKE_BINARY_DIR}/${TALV_BUNDLE_FOLDER}/Resources/${name}.srf")
+    set(folder ${CMAKE_SOURCE_DIR}/resources/${name})
+    file(GLOB_RECURSE members CONFIGURE_DEPENDS ${folder}/*)
+    add_custom_command(OUTPUT "${file}" COMMAND srfpack create --compress ${folder} "${file}"
+                       DEPENDS srfpack ${members} VERBATIM)
+    add_custom_target(${name}_resources ALL DEPENDS "${file}")
+endfunction()

@@ -7,7 +7,7 @@ include(CMakePackageConfigHelpers)
 set(_include ${CMAKE_INSTALL_INCLUDEDIR}/tessarine)
 set(_package ${CMAKE_INSTALL_LIBDIR}/cmake/Tessarine)
 
-install(TARGETS talv-host talv-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS talv-host talv-sim srfpack RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY "${CMAKE_BINARY_DIR}/${TESSARINE_COMPONENTS}/" DESTINATION ${TESSARINE_COMPONENTS}
         USE_SOURCE_PERMISSIONS)
 file(GLOB _pages CONFIGURE_DEPENDS man/*.1)

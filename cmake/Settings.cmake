@@ -15,8 +15,8 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 # the version stands in project() only; a file that tells it is named here, so that a new one rebuilds no other
-set_property(SOURCE tools/talv-sim/options.cpp host/options.cpp APPEND PROPERTY
-             COMPILE_DEFINITIONS TESSARINE_VERSION="${PROJECT_VERSION}")
+set_property(SOURCE tools/talv-sim/options.cpp tools/srfpack/options.cpp host/options.cpp
+             APPEND PROPERTY COMPILE_DEFINITIONS TESSARINE_VERSION="${PROJECT_VERSION}")
 
 set(TESSARINE_BIN_DIR ${CMAKE_BINARY_DIR}/bin)
 set(TESSARINE_COMPONENTS lib/talv-host/Components)  # below the build folder and below the prefix

@@ -62,6 +62,10 @@ inline constexpr FUIDWords kIStringMatcherID = {0x4F99203B, 0xBEEC45B8, 0x93A29C
 // streams
 inline constexpr FUIDWords kIMemoryStreamID = {0x0EFEC079, 0x30534387, 0xBDEF1E47, 0x24BC0CE7};
 
+// file systems
+inline constexpr FUIDWords kIVirtualFileSystemID = {0x78947604, 0x13424C58, 0x82501A9D, 0xE7034D75};
+inline constexpr FUIDWords kIVirtualFileIteratorID = {0x11FA09D3, 0x68474C6F, 0x93443669, 0xE124E268};
+
 // modules
 inline constexpr FUIDWords kIModuleBundleID = {0xA0FAF614, 0x77F44E6C, 0xB75DA7F7, 0x29A7586C};
 

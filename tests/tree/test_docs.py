@@ -62,7 +62,7 @@ class Docs(unittest.TestCase):
                 self.assertTrue((folder / "README.md").exists())
 
     def test_man_pages_tell_each_option(self):
-        for program in ("talv-host", "talv-sim"):
+        for program in ("talv-host", "talv-sim", "srfpack"):
             page = (ROOT / "man" / f"{program}.1").read_text(encoding="utf-8")
             told = set(re.findall(r"Fl Fl ([a-z-]+)", page))
             offered = set(re.findall(r"--([a-z][a-z-]+)", help_of(program)))

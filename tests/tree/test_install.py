@@ -45,6 +45,8 @@ class Install(unittest.TestCase):
             out = run(folder / "prefix/bin/talv-host", "--console", "--user-folder", folder / "user", "--serial-dir",
                       f"{folder}/", input="factory\nquit\n")
             self.assertIn('"reply":1,"ok":true', out)
+            [skin] = (folder / "prefix").rglob("TALV.srf")
+            run(folder / "prefix/bin/srfpack", "verify", skin)
             source = folder / "consumer"
             source.mkdir()
             (source / "CMakeLists.txt").write_text(CMAKE)

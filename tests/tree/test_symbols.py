@@ -46,7 +46,7 @@ class Symbols(unittest.TestCase):
             self.assertIn(each, [shown for _, shown in symbols])
 
     def test_a_program_shows_nothing_of_ours(self):
-        for program in ("talv-host", "talv-sim"):
+        for program in ("talv-host", "talv-sim", "srfpack"):
             found = [shown for name, shown in exported(BUILD / "bin" / program)
                      if name in ENTRIES or OURS.search(shown)]
             self.assertEqual(found, [], program)
@@ -57,7 +57,7 @@ class Symbols(unittest.TestCase):
             self.assertEqual(unique, [], f"{file.name}: these pin the module, and are shared with the host")
 
     def test_no_window_system_is_loaded(self):
-        for file in (self.module, BUILD / "bin/talv-host", BUILD / "bin/talv-sim"):
+        for file in (self.module, *(BUILD / "bin" / name for name in ("talv-host", "talv-sim", "srfpack"))):
             self.assertEqual([name for name in loaded_by(file) if WINDOWS.match(name)], [], file.name)
 
     def test_nothing_of_the_extension_is_linked_into_the_host(self):

@@ -3,6 +3,7 @@
 #include "base/source/fstring.h"
 
 namespace Tessarine {
+class FStream;
 
 /** What kind of file something is: a name to show, and the marks by which systems tell. */
 class FFileType : public CmObject {
@@ -25,10 +26,24 @@ public:
         count. */
     bool operator==(const FFileType& other) const;
 
+    /** Says which type some bytes are of, the first of a file; null: none that it knows. */
+    using Identifier = const FFileType* (*)(const char* bytes, int32_t size);
+    static constexpr int32_t kIdentifiedBytes = 1024;  // are at hand at most
+
+    bool isEqual(const CmObject* other) const override;
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
+
     /** Makes a type known; it is borrowed for good. Start-up and main thread. */
     static void registerType(const FFileType* type);
     /** The first known type with this extension, in any case; null: there is none. */
     static const FFileType* getTypeByString(const ConstString& extension);
+    /** Start-up and main thread. */
+    static void registerTypeIdentifier(Identifier identifier);
+    /** What the first function says that knows the bytes at the stream's place, which stays; null: none does. */
+    static const FFileType* getTypeByStream(FStream* stream);
+    /** The extension is one of the type, in any case. */
+    bool hasExtension(const ConstString& extension) const;
 
     DECLARE_CLASS(FFileType, CmObject)
     DECLARE_NEWCOPY(FFileType)
@@ -41,5 +56,10 @@ private:
     FString mimeType;
     FString uti;
 };
+
+/** Types that belong to no reader. */
+namespace StdFileType {
+const FFileType& getTextFileType();
+}
 
 }  // namespace Tessarine

@@ -1,6 +1,7 @@
 #pragma once
 #include "storage/fbstream.h"
 #include "storage/fpath.h"
+#include <atomic>
 
 namespace Tessarine {
 
@@ -30,6 +31,9 @@ public:
     int32_t queryInterface(const char* iid, void** obj) override;
     int64_t readRaw(void* buffer, int64_t count) override;
     int64_t writeRaw(const void* buffer, int64_t count) override;
+    /** As readRaw, from a place in bytes from the start; the stream's own place stays, and no hook hears of it. Any number
+        of threads at a time, as long as it is open. */
+    int64_t readAt(int64_t place, void* buffer, int64_t count);
     /** The new place in bytes from the start; -1: there is no such place. */
     int64_t seek(int64_t pos, FSeekMode mode) override;
     int64_t tell() override;
@@ -68,7 +72,7 @@ private:
 
     int32_t mode;
     int32_t file = -1;  // owned
-    int32_t firstError = 0;
+    std::atomic<int32_t> firstError{0};
     bool atEnd = false;
     FPath path;
     UProgressHook* progress = nullptr;  // borrowed

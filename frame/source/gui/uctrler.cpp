@@ -9,6 +9,8 @@
 #include "pluginterfaces/base/identifiers.h"
 #include "storage/ffilesystem.h"
 #include "storage/hooks.h"
+#include <algorithm>
+#include <iterator>
 #include <pthread.h>
 
 namespace Tessarine {
@@ -31,15 +33,24 @@ FNPath* newPlatformPath(PlatformFolder kind) {
     return path;
 }
 
+struct FolderRow {
+    StandardFolder number;
+    FNPath* (*path)();
+};
+constexpr FolderRow kStandardFolders[] = {
+    {kUserFolder,        UController::getUserPath  },
+    {kCommonFolder,      UController::getSharedPath},
+    {kApplicationFolder, UController::getAppPath   },
+    {kTemporaryFolder,   UController::getTempPath  },
+    {kSystemFolder,      UController::getSystemPath},
+};
+
 bool standardFolder(int32_t number, FNPath& folder) {
-    const FNPath* path = number == kUserFolder          ? UController::getUserPath()
-                         : number == kCommonFolder      ? UController::getSharedPath()
-                         : number == kApplicationFolder ? UController::getAppPath()
-                                                        : nullptr;
-    if (!path)
-        return false;
-    folder = *path;
-    return true;
+    const auto row = std::ranges::find(kStandardFolders, number, &FolderRow::number);
+    const FNPath* path = row != std::end(kStandardFolders) ? row->path() : nullptr;
+    if (path)
+        folder = *path;
+    return path != nullptr;
 }
 }  // namespace
 

@@ -1,8 +1,138 @@
 #include "storage/ffilesystem.h"
+#include "base/uprogresshook.h"
+#include "ftreewalk.h"
+#include "storage/fbstream.h"
+#include "storage/ffstream.h"
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <memory>
 
 namespace Tessarine {
+namespace {
+constexpr int32_t kCopyBlock = 0x10000;
+constexpr std::u16string_view kForbidden = u"/*?";
+constexpr tchar kStandIn = u'_';
+constexpr const char* kSizeUnits[] = {"Bytes", "KB", "MB", "GB", "TB", "PB"};
+constexpr double kUnitFactor = 1024;
+
+bool copyContent(FStream& source, FStream& target, int64_t total, UProgressHook* hook) {
+    const auto block = std::make_unique<char[]>(kCopyBlock);
+    for (int64_t done = 0;;) {
+        const int64_t size = source.readRaw(block.get(), kCopyBlock);
+        if (size <= 0)
+            return size == 0 && source.verify();
+        done += size;
+        if (target.writeRaw(block.get(), size) != size || !tellProgress(hook, done, total))
+            return false;
+    }
+}
+
+void tellCode(int32_t* error, int32_t code) {
+    if (error)
+        *error = code;
+}
+
+/** Of two streams of which one has failed; without an error in either somebody stopped it. */
+int32_t errorOf(FStream* input, FStream* output) {
+    for (FStream* stream : {input, output})
+        if (auto* file = classCast<FFileStream>(stream); file && file->error())
+            return file->getFirstError(false);
+    return ECANCELED;
+}
+}  // namespace
 
 IMPLEMENT_ABSTRACT_CLASS(FFileIterator, CmObject)
 IMPLEMENT_ABSTRACT_CLASS(FFileSystem, CmObject)
+
+bool FFileSystem::moveFile(FPath* /*from*/, FPath* /*to*/, bool /*overwrite*/) {
+    return false;
+}
+
+bool FFileSystem::copyFile(FPath* from, FPath* to, UProgressHook* hook, int32_t* error) {
+    return copyFile(this, from, this, to, hook, error);
+}
+
+bool FFileSystem::createDir(FPath* /*path*/) {
+    return false;
+}
+
+bool FFileSystem::changeDir(FPath* /*path*/) {
+    return false;
+}
+
+bool FFileSystem::getDirName(FPath* path, FString& name) {
+    if (!path)
+        return false;
+    FPath folder(*path);
+    if (!folder.isFolder() && !folder.ascend())
+        return false;
+    name = folder.getName();
+    return true;
+}
+
+bool FFileSystem::removeDir(FPath* /*path*/, bool /*withContent*/) {
+    return false;
+}
+
+bool FFileSystem::makeValidName(FString& name, tchar replacement, bool trim) {
+    FString valid(name.text16());
+    if (trim)
+        valid.trim();
+    if (valid.length() > kMaxNameLength)
+        valid.remove(kMaxNameLength);
+    for (uint32_t i = 0; i < valid.length(); ++i)
+        if (kForbidden.find(valid.getChar16(i)) != std::u16string_view::npos)
+            valid.setChar16(i, replacement ? replacement : kStandIn);
+    const bool changed = !(valid == name);
+    name = valid;
+    return changed;
+}
+
+int32_t FFileSystem::countFiles(const FPath* folder, bool deep, bool withHidden, int64_t* size) {
+    if (!folder)
+        return -1;
+    FTreeWalk walk(this, *folder, withHidden);
+    int32_t count = 0;
+    int64_t sum = 0;
+    for (FPath* entry = walk.current(); entry; entry = walk.next()) {
+        if (!deep)
+            walk.skipFolder();
+        if (entry->isFolder())
+            continue;
+        ++count;
+        sum += std::max<int64_t>(0, size ? getFileSize(entry) : 0);
+    }
+    if (size)
+        *size = sum;
+    return walk.hasFailed() ? -1 : count;
+}
+
+bool FFileSystem::copyFile(FFileSystem* source, FPath* from, FFileSystem* target, FPath* to, UProgressHook* hook,
+                           int32_t* error) {
+    tellCode(error, EINVAL);
+    if (!source || !target || !from || !to || (source == target && *from == *to))
+        return false;
+    FStream* input = source->openFile(from, kOpenRead, error);
+    if (!input)
+        return false;
+    FStream* output = target->createFile(to, kOpenWrite, error);
+    const bool copied = output && copyContent(*input, *output, source->getFileSize(from), hook);
+    const int32_t code = copied ? EIO : errorOf(input, output);
+    const bool whole = target->closeFile(output) && copied;
+    source->closeFile(input);
+    if (output && !whole) {
+        tellCode(error, code);
+        target->removeFile(to);
+    }
+    return whole;
+}
+
+void FFileSystem::makeFileSizeString(double bytes, FString& text) {
+    size_t unit = 0;
+    for (; bytes >= kUnitFactor && unit + 1 < std::size(kSizeUnits); ++unit)
+        bytes /= kUnitFactor;
+    text.printf("%.3f %s", bytes, kSizeUnits[unit]);
+}
 
 }  // namespace Tessarine

@@ -1,4 +1,6 @@
 #include "storage/ffiletype.h"
+#include "storage/fbstream.h"
+#include "storage/fpersistent.h"
 #include <algorithm>
 #include <iterator>
 #include <vector>
@@ -23,6 +25,13 @@ std::vector<const FFileType*>& knownTypes() {
     static std::vector<const FFileType*> types;
     return types;
 }
+
+std::vector<FFileType::Identifier>& knownIdentifiers() {
+    static std::vector<FFileType::Identifier> identifiers;
+    return identifiers;
+}
+
+constexpr const char* kMacTypeKey = "MacType";
 }  // namespace
 
 IMPLEMENT_CLASS(FFileType, CmObject)
@@ -50,11 +59,62 @@ void FFileType::registerType(const FFileType* type) {
     knownTypes().push_back(type);
 }
 
-const FFileType* FFileType::getTypeByString(const ConstString& extension) {
-    const auto found = std::ranges::find_if(knownTypes(), [&](const FFileType* type) {
-        return matchTexts(type->dosType, FString(extension), kIgnoreCase) == kSame;
+bool FFileType::isEqual(const CmObject* other) const {
+    const auto* type = classCast<FFileType>(other);
+    return type && *this == *type;
+}
+
+bool FFileType::storeAttributes(FAttributes& attributes) const {
+    return attributes.set("Name", name) && attributes.set("DosType", dosType) && attributes.set("UnixType", unixType) &&
+           attributes.set(kMacTypeKey, macType);
+}
+
+bool FFileType::restoreAttributes(FAttributes& attributes) {
+    FFileType restored;
+    bool any = false;
+    for (const auto& [key, text] : {std::pair("Name", &restored.name), std::pair("DosType", &restored.dosType),
+                                    std::pair("UnixType", &restored.unixType)})
+        any |= attributes.get(key, *text);
+    any |= attributes.get(kMacTypeKey, restored.macType);
+    if (any)
+        *this = restored;
+    return any;
+}
+
+bool FFileType::hasExtension(const ConstString& extension) const {
+    return std::ranges::any_of(std::initializer_list<const FString*>{&dosType, &unixType}, [&](const FString* own) {
+        return matchTexts(*own, FString(extension), kIgnoreCase) == kSame;
     });
+}
+
+const FFileType* FFileType::getTypeByString(const ConstString& extension) {
+    const auto found =
+        std::ranges::find_if(knownTypes(), [&](const FFileType* type) { return type->hasExtension(extension); });
     return found != knownTypes().end() ? *found : nullptr;
+}
+
+void FFileType::registerTypeIdentifier(Identifier identifier) {
+    knownIdentifiers().push_back(identifier);
+}
+
+const FFileType* FFileType::getTypeByStream(FStream* stream) {
+    const int64_t place = stream ? stream->tell() : -1;
+    if (place < 0)
+        return nullptr;
+    char bytes[kIdentifiedBytes];
+    const int64_t size = stream->readRaw(bytes, kIdentifiedBytes);
+    stream->seek(place, kFromStart);
+    if (size <= 0)
+        return nullptr;
+    for (const Identifier identifier : knownIdentifiers())
+        if (const FFileType* type = identifier(bytes, int32_t(size)))
+            return type;
+    return nullptr;
+}
+
+const FFileType& StdFileType::getTextFileType() {
+    static const FFileType type(u"Text File", u"txt", u"txt", 0x54455854, u"text/plain");  // TEXT
+    return type;
 }
 
 }  // namespace Tessarine

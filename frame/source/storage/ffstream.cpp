@@ -80,6 +80,18 @@ int64_t FFileStream::writeRaw(const void* buffer, int64_t count) {
     return passAll(count, [&](int64_t passed, size_t size) { return ::write(file, bytes + passed, size); });
 }
 
+int64_t FFileStream::readAt(int64_t place, void* buffer, int64_t count) {
+    char* bytes = static_cast<char*>(buffer);
+    int64_t passed = 0;
+    while (passed < count) {
+        const int64_t step = TEMP_FAILURE_RETRY(::pread(file, bytes + passed, size_t(count - passed), place + passed));
+        if (!check(step >= 0) || step == 0)
+            break;
+        passed += step;
+    }
+    return passed;
+}
+
 int64_t FFileStream::seek(int64_t pos, FSeekMode mode) {
     atEnd = false;
     const int64_t reached = ::lseek(file, pos, whenceOf(mode));
@@ -133,8 +145,8 @@ int32_t FFileStream::getFirstError(bool clear) {
 }
 
 void FFileStream::setFirstError(int32_t code) {
-    if (firstError == 0)
-        firstError = code;
+    int32_t none = 0;
+    firstError.compare_exchange_strong(none, code);
 }
 
 void FFileStream::getErrorMessage(FString& text) const {

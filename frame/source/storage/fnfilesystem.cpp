@@ -1,46 +1,27 @@
-#include "base/utranslatedstring.h"
+#include "collect/cmdate.h"
+#include "fnerrors.h"
+#include "pathsteps.h"
 #include "platformname.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "samefile.h"
 #include "storage/ffilesystem.h"
 #include "storage/ffstream.h"
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
-#include <iterator>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace Tessarine {
 namespace {
 constexpr mode_t kNewFolderRights = 0777;  // less what the user's mask takes away
-
-struct MessageRow {
-    int32_t code;
-    UTranslatedString text;
-};
-constexpr UTranslatedString kNotFound("The file/folder could not be found at this location.");
-constexpr UTranslatedString kReadOnly("This disk is read only.");
-constexpr UTranslatedString kFull("This disk is full.");
-constexpr UTranslatedString kDefect("A reading/writing error occurred. This disk is not working normaly.");
-constexpr UTranslatedString kNotPermitted("This operation is not allowed.");
-constexpr MessageRow kMessages[] = {
-    {0,            UTranslatedString("No error occurred.")    },
-    {ENOENT,       kNotFound                                  },
-    {ENOTDIR,      kNotFound                                  },
-    {EROFS,        kReadOnly                                  },
-    {ENOSPC,       kFull                                      },
-    {EDQUOT,       kFull                                      },
-    {EIO,          kDefect                                    },
-    {EPERM,        kNotPermitted                              },
-    {EACCES,       kNotPermitted                              },
-    {ENAMETOOLONG, UTranslatedString("This name is too long.")},
-};
-constexpr UTranslatedString kUnexpected("An unexpected error occurred. The system's description is: ");
+constexpr mode_t kRights = 0777;
 
 bool statusOf(const FPath* path, struct stat& status) {
     return ::stat(PlatformName(path), &status) == 0;
@@ -54,6 +35,14 @@ bool fileStatusOf(const FPath* path, struct stat& status) {
 bool makeFolder(const FPath* path) {
     struct stat status;
     return ::mkdir(PlatformName(path), kNewFolderRights) == 0 || (statusOf(path, status) && S_ISDIR(status.st_mode));
+}
+
+/** With those above it that are missing. */
+bool makeFolders(const FPath& path) {
+    if (makeFolder(&path))
+        return true;
+    FPath above(path);
+    return errno == ENOENT && above.ascend() && makeFolders(above) && makeFolder(&path);
 }
 
 bool renameToFreeName(const char* from, const char* to) {
@@ -70,7 +59,12 @@ FStream* openStream(const FPath* path, int32_t mode, int32_t* error) {
     const bool opened = stream->open();
     if (error)
         *error = stream->getFirstError(false);
-    return opened ? stream.detach() : nullptr;
+    errno = stream->getFirstError(false);
+    return told(opened) ? stream.detach() : nullptr;
+}
+
+CmTime timeOf(const statx_timestamp& time) {
+    return CmTime::fromUnixTime(time.tv_sec);
 }
 
 /** Iterates over a folder of the disk. */
@@ -151,6 +145,11 @@ FPath* FNFileIterator::show() {
 constinit FNFileSystem disks;
 }  // namespace
 
+bool isSameFile(const FPath* a, const FPath* b) {
+    struct stat first, second;
+    return statusOf(a, first) && statusOf(b, second) && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 constinit FNFileSystem* const gFileSystem = &disks;
 
 IMPLEMENT_CLASS(FNFileSystem, FFileSystem)
@@ -163,6 +162,10 @@ FStream* FNFileSystem::openFile(FPath* path, int32_t mode, int32_t* error) {
     return openStream(path, mode, error);
 }
 
+int32_t FNFileSystem::convertOpenMode(int32_t mode) {
+    return mode & (kOpenRead | kOpenWrite | kOpenShared | kOpenCreate);
+}
+
 bool FNFileSystem::closeFile(FStream* stream) {
     const OPtr<FStream> released(stream);
     auto* file = classCast<FFileStream>(stream);
@@ -170,7 +173,7 @@ bool FNFileSystem::closeFile(FStream* stream) {
 }
 
 bool FNFileSystem::removeFile(FPath* path) {
-    return ::unlink(PlatformName(path)) == 0;
+    return told(::unlink(PlatformName(path)) == 0);
 }
 
 bool FNFileSystem::fileExists(FPath* path) {
@@ -179,7 +182,7 @@ bool FNFileSystem::fileExists(FPath* path) {
 }
 
 bool FNFileSystem::renameFile(FPath* path, const tchar* newName) {
-    if (!path)
+    if (!path || !newName || !isPlainStep(newName))
         return false;
     FPath renamed(*path);
     renamed.setName(newName);
@@ -188,16 +191,76 @@ bool FNFileSystem::renameFile(FPath* path, const tchar* newName) {
 
 bool FNFileSystem::moveFile(FPath* from, FPath* to, bool overwrite) {
     const PlatformName source(from), target(to);
-    return overwrite ? std::rename(source, target) == 0 : renameToFreeName(source, target);
+    const bool moved = overwrite ? std::rename(source, target) == 0 : renameToFreeName(source, target);
+    return told(moved || (errno == EXDEV && moveToOtherDisk(from, to, overwrite)));
+}
+
+/** Through a copy beside the target, so that there too it appears in one step. */
+bool FNFileSystem::moveToOtherDisk(FPath* from, FPath* to, bool overwrite) {
+    FPath aside(*to);
+    if (!aside.makeUnique() || !copyFile(from, &aside))
+        return false;
+    const PlatformName source(&aside), target(to);
+    const bool moved = overwrite ? std::rename(source, target) == 0 : renameToFreeName(source, target);
+    if (!moved)
+        removeFile(&aside);
+    return moved && removeFile(from);
+}
+
+bool FNFileSystem::copyFile(FPath* from, FPath* to, UProgressHook* hook, int32_t* error) {
+    struct stat status;
+    if (isSameFile(from, to)) {
+        if (error)
+            *error = EINVAL;
+        return false;
+    }
+    if (!FFileSystem::copyFile(from, to, hook, error))
+        return false;
+    if (fileStatusOf(from, status))
+        ::chmod(PlatformName(to), status.st_mode & kRights);  // some disks know no rights
+    return true;
 }
 
 bool FNFileSystem::createDir(FPath* path) {
+    return path && told(makeFolders(*path));
+}
+
+bool FNFileSystem::changeDir(FPath* path) {
+    return told(::chdir(PlatformName(path)) == 0);
+}
+
+bool FNFileSystem::getDirName(FPath* path, FString& name) {
     if (!path)
         return false;
-    if (makeFolder(path))
-        return true;
-    FPath above(*path);
-    return errno == ENOENT && above.ascend() && createDir(&above) && makeFolder(path);
+    FNPath folder;
+    static_cast<FPath&>(folder) = *path;
+    folder = folder.createAbsolutePath(nullptr);
+    if (!dirExists(&folder) && !folder.ascend())
+        return false;
+    name = folder.isRootDir() ? u"/" : folder.getName();
+    return true;
+}
+
+bool FNFileSystem::removeDir(FPath* path, bool withContent) {
+    const PlatformName name(path);
+    if (!withContent)
+        return told(::rmdir(name) == 0);
+    struct stat status;
+    if (::lstat(name, &status) != 0 || !S_ISDIR(status.st_mode))
+        return told(false);
+    std::error_code error;
+    std::filesystem::remove_all(static_cast<const char*>(name), error);
+    errno = error.value();
+    return told(!error);
+}
+
+bool FNFileSystem::getFileTimes(FPath* path, CmTime& created, CmTime& modified) {
+    struct statx status;
+    if (::statx(AT_FDCWD, PlatformName(path), 0, STATX_MTIME | STATX_BTIME, &status) != 0)
+        return false;
+    modified = timeOf(status.stx_mtime);
+    created = status.stx_mask & STATX_BTIME ? timeOf(status.stx_btime) : modified;
+    return true;
 }
 
 int64_t FNFileSystem::getFileSize(FPath* path) {
@@ -215,19 +278,6 @@ FFileIterator* FNFileSystem::newIterator(const FPath* folder, bool withHidden) {
         return nullptr;
     OPtr<FNFileIterator> iterator(new FNFileIterator(*folder, withHidden));
     return iterator->readFolder() ? iterator.detach() : nullptr;
-}
-
-void FNFileSystem::getErrorMessage(int32_t code, FString& text) {
-    const auto row = std::ranges::find(kMessages, code, &MessageRow::code);
-    if (row != std::end(kMessages)) {
-        text = row->text.text();
-        return;
-    }
-    char buffer[256];
-    FString description;
-    description.fromUTF8(::strerror_r(code, buffer, sizeof buffer));
-    text = kUnexpected.text();
-    text += description;
 }
 
 }  // namespace Tessarine

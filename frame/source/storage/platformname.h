@@ -1,20 +1,33 @@
 #pragma once
 #include "storage/fpath.h"
+#include <memory>
+#include <string_view>
 
 namespace Tessarine {
 
-/** A path as the system's calls take it: UTF-8. Null and empty paths give an empty name, which no call accepts. */
+/** A path as the system's calls take it: UTF-8. Null and empty paths, and those that UTF-8 can't express, give an empty name,
+    which no call accepts. */
 class PlatformName {
 public:
     explicit PlatformName(const FPath* path) {
-        if (path)
-            path->getFullPath(text);
-        text.toMultiByte(kCodePageUTF8);
+        if (!path)
+            return;
+        FString text;
+        path->getFullPath(text);
+        convert(units16(text));
     }
-    operator const char*() const { return text.text8(); }
+    explicit PlatformName(std::u16string_view text) { convert(text); }
+    PlatformName(const PlatformName&) = delete;
+    PlatformName& operator=(const PlatformName&) = delete;
+    operator const char*() const { return name; }
 
 private:
-    FString text;
+    void convert(std::u16string_view text);
+
+    static constexpr size_t kShort = 512;  // bytes, terminator included
+    char room[kShort] = {0};
+    std::unique_ptr<char[]> block;  // of longer names
+    char* name = room;
 };
 
 }  // namespace Tessarine

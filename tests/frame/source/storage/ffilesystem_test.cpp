@@ -1,12 +1,19 @@
 #include "storage/ffilesystem.h"
+#include "base/fmessage.h"
+#include "base/uprogresshook.h"
+#include "collect/cmdate.h"
+#include "frame/source/storage/fnmounts.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/ffstream.h"
+#include "storage/fsystemshell.h"
+#include "storage/hooks.h"
 #include "tempfolder.h"
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <thread>
@@ -178,13 +185,278 @@ TEST_F(Disk, ListsNamesAsTheyAre) {
     EXPECT_EQ(gFileSystem->newIterator(&missing, true), nullptr);
 }
 
+/** Stops after so many steps. */
+class StoppingHook : public UProgressHook {
+public:
+    explicit StoppingHook(int32_t steps) : left(steps) {}
+    bool setProgress(int32_t) override { return left-- > 0; }
+
+private:
+    int32_t left;
+};
+
+TEST_F(Disk, CopiesWholeFilesOrNone) {
+    temp.write("a", std::string(200000, 'x'));
+    ::chmod((temp / "a").c_str(), 0751);
+    std::filesystem::create_hard_link(temp / "a", temp / "same");
+    FNPath a = temp.at("a"), b = temp.at("b"), same = temp.at("same"), missing = temp.at("missing"),
+           blocked = temp.at("a/b");
+    int32_t error = -1;
+    EXPECT_TRUE(gFileSystem->copyFile(&a, &b, nullptr, &error));
+    EXPECT_EQ(error, 0);
+    EXPECT_EQ(temp.read("b"), temp.read("a"));
+    EXPECT_EQ(std::filesystem::status(temp / "b").permissions(), std::filesystem::perms(0751));
+    StoppingHook hook(2);
+    const std::tuple<FNPath*, FNPath*, UProgressHook*, int32_t> failures[] = {
+        {&a,       &b,       &hook,   ECANCELED},
+        {&missing, &b,       nullptr, ENOENT   },
+        {&a,       &blocked, nullptr, ENOTDIR  },
+        {&a,       &same,    nullptr, EINVAL   },
+        {&a,       &a,       nullptr, EINVAL   },
+    };
+    for (const auto& [from, to, progress, expected] : failures) {
+        EXPECT_FALSE(gFileSystem->copyFile(from, to, progress, &error));
+        EXPECT_EQ(error, expected);
+    }
+    EXPECT_EQ(temp.names(), (std::set<std::string>{"a", "same"}));
+    EXPECT_EQ(temp.read("a").size(), 200000u);
+}
+
+TEST_F(Disk, WalksTreesWithoutFollowingLinks) {
+    std::filesystem::create_directories(temp / "from/one/two/empty");
+    std::filesystem::create_directory_symlink("..", temp / "from/one/up");
+    for (const char* name : {"from/a", "from/one/b", "from/one/two/c", "from/one/.hidden"})
+        temp.write(name, "12345");
+    FNPath from = temp.at("from"), to = temp.at("to"), bare = temp.at("bare"), inside = temp.at("from/one/copy"),
+           missing = temp.at("missing"), found;
+    int64_t size = 0;
+    EXPECT_EQ(gFileSystem->countFiles(&from, true, true, &size), 5);  // the link is one
+    EXPECT_EQ(gFileSystem->countFiles(&from, true, false), 4);
+    EXPECT_EQ(gFileSystem->countFiles(&from, false, true), 1);
+    EXPECT_EQ(gFileSystem->countFiles(&missing, false, true), -1);
+    EXPECT_TRUE(gFileSystem->findFile(&from, u"c", found));
+    EXPECT_EQ(gFileSystem->getFileSize(&found), 5);
+    EXPECT_FALSE(gFileSystem->copyFolderAndFileStructure(&from, &inside));
+    EXPECT_TRUE(gFileSystem->copyFolderAndFileStructure(&from, &to));
+    EXPECT_TRUE(gFileSystem->copyFolderStructure(&from, &bare));
+    EXPECT_EQ(gFileSystem->countFiles(&to, true, true), 4);
+    EXPECT_EQ(gFileSystem->countFiles(&bare, true, true), 0);
+    EXPECT_TRUE(std::filesystem::is_directory(temp / "bare/one/two/empty"));
+    EXPECT_TRUE(gFileSystem->removeEmptyFolders(&bare));
+    EXPECT_TRUE(gFileSystem->isFolderEmpty(&bare));
+    EXPECT_TRUE(gFileSystem->removeEmptyFolders(&to));
+    EXPECT_EQ(temp.read("to/one/two/c"), "12345");
+    EXPECT_FALSE(std::filesystem::exists(temp / "to/one/two/empty"));
+}
+
+TEST_F(Disk, RemovesTreesButNotWhatLinksLeadTo) {
+    std::filesystem::create_directories(temp / "tree/sub");
+    temp.write("kept", "kept");
+    std::filesystem::create_symlink("../kept", temp / "tree/link");
+    std::filesystem::create_directory_symlink("tree", temp / "linked");
+    FNPath tree = temp.at("tree"), linked = temp.at("linked"), file = temp.at("kept");
+    EXPECT_FALSE(gFileSystem->removeDir(&tree, false));
+    EXPECT_FALSE(gFileSystem->removeDir(&linked, true));
+    EXPECT_FALSE(gFileSystem->removeDir(&file, true));
+    EXPECT_TRUE(gFileSystem->removeDir(&tree, true));
+    EXPECT_EQ(temp.names(), (std::set<std::string>{"kept", "linked"}));
+}
+
+TEST_F(Disk, KnowsLinks) {
+    temp.write("file", "x");
+    std::filesystem::create_directory(temp / "dir");
+    FNPath link = temp.at("dir/link"), relative(u"../file", kFilePath), file = temp.at("file"), hard = temp.at("hard"),
+           loop = temp.at("loop"), target;
+    EXPECT_TRUE(gFileSystem->createSymlink(&link, &relative));
+    EXPECT_TRUE(gFileSystem->isSymlink(&link));
+    EXPECT_FALSE(gFileSystem->isSymlink(&file) || gFileSystem->readSymlink(&file, target));
+    EXPECT_TRUE(gFileSystem->readSymlink(&link, target));
+    EXPECT_EQ(gFileSystem->getFileSize(&target), 1);
+    EXPECT_TRUE(gFileSystem->checkResolveLink(&link));
+    EXPECT_EQ(std::u16string(link.getName()), u"file");
+    EXPECT_TRUE(gFileSystem->createLink(&hard, &file));
+    EXPECT_TRUE(gFileSystem->createSymlink(&loop, &loop));
+    EXPECT_FALSE(gFileSystem->checkResolveLink(&loop));
+}
+
+TEST_F(Disk, NamesThatAreFreeAndValid) {
+    temp.write("a.txt", "");
+    temp.write("a-01.txt", "");
+    std::filesystem::create_directory(temp / "b");
+    FNPath a = temp.at("a.txt"), b = temp.at("b"), c = temp.at("c");
+    EXPECT_TRUE(a.uniqueName() && b.uniqueName());
+    EXPECT_FALSE(c.uniqueName());
+    EXPECT_EQ(std::u16string(a.getName()) + b.getName(), u"a-02.txtb-01");
+    const std::tuple<std::u16string, tchar, bool, std::u16string> rows[] = {
+        {u"a/b", 0, true, u"a_b"},
+        {u" *?\\: ", u'-', true, u"--\\:"},
+        {u" a ", 0, false, u" a "},
+        {std::u16string(1025, u'x'), 0, true, std::u16string(1024, u'x')},
+    };
+    for (const auto& [name, replacement, trim, expected] : rows) {
+        FString text(name.c_str());
+        EXPECT_EQ(gFileSystem->makeValidName(text, replacement, trim), name != expected);
+        EXPECT_EQ(std::u16string(text.text16()), expected);
+    }
+    FString name(std::u16string(200, u'\u00E4').c_str()), dots(u"..");
+    EXPECT_TRUE(gFileSystem->makeSystemName(name) && gFileSystem->makeSystemName(dots));
+    EXPECT_EQ(name.length(), 127u);  // two bytes each
+    EXPECT_STREQ(dots.text8(), "_");
+    FNPath half(u"a\xD800", kFilePath);
+    temp.write("a?", "");
+    half = FNPath(u"a\xD800", &static_cast<const FNPath&>(temp.self()), kFilePath);
+    EXPECT_FALSE(gFileSystem->fileExists(&half));  // which isn't "a?"
+}
+
+TEST_F(Disk, TellsTimesRightsAndRoom) {
+    temp.write("file", "x");
+    FNPath file = temp.at("file"), self = temp.self(), root(u"/", kFolderPath), found;
+    CmTime created, modified;
+    int64_t seconds = 0;
+    ASSERT_TRUE(gFileSystem->getFileTimes(&file, created, modified) && modified.toUnixTime(seconds));
+    EXPECT_LT(std::abs(seconds - int64_t(::time(nullptr))), 60);
+    EXPECT_TRUE(gFileSystem->enableWrite(&file, false));
+    EXPECT_EQ(std::filesystem::status(temp / "file").permissions() & std::filesystem::perms(0222),
+              std::filesystem::perms::none);
+    EXPECT_TRUE(gFileSystem->enableWrite(&file, true) && gFileSystem->canWrite(&file));
+    EXPECT_GT(gFileSystem->getFreeBytesOnDisk(&self), 0);
+    EXPECT_TRUE(gFileSystem->isRoot(&root) && !gFileSystem->isRoot(&file));
+    EXPECT_TRUE(gFileSystem->getRootDir(&file, found) && gFileSystem->isRoot(&found));
+    FString text;
+    FFileSystem::makeFileSizeString(1536.0 * 1024, text);
+    EXPECT_STREQ(text.text8(), "1.500 MB");
+}
+
+TEST_F(Disk, ReadsTheMountTable) {
+    temp.write(
+        "mounts",
+        "/dev/nothing / ext4 rw 0 0\nproc /proc proc rw 0 0\nhost:/x /mnt/a\\040b nfs4 rw 0 0\n"
+        "/dev/sr9 /media/cd iso9660 ro 0 0\n/dev/other /media/cd ext4 rw 0 0\n/dev/loop9 /snap squashfs ro 0 0\n");
+    std::vector<std::pair<std::string, FDriveType>> found;
+    for (const FMount& mount : readMounts((temp / "mounts").c_str()))
+        found.emplace_back(mount.folder, mount.type);
+    EXPECT_EQ(found, (std::vector<std::pair<std::string, FDriveType>>{
+                         {"/",         kHarddisk      },
+                         {"/proc",     kUndefinedDrive},
+                         {"/mnt/a b",  kNetworkDrive  },
+                         {"/media/cd", kHarddisk      },
+                         {"/snap",     kUndefinedDrive}
+    }));
+    EXPECT_TRUE(readMounts((temp / "missing").c_str()).empty());
+    CmArray drives;
+    drives._ownsObjects = CmContainer::kTakesOver;
+    EXPECT_GE(gFileSystem->getDrives(drives), 1);
+}
+
+TEST_F(Disk, TrashCanBeRestored) {
+    const std::string home = temp / "home";
+    ::setenv("XDG_DATA_HOME", home.c_str(), 1);
+    for (int32_t round = 0; round < 2; ++round) {
+        temp.write("a b", "content");
+        FNPath path = temp.at("a b");
+        EXPECT_TRUE(gFileSystem->trashFile(&path));
+        EXPECT_FALSE(gFileSystem->trashFile(&path));
+    }
+    ::unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(temp.names(), (std::set<std::string>{"home"}));
+    EXPECT_EQ(temp.read("home/Trash/files/a b") + temp.read("home/Trash/files/a b.2"), "contentcontent");
+    const std::string info = temp.read("home/Trash/info/a b.2.trashinfo");
+    EXPECT_TRUE(info.starts_with("[Trash Info]\nPath=" + (temp / "a%20b") + "\nDeletionDate=2")) << info;
+}
+
+TEST_F(Disk, TellsSubscribersOfDrives) {
+    class Subscriber : public CmObject {
+    public:
+        int32_t notify(FMessage* message) override {
+            FNPath* path = classCast<FNPath>(message->get(message->isType("PathChanged") ? "change" : "path"));
+            heard += std::string(message->getMessageID()) + (path ? "+" : "-");
+            return 1;
+        }
+        std::string heard;
+    } subscriber;
+    const FNPath drive(u"/media/x", kFolderPath);
+    gFileSystem->subscribeToMountEvent(&subscriber);
+    gFileSystem->onMountEvent("VolMount", drive);
+    gFileSystem->onMountEvent("Other", drive);
+    gFileSystem->onFileSystemChange(drive);
+    gFileSystem->unsubscribeFromMountEvent(&subscriber);
+    gFileSystem->onMountEvent("VolUnmount", drive);
+    EXPECT_EQ(subscriber.heard, "VolMount+PathChanged+");
+}
+
+TEST_F(Disk, FindsMimeTypes) {
+    static const FFileType registered(u"Z", u"zzz", nullptr, 0, u"text/z");
+    FFileType::registerType(&registered);
+    std::filesystem::create_directories(temp / "mime");
+    temp.write("mime/globs2",
+               "# comment\n80:text/x-a:*.abc\n50:text/x-b:*.abc\n50:text/x-c:abcd\n50:text/x-d:*.d:cs\n");
+    ::setenv("XDG_DATA_HOME", (temp / "").c_str(), 1);
+    const std::tuple<const char*, bool, const char*> rows[] = {
+        {"ABC",  true,  "text/x-a"},
+        {"d",    true,  "text/x-d"},
+        {"zzz",  true,  "text/z"  },
+        {"abcd", false, ""        },
+        {"",     false, ""        },
+    };
+    for (const auto& [extension, known, type] : rows) {
+        FString found;
+        EXPECT_EQ(FNFileSystem::lookupMimeType(extension, found), known) << extension;
+        EXPECT_STREQ(found.text8(), type);
+    }
+    ::unsetenv("XDG_DATA_HOME");
+}
+
+TEST_F(Disk, StartsProgramsAndWaitsForNone) {
+    const FString arguments[] = {FString("-c"), FString("echo \"$0\" > \"$1\""), FString("a; b $c"),
+                                 FString((temp / "out").c_str())};
+    EXPECT_TRUE(FSystemShell::execute(FNPath(u"sh", kFilePath), arguments));
+    EXPECT_FALSE(FSystemShell::execute(FNPath(u"no-such-program", kFilePath)));
+    for (int32_t tries = 0; tries < 500 && temp.read("out").empty(); ++tries)
+        ::usleep(10000);
+    EXPECT_EQ(temp.read("out"), "a; b $c\n");
+}
+
+TEST_F(Disk, ShowsFailuresWhenAsked) {
+    static std::string shown;
+    gStorageHooks.showError = [](const FString& text) { shown += FString(text).text8(); };
+    FNPath missing = temp.at("missing");
+    EXPECT_FALSE(gFileSystem->removeFile(&missing));
+    EXPECT_FALSE(gFileSystem->showPlatformErrors(true));
+    EXPECT_FALSE(gFileSystem->removeFile(&missing));
+    EXPECT_TRUE(gFileSystem->showPlatformErrors(false));
+    gStorageHooks = {};
+    EXPECT_EQ(shown, "The file/folder could not be found at this location.");
+}
+
+TEST_F(Disk, KeepsTheLastFolderOfATypeAmongTheDefaults) {
+    static std::map<std::string, FNPath> pool;
+    gStorageHooks.storeDefault = [](const char* name, const char* key, const FNPath& path) {
+        pool[std::string(name) + ": " + key] = path;
+        return true;
+    };
+    gStorageHooks.loadDefault = [](const char* name, const char* key, FNPath& path) {
+        path = pool[std::string(name) + ": " + key];
+        return !path.isEmpty();
+    };
+    const FFileType type(u"XML", u"xml");
+    FNPath folder = temp.self(), found;
+    EXPECT_TRUE(gFileSystem->storeLastPath(folder, &type));
+    EXPECT_FALSE(gFileSystem->loadLastPath(found, nullptr));
+    EXPECT_TRUE(gFileSystem->loadLastPath(found, &type) && found == folder);
+    EXPECT_TRUE(gFileSystem->storeLastPath(folder, nullptr));
+    EXPECT_TRUE(pool.contains("Default Paths: Global Default") &&
+                pool.contains("Default Paths: Default Path for \".xml\" Files"));
+    gStorageHooks = {};
+}
+
 TEST(DiskMessages, SayWhatAUserCanUnderstand) {
     const std::pair<int32_t, const char*> rows[] = {
         {0,      "No error occurred."                                                                          },
         {ENOENT, "The file/folder could not be found at this location."                                        },
         {30,     "This disk is read only."                                                                     },
         {ELOOP,  "An unexpected error occurred. The system's description is: Too many levels of symbolic links"},
-        {-43,    "An unexpected error occurred. The system's description is: Unknown error -43"                },
+        {-43,    "The file/folder could not be found at this location."                                        },
+        {-1,     "An unexpected error occurred. The system's description is: Unknown error -1"                 },
     };
     for (const auto& [code, expected] : rows) {
         FString text;

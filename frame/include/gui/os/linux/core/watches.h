@@ -12,6 +12,8 @@ public:
 
 /** Calls when the descriptor can be read or was hung up. Borrowed: close it behind the watch. */
 std::unique_ptr<Watch> watchInput(int descriptor, std::function<void()> callback);
+/** Calls when the descriptor tells that something changed behind it, as tables of the kernel do. */
+std::unique_ptr<Watch> watchExceptions(int descriptor, std::function<void()> callback);
 /** Calls on the main thread after the signal came; it doesn't end the process any more. */
 std::unique_ptr<Watch> watchSignal(int signal, std::function<void()> callback);
 

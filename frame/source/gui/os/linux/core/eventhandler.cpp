@@ -1,4 +1,5 @@
 #include "eventhandler.h"
+#include "mountwatch.h"
 #include "runloop.h"
 #include <glib.h>
 
@@ -21,6 +22,7 @@ bool CoreEventHandler::open(int32_t /*flags*/) {
 }
 
 bool CoreEventHandler::close(bool /*force*/) {
+    watchMounts(false);
     RunLoop::instance().close();
     return true;
 }

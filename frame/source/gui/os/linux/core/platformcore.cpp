@@ -2,7 +2,9 @@
 #include "base/source/hooks.h"
 #include "eventhandler.h"
 #include "folders.h"
+#include "mountwatch.h"
 #include "runloop.h"
+#include "storage/hooks.h"
 
 namespace Tessarine {
 namespace {
@@ -23,6 +25,7 @@ void installTessarinePlatformCore() {
     gRunLoopHooks.createTimer = LinuxTimer::create;
     gRunLoopHooks.wakeUpdates = wakeForUpdates;
     gRunLoopHooks.wakeIdle = wakeForIdle;
+    gStorageHooks.watchMounts = watchMounts;
     gControllerHooks.eventHandler = eventHandler;
     gControllerHooks.folder = findPlatformFolder;
     gControllerHooks.programName = findProgramName;

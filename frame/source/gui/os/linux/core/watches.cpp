@@ -28,13 +28,20 @@ private:
     std::function<void()> callback;
     GSource* source = nullptr;
 };
+
+std::unique_ptr<Watch> watchFor(int descriptor, GIOCondition conditions, std::function<void()> callback) {
+    auto watch = std::make_unique<SourceWatch>(std::move(callback));
+    watch->attach(g_unix_fd_source_new(descriptor, conditions), G_SOURCE_FUNC(SourceWatch::onInput));
+    return watch;
+}
 }  // namespace
 
 std::unique_ptr<Watch> watchInput(int descriptor, std::function<void()> callback) {
-    auto watch = std::make_unique<SourceWatch>(std::move(callback));
-    constexpr auto kConditions = GIOCondition(G_IO_IN | G_IO_HUP | G_IO_ERR);
-    watch->attach(g_unix_fd_source_new(descriptor, kConditions), G_SOURCE_FUNC(SourceWatch::onInput));
-    return watch;
+    return watchFor(descriptor, GIOCondition(G_IO_IN | G_IO_HUP | G_IO_ERR), std::move(callback));
+}
+
+std::unique_ptr<Watch> watchExceptions(int descriptor, std::function<void()> callback) {
+    return watchFor(descriptor, GIOCondition(G_IO_PRI | G_IO_ERR), std::move(callback));
 }
 
 std::unique_ptr<Watch> watchSignal(int signal, std::function<void()> callback) {

@@ -1,0 +1,7 @@
+#include "base/fconsole.h"
+
+namespace Tessarine {
+
+IMPLEMENT_ABSTRACT_CLASS(FConsole, CmObject)
+
+}  // namespace Tessarine

@@ -1,0 +1,58 @@
+#include "ftreewalk.h"
+#include "pathsteps.h"
+
+namespace Tessarine {
+FTreeWalk::FTreeWalk(FFileSystem* fileSystem, const FPath& base, bool withHidden)
+    : fileSystem(fileSystem), withHidden(withHidden) {
+    open(base);
+    settle();
+}
+
+FPath* FTreeWalk::current() const {
+    return levels.empty() ? nullptr : levels.back()->current();
+}
+
+FPath* FTreeWalk::next() {
+    if (levels.empty())
+        return nullptr;
+    const FPath* entry = current();
+    if (!enter || !entry->isFolder() || !open(*entry))
+        levels.back()->next();
+    enter = true;
+    settle();
+    return current();
+}
+
+FPath FTreeWalk::relativePath() const {
+    FPath path;
+    for (const auto& level : levels)
+        path.descend(level->current()->getName(), level->current()->getKind());
+    return path;
+}
+
+bool FTreeWalk::open(const FPath& folder) {
+    const OPtr<FFileIterator> entries(
+        levels.size() < FFileSystem::kMaxDepth ? fileSystem->newIterator(&folder, withHidden) : nullptr);
+    if (!entries) {
+        failed = true;
+        return false;
+    }
+    entries->first();
+    levels.push_back(entries);
+    return true;
+}
+
+/** Leaves the folders that are through. */
+void FTreeWalk::settle() {
+    while (!levels.empty() && !current()) {
+        levels.pop_back();
+        if (!levels.empty())
+            levels.back()->next();
+    }
+    if (levels.empty() || isPlainStep(current()->getName()))
+        return;
+    failed = true;
+    levels.clear();
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,138 @@
+// Paths and URLs as text. An input is a byte of options, a byte that says how long the first text is, and two texts: bytes of
+// UTF-8, or 16-bit units with kAnyUnits, half surrogate pairs among them.
+#include "demand.h"
+#include "storage/ffilesystem.h"
+#include "storage/furl.h"
+#include "storage/fvfilesystem.h"
+#include <algorithm>
+#include <string>
+
+using namespace Tessarine;
+
+namespace {
+enum Options : uint8_t { kAnyUnits = 1, kAsFolder = 2 };
+
+using Bytes = std::basic_string_view<uint8_t>;
+
+std::u16string unitsOf(Bytes bytes, bool any) {
+    std::u16string text;
+    if (any) {
+        for (size_t i = 0; i + 1 < bytes.size(); i += 2)
+            text += tchar(std::max(1, bytes[i] << 8 | bytes[i + 1]));
+        return text;
+    }
+    FString parsed;
+    parsed.fromUTF8(std::string(bytes.begin(), bytes.end()).c_str());
+    return parsed.text16();
+}
+
+std::u16string textOf(const FPath& path) {
+    FString text;
+    path.getFullPath(text);
+    return text.text16();
+}
+
+size_t countOf(const std::u16string& text, char16_t c) {
+    return size_t(std::ranges::count(text, c));
+}
+
+/** Two "/" in a row, or one at the end, of which a path keeps none or not all. */
+bool isTidy(const std::u16string& text) {
+    return text.find(u"//") == text.npos && (text.size() < 2 || text.back() != u'/');
+}
+
+bool hasHalfPairs(const std::u16string& text) {
+    bool open = false;
+    for (const char16_t c : text) {
+        const bool high = (c & 0xFC00) == 0xD800, low = (c & 0xFC00) == 0xDC00;
+        if (open != low)
+            return true;
+        open = high;
+    }
+    return open;
+}
+
+void checkPath(const std::u16string& text, const std::u16string& name, int32_t kind) {
+    FNPath path(text.c_str(), kind);
+    demand(textOf(FNPath(textOf(path).c_str(), kind)) == textOf(path));
+    demand(!isTidy(text) || textOf(path) == text);
+    const int32_t extension = path.getExtensionIndex(false);
+    demand(extension == -1 || (extension > 1 && path.getName()[extension - 1] == u'.'));
+    FNPath below(path);
+    below.descend(name.c_str(), kind);
+    if (isTidy(text) && isTidy(name) && !path.isEmpty() && !name.empty() && name[0] != u'/') {
+        demand(below.isInDir(&path));
+        for (size_t level = 0; level <= countOf(name, u'/'); ++level)
+            demand(below.ascend());
+        demand(textOf(below) == textOf(path));
+    }
+    size_t levels = 0;
+    while (path.ascend())
+        ++levels;
+    demand(levels <= countOf(text, u'/'));
+}
+
+void checkWays(const std::u16string& from, const std::u16string& to) {
+    const FNPath base((u"/" + from).c_str(), kFolderPath), target((u"/" + to).c_str(), kFilePath);
+    FNPath way;
+    if (way.assignRelative(&base, &target))
+        demand(textOf(way.createAbsolutePath(&base)) == textOf(target.createAbsolutePath(nullptr)));
+    else
+        demand(from.find(u"..") != from.npos);
+    demand(FPathCompare::compareTreeStyle(from.c_str(), to.c_str()) ==
+           -FPathCompare::compareTreeStyle(to.c_str(), from.c_str()));
+}
+
+void checkUrl(const std::u16string& text, const std::u16string& name, int32_t kind) {
+    FUrl url, again;
+    if (url.setUrl(text.c_str())) {
+        const std::u16string printed = textOf(url);
+        demand(again.setUrl(printed.c_str()) && textOf(again) == printed);
+        demand(again.getFile() == url.getFile() && again.getHost() == url.getHost() &&
+               again.getPort() == url.getPort());
+        url.descend(name.c_str(), kind);
+        for (size_t levels = countOf(textOf(url), u'/') + 1; url.ascend(); --levels)
+            demand(levels > 0);
+        demand(url.isRootDir());
+    }
+    FString coded(text.c_str());
+    FUrl::urlEncode(coded);
+    demand(coded.isAsciiString());
+    demand(FUrl::urlDecode(coded));
+    demand(hasHalfPairs(text) || std::u16string(coded.text16()) == text);
+    FString decoded(text.c_str());
+    FUrl::urlDecode(decoded);
+}
+
+void checkRoot(const std::u16string& text) {
+    static const FNPath root(u"/usr/share", kFolderPath);
+    static FVFileSystem disk(&root);
+    FPath path;
+    path.fromString(text.c_str(), kFilePath);
+    const FPath real = disk.translatePath(&path);
+    if (path.isAbsolute()) {
+        demand(real == path);
+        demand(!disk.fileExists(&path) ||
+               textOf(FNPath(text.c_str(), kFilePath).createAbsolutePath(nullptr)).starts_with(u"/usr/share/"));
+        return;
+    }
+    demand(real == root || real.isInDir(&root));
+    demand(FNPath(textOf(real).c_str(), kFilePath).createAbsolutePath(nullptr) == real);
+    demand(disk.translatePath(&static_cast<const FPath&>(disk.reverseTranslate(&real))) == real);
+}
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size < 2)
+        return 0;
+    const Bytes bytes(data + 2, size - 2);
+    const size_t length = std::min<size_t>(data[1], bytes.size());
+    const bool any = data[0] & kAnyUnits;
+    const std::u16string text = unitsOf(bytes.substr(0, length), any), name = unitsOf(bytes.substr(length), any);
+    const int32_t kind = data[0] & kAsFolder ? kFolderPath : kFilePath;
+    checkPath(text, name, kind);
+    checkWays(text, name);
+    checkUrl(text, name, kind);
+    checkRoot(text);
+    return 0;
+}

@@ -1,0 +1,222 @@
+#include "tools/srfpack/commands.h"
+#include "base/source/finitializer.h"
+#include "storage/fasidefile.h"
+#include "storage/hooks.h"
+#include "tools/srfpack/check.h"
+#include "tools/srfpack/folder.h"
+#include "tools/srfpack/names.h"
+#include "tools/srfpack/progress.h"
+#include <algorithm>
+#include <cerrno>
+#include <cinttypes>
+#include <cstdio>
+#include <limits>
+#include <new>
+#include <nlohmann/json.hpp>
+
+namespace SrfPack {
+namespace fs = std::filesystem;
+using namespace Tessarine;
+
+namespace {
+constexpr uint32_t kStartUpSteps = 100;  // types, readers and the compression engine
+constexpr int64_t kMaxPlainBytes = INT32_MAX - 25;
+std::string gReason;  // what the archive says to the user
+
+/** An archive that is open and without a fault, or why there is none. */
+struct Opened {
+    FNPath path;
+    OPtr<FResourceArchive> archive;
+    std::string fault;
+};
+
+std::string notUtf8(const std::string& name) {
+    return printable(name) + ": the name isn't UTF-8";
+}
+
+Opened openArchive(const std::string& name) {
+    Opened opened;
+    std::error_code ignored;
+    const fs::path target = fs::canonical(name, ignored);  // what is replaced is the file, not a link to it
+    if (!pathOf(target.empty() ? fs::path(name) : target, kFilePath, opened.path)) {
+        opened.fault = notUtf8(name);
+        return opened;
+    }
+    int32_t error = 0;
+    const OPtr<FStream> file(gFileSystem->openFile(&opened.path, kOpenRead, &error));
+    if (!file) {
+        opened.fault = systemError(name, error);
+        return opened;
+    }
+    opened.archive = OPtr<FResourceArchive>(new FResourceArchive(&opened.path));
+    if (!opened.archive->open())
+        opened.fault = printable(name) + ": " + (gReason.empty() ? "is no resource file, or damaged" : gReason);
+    else if (const std::string fault = findFault(*opened.archive); !fault.empty())
+        opened.fault = printable(name) + ": " + fault;
+    return opened;
+}
+
+std::string readAll(const std::string& name, FResourceArchive& archive) {
+    const OPtr<TerminalProgress> progress(new TerminalProgress);
+    const std::string fault = findUnreadable(archive, progress);
+    return fault.empty() ? "" : printable(name) + ": " + fault;
+}
+
+bool liesIn(const fs::path& file, const fs::path& folder) {
+    std::error_code ignored;
+    const fs::path inner = fs::weakly_canonical(fs::absolute(file, ignored), ignored);
+    const fs::path outer = fs::weakly_canonical(fs::absolute(folder, ignored), ignored);
+    return std::ranges::mismatch(outer, inner).in1 == outer.end();
+}
+
+std::string create(const Options& options) {
+    const std::string &folderName = options.operands[0], &fileName = options.operands[1];
+    FNPath folder, file;
+    if (!pathOf(folderName, kFolderPath, folder))
+        return notUtf8(folderName);
+    if (!pathOf(fileName, kFilePath, file))
+        return notUtf8(fileName);
+    const int64_t maxBytes = options.compress ? std::numeric_limits<int64_t>::max() : kMaxPlainBytes;
+    std::string fault = findObstacle(folderName, maxBytes);
+    if (!fault.empty())
+        return fault;
+    if (liesIn(fileName, folderName))
+        return printable(fileName) + ": lies in the folder that is packed";
+    std::error_code ignored;
+    if (fs::is_directory(fileName, ignored))
+        return systemError(fileName, EISDIR);
+    errno = 0;
+    FAsideFile aside(gFileSystem, file);
+    if (!aside.getStream())
+        return systemError(fileName, errno);
+    const int16_t flags = FResourceArchive::kSubFolders | (options.compress ? FResourceArchive::kCompress : 0);
+    const OPtr<FResourceArchive> archive(new FResourceArchive(aside.getStream()));
+    const OPtr<TerminalProgress> progress(new TerminalProgress);
+    const bool packed = archive->create(&folder, flags, progress, nullptr) && archive->close() && aside.commit();
+    return packed ? "" : systemError(fileName, errno);
+}
+
+using Json = nlohmann::ordered_json;
+
+void printEntry(const FFileArchiveNode& node) {
+    const char* folderMark = node.isFolder() ? "/" : "";
+    std::printf("%12" PRId64 " %12" PRId64 "  %s%s\n", node.getUncompressedSize(), node.getDataSize(),
+                printable(memberName(node)).c_str(), folderMark);
+}
+
+Json jsonOf(const FFileArchiveNode& node) {
+    return {
+        {"path",       memberName(node)                                       },
+        {"folder",     node.isFolder()                                        },
+        {"offset",     node.getDataOffset()                                   },
+        {"stored",     node.getDataSize()                                     },
+        {"size",       node.getUncompressedSize()                             },
+        {"compressed", static_cast<const FResourceEntry&>(node).isCompressed()},
+    };
+}
+
+std::string list(const Options& options) {
+    const Opened opened = openArchive(options.operands[0]);
+    if (!opened.fault.empty())
+        return opened.fault;
+    const FFileArchiveNode* root = opened.archive->getTree();
+    Json entries = Json::array();
+    for (const FFileArchiveNode* node = root->getFirstChild(); node; node = node->getNextBelow(root))
+        if (options.json)
+            entries.push_back(jsonOf(*node));
+        else
+            printEntry(*node);
+    if (options.json)
+        std::puts(entries.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
+    return std::fflush(stdout) == 0 && !std::ferror(stdout) ? "" : systemError("standard output", errno);
+}
+
+std::string extract(const Options& options) {
+    const std::string &fileName = options.operands[0], &folderName = options.operands[1];
+    const Opened opened = openArchive(fileName);
+    std::string fault = opened.fault.empty() ? readAll(fileName, *opened.archive) : opened.fault;
+    if (!fault.empty())
+        return fault;
+    FNPath folder;
+    if (!pathOf(folderName, kFolderPath, folder))
+        return notUtf8(folderName);
+    const OPtr<TerminalProgress> progress(new TerminalProgress);
+    errno = 0;
+    const bool extracted = opened.archive->extractAll(&folder, progress);
+    return extracted ? "" : printable(folderName) + ": can't be written, or a link lies in the way";
+}
+
+std::string replaceIn(FPath& file, FPath& inner, FPath& content) {
+    FPath aside(file);
+    if (!aside.makeUnique() || !gFileSystem->copyFile(&file, &aside))
+        return "can't be copied aside";
+    if (FResourceArchive::replaceFileInArchive(&aside, &inner, &content) && gFileSystem->moveFile(&aside, &file, true))
+        return {};
+    gFileSystem->removeFile(&aside);
+    return "can't be written";
+}
+
+std::string replace(const Options& options) {
+    const std::string &fileName = options.operands[0], &innerName = options.operands[1], &name = options.operands[2];
+    Opened opened = openArchive(fileName);
+    if (!opened.fault.empty())
+        return opened.fault;
+    FNPath inner, content;
+    FString innerText;
+    if (!innerText.fromUTF8(innerName.c_str()))
+        return notUtf8(innerName);
+    if (!pathOf(name, kFilePath, content))
+        return notUtf8(name);
+    inner.fromString(innerText.text16(), kFilePath);
+    const FFileArchiveNode* node = opened.archive->lookupNode(&inner);
+    if (!node || node->isFolder())
+        return printable(fileName) + ": " + printable(innerName) + (node ? " is a folder" : " isn't in it");
+    int32_t error = 0;
+    if (!OPtr<FStream>(gFileSystem->openFile(&content, kOpenRead, &error)))
+        return systemError(name, error);
+    opened.archive->close();
+    const std::string fault = replaceIn(opened.path, inner, content);
+    return fault.empty() ? "" : printable(fileName) + ": " + fault;
+}
+
+std::string compact(const Options& options) {
+    const std::string& name = options.operands[0];
+    const Opened opened = openArchive(name);
+    std::string fault = opened.fault.empty() ? readAll(name, *opened.archive) : opened.fault;
+    if (!fault.empty())
+        return fault;
+    const OPtr<TerminalProgress> progress(new TerminalProgress);
+    const int32_t flags = opened.archive->getEngine() ? FResourceArchive::kCompress : 0;
+    return opened.archive->compact(flags, nullptr, progress) ? "" : printable(name) + ": can't be written anew";
+}
+
+std::string verify(const Options& options) {
+    const Opened opened = openArchive(options.operands[0]);
+    return opened.fault.empty() ? readAll(options.operands[0], *opened.archive) : opened.fault;
+}
+
+struct Row {
+    const char* name;
+    std::string (*run)(const Options&);
+};
+constexpr Row kCommands[] = {
+    {"create",  create },
+    {"list",    list   },
+    {"extract", extract},
+    {"replace", replace},
+    {"compact", compact},
+    {"verify",  verify },
+};
+}  // namespace
+
+std::string run(const Options& options) {
+    OneTimeProcedure::initialize(kStartUpSteps);
+    FFileArchive::displayWarnings(true);
+    gStorageHooks.showError = [](const FString& text) { gReason = utf8Of(text); };
+    try {
+        return std::ranges::find(kCommands, options.command, &Row::name)->run(options);
+    } catch (const std::bad_alloc&) {  // a file can have more entries than this machine can hold
+        return options.command + ": there isn't enough memory";
+    }
+}
+}  // namespace SrfPack

@@ -1,0 +1,47 @@
+#include "tools/srfpack/names.h"
+#include <cstring>
+
+namespace SrfPack {
+using namespace Tessarine;
+
+namespace {
+/** ASCII's control characters, and those that UTF-8 begins with C2. */
+bool steers(char previous, char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F || (previous == char(0xC2) && byte < 0xA0);
+}
+}  // namespace
+
+std::string utf8Of(const FString& text) {
+    FString bytes(text);
+    bytes.toMultiByte(kCodePageUTF8);
+    return bytes.text8();
+}
+
+std::string printable(const std::string& text) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string shown;
+    char previous = 0;
+    for (const char c : text) {
+        if (steers(previous, c))
+            shown.append("\\x") += {kDigits[c >> 4 & 15], kDigits[c & 15]};
+        else
+            shown += c;
+        previous = c;
+    }
+    return shown;
+}
+
+bool pathOf(const std::filesystem::path& name, int32_t kind, FNPath& path) {
+    FString text;
+    std::error_code ignored;
+    if (!text.fromUTF8(std::filesystem::absolute(name, ignored).lexically_normal().c_str()))
+        return false;
+    path = FNPath(text.text16(), kind);
+    return true;
+}
+
+std::string systemError(const std::string& name, int code) {
+    return printable(name) + ": " + (code != 0 ? std::strerror(code) : "can't be used");
+}
+}  // namespace SrfPack
