@@ -1,4 +1,5 @@
 #include "tools/talv-sim/simulator.h"
+#include "tools/words/words.h"
 #include <algorithm>
 #include <cerrno>
 #include <climits>
