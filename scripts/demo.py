@@ -41,9 +41,13 @@ def turn_panels(simulator, done):
 def run_host(programs, folder, options):
     command = [programs / "talv-host", "--serial-dir", f"{folder}/", "--serial-prefix", "tty.",
                "--user-folder", folder / "user", *options]
-    if sys.stdin.isatty() and sys.stdout.isatty():
-        return subprocess.run(command, check=False).returncode
-    return subprocess.run([*command, "--console"], input=TOUR, text=True, check=False).returncode
+    on_terminal = sys.stdin.isatty() and sys.stdout.isatty()
+    if not on_terminal:
+        command.append("--console")
+    with subprocess.Popen(command, stdin=None if on_terminal else subprocess.PIPE, text=True) as host:
+        signal.signal(signal.SIGTERM, lambda *_: host.terminate())  # the host ends in order, and we behind it
+        host.communicate(None if on_terminal else TOUR)
+    return host.returncode
 
 
 def main():
