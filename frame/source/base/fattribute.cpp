@@ -193,7 +193,7 @@ bool FAttributeValue::internalize(FArchive& archive) {
     uint16_t stored = 0;
     Value read{};
     empty();
-    if (!stream.readInt16u(stored))
+    if (!archive.hasLeft(sizeof stored) || !stream.readInt16u(stored))
         return false;
     if (stored & (kObject | kUnknown | kString)) {
         if (!readObject(archive, stored))

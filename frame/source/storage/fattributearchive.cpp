@@ -1,4 +1,5 @@
 #include "storage/fattributearchive.h"
+#include "collect/cmassociation.h"
 #include "collect/cmbuffer.h"
 #include "fobjectgraph.h"
 #include "storage/fmstream.h"
@@ -36,7 +37,7 @@ FAttributes* bagOf(CmObject* object) {
 }
 
 bool isHolder(CmObject* object) {
-    return object && (bagOf(object) || object->isTypeOf(CmContainer::className(), true));
+    return bagOf(object) || classCast<CmContainer>(object) || classCast<CmAssociation>(object);
 }
 
 /** Spreads ids so that no file can be made whose objects all fall into one bucket. */
@@ -248,8 +249,8 @@ OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
     return OPtr<CmObject>(IPtr<CmObject>(reference.get()));
 }
 
-/** Containers and bags own what is in them: nothing that owns is put into one that stands in it, and chains of them end, since
-    a chain is torn down by recursion. */
+/** Containers, associations and bags own what is in them: nothing that owns is put into one that stands in it, and chains of
+    them end, since a chain is torn down by recursion. */
 bool FObjectLoader::mayHold(const Loaded& known) {
     const FXmlInstance* owner = current();
     const bool isKnownClass = known.getObject() != nullptr;

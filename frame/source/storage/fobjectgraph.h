@@ -92,7 +92,7 @@ private:
 
     OPtr<CmArray> objects;         // of Loaded, in the order of the file
     std::vector<int32_t> parents;  // of each object: what it stands in; -1: nothing
-    std::vector<int32_t> heights;  // of each object: how many containers and bags hold each other below it
+    std::vector<int32_t> heights;  // of each object: how many that hold objects are below it
     std::vector<int32_t> open;
     FGrowingTable byID;           // of Loaded
     CmLinkedList references;      // of FXmlReference
