@@ -96,10 +96,6 @@ class Program:
         with self.news:
             return [item for _, item in self.printed[since:] if matches(item, **fields)]
 
-    def times(self, since=0, **fields):
-        with self.news:
-            return [when for when, item in self.printed[since:] if matches(item, **fields)]
-
     def end(self, timeout=10):
         """Waits for the end; the exit status, negative for a signal."""
         status = self.process.wait(timeout * SLOW)
@@ -232,7 +228,6 @@ class Port:
 
     def __init__(self, path):
         self.handle = os.open(path, os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)
-        self.arrived = []  # (time, bytes) of each read
 
     def write(self, text):
         os.write(self.handle, bytes.fromhex(text))
@@ -251,7 +246,6 @@ class Port:
                 break
             if not piece:
                 break
-            self.arrived.append((time.monotonic(), piece))
             got += piece
         return " ".join(f"{byte:02X}" for byte in got)
 
@@ -263,9 +257,6 @@ class Port:
     def read_frame(self, timeout=5):
         head = self.read(1, timeout)
         return head and head + " " + self.read(int(head, 16), timeout)
-
-    def is_quiet(self, seconds=0.2):
-        return self.read(1, seconds / SLOW) == ""
 
     def close(self):
         if self.handle >= 0:
