@@ -96,6 +96,11 @@ class Program:
         with self.news:
             return [item for _, item in self.printed[since:] if matches(item, **fields)]
 
+    def times(self, since=0, **fields):
+        """When each of them was read, for the benchmarks."""
+        with self.news:
+            return [when for when, item in self.printed[since:] if matches(item, **fields)]
+
     def end(self, timeout=10):
         """Waits for the end; the exit status, negative for a signal."""
         status = self.process.wait(timeout * SLOW)
