@@ -96,8 +96,7 @@ void Commands::end() {
 }
 
 void Commands::take(const std::string& line) {
-    const size_t first = line.find_first_not_of(" \t\r");
-    if (quitting || first == std::string::npos || line[first] == '#')
+    if (quitting || isComment(line))
         return;
     queue.push_back(line);
     runQueue();

@@ -7,6 +7,7 @@
 #include "storage/fxmlparser2.h"
 #include "storage/fxmlwriter.h"
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 using namespace Tessarine;

@@ -45,7 +45,7 @@ def run_host(programs, folder, options):
     if not on_terminal:
         command.append("--console")
     with subprocess.Popen(command, stdin=None if on_terminal else subprocess.PIPE, text=True) as host:
-        signal.signal(signal.SIGTERM, lambda *_: host.terminate())  # the host ends in order, and we behind it
+        signal.signal(signal.SIGTERM, lambda *_: host.terminate())  # it ends in order, and we behind it
         host.communicate(None if on_terminal else TOUR)
     return host.returncode
 
@@ -53,6 +53,7 @@ def run_host(programs, folder, options):
 def main():
     programs, options = pathlib.Path(sys.argv[1]), sys.argv[2:]
     signal.signal(signal.SIGINT, signal.SIG_IGN)  # the host's own: it ends in order
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit())  # until there is a host
     with tempfile.TemporaryDirectory(prefix="talv-") as name:
         folder = pathlib.Path(name)
         simulator = subprocess.Popen([programs / "talv-sim", "--link", folder / "tty.sim", "--devices", DEVICES],

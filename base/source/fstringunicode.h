@@ -29,7 +29,7 @@ uint32_t sameLanes(const Char* a, const Char* b) {
 
 /** How many units at the start, of count, are the same: as `lanes` says of a vector, in a mask of bytes, and `unit` of one. */
 template <class Char, class Lanes, class Unit>
-size_t countSame(const Char* a, const Char* b, size_t count, Lanes lanes, Unit unit) {
+size_t countSame(const Char* a, const Char* b, size_t count, [[maybe_unused]] Lanes lanes, Unit unit) {
     size_t at = 0;
 #ifdef __SSE2__
     constexpr size_t kLanes = sizeof(__m128i) / sizeof(Char);

@@ -48,11 +48,6 @@ timespec timeUntil(TimePoint then) {
     const auto left = std::max<std::chrono::nanoseconds>(then - std::chrono::steady_clock::now(), 0s);
     return {time_t(left / 1s), long((left % 1s).count())};
 }
-
-bool isComment(const std::string& line) {
-    const size_t start = line.find_first_not_of(" \t\r");
-    return start == std::string::npos || line[start] == '#';
-}
 }  // namespace
 
 Simulator::Simulator(const Options& options)

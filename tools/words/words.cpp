@@ -37,3 +37,8 @@ std::optional<std::vector<std::string>> wordsOf(const std::string& line) {
     }
     return words;
 }
+
+bool isComment(const std::string& line) {
+    const size_t first = line.find_first_not_of(kBlanks);
+    return first == std::string::npos || line[first] == '#';
+}

@@ -3,6 +3,7 @@
 #include "collect/cmstring.h"
 #include "storage/farchive.h"
 #include "storage/fbstream.h"
+#include "storage/fxmlobject.h"
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
@@ -170,7 +171,7 @@ bool FAttributeValue::externalize(FArchive& archive) const {
         return false;
     switch (type & kKinds) {
     case kObject:
-        return archive.save(value.object, !is(kNoReference));
+        return archive.save(FXmlReference::targetOf(value.object), !is(kNoReference));
     case kUnknown: {
         const CmDelegatingUnknown wrapper(value.unknown);
         return archive.save(&wrapper, false);

@@ -4,6 +4,7 @@
 #include "fobjectgraph.h"
 #include "storage/fmstream.h"
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace Tessarine {
@@ -168,6 +169,7 @@ bool storeObjectIn(FAttributes& attributes, const CmObject& object) {
 // --- writing
 
 FSeenObjects::FSeenObjects() : table(kSeenBuckets) {
+    table._ownsObjects = CmContainer::kShares;
     table.setHashFunction(gHashObject);
 }
 

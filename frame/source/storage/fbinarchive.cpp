@@ -1,6 +1,7 @@
 #include "storage/fbinarchive.h"
 #include "fbytesink.h"
 #include "fobjectgraph.h"
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -47,10 +48,6 @@ std::vector<FStringIDAttribute*> objectRoots(const CmArray* roots) {
             found.push_back(root);
     }
     return found;
-}
-
-uint64_t idOf(const CmObject& object) {
-    return reinterpret_cast<uintptr_t>(&object);
 }
 
 bool BinWriter::writeRoots(const CmArray* roots) {

@@ -15,7 +15,7 @@ public:
     explicit FGrowingTable(int32_t buckets) : CmHashTable(buckets) { autoResize = 1; }
 };
 
-/** What has been written. */
+/** What has been written. Held, so that no object that is made for the bag of another gets the address of an earlier one. */
 class FSeenObjects {
 public:
     FSeenObjects();
@@ -25,6 +25,11 @@ public:
 private:
     FGrowingTable table;
 };
+
+/** The id that an object is written with. */
+inline uint64_t idOf(const CmObject& object) {
+    return reinterpret_cast<uintptr_t>(&object);
+}
 
 /** How an object is stored; it becomes the one behind a reference or an instance. */
 StoredForm formBehind(CmObject*& object);

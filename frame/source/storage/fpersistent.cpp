@@ -132,13 +132,11 @@ bool FAttributes::setObject(const char* key, CmObject* object, bool own) {
 }
 
 CmObject* FAttributes::getObject(const char* key, const char* className) const {
-    const FStringIDAttribute* attribute = list.getAttribute(key);
-    return attribute ? ofClass(FXmlReference::targetOf(objectIn(*attribute)), className) : nullptr;
+    return ofClass(FXmlReference::targetOf(objectAt(key)), className);
 }
 
 FAttributes* FAttributes::getObjectAttributes(const char* key) const {
-    const FStringIDAttribute* attribute = list.getAttribute(key);
-    return attribute ? attributesOfInstance(objectIn(*attribute)) : nullptr;
+    return attributesOfInstance(objectAt(key));
 }
 
 bool FAttributes::addAllFrom(const FAttributes& source) {
@@ -173,9 +171,14 @@ bool FAttributes::setAttributes(const char* key, FAttributes* attributes, bool o
     return setObject(key, attributes, own);
 }
 
+CmObject* FAttributes::objectAt(const char* key) const {
+    const FStringIDAttribute* attribute = list.getAttribute(key);
+    return attribute ? objectIn(*attribute) : nullptr;
+}
+
 template <class Kind>
 Kind* FAttributes::kindAt(const char* key) const {
-    return classCast<Kind>(list.getObjAttribute(key));
+    return classCast<Kind>(objectAt(key));
 }
 
 /** The list of that kind under the key; whatever else stood there makes way for a new one. */
@@ -202,7 +205,7 @@ bool FAttributes::setBinary(const char* key, const void* bytes, uint32_t size, b
 bool FAttributes::getBinary(const char* key, void* bytes, uint32_t size) const {
     const void* stored = nullptr;
     uint32_t storedSize = 0;
-    if (!bytesOf(list.getObjAttribute(key), stored, storedSize))
+    if (!bytesOf(objectAt(key), stored, storedSize))
         return false;
     if (const uint32_t count = std::min(size, storedSize); count && bytes)
         std::memcpy(bytes, stored, count);
@@ -212,7 +215,7 @@ bool FAttributes::getBinary(const char* key, void* bytes, uint32_t size) const {
 uint32_t FAttributes::getBinarySize(const char* key) const {
     const void* stored = nullptr;
     uint32_t storedSize = 0;
-    return bytesOf(list.getObjAttribute(key), stored, storedSize) ? storedSize : 0;
+    return bytesOf(objectAt(key), stored, storedSize) ? storedSize : 0;
 }
 
 bool FAttributes::queueInt(const char* key, int64_t number) {
@@ -305,7 +308,7 @@ bool FAttributes::resetList(const char* key) const {
 
 void FAttributes::resetAllLists() const {
     for (int32_t i = 0; i < countAttributes(); ++i) {
-        if (auto* items = classCast<FAttrList>(getAttribute(i)->getObj()))
+        if (auto* items = classCast<FAttrList>(objectIn(*getAttribute(i))))
             items->reset();
     }
 }

@@ -703,7 +703,7 @@ void FXmlParser::handleData(Text& text, void* userData) {
 }
 
 void FXmlParser::handlePI() {
-    CmArray attributes;
+    CmArray attributes(0, -1);
     attributes._ownsObjects = CmContainer::kTakesOver;
     char bytes[kTokenSize + 1];
     for (Token token = kTokenBlank; token != kTokenPIEnd;) {

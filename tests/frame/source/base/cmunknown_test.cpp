@@ -112,6 +112,12 @@ TEST(CmDelegatingUnknown, IsMadeAgain) {
         EXPECT_TRUE(again.internalize(archive));
         ASSERT_TRUE(again.getObject());
         EXPECT_EQ(static_cast<Component*>(again.getObject())->number, 6);
+        stream.reset();
+        EXPECT_TRUE(FSimpleArchive(&stream, true).save(&again));
+        stream.rewind();
+        const OPtr<CmObject> read(FSimpleArchive(&stream, false).load("CmDelegatingUnknown"));
+        ASSERT_TRUE(read) << "made without a component";
+        EXPECT_EQ(static_cast<Component*>(static_cast<CmDelegatingUnknown*>(read.get())->getObject())->number, 6);
         gComponentHooks.createComponent = nullptr;
         EXPECT_TRUE(again.restoreAttributes(bag));
         EXPECT_FALSE(again.getObject());

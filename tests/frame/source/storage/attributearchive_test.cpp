@@ -1,4 +1,5 @@
 #include "base/cmunknown.h"
+#include "collect/cmbuffer.h"
 #include "collect/cmdate.h"
 #include "collect/cmhashdictionary.h"
 #include "collect/cmregexp.h"
@@ -271,6 +272,33 @@ TYPED_TEST(AttributeArchives, TellWhatFailsAndGoOn) {
     EXPECT_EQ(errors.heard, "-100StoredNode -99StoredNode ");
 }
 
+/** Makes its child whenever it is stored, for the bag alone. */
+class ChildMaker : public StoredNode {
+public:
+    using StoredNode::StoredNode;
+    bool storeAttributes(FAttributes& attributes) const override {
+        return attributes.set("number", number) && attributes.queueObject("children", new StoredNode(-number), true);
+    }
+};
+
+TYPED_TEST(AttributeArchives, TellObjectsApartThatAreMadeToBeStored) {
+    const OPtr<StoredNode> top(new StoredNode(1));
+    for (int32_t i = 0; i < 4; ++i)
+        top->add(OPtr<StoredNode>(new ChildMaker(-20 - i)));
+    FMemoryStream stream;
+    typename TypeParam::Archive archive(&stream, true), reader(&stream, false);
+    archive.addRoot("root", top.get());
+    EXPECT_TRUE(TypeParam::save(archive));
+    stream.rewind();
+    EXPECT_TRUE(TypeParam::load(reader));
+    const OPtr<CmObject> root(reader.getRoot("root", "StoredNode"));
+    std::string numbers;
+    for (StoredNode* maker : static_cast<StoredNode*>(root.get())->children)
+        for (StoredNode* made : maker->children)
+            numbers += std::to_string(made->number) + " ";
+    EXPECT_EQ(numbers, "20 21 22 23 ");
+}
+
 TYPED_TEST(AttributeArchives, NestToABound) {
     for (const int32_t depth : {FAttributeArchiveBase::kMaxDepth, FAttributeArchiveBase::kMaxDepth + 1}) {
         const bool good = depth == FAttributeArchiveBase::kMaxDepth;
@@ -368,6 +396,23 @@ TEST(BinArchive, TakesOnlyWhatIsThere) {
         EXPECT_TRUE(kept == 0 || bag.containsAttribute("k") || bag.containsAttribute("ab"));
         EXPECT_EQ(stream->getSize() - stream->tell(), left);
     }
+}
+
+TEST(BinArchive, ReadsComponentsThatAreBagsListsOrBytes) {
+    const std::string one = number(1, 4);
+    const OPtr<FMemoryStream> stream =
+        streamOf(number(3, 4) + attribute(0x100, number(6, 2) + one + attribute(1, number(5, 8))) +
+                 attribute(0x100, number(2, 2) + one + number(7, 8)) + attribute(0x100, number(7, 2) + one + "x"));
+    FAttributes bag;
+    EXPECT_TRUE(FBinArchive(stream, false).loadAttributes(bag));
+    EXPECT_TRUE(bag.getAttributes("k") && bag.getAttributes("k")->getInt("k") == 5);
+    bag.removeAttribute("k");
+    int64_t item = 0;
+    EXPECT_TRUE(bag.unqueueInt("k", item) && item == 7);
+    bag.resetAllLists();
+    EXPECT_TRUE(bag.unqueueInt("k", item));
+    bag.removeAttribute("k");
+    EXPECT_EQ(bag.getBinarySize("k"), 1u);
 }
 
 TEST(BinArchive, SeesThroughComponentsThatAreReferences) {
@@ -506,6 +551,11 @@ TEST(Persistence, OfEveryClassThroughEveryArchive) {
          [] {
              OPtr<FAttributes> bag = fullBag();
              bag->queueObject("objects", new CmString("o"), true);
+             bag->setObject("buffer", new CmBuffer("abc", 3), true);
+             const OPtr<CmString> target(new CmString("late"));
+             auto* reference = new FXmlReference(1);
+             reference->setObject(target.get());
+             bag->setObject("reference", reference, true);
              return bag.detach();
          }},
     };
