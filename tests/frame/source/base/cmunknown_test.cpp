@@ -22,10 +22,10 @@ public:
         kClass.toTUID(cid);
         return kResultOk;
     }
-    int32_t saveAttributes(IAttributes* attributes) override { return attributes->set("number", FVariant(number)); }
+    int32_t saveAttributes(IAttributes* attributes) override { return attributes->queue("number", FVariant(number)); }
     int32_t loadAttributes(IAttributes* attributes) override {
         FVariant value;
-        const int32_t result = attributes->get("number", value);
+        const int32_t result = attributes->unqueue("number", value);
         number = value.getInteger();
         return result;
     }
@@ -105,11 +105,13 @@ TEST(CmDelegatingUnknown, IsMadeAgain) {
 
         FMemoryStream stream;
         FSimpleArchive archive(&stream, true);
-        component->number = 6;
         EXPECT_FALSE(CmDelegatingUnknown().externalize(archive));
-        EXPECT_TRUE(CmDelegatingUnknown(component).externalize(archive));
+        for (const int64_t number : {7, 6}) {
+            component->number = number;
+            EXPECT_TRUE(CmDelegatingUnknown(component).externalize(archive)) << "each with a list of its own";
+        }
         stream.seek(0, kFromStart);
-        EXPECT_TRUE(again.internalize(archive));
+        EXPECT_TRUE(again.internalize(archive) && again.internalize(archive));
         ASSERT_TRUE(again.getObject());
         EXPECT_EQ(static_cast<Component*>(again.getObject())->number, 6);
         stream.reset();
