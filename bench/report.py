@@ -51,7 +51,7 @@ AIMS_NS = {
     "ParseGainReport": 50,
     "ModuleLoad": 20e6,
 }
-TOLERANCE = 1.1  # an aim missed by less counts as met
+NEARLY = 1.1  # what a busy machine adds and takes
 
 
 def item_ns(result):
@@ -101,7 +101,7 @@ def beside_text(ours, theirs):
 
 
 def verdict(value, aim):
-    return "met" if value <= aim * TOLERANCE else "missed"
+    return "met" if value <= aim else "within 10 %" if value <= aim * NEARLY else "missed"
 
 
 def print_table(head, rows):

@@ -157,6 +157,15 @@ inline void fill(FMemoryStream& stream, const uint8_t* data, size_t size) {
     stream.rewind();
 }
 
+/** Of which the first byte says more than the byte order; false: there is none. */
+inline bool fillByForm(FMemoryStream& stream, const uint8_t* data, size_t size) {
+    if (size < 1)
+        return false;
+    fill(stream, data + 1, size - 1);
+    stream.byteOrder = data[0] & 1;
+    return true;
+}
+
 /** One file makes the classes. */
 #define IMPLEMENT_FUZZ_CLASSES      \
     namespace ArchiveFuzz {         \

@@ -33,11 +33,9 @@ void check(FMemoryStream& source) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size < 1)
-        return 0;
     FMemoryStream source;
-    fill(source, data + 1, size - 1);
-    source.byteOrder = data[0] & 1;
+    if (!fillByForm(source, data, size))
+        return 0;
     if (data[0] & 2)
         check<FSimpleArchive>(source);
     else

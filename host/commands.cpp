@@ -3,6 +3,7 @@
 #include "base/utimer.h"
 #include "host/options.h"
 #include "pluginterfaces/gui/ivalue.h"
+#include "tools/words/words.h"
 #include <algorithm>
 #include <charconv>
 #include <limits>
@@ -36,39 +37,7 @@ bool scanTime(const std::string& word, int64_t& milliseconds) {
 bool scanInRange(const std::string& word, int64_t low, int64_t high, int64_t& value) {
     return scanInteger(word, value) && value >= low && value <= high;
 }
-
-/** The end of a JSON string that begins at `first`, behind its closing quote; npos: it doesn't end. */
-size_t endOfString(const std::string& line, size_t first) {
-    for (size_t i = first + 1; i < line.size(); ++i) {
-        if (line[i] == '\\')
-            ++i;
-        else if (line[i] == '"')
-            return i + 1;
-    }
-    return std::string::npos;
-}
 }  // namespace
-
-bool splitWords(const std::string& line, std::vector<std::string>& words) {
-    constexpr const char* kBlanks = " \t\r";
-    words.clear();
-    for (size_t at = line.find_first_not_of(kBlanks); at != std::string::npos;) {
-        const bool isString = line[at] == '"';
-        size_t end = isString ? endOfString(line, at) : line.find_first_of(kBlanks, at);
-        if (isString && end == std::string::npos)
-            return false;
-        const std::string word = line.substr(at, end - at);
-        if (isString) {
-            const Json parsed = Json::parse(word, nullptr, false);
-            if (!parsed.is_string() || (end < line.size() && !std::strchr(kBlanks, line[end])))
-                return false;
-            words.push_back(parsed.get<std::string>());
-        } else
-            words.push_back(word);
-        at = end == std::string::npos ? end : line.find_first_not_of(kBlanks, end);
-    }
-    return true;
-}
 
 Json valueOf(const ParamAddress& address, IValue* value) {
     if (address.param->isText)
@@ -127,8 +96,7 @@ void Commands::end() {
 }
 
 void Commands::take(const std::string& line) {
-    const size_t first = line.find_first_not_of(" \t\r");
-    if (first == std::string::npos || line[first] == '#')
+    if (quitting || isComment(line))
         return;
     queue.push_back(line);
     runQueue();
@@ -149,11 +117,12 @@ void Commands::runQueue() {
 void Commands::run(const std::string& line) {
     ++number;
     fields = Json::object();
-    Words words;
-    if (line.size() > kMaxLine || !splitWords(line, words)) {
+    const std::optional<Words> read = line.size() > kMaxLine ? std::nullopt : wordsOf(line);
+    if (!read) {
         refuse(line.size() > kMaxLine ? "the line is too long" : "a string is malformed");
         return reply(false, fields);
     }
+    const Words& words = *read;
     const auto row = std::ranges::find_if(kCommands, [&words](const Row& each) { return words[0] == each.name; });
     if (row == std::end(kCommands)) {
         refuse("unknown command " + words[0]);
@@ -360,6 +329,7 @@ bool Commands::help(const Words& /*words*/) {
 }
 
 bool Commands::quit(const Words& /*words*/) {
+    quitting = true;
     queue.clear();
     quitProgram();
     return true;

@@ -8,9 +8,6 @@
 
 using Json = nlohmann::ordered_json;
 
-/** The words of a command line: blanks divide, a word may be a JSON string. false: a string is malformed. */
-bool splitWords(const std::string& line, std::vector<std::string>& words);
-
 /** Runs the console's commands, one after the other, and answers each with exactly one object.
 
     Life      commands that wait leave the main loop running; those behind them wait too.
@@ -22,7 +19,7 @@ public:
     Commands(Remote& remote, const ModuleHost& module, Answer answer, std::function<void()> quit);
     ~Commands() override;
 
-    /** An empty line, or one that begins with '#', is no command. */
+    /** An empty line, or one that begins with '#', is no command; nothing is behind a quit. */
     void take(const std::string& line);
     /** Something changed that a command may be waiting for. */
     void look();
@@ -66,7 +63,7 @@ private:
     std::function<void()> quitProgram;
     std::deque<std::string> queue;
     Tessarine::UTimer* timer = nullptr;  // owned; of the command that waits
-    bool waiting = false, waitsForReady = false, running = false;
+    bool waiting = false, waitsForReady = false, running = false, quitting = false;
     int64_t number = 0;  // of the command that runs, from 1
     Json fields;
     std::string error;

@@ -7,6 +7,7 @@
 #include "storage/fxmlparser2.h"
 #include "storage/fxmlwriter.h"
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 using namespace Tessarine;
@@ -93,7 +94,7 @@ Range findStartTag(const std::string& text, std::string_view name) {
 
 std::string portTag(const std::string& port, bool isEmpty) {
     Buffer escaped;
-    FXmlWriter::encodeString(escaped, port.c_str(), false);
+    FXmlWriter::encodeString(escaped, port.c_str(), true);  // entities that every reader of XML knows
     std::string tag("<");
     tag.append(kPortElement).append(" str=\"").append(escaped.data(), escaped.getFillSize());
     return tag.append(isEmpty ? "\"/>" : "\">");
@@ -152,6 +153,10 @@ bool putPortIntoSettings(const std::string& port, std::string& error) {
     std::string text = settingsWithPort(readAll(path), port);
     if (text.empty())
         text = newSettings(port);
+    if (!isSettingsText(text)) {  // or the extension couldn't read it, and would drop the assignments
+        error = "--port: the name can't stand in the settings file";
+        return false;
+    }
     gFileSystem->createDir(&folder);
     FAsideFile file(gFileSystem, path);
     const bool written = file.getStream() &&

@@ -41,14 +41,19 @@ def turn_panels(simulator, done):
 def run_host(programs, folder, options):
     command = [programs / "talv-host", "--serial-dir", f"{folder}/", "--serial-prefix", "tty.",
                "--user-folder", folder / "user", *options]
-    if sys.stdin.isatty() and sys.stdout.isatty():
-        return subprocess.run(command, check=False).returncode
-    return subprocess.run([*command, "--console"], input=TOUR, text=True, check=False).returncode
+    on_terminal = sys.stdin.isatty() and sys.stdout.isatty()
+    if not on_terminal:
+        command.append("--console")
+    with subprocess.Popen(command, stdin=None if on_terminal else subprocess.PIPE, text=True) as host:
+        signal.signal(signal.SIGTERM, lambda *_: host.terminate())  # it ends in order, and we behind it
+        host.communicate(None if on_terminal else TOUR)
+    return host.returncode
 
 
 def main():
     programs, options = pathlib.Path(sys.argv[1]), sys.argv[2:]
     signal.signal(signal.SIGINT, signal.SIG_IGN)  # the host's own: it ends in order
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit())  # until there is a host
     with tempfile.TemporaryDirectory(prefix="talv-") as name:
         folder = pathlib.Path(name)
         simulator = subprocess.Popen([programs / "talv-sim", "--link", folder / "tty.sim", "--devices", DEVICES],

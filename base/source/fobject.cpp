@@ -44,10 +44,12 @@ bool FObject::isTypeOf(const char* name, bool /*askBaseClass*/) const {
 }
 
 void FObject::changed(int32_t message) {
-    if (UpdateHandler* handler = UpdateHandler::instance())
-        handler->triggerOwnUpdates(this, message);
-    else
+    if (!gUpdateHandler)
         updateDone(message);
+    else if (UpdateHandler* own = UpdateHandler::instance(); own == gUpdateHandler)
+        own->triggerOwnUpdates(this, message);
+    else
+        gUpdateHandler->triggerUpdates(this, message);
 }
 
 void FObject::deferUpdate(int32_t message) {

@@ -8,6 +8,7 @@ namespace Tessarine {
 namespace {
 constexpr int64_t kBlockBytes = 1024;  // what is copied at a time, on the stack
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr size_t kMostUtf8Bytes = 4;  // of a character
 
 // not inlined: the optimiser of g++ 12 takes the loop over a single small unit for a store behind it, and warns
 [[gnu::noinline]] void swapUnits(char* units, int32_t width, int32_t count) {
@@ -148,8 +149,9 @@ bool FStreamer::readStringUtf8(tchar* text, int32_t count) {
     if (!text || count < 1)
         return false;
     text[0] = 0;
+    const size_t most = maxBytesPerUnit(kCodePageUTF8) * size_t(count - 1) + kMostUtf8Bytes;  // the last one is whole
     std::string bytes;
-    if (!readToTerminator(*this, bytes, kUtf8Mark.size() + maxBytesPerUnit(kCodePageUTF8) * size_t(count)))
+    if (!readToTerminator(*this, bytes, kUtf8Mark.size() + most))
         return false;
     const bool utf8 = bytes.starts_with(kUtf8Mark);
     const char* plain = bytes.c_str() + (utf8 ? kUtf8Mark.size() : 0);

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <functional>
 #include <type_traits>
 
 namespace Tessarine {
@@ -16,18 +17,9 @@ int32_t valueOf(Char c) {
 
 template <class Char>
 size_t sameUnits(const Char* a, const Char* b, size_t count) {
-    size_t at = 0;
-#ifdef __SSE2__
-    constexpr size_t kLanes = sizeof(__m128i) / sizeof(Char);
-    for (; at + kLanes <= count; at += kLanes) {
-        const uint32_t same = bitsOf(_mm_cmpeq_epi8(loadVector(a + at), loadVector(b + at)));
-        if (same != 0xFFFF)
-            return at + size_t(std::countr_one(same)) / sizeof(Char);
-    }
-#endif
-    while (at < count && a[at] == b[at])
-        ++at;
-    return at;
+    return countSame(
+        a, b, count, [](const auto* x, const auto* y) { return bitsOf(_mm_cmpeq_epi8(loadVector(x), loadVector(y))); },
+        std::equal_to<>());
 }
 
 template <class Char>

@@ -89,12 +89,12 @@ inline uint32_t toUnits(char32_t code, tchar* units) {
 /** UTF-8 as a page: the same two questions. */
 struct Utf8 {
     static Character decode(const char* src, size_t size) { return decodeUtf8(src, size); }
-    static uint32_t encode(char32_t code, char* bytes) { return code ? encodeUtf8(code, bytes) : 0; }
+    static uint32_t encode(char32_t code, char* bytes) { return encodeUtf8(code, bytes); }
 };
 
 struct TablePage {
     Character decode(const char* src, size_t size) const { return table->decode({src, size}); }
-    uint32_t encode(char32_t code, char* bytes) const { return code ? table->encode(code, bytes) : 0; }
+    uint32_t encode(char32_t code, char* bytes) const { return table->encode(code, bytes); }
     const PageTable* table;
 };
 
@@ -119,7 +119,7 @@ struct Encoding {
 
     Character take(const tchar* src, size_t size) const { return characterAt(src, size); }
     uint32_t put(char32_t code, char* bytes) const {
-        const uint32_t size = page.encode(code, bytes);
+        const uint32_t size = code ? page.encode(code, bytes) : 0;
         if (size == 0)
             bytes[0] = kLossByte;
         return size == 0 ? 1 : size;

@@ -1,7 +1,7 @@
 #include "base/source/fstringunicode.h"
 #include <algorithm>
 #include <iterator>
-#include <string>
+#include <string_view>
 #include <unicode/uchar.h>
 #include <unicode/unorm2.h>
 #include <unicode/ustring.h>
@@ -45,35 +45,57 @@ const CaseTable& caseTable() {
     return table;
 }
 
-std::u16string folded(std::u16string_view text) {
-    std::u16string result(text.size() * 3, u'\0');  // no unit folds to more than three
-    UErrorCode error = U_ZERO_ERROR;
-    const int32_t size = u_strFoldCase(result.data(), int32_t(result.size()), text.data(), int32_t(text.size()),
-                                       U_FOLD_CASE_DEFAULT, &error);
-    result.resize(U_SUCCESS(error) ? size_t(size) : 0);
-    return result;
+bool isTrailSurrogate(std::u16string_view text, size_t at) {
+    return at < text.size() && (text[at] & 0xFC00) == 0xDC00;
 }
+
+/** The full folding of a text, a unit at a time. */
+class FoldedUnits {
+public:
+    explicit FoldedUnits(std::u16string_view text) : rest(text) {}
+    /** -1 at the end. */
+    int32_t next() {
+        if (at == count && !foldCharacter())
+            return -1;
+        return units[at++];
+    }
+
+private:
+    bool foldCharacter() {
+        if (rest.empty())
+            return false;
+        const int32_t size = (rest[0] & 0xFC00) == 0xD800 && isTrailSurrogate(rest, 1) ? 2 : 1;
+        UErrorCode error = U_ZERO_ERROR;
+        units[0] = rest[0] < kTableUnits ? caseTable().fold[rest[0]] : tchar(0);
+        count = units[0]
+                    ? 1
+                    : u_strFoldCase(units, int32_t(std::size(units)), rest.data(), size, U_FOLD_CASE_DEFAULT, &error);
+        at = 0;
+        rest.remove_prefix(size_t(size));
+        return true;
+    }
+
+    std::u16string_view rest;
+    UChar units[4];  // no character folds to more than three
+    int32_t at = 0, count = 0;
+};
 
 int32_t signOf(int32_t number) {
     return (number > 0) - (number < 0);
 }
 
-bool isTrailSurrogate(std::u16string_view text, size_t at) {
-    return at < text.size() && (text[at] & 0xFC00) == 0xDC00;
-}
-
+/** Not by the service's own comparison, which looks at foreign memory where a lone surrogate meets a pair. */
 int32_t compareRest(std::u16string_view a, std::u16string_view b, size_t at, bool asPrefix) {
     if (at > 0 && (isTrailSurrogate(a, at) || isTrailSurrogate(b, at)))
         --at;  // a pair that begins alike
-    a = a.substr(at);
-    b = b.substr(at);
-    if (asPrefix) {
-        const std::u16string foldedA = folded(a), foldedB = folded(b);
-        return foldedA.starts_with(foldedB) ? 0 : signOf(foldedA.compare(foldedB));
+    FoldedUnits foldedA(a.substr(at)), foldedB(b.substr(at));
+    for (;;) {
+        const int32_t unitA = foldedA.next(), unitB = foldedB.next();
+        if (unitB < 0 && asPrefix)
+            return 0;
+        if (unitA != unitB || unitA < 0)
+            return signOf(unitA - unitB);
     }
-    UErrorCode error = U_ZERO_ERROR;
-    return signOf(
-        u_strCaseCompare(a.data(), int32_t(a.size()), b.data(), int32_t(b.size()), U_FOLD_CASE_DEFAULT, &error));
 }
 
 const UNormalizer2* normalizer(UnicodeNormalization form, UErrorCode& error) {

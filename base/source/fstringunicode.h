@@ -27,21 +27,29 @@ uint32_t sameLanes(const Char* a, const Char* b) {
 }
 #endif
 
-/** How many units at the start, of count, differ in the case of ASCII letters at most. */
-template <class Char>
-size_t sameIgnoringCase(const Char* a, const Char* b, size_t count) {
+/** How many units at the start, of count, are the same: as `lanes` says of a vector, in a mask of bytes, and `unit` of one. */
+template <class Char, class Lanes, class Unit>
+size_t countSame(const Char* a, const Char* b, size_t count, [[maybe_unused]] Lanes lanes, Unit unit) {
     size_t at = 0;
 #ifdef __SSE2__
     constexpr size_t kLanes = sizeof(__m128i) / sizeof(Char);
     for (; at + kLanes <= count; at += kLanes) {
-        const uint32_t same = sameLanes(a + at, b + at);
+        const uint32_t same = lanes(a + at, b + at);
         if (same != 0xFFFF)
             return at + size_t(std::countr_one(same)) / sizeof(Char);
     }
 #endif
-    while (at < count && sameAsciiUnit(a[at], b[at]))
+    while (at < count && unit(a[at], b[at]))
         ++at;
     return at;
+}
+
+/** How many units at the start, of count, differ in the case of ASCII letters at most. */
+template <class Char>
+size_t sameIgnoringCase(const Char* a, const Char* b, size_t count) {
+    return countSame(
+        a, b, count, [](const auto* x, const auto* y) { return sameLanes(x, y); },
+        [](Char x, Char y) { return sameAsciiUnit(x, y); });
 }
 
 /** -1, 0 or 1 by the full folding of both. asPrefix: 0 when b's folding begins a's. */

@@ -97,6 +97,7 @@ class Program:
             return [item for _, item in self.printed[since:] if matches(item, **fields)]
 
     def times(self, since=0, **fields):
+        """When each of them was read, for the benchmarks."""
         with self.news:
             return [when for when, item in self.printed[since:] if matches(item, **fields)]
 
@@ -232,7 +233,6 @@ class Port:
 
     def __init__(self, path):
         self.handle = os.open(path, os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)
-        self.arrived = []  # (time, bytes) of each read
 
     def write(self, text):
         os.write(self.handle, bytes.fromhex(text))
@@ -251,7 +251,6 @@ class Port:
                 break
             if not piece:
                 break
-            self.arrived.append((time.monotonic(), piece))
             got += piece
         return " ".join(f"{byte:02X}" for byte in got)
 
@@ -263,9 +262,6 @@ class Port:
     def read_frame(self, timeout=5):
         head = self.read(1, timeout)
         return head and head + " " + self.read(int(head, 16), timeout)
-
-    def is_quiet(self, seconds=0.2):
-        return self.read(1, seconds / SLOW) == ""
 
     def close(self):
         if self.handle >= 0:

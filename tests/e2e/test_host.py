@@ -103,23 +103,6 @@ class Ends(HostTest):
         self.assertEqual(process.wait(10 * SLOW), 0)
         process.stdout = None
 
-    def test_who_waits_at_the_end_is_told(self):
-        host = self.start_host()
-        host.wait_event("started", 10)
-        host.send("sleep 60000", "ready")
-        time.sleep(0.3 * SLOW)
-        host.signal(signal.SIGTERM)
-        self.assertEqual(host.end(), 0)
-        self.assertEqual(host.all(reply=1, ok=False)[0]["error"], "the host ends")
-        self.assertEqual(host.printed[-1][1], {"event": "stopped"})
-
-    def test_a_line_too_long_is_one_command(self):
-        host = self.start_host()
-        host.send("get " + "x" * 3_000_000, "ready")
-        self.assertIs(host.reply(1)["ok"], False)
-        self.assertIs(host.reply(2)["ok"], True)
-        self.assertEqual(host.count(2), 2)
-
     def test_commands_from_a_file_are_all_run_before_the_end(self):
         script = self.folder / "script"
         script.write_text("sleep 50\nready\n# done\nhelp")

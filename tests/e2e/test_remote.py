@@ -1,10 +1,7 @@
 """The whole remote: talv-host with the extension on talv-sim, over a real pseudo-terminal."""
-import os
 import random
 import resource
-import shutil
 import signal
-import subprocess
 import threading
 import time
 import unittest
@@ -40,7 +37,7 @@ def requests(device):
 
 
 def name_report(device, mode, name):
-    return frame(0x81, device, mode, *name.ljust(8).encode())
+    return frame(0x81, device, mode, *name.ljust(8).encode("mac-roman"))
 
 
 def is_setting(text):
@@ -94,21 +91,6 @@ class RemoteTest(LineTest):
 
 
 class Discovery(RemoteTest):
-    def test_a_silent_line_is_asked_four_times(self):
-        sim = self.start_sim("--drop", "100")
-        host = self.start_host()
-        host.wait_ready()
-        ready = host.times(event="ready", ready=True)[0]
-        asked = sim.times(event="rx")
-        self.assertEqual(sim.heard(), [BROADCAST] * 4)
-        for earlier, later in zip(asked, asked[1:]):
-            self.assertAlmostEqual(later - earlier, 1.0, delta=0.3 * SLOW)
-        self.assertGreater(ready - asked[-1], 1.0)
-        self.assertLess(ready - asked[-1], 1.1 + 0.5 * SLOW)
-        self.assertEqual(host.ask("devices")["devices"], [])
-        time.sleep(1.5)
-        self.assertEqual(len(sim.heard()), 4)
-
     def test_the_first_answer_ends_the_search(self):
         sim = self.start_sim("--devices", "2:Drums,1:Choir 12,255")
         host = self.start_host()
@@ -138,22 +120,6 @@ class Discovery(RemoteTest):
         sim.wait_heard(frame(0x41, 1), since=mark)
         self.assertEqual(host.value(1, "devName"), "HA-8CH  ")
         self.assertEqual(host.ask("devices")["count"], 1)
-
-    def test_the_state_of_a_device_is_mirrored(self):
-        sim = self.start_sim()
-        for param, value in (("gain", 11), ("plus48V", 1), ("hpf", 1), ("gainTrim", 3), ("hpfFreq", 40)):
-            for channel in range(8):
-                sim.turn(1, param, channel, min(value + channel, 72 if value > 1 else 1))
-        for param, value in (("wordClock", 5), ("panelLock", 1), ("plus48VMaster", 1)):
-            sim.turn(1, param, value)
-        host = self.start_host()
-        host.wait_ready()
-        self.settle(sim, host)
-        state = sim.state(1)
-        for param in CHANNEL_PARAMS:
-            self.assertEqual([host.value(1, param, channel) for channel in range(8)], state[param], param)
-        for param in ("wordClock", "panelLock", "brightness", "plus48VMaster", "devMode"):
-            self.assertEqual(host.value(1, param), state[param], param)
 
     def test_255_devices(self):
         self.start_sim("--devices", ",".join(map(str, range(1, 256))), log=False)
@@ -218,12 +184,12 @@ class Values(RemoteTest):
         sim.raw(name_report(1, 3, "A"))
         sim.wait_heard(requests(1)[-1])
         mark = sim.mark()
-        sim.raw(name_report(1, 3, "B c"))  # a name has no way to the device, but the report has its requests
-        host.wait_value(1, "devName", "B c     ")
+        sim.raw(name_report(1, 3, "B \u00e4"))  # a name has no way to the device, but the report has its requests
+        host.wait_value(1, "devName", "B \u00e4     ")
         sim.wait_heard(requests(1)[-1], since=mark)
         self.assertEqual(sim.heard(mark), requests(1))
         mark = sim.mark()
-        sim.raw(name_report(1, 2, "B c"))
+        sim.raw(name_report(1, 2, "B \u00e4"))
         sim.wait_heard(requests(1)[-1], since=mark)
         self.assertEqual(sim.heard(mark), [setting(1, "devMode", 2), *requests(1)])
 
@@ -286,25 +252,6 @@ class BadLine(RemoteTest):
         self.assertEqual(host.quit(), 0)
         self.assertEqual(host.settings.read_bytes(), settings_file("tty.sim"))
 
-    def test_a_length_that_never_comes_true_swallows_what_follows(self):
-        sim, host = self.start_scripted()
-        sim.raw("40")
-        sim.raw(report(1, "gain", 30, 0))
-        time.sleep(1.5 * SLOW)
-        self.assertEqual(host.value(1, "gain", 0), 0)
-        sim.raw("00" * (0x40 - 6))
-        sim.raw(report(1, "gain", 31, 0))
-        host.wait_value(1, "gain", 31, 0)
-        self.assertEqual(host.all(event="value", param="gain", value=30), [])
-
-    def test_what_is_damaged_costs_only_itself(self):
-        sim, host = self.start_scripted()
-        sim.raw("00 03 80 05 7B 03 7F 05 7B 03 82 05 78 07 A0 01 06 01 02 03 52 " + report(1, "gain", 33, 5))
-        host.wait_value(1, "gain", 33, 5)
-        self.assertEqual(host.all(event="value", param="gain"),
-                         [{"event": "value", "id": 1, "param": "gain", "ch": 5, "value": 33}])
-        self.assertEqual(host.ask("devices")["count"], 1)
-
     def test_noise(self):
         sim, host = self.start_scripted()
         dice = random.Random(11)
@@ -318,18 +265,6 @@ class BadLine(RemoteTest):
         sim.raw(report(1, "gain", 44, 6))
         host.wait_value(1, "gain", 44, 6, timeout=40, since=mark)
         self.assertEqual(host.quit(), 0)
-
-    def test_a_line_that_damages_and_drops(self):
-        sim = self.start_sim("--devices", "1,2,3", "--corrupt", "20", "--drop", "10", "--seed", "3", "--split")
-        host = self.start_host()
-        host.wait_ready()
-        for value in range(60):
-            sim.turn(1 + value % 3, "gain", value % 8, value)
-            host.ask(words("get", 1, "gain", 0)) if host.ask("devices")["devices"] else None
-            time.sleep(0.05)
-        start = time.monotonic()
-        self.assertEqual(host.quit(), 0)
-        self.assertLess(time.monotonic() - start, 2 * SLOW)
 
     def test_a_babbling_line_does_not_hold_up_the_end(self):
         sim = self.start_sim("--devices", "1", "--baud", "0", log=False)
@@ -418,25 +353,6 @@ class Settings(RemoteTest):
         self.assertEqual(host.quit(), 0)
         self.assertEqual(path.read_bytes(), settings_file("tty.sim", {1: 1}))
 
-    def test_a_read_only_folder_keeps_the_old_file(self):
-        path = self.stored(settings_file("tty.sim", {1: 1}))
-        host = self.start_host(wrapper=self.read_only(path.parent))
-        host.ask("assign 1 2")
-        self.assertEqual(host.quit(), 0)
-        self.assertEqual(path.read_bytes(), settings_file("tty.sim", {1: 1}))
-
-    def read_only(self, folder):
-        """The words before a command that sees the folder read-only; root may write wherever the mount allows it."""
-        if os.geteuid() != 0:
-            folder.chmod(0o555)
-            self.addCleanup(folder.chmod, 0o755)
-            return []
-        script = 'mount --bind "$0" "$0" && mount -o remount,ro,bind "$0" && exec "$@"'
-        wrapper = ["unshare", "--mount", "sh", "-c", script, str(folder)]
-        if not shutil.which("unshare") or subprocess.run([*wrapper, "true"], capture_output=True).returncode != 0:
-            self.skipTest("as root only with the right to mount")
-        return wrapper
-
 
 class Console(RemoteTest):
     def test_what_is_refused_changes_nothing(self):
@@ -468,21 +384,14 @@ class Console(RemoteTest):
         host.ask("assign 2 7")
         self.assertEqual([item["channel"] for item in host.ask("devices")["devices"]], [-1, 7])
 
-    def test_first_and_last_words(self):
-        for end in ("quit", "end of input"):
-            with self.subTest(end):
-                host = self.start_host()
-                started = host.wait_event("started", 10)
-                self.assertTrue(started["module"] and started["version"])
-                if end == "quit":
-                    host.ask("quit")
-                else:
-                    host.process.stdin.close()
-                self.assertEqual(host.end(), 0)
-                self.assertEqual(host.printed[0][1], started)
-                self.assertEqual(host.printed[-1][1]["event"], "stopped")
-                self.assertEqual(host.all(event="no JSON"), [])
-                self.assertTrue(host.settings.exists())
+    def test_the_end_of_input_is_an_end(self):
+        host = self.start_host()
+        started = host.wait_event("started", 10)
+        self.assertTrue(started["module"] and started["version"])
+        host.process.stdin.close()
+        self.assertEqual(host.end(), 0)
+        self.assertEqual((host.printed[0][1], host.printed[-1][1]["event"]), (started, "stopped"))
+        self.assertTrue(host.settings.exists())
 
 
 if __name__ == "__main__":

@@ -6,6 +6,7 @@
 #include "pluginglue/uplugapp.h"
 #include "pluginterfaces/gui/ivalue.h"
 #include "tests/support/testfolder.h"
+#include "tests/support/uncounted.h"
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "base/utimer.h"
 #include "tests/host/hostfixture.h"
-#include <fstream>
+#include "tests/support/mapped.h"
 #include <malloc.h>
 
 using namespace Tessarine;
@@ -10,20 +10,6 @@ namespace {
 constexpr int32_t kCycles = 10, kWarmUp = 4;
 constexpr size_t kTimersOfService = 3;
 constexpr int64_t kUnevenness = 64;  // bytes: the allocator now and then gives a block a few more than it needs
-
-#ifdef TESSARINE_SANITIZED
-constexpr bool kSanitized = true;  // the module stays mapped, and the heap is another one
-#else
-constexpr bool kSanitized = false;
-#endif
-
-bool isMapped(const std::string& name) {
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);)
-        if (line.find(name) != std::string::npos)
-            return true;
-    return false;
-}
 
 size_t heapInUse() {
     const struct mallinfo2 info = mallinfo2();

@@ -1,5 +1,6 @@
 #include "host/options.h"
 #include "host/serialnaming.h"
+#include "tests/support/pieces.h"
 #include <algorithm>
 #include <gtest/gtest.h>
 
@@ -39,36 +40,14 @@ TEST(HostOptions, AllOfThemInBothForms) {
 }
 
 TEST(HostOptions, RefusesWithOneLine) {
-    const Words rows[] = {
-        {"--bogus"},
-        {"word"},
-        {""},
-        {"-c"},
-        {"--console=1"},
-        {"--inputs"},
-        {"--inputs", ""},
-        {"--inputs", "2041"},
-        {"--inputs", "-1"},
-        {"--inputs", "1x"},
-        {"--inputs", " 1"},
-        {"--inputs", "99999999999"},
-        {"--inputs="},
-        {"--port"},
-        {"--port", "/dev/ttyS0"},
-        {"--module", ""},
-        {"--user-folder="},
-        {"--serial-dir", ""},
-        {"--serial-prefix", ""},
-        {"--bo\ngus"},
-        {"--inputs", "1\n2"},
-        {"--port", "\x1b/"},
-        {"--console", "--bogus"}
-    };
-    for (const Words& words : rows) {
+    for (const std::string& row :
+         piecesOf("--bogus|word||-c|--console=1|--inputs|--inputs,|--inputs,2041|--inputs,-1|--inputs,1x|--inputs, 1|"
+                  "--inputs,99999999999|--inputs=|--port|--port,/dev/ttyS0|--module,|--user-folder=|--serial-dir,|"
+                  "--serial-prefix,|--bo\ngus|--inputs,1\n2|--port,\x1b/|--console,--bogus")) {
         Options options;
         std::string text;
-        SCOPED_TRACE(words.back());
-        EXPECT_EQ(scan(words, options, text), Options::kRefused);
+        SCOPED_TRACE(row);
+        EXPECT_EQ(scan(piecesOf(row, ','), options, text), Options::kRefused);
         EXPECT_EQ(std::ranges::count(text, '\n'), 1);
         EXPECT_TRUE(text.starts_with("talv-host: ") && text.ends_with('\n'));
         EXPECT_EQ(text.find('\x1b'), std::string::npos);

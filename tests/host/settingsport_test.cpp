@@ -63,7 +63,7 @@ TEST(SettingsWithPort, ChangesThatElementOnly) {
 }
 
 TEST(SettingsWithPort, WhateverThePortIsCalledTheFileStaysOne) {
-    for (const std::string port : {"", "a\"b", "<a>", "a&b", "a'b", "]]>", "-->", "a\tb", "a b"}) {
+    for (const std::string port : {"", "a\"b", "<a>", "a&b", "a'b", "]]>", "-->", "a\tb", "a b", "a$b`", "\xC3\xBC"}) {
         SCOPED_TRACE(port);
         const std::string once = settingsWithPort(kWhole, port);
         EXPECT_NE(once, "");
@@ -104,6 +104,17 @@ TEST_F(SettingsFile, IsMadeNewWhenThereIsNoneOrItIsDamaged) {
     EXPECT_NE(fresh.find("<ComPortName str=\"tty.a&amp;b\"/>"), std::string::npos);
     EXPECT_NE(fresh.find("\t<DevId-Ch id=\"255\" ch=\"-1\"/>\r\n</VOREN-HA-Remote>\r\n"), std::string::npos);
     EXPECT_EQ(settingsWithPort(fresh, "tty.a&b"), fresh);
+}
+
+TEST_F(SettingsFile, KeepsItsAssignmentsWhateverThePortIsCalled) {
+    store(kWhole);
+    for (const char* port : {"tty.\xFC", "tty.\x01"}) {
+        EXPECT_FALSE(putPortIntoSettings(port, error));
+        EXPECT_FALSE(error.empty());
+        EXPECT_EQ(content(), kWhole);
+    }
+    ASSERT_TRUE(putPortIntoSettings("tty.a$b", error)) << error;
+    EXPECT_NE(content().find("<ComPortName str=\"tty.a$b\"/>\r\n\t<DevId-Ch id=\"1\" ch=\"8\"/>"), std::string::npos);
 }
 
 TEST_F(SettingsFile, SaysWhenItCannotBeWritten) {

@@ -28,11 +28,7 @@ std::map<std::string, uintptr_t> symbolsOf(const std::string& file) {
     return symbols;
 }
 
-struct GlobalRow {
-    const char* symbol;
-    const void* ours;
-};
-const GlobalRow kGlobals[] = {
+const std::pair<const char*, const void*> kGlobals[] = {
     {"_ZN9Tessarine11gControllerE",            &gController            },
     {"_ZN9Tessarine12gApplicationE",           &gApplication           },
     {"_ZN9Tessarine10gMessengerE",             &gMessenger             },
@@ -69,15 +65,15 @@ protected:
 };
 
 TEST_F(TwoCopies, NoGlobalIsShared) {
-    for (const GlobalRow& row : kGlobals) {
-        SCOPED_TRACE(row.symbol);
-        const void* theirs = inModule(row.symbol);
+    for (const auto& [symbol, ours] : kGlobals) {
+        SCOPED_TRACE(symbol);
+        const void* theirs = inModule(symbol);
         ASSERT_TRUE(theirs);
-        EXPECT_NE(theirs, row.ours);
+        EXPECT_NE(theirs, ours);
         void* inside = nullptr;  // pointers, or of the identifier its first bytes
         std::memcpy(&inside, theirs, sizeof(inside));
         EXPECT_NE(inside, nullptr) << "both are in use";
-        EXPECT_NE(std::memcmp(theirs, row.ours, sizeof(void*)), 0);
+        EXPECT_NE(std::memcmp(theirs, ours, sizeof(void*)), 0);
     }
 }
 

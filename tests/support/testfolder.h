@@ -16,9 +16,3 @@ public:
 
     std::filesystem::path path;
 };
-
-template <class Object>
-uint32_t referencesOf(Object* object) {
-    object->addRef();
-    return object->release();
-}

@@ -1,5 +1,6 @@
 #include "tools/talv-sim/commands.h"
 #include "tools/talv-sim/numbers.h"
+#include "tools/words/words.h"
 #include <algorithm>
 
 namespace TalvSim {
@@ -9,24 +10,6 @@ Json refused(const std::string& why) {
         {"event", "error"},
         {"error", why    }
     };
-}
-
-/** The end of the JSON string that begins at start; npos when it has none. */
-size_t endOfQuoted(const std::string& line, size_t start) {
-    for (size_t i = start + 1; i < line.size(); ++i) {
-        if (line[i] == '"')
-            return i + 1;
-        if (line[i] == '\\')
-            ++i;
-    }
-    return std::string::npos;
-}
-
-std::optional<std::string> wordFrom(const std::string& text) {
-    if (text[0] != '"')
-        return text;
-    const Json word = Json::parse(text, nullptr, false);
-    return word.is_string() ? std::optional(word.get<std::string>()) : std::nullopt;
 }
 
 Json valueOf(const Device& device, const ParamRow& row, int32_t channel) {
@@ -42,22 +25,6 @@ Json valuesOf(const Device& device, const ParamRow& row) {
     return values;
 }
 }  // namespace
-
-std::optional<std::vector<std::string>> wordsOf(const std::string& line) {
-    static constexpr char kBlanks[] = " \t\r";
-    std::vector<std::string> words;
-    for (size_t at = line.find_first_not_of(kBlanks); at < line.size(); at = line.find_first_not_of(kBlanks, at)) {
-        const size_t end = line[at] == '"' ? endOfQuoted(line, at) : line.find_first_of(kBlanks, at);
-        if (line[at] == '"' && end == std::string::npos)
-            return std::nullopt;
-        const std::optional<std::string> word = wordFrom(line.substr(at, end - at));
-        if (!word)
-            return std::nullopt;
-        words.push_back(*word);
-        at = end;
-    }
-    return words;
-}
 
 const Commands::Row Commands::kRows[] = {
     {"help",   "help",                     0, 0,    &Commands::help  },

@@ -15,9 +15,6 @@ struct Rig {
     Outbox outbox;
 };
 
-/** The words of a line, each as it stands or as a JSON string. Nothing: a string without its end. */
-std::optional<std::vector<std::string>> wordsOf(const std::string& line);
-
 /** What a hand at the front panels and at the plug does, one command a line. Answers one event; a refused command has
     the event "error" and changes nothing. `quit` is not among these: it belongs to whoever runs the rig. */
 class Commands {

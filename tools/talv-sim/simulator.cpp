@@ -1,4 +1,5 @@
 #include "tools/talv-sim/simulator.h"
+#include "tools/words/words.h"
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -46,11 +47,6 @@ bool writeAll(int handle, std::string_view text, int signals) {
 timespec timeUntil(TimePoint then) {
     const auto left = std::max<std::chrono::nanoseconds>(then - std::chrono::steady_clock::now(), 0s);
     return {time_t(left / 1s), long((left % 1s).count())};
-}
-
-bool isComment(const std::string& line) {
-    const size_t start = line.find_first_not_of(" \t\r");
-    return start == std::string::npos || line[start] == '#';
 }
 }  // namespace
 

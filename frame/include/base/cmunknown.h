@@ -43,6 +43,7 @@ public:
 };
 
 /** A component that stands in for itself wherever a CmObject is wanted: all questions for an interface go to it.
+    Without a component it answers for itself, so that archives can make it again.
 
     Owns      a reference to the component; the module that it comes from stays loaded as long.
     Storage   by the component's IPersistent. Without one, and without a component, storing fails; what can't be made again

@@ -210,7 +210,7 @@ public:
     }
 
 private:
-    static constexpr int32_t kDelta = 10;
+    static constexpr int32_t kDelta = -1;  // twice the places: a stored bag may have very many
 
     Attribute* attributeAt(int32_t index) const;
     Attribute* attributeFor(Key key, int32_t flags);
@@ -229,8 +229,10 @@ FAttributeList<Attribute, Key, Container>::FAttributeList(const FAttributeList& 
 
 template <class Attribute, class Key, class Container>
 void FAttributeList<Attribute, Key, Container>::takeAttributes(FAttributeList& other) {
+    if (&other == this)
+        return;
     removeAllAttributes();
-    if (!other.attributes || &other == this)
+    if (!other.attributes)
         return;
     for (CmObject* attribute : *other.attributes)
         append(OPtr<Attribute>(static_cast<Attribute*>(attribute)));

@@ -26,32 +26,48 @@ private:
     int32_t cursor = 0;
 };
 
-class FIntList : public FAttrList {
+/** What the lists of numbers are made of. */
+template <class Number>
+class FNumberList : public FAttrList {
+public:
+    FNumberList() : numbers(0, -1) {}
+    FNumberList(const FNumberList& source) : FAttrList(source), numbers(0, -1) {
+        numbers.resize(source.total());
+        numbers.addAllFrom(source.numbers);
+    }
+
+    bool queue(Number number) { return numbers.add(number); }
+    /** The next one from the cursor; false, and number as it was: past the end. */
+    bool unqueue(Number& number) {
+        const int32_t index = step();
+        if (index >= 0)
+            number = numbers.at(index);
+        return index >= 0;
+    }
+    int32_t total() const override { return numbers.total(); }
+    bool getItem(int32_t index, FVariant& value) override {
+        if (index < 0 || index >= total())
+            return false;
+        value = FVariant(numbers.at(index));
+        return true;
+    }
+    /** A count, then the numbers, in 64 bits each. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+
+    TArray<Number> numbers;
+};
+
+class FIntList : public FNumberList<int64_t> {
 public:
     DECLARE_CLASS(FIntList, FAttrList)
     DECLARE_NEWCOPY(FIntList)
-    FIntList() : numbers(0, -1) {}
-    FIntList(const FIntList& source);
-
-    bool queue(int64_t number) { return numbers.add(number); }
-    int32_t total() const override { return numbers.total(); }
-    bool getItem(int32_t index, FVariant& value) override;
-
-    TArray<int64_t> numbers;
 };
 
-class FFloatList : public FAttrList {
+class FFloatList : public FNumberList<double> {
 public:
     DECLARE_CLASS(FFloatList, FAttrList)
     DECLARE_NEWCOPY(FFloatList)
-    FFloatList() : numbers(0, -1) {}
-    FFloatList(const FFloatList& source);
-
-    bool queue(double number) { return numbers.add(number); }
-    int32_t total() const override { return numbers.total(); }
-    bool getItem(int32_t index, FVariant& value) override;
-
-    TArray<double> numbers;
 };
 
 class FStringList : public FAttrList {
@@ -69,6 +85,9 @@ public:
     FAttributeValue* at(int32_t index) const { return static_cast<FAttributeValue*>(texts.at(index)); }
     int32_t total() const override { return texts.total(); }
     bool getItem(int32_t index, FVariant& value) override;
+    /** A count, then the texts in the form of FString. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
 
 private:
     CmArray texts;  // of FAttributeValue
@@ -92,6 +111,9 @@ public:
     CmObject* targetAt(int32_t index) const;
     int32_t total() const override { return objects.total(); }
     bool getItem(int32_t index, FVariant& value) override;
+    /** A count, then the objects, without what isn't resolved. What was read is owned. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
 
 private:
     CmArray objects;
@@ -111,6 +133,9 @@ public:
     FAttributes* at(int32_t index) const;
     int32_t total() const override { return bags.total(); }
     bool getItem(int32_t index, FVariant& value) override;
+    /** A count, then the bags. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
 
 private:
     CmArray bags;  // of FAttributes
@@ -129,8 +154,13 @@ public:
     const void* data() const { return bytes; }
     /** In bytes; 0 also when there was no memory for a copy. */
     uint32_t size() const { return length; }
+    /** The size, then the bytes. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
 
 private:
+    void set(const void* source, uint32_t size, bool copy);
+
     const void* bytes = nullptr;
     uint32_t length = 0;
     bool owned = false;

@@ -49,7 +49,7 @@ public:
     bool addWork(FWorkClass* job, CmObject* owner, void* data);
     /** The owner's work comes next, or is in progress. False: there is none. */
     bool prefer(CmObject* owner);
-    /** Cancels everything, and goes on. */
+    /** Cancels everything, and goes on. A job that hears finished() from here may not end the worker. */
     void clear();
 
 protected:

@@ -16,7 +16,7 @@ struct FWorkRecord {
 
 /** What every worker goes through: it starts with its first job, does one after the other, and may be ended by one of them.
 
-    Locks     giveLock before currentLock; currentLock is held while a job hears finished() */
+    Locks     currentLock is held while a job hears finished(), which may give work: giveLock comes second */
 class FWorkerLife {
 public:
     /** Tells the worker's thread, which may stand in a job that deletes the worker. */

@@ -52,7 +52,8 @@ public:
     void end() override;
     void suspend() override;
     void resume() override;
-    /** Tells the job in progress to stop, and gives it up: it is finished (remove), or begins anew later. */
+    /** Tells the job in progress to stop, and gives it up: it is finished (remove), or begins anew later. A job that hears
+        finished() from here may not end the worker. */
     void cancelCurrent(bool remove);
 
 protected:

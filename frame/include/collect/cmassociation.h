@@ -1,5 +1,6 @@
 #pragma once
 #include "base/source/cmobject.h"
+#include "pluginterfaces/base/smartpointer.h"
 
 namespace Tessarine {
 
@@ -13,7 +14,8 @@ public:
     CmAssociation(const CmAssociation& source);
     CmAssociation& operator=(const CmAssociation&) = delete;
 
-    /** Key and value come with a reference each. What can't be read is null, and the archive knows of it. */
+    /** What was read lives as long as this, or until passReferences(). What can't be read is null, and the archive knows of
+        it; so is a key that leads back here, which no search would come to the end of. */
     bool internalize(FArchive& archive) override;
     bool externalize(FArchive& archive) const override;
     bool storeAttributes(FAttributes& attributes) const override;
@@ -24,8 +26,17 @@ public:
     int32_t compare(const CmObject* other) const override;
     uint32_t hash(uint32_t buckets) const override;
 
+    /** Hands the references of what was read, if it was, to the caller. */
+    void passReferences();
+
     CmObject* key;
     CmObject* value;
+
+private:
+    void holdKey(CmObject* object);
+    void holdValue(CmObject* object);
+
+    IPtr<CmObject> heldKey, heldValue;  // what was read
 };
 
 }  // namespace Tessarine

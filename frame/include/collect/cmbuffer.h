@@ -14,6 +14,9 @@ public:
 
     DECLARE_CLASS(CmBuffer, CmObject)
     DECLARE_NEWCOPY(CmBuffer)
+    /** The bytes in use: their count, then they. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
 };
 
 /** Buffers that nobody uses at the moment, kept for the next who needs memory. What comes out has nothing in use.

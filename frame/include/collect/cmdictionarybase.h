@@ -1,6 +1,7 @@
 #pragma once
 #include "collect/cmassociation.h"
 #include "collect/cmcontainer.h"
+#include <vector>
 
 namespace Tessarine {
 
@@ -12,6 +13,11 @@ template <class Container>
 class CmDictionaryBase : public Container {
 public:
     ~CmDictionaryBase() override;
+
+    /** What is read may be in use elsewhere too: it comes in associations of this dictionary's own, with a reference of each
+        key and value. */
+    bool internalize(FArchive& archive) override;
+    bool restoreAttributes(FAttributes& attributes) override;
 
     /** False: the key is there already, or null; key and value stay the caller's. */
     bool add(CmObject* key, CmObject* value);
@@ -43,6 +49,9 @@ private:
     template <class Search>
     static CmObject* byKey(const CmObject* key, Search search);
     bool drop(CmObject* taken);
+    /** All associations, each with its reference. */
+    std::vector<CmObject*> takeAll();
+    void ownWhatWasRead();
     bool addCopyOf(const CmAssociation& association);
 };
 

@@ -1,6 +1,8 @@
 #pragma once
 #include "base/source/cmobject.h"
 #include "base/source/tarray.h"
+#include <string>
+#include <unordered_map>
 
 namespace Tessarine {
 class FStream;
@@ -31,7 +33,7 @@ public:
     };
 
     FArchive(FStream* stream, bool writing, IArchiveErrorHook* errorHook = nullptr);
-    virtual ~FArchive() = default;
+    virtual ~FArchive();
     FArchive(const FArchive&) = delete;
     FArchive& operator=(const FArchive&) = delete;
 
@@ -47,6 +49,12 @@ public:
     bool isWriting() const { return writing; }
     /** The version of the class whose object is being read. */
     int32_t getVersion() const { return version; }
+    /** The version that a class had when the stream was written, as far as it has been read; 0 for others. */
+    int32_t getClassVersion(const char* className) const;
+    /** The object that is being read has so many bytes more; true too when its end is unknown. */
+    bool hasLeft(int64_t bytes) const;
+    /** Takes the reference over and drops it when the archive ends, so that no other object gets this one's address. */
+    void forgetLater(CmObject* object);
     /** 0 as long as all went well, the stream included. */
     int32_t getLastError();
     /** In the order of their first appearance. */
@@ -62,11 +70,14 @@ protected:
     FStream* stream;  // borrowed
     bool writing;
     int32_t version = 0;
+    int64_t enclosingEnd = -1;  // in the stream, of the object that is being read; -1: unknown, or none is
+    std::unordered_map<std::string, int32_t> classVersions;  // read
 
 private:
     IArchiveErrorHook* errorHook;  // borrowed, may be null
     int32_t lastError = 0;
     TArray<int32_t> errors;
+    TArray<CmObject*> forgotten;  // counted
 };
 
 }  // namespace Tessarine

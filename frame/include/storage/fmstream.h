@@ -26,7 +26,7 @@ public:
     /** Changes the size; what is new isn't set. 0 or less frees and empties everything. A view keeps its memory, which
         must be whole steps: any other is an error, whatever the size. */
     void setSize(int64_t newSize);
-    /** Ends the stream at the cursor, and frees what is behind it. */
+    /** Ends the stream at the cursor, and frees what is behind it. A cursor behind the end extends it, with zeros. */
     void truncate();
     /** The same without freeing. */
     void truncateToCursor();

@@ -16,8 +16,8 @@ namespace Tessarine {
       class             for each base without a record, the nearest first: int32 -2, name, int16 version; then int32 -1, name,
                         int16 version. Names are int32 length and text with its terminator.
 
-    Reading   an object of an unknown class, or one that fails to read itself, is an error and a hole: null, and the stream goes on
-              behind it. A size that passes the end of what it stands in ends the reading. */
+    Reading   an object of an unknown class, or one that fails to read itself or reads more than its size, is an error and a hole:
+              null, and the stream goes on behind it. A size that passes the end of what it stands in ends the reading. */
 class FNewArchive final : public FObjectArchive {
 public:
     /** The stream stands where the archive begins. */
@@ -58,7 +58,6 @@ private:
     int64_t endOfEnclosing() const;
 
     int64_t start;
-    int64_t enclosingEnd = -1;                  // -1: no object is being read
     Positions objectPositions, classPositions;  // written
     Objects objects;                            // read
     Classes classes;                            // read

@@ -2,7 +2,6 @@
 #include "base/source/fstring.h"
 #include "base/source/tarray.h"
 #include "storage/farchive.h"
-#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -11,8 +10,6 @@ namespace Tessarine {
 /** What the object archives share: the way objects come into being, and the bounds on what a stream may claim. */
 class FObjectArchive : public FArchive {
 public:
-    ~FObjectArchive() override;
-
     bool save(const CmObject* object, bool keepReference) final { return writeObject(object, keepReference); }
     CmObject* load(const char* className, bool keepReference) final { return readObject(className, keepReference); }
     using FArchive::load;
@@ -20,10 +17,6 @@ public:
 
     virtual bool writeObject(const CmObject* object, bool keepReference) = 0;
     virtual CmObject* readObject(const char* expectedClass, bool keepReference) = 0;
-    /** The version that the class had when the stream was written, as far as it has been read; 0 for others. */
-    int32_t getClassVersion(const char* className) const;
-    /** Takes the reference over and drops it when the archive ends, so that no other object gets this one's address. */
-    void forgetLater(CmObject* object);
     /** The names of the classes whose objects couldn't be written, each once. */
     const TArray<String>& getFailedClasses() const { return failedClasses; }
 
@@ -49,8 +42,8 @@ protected:
     bool readContent(CmObject& object, const ClassRecord& record);
     /** The object with a reference more; null for null, and when it isn't of the class. */
     static CmObject* handOut(CmObject* object, const char* expectedClass);
-    /** The same of an object that has been read already. Null too, and an error, for a container or bag that would own itself,
-        and behind a chain of kMaxDepth of them, since a chain is torn down by recursion. */
+    /** The same of an object that has been read already. Null too, and an error, for a container, association or bag
+        that would own itself, and behind a chain of kMaxDepth of them, since a chain is torn down by recursion. */
     CmObject* handOutKnown(CmObject* object, const char* expectedClass);
     /** The stream makes no sense from here on: nothing more is read. */
     CmObject* breakOff();
@@ -67,10 +60,8 @@ private:
 
     bool broken = false;
     std::vector<CmObject*> reading;                        // what is being read, from the outside to the inside
-    std::unordered_map<const CmObject*, int32_t> heights;  // of containers and bags: how many hold each other below it
-    std::unordered_map<std::string, int32_t> classVersions;  // read
+    std::unordered_map<const CmObject*, int32_t> heights;  // of those that hold objects: how many such below it
     TArray<String> failedClasses;
-    TArray<CmObject*> forgotten;  // counted
 };
 
 /** A key of an address in a table, and the hash for it. */

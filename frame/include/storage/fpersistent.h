@@ -132,6 +132,8 @@ public:
 private:
     using List = FAttributeList<FStringIDAttribute, const char*, CmArray>;
 
+    /** Of a component too that is an object of ours. */
+    CmObject* objectAt(const char* key) const;
     template <class Kind>
     Kind* kindAt(const char* key) const;
     template <class Kind>

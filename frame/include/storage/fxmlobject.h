@@ -3,6 +3,7 @@
 #include "storage/fpersistent.h"
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 /** What stands in a bag for an object of an archive that isn't there as itself. None of these is made by name. */
 
@@ -19,6 +20,8 @@ public:
     bool isEqual(const CmObject* other) const override;
     int32_t compare(const CmObject* other) const override;
     uint32_t hash(uint32_t buckets) const override;
+    /** False: an archive of objects couldn't make it again. */
+    bool externalize(FArchive& /*archive*/) const override { return false; }
 
 protected:
     uint64_t id;
@@ -76,8 +79,9 @@ private:
     IPtr<CmObject> object;
 };
 
-/** Turns the live objects in a bag, and in what they store, into FXmlInstances. An object that is met twice becomes one of
-    them; inside itself it is only referred to. Raw pointers stay; components that are no objects of ours go. */
+/** Turns the live objects in a bag, in what they store and in what FXmlInstances hold, into FXmlInstances. An object that is
+    met twice becomes one of them; inside itself it is only referred to. Raw pointers stay; components that are no objects of
+    ours go. */
 class FCmObjectStripper {
 public:
     /** False: an object couldn't store all of itself, or bags are nested deeper than archives allow. No object is left alive in
@@ -97,7 +101,12 @@ private:
     /** Null for null. */
     OPtr<CmObject> formOf(CmObject* object, bool& whole);
 
+    /** An object that is only referred to. */
+    void note(CmObject* object);
+    void redirect();
+
     std::unordered_map<const CmObject*, Stripped> known;
+    std::vector<IPtr<FXmlReference>> identities;  // met: they stand for live objects
     int32_t depth = 0;
 };
 

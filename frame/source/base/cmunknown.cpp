@@ -119,7 +119,7 @@ CmDelegatingUnknown::~CmDelegatingUnknown() {
 }
 
 int32_t CmDelegatingUnknown::queryInterface(const char* iid, void** obj) {
-    return object ? object->queryInterface(iid, obj) : noInterface(obj);
+    return object ? object->queryInterface(iid, obj) : CmObject::queryInterface(iid, obj);
 }
 
 bool CmDelegatingUnknown::isEqual(const CmObject* other) const {
@@ -129,8 +129,10 @@ bool CmDelegatingUnknown::isEqual(const CmObject* other) const {
 
 bool CmDelegatingUnknown::externalize(FArchive& archive) const {
     CmUID classID;
-    const OPtr<FAttributes> state(new FAttributes);
-    return describe(classID, *state) && classID.externalize(archive) && state->externalize(archive);
+    OPtr<FAttributes> state(new FAttributes);
+    const bool written = describe(classID, *state) && classID.externalize(archive) && state->externalize(archive);
+    archive.forgetLater(state.detach());
+    return written;
 }
 
 bool CmDelegatingUnknown::internalize(FArchive& archive) {

@@ -3,6 +3,7 @@
 #include "collect/cmstring.h"
 #include "storage/farchive.h"
 #include "storage/fbstream.h"
+#include "storage/fxmlobject.h"
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
@@ -170,7 +171,7 @@ bool FAttributeValue::externalize(FArchive& archive) const {
         return false;
     switch (type & kKinds) {
     case kObject:
-        return archive.save(value.object, !is(kNoReference));
+        return archive.save(FXmlReference::targetOf(value.object), !is(kNoReference));
     case kUnknown: {
         const CmDelegatingUnknown wrapper(value.unknown);
         return archive.save(&wrapper, false);
@@ -193,7 +194,7 @@ bool FAttributeValue::internalize(FArchive& archive) {
     uint16_t stored = 0;
     Value read{};
     empty();
-    if (!stream.readInt16u(stored))
+    if (!archive.hasLeft(sizeof stored) || !stream.readInt16u(stored))
         return false;
     if (stored & (kObject | kUnknown | kString)) {
         if (!readObject(archive, stored))

@@ -6,6 +6,20 @@ namespace {
 int32_t resultOf(bool good) {
     return good ? kResultOk : kResultFalse;
 }
+
+template <class Number>
+int32_t passNumber(const FStringIDAttribute* attribute, Number (FAttributeValue::*get)() const, Number& number) {
+    if (attribute)
+        number = (attribute->*get)();
+    return resultOf(attribute != nullptr);
+}
+
+template <class Pointer>
+int32_t passPointer(Pointer found, Pointer& pointer) {
+    if (found)
+        pointer = found;
+    return resultOf(found != nullptr);
+}
 }  // namespace
 
 IMPLEMENT_CLASS(FAttributeListImp, CmObject)
@@ -34,10 +48,7 @@ int32_t FAttributeListImp::setObjectAttribute(const char* key, FUnknown* object)
 
 int32_t FAttributeListImp::getObjectAttribute(const char* key, FUnknown*& object) {
     const FStringIDAttribute* attribute = list.getAttribute(key);
-    FUnknown* found = attribute ? attribute->getUnknown() : nullptr;
-    if (found)
-        object = found;
-    return resultOf(found != nullptr);
+    return passPointer(attribute ? attribute->getUnknown() : nullptr, object);
 }
 
 int32_t FAttributeListImp::setLongAttribute(const char* key, int64_t value) {
@@ -45,10 +56,7 @@ int32_t FAttributeListImp::setLongAttribute(const char* key, int64_t value) {
 }
 
 int32_t FAttributeListImp::getLongAttribute(const char* key, int64_t& value) {
-    const FStringIDAttribute* attribute = numberOrText(key);
-    if (attribute)
-        value = attribute->getLong();
-    return resultOf(attribute != nullptr);
+    return passNumber(numberOrText(key), &FAttributeValue::getLong, value);
 }
 
 int32_t FAttributeListImp::setFloatAttribute(const char* key, double value) {
@@ -56,10 +64,7 @@ int32_t FAttributeListImp::setFloatAttribute(const char* key, double value) {
 }
 
 int32_t FAttributeListImp::getFloatAttribute(const char* key, double& value) {
-    const FStringIDAttribute* attribute = numberOrText(key);
-    if (attribute)
-        value = attribute->getFloat();
-    return resultOf(attribute != nullptr);
+    return passNumber(numberOrText(key), &FAttributeValue::getFloat, value);
 }
 
 int32_t FAttributeListImp::setStringAttribute(const char* key, const tchar* text) {
@@ -68,10 +73,7 @@ int32_t FAttributeListImp::setStringAttribute(const char* key, const tchar* text
 
 int32_t FAttributeListImp::getStringAttribute(const char* key, const tchar*& text) {
     FStringIDAttribute* attribute = list.getAttribute(key);
-    const tchar* found = attribute ? attribute->getString16() : nullptr;
-    if (found)
-        text = found;
-    return resultOf(found != nullptr);
+    return passPointer(attribute ? attribute->getString16() : nullptr, text);
 }
 
 int32_t FAttributeListImp::containsAttribute(const char* key) {

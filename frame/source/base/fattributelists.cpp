@@ -1,5 +1,6 @@
 #include "base/fattributelists.h"
 #include "collect/cmbuffer.h"
+#include "storage/farchive.h"
 #include "storage/fmstream.h"
 #include "storage/fpersistent.h"
 #include "storage/fxmlobject.h"
@@ -8,10 +9,35 @@
 
 namespace Tessarine {
 namespace {
-template <class Number>
-void copyNumbers(TArray<Number>& target, const TArray<Number>& source) {
-    target.resize(source.total());
-    target.addAllFrom(source);
+template <class WriteOne>
+bool writeEach(FArchive& archive, int32_t count, WriteOne writeOne) {
+    bool good = archive.getStream().writeInt32(count);
+    for (int32_t i = 0; good && i < count; ++i)
+        good = writeOne(i);
+    return good;
+}
+
+/** itemSize: the bytes that an item has at least. */
+template <class ReadOne>
+bool readEach(FArchive& archive, int64_t itemSize, ReadOne readOne) {
+    int32_t count = 0;
+    bool good = readAttributeCount(archive, count);
+    for (; good && count > 0; --count)
+        good = archive.hasLeft(itemSize) && readOne();
+    return good;
+}
+
+bool writeNumber(FStream& stream, int64_t number) {
+    return stream.writeInt64(number);
+}
+bool writeNumber(FStream& stream, double number) {
+    return stream.writeDouble(number);
+}
+bool readNumber(FStream& stream, int64_t& number) {
+    return stream.readInt64(number);
+}
+bool readNumber(FStream& stream, double& number) {
+    return stream.readDouble(number);
 }
 }  // namespace
 
@@ -23,27 +49,22 @@ IMPLEMENT_CLASS(FObjectList, FAttrList)
 IMPLEMENT_CLASS(FSubList, FAttrList)
 IMPLEMENT_CLASS(FAttrBuffer, CmObject)
 
-FIntList::FIntList(const FIntList& source) : FAttrList(source), numbers(0, -1) {
-    copyNumbers(numbers, source.numbers);
+template <class Number>
+bool FNumberList<Number>::internalize(FArchive& archive) {
+    numbers.removeAll();
+    return readEach(archive, sizeof(Number), [&] {
+        Number number{};
+        return readNumber(archive.getStream(), number) && queue(number);
+    });
 }
 
-bool FIntList::getItem(int32_t index, FVariant& value) {
-    if (index < 0 || index >= total())
-        return false;
-    value.setInteger(numbers.at(index));
-    return true;
+template <class Number>
+bool FNumberList<Number>::externalize(FArchive& archive) const {
+    return writeEach(archive, total(), [&](int32_t i) { return writeNumber(archive.getStream(), numbers.at(i)); });
 }
 
-FFloatList::FFloatList(const FFloatList& source) : FAttrList(source), numbers(0, -1) {
-    copyNumbers(numbers, source.numbers);
-}
-
-bool FFloatList::getItem(int32_t index, FVariant& value) {
-    if (index < 0 || index >= total())
-        return false;
-    value.setFloat(numbers.at(index));
-    return true;
-}
+template class FNumberList<int64_t>;
+template class FNumberList<double>;
 
 bool FStringList::queue(const ConstString& text, bool copy) {
     OPtr<FAttributeValue> item(new FAttributeValue);
@@ -70,6 +91,18 @@ bool FStringList::getItem(int32_t index, FVariant& value) {
     return true;
 }
 
+bool FStringList::internalize(FArchive& archive) {
+    texts.removeAll();
+    return readEach(archive, sizeof(int32_t), [&] {
+        FString text;
+        return text.load(archive.getStream()) && queue(text);
+    });
+}
+
+bool FStringList::externalize(FArchive& archive) const {
+    return writeEach(archive, total(), [&](int32_t i) { return FString(at(i)->getText()).store(archive.getStream()); });
+}
+
 FObjectList::FObjectList(const FObjectList& source) : FObjectList(source.ownsObjects()) {
     for (CmObject* object : source.objects) {
         if (objects.add(object) && ownsObjects())
@@ -88,6 +121,28 @@ bool FObjectList::getItem(int32_t index, FVariant& value) {
     return object != nullptr;
 }
 
+bool FObjectList::internalize(FArchive& archive) {
+    objects.removeAll();
+    objects._ownsObjects = CmContainer::kTakesOver;
+    return readEach(archive, sizeof(int32_t), [&] {
+        OPtr<CmObject> object(archive.load("CmObject"));
+        const bool queued = object && queue(object, true);
+        if (queued)
+            object.detach();
+        return queued;
+    });
+}
+
+bool FObjectList::externalize(FArchive& archive) const {
+    int32_t count = 0;
+    for (int32_t i = 0; i < total(); ++i)
+        count += targetAt(i) != nullptr;
+    bool good = archive.getStream().writeInt32(count);
+    for (int32_t i = 0; good && i < total(); ++i)
+        good = !targetAt(i) || archive.save(targetAt(i));
+    return good;
+}
+
 bool FSubList::queue(FAttributes* attributes) {
     return bags.add(attributes);
 }
@@ -103,7 +158,31 @@ bool FSubList::getItem(int32_t index, FVariant& value) {
     return bag != nullptr;
 }
 
+bool FSubList::internalize(FArchive& archive) {
+    bags.removeAll();
+    return readEach(archive, sizeof(int32_t), [&] {
+        OPtr<FAttributes> bag(new FAttributes);
+        const bool queued = bag->internalize(archive) && queue(bag);
+        if (queued)
+            bag.detach();
+        return queued;
+    });
+}
+
+bool FSubList::externalize(FArchive& archive) const {
+    return writeEach(archive, total(), [&](int32_t i) { return at(i)->externalize(archive); });
+}
+
 FAttrBuffer::FAttrBuffer(const void* source, uint32_t size, bool copy) {
+    set(source, size, copy);
+}
+
+void FAttrBuffer::set(const void* source, uint32_t size, bool copy) {
+    if (owned)
+        delete[] static_cast<const char*>(bytes);
+    bytes = nullptr;
+    length = 0;
+    owned = false;
     if (!source || size == 0)
         return;
     if (!copy) {
@@ -123,6 +202,20 @@ FAttrBuffer::FAttrBuffer(const void* source, uint32_t size, bool copy) {
 FAttrBuffer::~FAttrBuffer() {
     if (owned)
         delete[] static_cast<const char*>(bytes);
+}
+
+bool FAttrBuffer::internalize(FArchive& archive) {
+    FMemoryStream content;
+    if (!content.internalize(archive))
+        return false;
+    set(content.getData(), static_cast<uint32_t>(content.getSize()), true);
+    return length == static_cast<uint64_t>(content.getSize());
+}
+
+bool FAttrBuffer::externalize(FArchive& archive) const {
+    FStream& stream = archive.getStream();
+    return length <= INT32_MAX && stream.writeInt32(static_cast<int32_t>(length)) &&
+           stream.writeRaw(bytes, length) == length;
 }
 
 bool bytesOf(CmObject* object, const void*& bytes, uint32_t& size) {

@@ -3,6 +3,8 @@
 #include "collect/cmtarray2d.h"
 #include "pluginterfaces/base/identifiers.h"
 #include <algorithm>
+#include <cstring>
+#include <memory>
 #include <string>
 
 namespace Tessarine {

@@ -122,9 +122,12 @@ bool CmArray::internalize(FArchive& archive) {
     int32_t stored = 0;
     if (!archive.getStream().readInt32(stored))
         return false;
-    delta = stored > kStoredDelta ? kDoubling : stored;  // a large step isn't believed before the elements are there
+    const int32_t places = _size;
+    delta = stored > 0 ? kDoubling : stored;  // a large step isn't believed yet, and many small ones take long
     const bool all = CmArrayBase::internalize(archive);
     delta = stored;
+    if (stored > 0 && stored <= kStoredDelta && _total > places)
+        resize(_total + (stored - (_total - places) % stored) % stored);  // where the steps would have led
     return all;
 }
 

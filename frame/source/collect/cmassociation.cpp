@@ -7,14 +7,16 @@ namespace {
 constexpr char kKeyAttribute[] = "Key";
 constexpr char kValueAttribute[] = "Obj";
 
-CmObject* remembered(CmObject* object) {
-    if (object)
-        object->addRef();
-    return object;
-}
-
 CmObject* copyOf(const CmObject* object) {
     return object ? object->newCopy() : nullptr;
+}
+
+/** By keys that are associations themselves. */
+bool leadsTo(const CmObject* key, const CmAssociation* end) {
+    const auto* association = classCast<CmAssociation>(key);
+    while (association && association != end)
+        association = classCast<CmAssociation>(association->key);
+    return association != nullptr;
 }
 }  // namespace
 
@@ -24,8 +26,8 @@ CmAssociation::CmAssociation(const CmAssociation& source)
     : CmObject(source), key(copyOf(source.key)), value(copyOf(source.value)) {}
 
 bool CmAssociation::internalize(FArchive& archive) {
-    key = archive.load("CmObject");
-    value = archive.load("CmObject");
+    holdKey(OPtr<CmObject>(archive.load("CmObject")));
+    holdValue(OPtr<CmObject>(archive.load("CmObject")));
     return true;
 }
 
@@ -38,8 +40,8 @@ bool CmAssociation::storeAttributes(FAttributes& attributes) const {
 }
 
 bool CmAssociation::restoreAttributes(FAttributes& attributes) {
-    key = remembered(attributes.getObject(kKeyAttribute));
-    value = remembered(attributes.getObject(kValueAttribute));
+    holdKey(attributes.getObject(kKeyAttribute));
+    holdValue(attributes.getObject(kValueAttribute));
     return true;
 }
 
@@ -61,6 +63,21 @@ int32_t CmAssociation::compare(const CmObject* other) const {
 
 uint32_t CmAssociation::hash(uint32_t buckets) const {
     return key ? key->hash(buckets) : CmObject::hash(buckets);
+}
+
+void CmAssociation::passReferences() {
+    heldKey.detach();
+    heldValue.detach();
+}
+
+void CmAssociation::holdKey(CmObject* object) {
+    heldKey = leadsTo(object, this) ? nullptr : object;
+    key = heldKey;
+}
+
+void CmAssociation::holdValue(CmObject* object) {
+    heldValue = object;
+    value = heldValue;
 }
 
 }  // namespace Tessarine

@@ -1,11 +1,27 @@
 #include "collect/cmbuffer.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "storage/farchive.h"
+#include "storage/fmstream.h"
 #include <algorithm>
 
 namespace Tessarine {
 
 IMPLEMENT_CLASS(CmBuffer, CmObject)
 IMPLEMENT_CLASS(CmBufferPool, CmArray)
+
+bool CmBuffer::internalize(FArchive& archive) {
+    FMemoryStream content;
+    if (!content.internalize(archive))
+        return false;
+    const auto size = static_cast<uint32_t>(content.getSize());
+    setFillSize(0);
+    return size == 0 || (setSize(size) && put(content.getData(), size));
+}
+
+bool CmBuffer::externalize(FArchive& archive) const {
+    const auto size = static_cast<int32_t>(getFillSize());
+    return size >= 0 && archive.getStream().writeInt32(size) && archive.getStream().writeRaw(data(), size) == size;
+}
 
 CmBufferPool::~CmBufferPool() {
     reduceBuffers(0);

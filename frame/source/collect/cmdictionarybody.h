@@ -3,7 +3,6 @@
 #include "pluginterfaces/base/smartpointer.h"
 #include <memory>
 #include <utility>
-#include <vector>
 
 /** The body of CmDictionaryBase; each dictionary's source instantiates it for its container. */
 
@@ -12,6 +11,20 @@ namespace Tessarine {
 template <class Container>
 CmDictionaryBase<Container>::~CmDictionaryBase() {
     CmDictionaryBase::removeAll();
+}
+
+template <class Container>
+bool CmDictionaryBase<Container>::internalize(FArchive& archive) {
+    const bool all = Container::internalize(archive);
+    ownWhatWasRead();
+    return all;
+}
+
+template <class Container>
+bool CmDictionaryBase<Container>::restoreAttributes(FAttributes& attributes) {
+    const bool all = Container::restoreAttributes(attributes);
+    ownWhatWasRead();
+    return all;
 }
 
 template <class Container>
@@ -28,6 +41,8 @@ bool CmDictionaryBase<Container>::add(CmObject* object) {
     auto* association = classCast<CmAssociation>(object);
     if (!association || !association->key || contains(association->key))
         return false;
+    if (this->_ownsObjects == CmContainer::kTakesOver)
+        association->passReferences();
     this->testRemember(association->key);
     this->testRemember(association->value);
     return Container::add(association);
@@ -50,14 +65,7 @@ bool CmDictionaryBase<Container>::removeAt(int32_t index) {
 
 template <class Container>
 void CmDictionaryBase<Container>::removeAll() {
-    std::vector<CmObject*> gone;
-    const std::unique_ptr<CmIterator> cursor(this->newIterator());
-    while (!cursor->done())
-        gone.push_back(cursor->next());
-    const int16_t ownership = std::exchange(this->_ownsObjects, CmContainer::kBorrows);
-    Container::removeAll();
-    this->_ownsObjects = ownership;
-    for (CmObject* association : gone)
+    for (CmObject* association : takeAll())
         drop(association);
 }
 
@@ -128,6 +136,32 @@ bool CmDictionaryBase<Container>::drop(CmObject* taken) {
     if (taken)
         taken->release();
     return taken != nullptr;
+}
+
+template <class Container>
+std::vector<CmObject*> CmDictionaryBase<Container>::takeAll() {
+    std::vector<CmObject*> taken;
+    const std::unique_ptr<CmIterator> cursor(this->newIterator());
+    while (!cursor->done())
+        taken.push_back(cursor->next());
+    const int16_t ownership = std::exchange(this->_ownsObjects, CmContainer::kBorrows);
+    Container::removeAll();
+    this->_ownsObjects = ownership;
+    return taken;
+}
+
+template <class Container>
+void CmDictionaryBase<Container>::ownWhatWasRead() {
+    const std::vector<CmObject*> read = takeAll();
+    const int16_t ownership = std::exchange(this->_ownsObjects, CmContainer::kShares);
+    for (CmObject* each : read) {
+        const OPtr<CmAssociation> association(static_cast<CmAssociation*>(each));
+        const OPtr<CmAssociation> own(new CmAssociation(association->key, association->value));
+        this->testRemember(own->key);
+        this->testRemember(own->value);
+        Container::add(own);
+    }
+    this->_ownsObjects = ownership;
 }
 
 template <class Container>

@@ -1,4 +1,5 @@
 #include "storage/farchive.h"
+#include "base/source/classfactory.h"
 #include "storage/fbstream.h"
 
 namespace Tessarine {
@@ -12,7 +13,30 @@ TArray<PreSaveFunction>& preSaveFunctions() {
 }  // namespace
 
 FArchive::FArchive(FStream* stream, bool writing, IArchiveErrorHook* errorHook)
-    : stream(stream), writing(writing), errorHook(errorHook), errors(0, 10) {}
+    : stream(stream), writing(writing), errorHook(errorHook), errors(0, 10), forgotten(0, 10) {}
+
+FArchive::~FArchive() {
+    for (CmObject* object : forgotten)
+        object->release();
+}
+
+int32_t FArchive::getClassVersion(const char* className) const {
+    const MetaClass* metaClass = ClassFactory::instance(true)->getMetaClassByName(className);
+    if (writing)
+        return metaClass ? metaClass->version : 0;
+    const char* name = metaClass ? metaClass->persistentName : className;
+    const auto read = classVersions.find(name ? name : "");
+    return read == classVersions.end() ? 0 : read->second;
+}
+
+bool FArchive::hasLeft(int64_t bytes) const {
+    return enclosingEnd < 0 || stream->tell() + bytes <= enclosingEnd;
+}
+
+void FArchive::forgetLater(CmObject* object) {
+    if (object)
+        forgotten.add(object);
+}
 
 int32_t FArchive::getLastError() {
     if (lastError == 0 && !stream->verify())

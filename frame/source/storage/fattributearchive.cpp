@@ -1,8 +1,10 @@
 #include "storage/fattributearchive.h"
+#include "collect/cmassociation.h"
 #include "collect/cmbuffer.h"
 #include "fobjectgraph.h"
 #include "storage/fmstream.h"
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace Tessarine {
@@ -36,7 +38,7 @@ FAttributes* bagOf(CmObject* object) {
 }
 
 bool isHolder(CmObject* object) {
-    return object && (bagOf(object) || object->isTypeOf(CmContainer::className(), true));
+    return bagOf(object) || classCast<CmContainer>(object) || classCast<CmAssociation>(object);
 }
 
 /** Spreads ids so that no file can be made whose objects all fall into one bucket. */
@@ -167,6 +169,7 @@ bool storeObjectIn(FAttributes& attributes, const CmObject& object) {
 // --- writing
 
 FSeenObjects::FSeenObjects() : table(kSeenBuckets) {
+    table._ownsObjects = CmContainer::kShares;
     table.setHashFunction(gHashObject);
 }
 
@@ -248,8 +251,8 @@ OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
     return OPtr<CmObject>(IPtr<CmObject>(reference.get()));
 }
 
-/** Containers and bags own what is in them: nothing that owns is put into one that stands in it, and chains of them end, since
-    a chain is torn down by recursion. */
+/** Containers, associations and bags own what is in them: nothing that owns is put into one that stands in it, and chains of
+    them end, since a chain is torn down by recursion. */
 bool FObjectLoader::mayHold(const Loaded& known) {
     const FXmlInstance* owner = current();
     const bool isKnownClass = known.getObject() != nullptr;

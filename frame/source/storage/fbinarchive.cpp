@@ -1,6 +1,7 @@
 #include "storage/fbinarchive.h"
 #include "fbytesink.h"
 #include "fobjectgraph.h"
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -47,10 +48,6 @@ std::vector<FStringIDAttribute*> objectRoots(const CmArray* roots) {
             found.push_back(root);
     }
     return found;
-}
-
-uint64_t idOf(const CmObject& object) {
-    return reinterpret_cast<uintptr_t>(&object);
 }
 
 bool BinWriter::writeRoots(const CmArray* roots) {
@@ -260,13 +257,27 @@ public:
 
 private:
     bool takeCount(int32_t& count) { return source.take(count) && count >= 0; }
+    /** A count, and so many of what readOne reads; false as soon as it can't. */
+    template <class ReadOne>
+    bool readEach(ReadOne readOne) {
+        int32_t count = 0;
+        bool good = takeCount(count);
+        for (; good && count > 0; --count)
+            good = readOne();
+        return good;
+    }
+    template <class List, class ReadItem>
+    OPtr<CmObject> readList(OPtr<List> list, ReadItem readItem) {
+        const bool whole = readEach([&] { return readItem(*list); });
+        return OPtr<CmObject>(whole ? list.detach() : nullptr);
+    }
     template <class Use>
     bool takeText(Use use);
     bool readAttribute(FAttributes& attributes);
     bool readValue(FAttributeValue& attribute, uint16_t type);
-    OPtr<CmObject> readForm();
+    /** isHole: a reference that can't stand here; the attribute is left out. */
+    OPtr<CmObject> readForm(bool& isHole);
     OPtr<CmObject> readObject();
-    OPtr<CmObject> readReference(bool& known);
     OPtr<CmObject> readObjects();
     OPtr<CmObject> readBags();
     OPtr<CmObject> readStrings();
@@ -283,10 +294,7 @@ private:
 
 template <class Add>
 bool BinReader::readRoots(Add add) {
-    int32_t count = 0;
-    if (!takeCount(count))
-        return false;
-    for (; count > 0; --count) {
+    return readEach([&] {
         FString name;
         uint64_t id = 0;
         if (!takeText([&name](const ConstString& text) { name = text; }) || !source.take(id))
@@ -295,40 +303,35 @@ bool BinReader::readRoots(Add add) {
         if (!object)
             return false;
         add(name.text8(), object.detach());
-    }
-    return true;
+        return true;
+    });
 }
 
 template <class Add>
 bool BinReader::readGlobalRoots(Add add) {
-    int32_t count = 0;
-    if (!takeCount(count))
-        return false;
-    for (; count > 0; --count) {
+    return readEach([&] {
         FString name;
         OPtr<FAttributes> bag(new FAttributes);
         if (!takeText([&name](const ConstString& text) { name = text; }) || !readAttributes(*bag))
             return false;
         add(name.text8(), bag.detach());
-    }
-    return true;
+        return true;
+    });
 }
 
 bool BinReader::readAttributes(FAttributes& attributes) {
     const FArchiveDepth level(depth);
-    int32_t count = 0;
-    if (level.isTooDeep() || !takeCount(count))
-        return false;
-    while (count > 0 && readAttribute(attributes))
-        --count;
-    return count == 0;
+    return !level.isTooDeep() && readEach([&] { return readAttribute(attributes); });
 }
 
 bool BinReader::readAttribute(FAttributes& attributes) {
     OPtr<FStringIDAttribute> attribute;
     uint16_t type = 0;
-    if (!takeText([&attribute](const ConstString& key) { attribute = new FStringIDAttribute(units8(key)); }) ||
-        !source.take(type) || !readValue(*attribute, type))
+    const auto begin = [&attribute](const ConstString& key) {
+        attribute =
+            key.isWideString() ? new FStringIDAttribute(String(key).text8()) : new FStringIDAttribute(units8(key));
+    };
+    if (!takeText(begin) || !source.take(type) || !readValue(*attribute, type))
         return false;
     return attribute->isEmpty() || attributes.addAttribute(attribute.detach());
 }
@@ -351,19 +354,20 @@ bool BinReader::readValue(FAttributeValue& attribute, uint16_t type) {
         return takeText([&attribute](const ConstString& text) { attribute.setString(text); });
     case FAttributeValue::kObject:
     case FAttributeValue::kUnknown: {
-        OPtr<CmObject> object = readForm();
+        bool isHole = false;
+        OPtr<CmObject> object = readForm(isHole);
         if (object && type == FAttributeValue::kObject)
             attribute.setObj(object.detach(), FAttributeValue::kOwned);
         else
             attribute.setUnknown(object, FAttributeValue::kShared);
-        return !attribute.isEmpty();
+        return isHole || !attribute.isEmpty();
     }
     default:
         return true;
     }
 }
 
-OPtr<CmObject> BinReader::readForm() {
+OPtr<CmObject> BinReader::readForm(bool& isHole) {
     uint16_t form = 0;
     if (!source.take(form))
         return {};
@@ -387,7 +391,11 @@ OPtr<CmObject> BinReader::readForm() {
         return readObject();
     case kStoredReference: {
         uint64_t id = 0;
-        return source.take(id) ? loader.refer(id) : OPtr<CmObject>();
+        if (!source.take(id))
+            return {};
+        OPtr<CmObject> target = loader.refer(id);
+        isHole = !target;
+        return target;
     }
     case kStoredObjects:
         return readObjects();
@@ -414,50 +422,35 @@ OPtr<CmObject> BinReader::readObject() {
 }
 
 OPtr<CmObject> BinReader::readObjects() {
-    OPtr<FObjectList> list(new FObjectList(true));
-    int32_t count = 0;
-    if (!takeCount(count))
-        return {};
-    for (; count > 0; --count) {
+    return readList(OPtr<FObjectList>(new FObjectList(true)), [this](FObjectList& list) {
         uint16_t form = 0;
         uint64_t id = 0;
         if (!source.take(form) || (form != kStoredObject && form != kStoredReference) ||
             (form == kStoredReference && !source.take(id)))
-            return {};
+            return false;
         OPtr<CmObject> object = form == kStoredObject ? readObject() : loader.refer(id);
-        if (object && list->queue(object, true))
+        const bool queued = object && list.queue(object, true);
+        if (queued)
             object.detach();
-        else if (form == kStoredObject)
-            return {};
-    }
-    return OPtr<CmObject>(list.detach());
+        return queued || form == kStoredReference;
+    });
 }
 
 OPtr<CmObject> BinReader::readBags() {
-    OPtr<FSubList> list(new FSubList);
-    int32_t count = 0;
-    if (!takeCount(count))
-        return {};
-    for (; count > 0; --count) {
+    return readList(OPtr<FSubList>(new FSubList), [this](FSubList& list) {
         OPtr<FAttributes> bag(new FAttributes);
-        if (!readAttributes(*bag) || !list->queue(bag))
-            return {};
-        bag.detach();
-    }
-    return OPtr<CmObject>(list.detach());
+        const bool queued = readAttributes(*bag) && list.queue(bag);
+        if (queued)
+            bag.detach();
+        return queued;
+    });
 }
 
 OPtr<CmObject> BinReader::readStrings() {
-    OPtr<FStringList> list(new FStringList);
-    int32_t count = 0;
-    if (!takeCount(count))
-        return {};
-    for (; count > 0; --count) {
+    return readList(OPtr<FStringList>(new FStringList), [this](FStringList& list) {
         bool added = false;
-        if (!takeText([&](const ConstString& text) { added = list->queue(text); }) || !added)
-            return {};
-    }
-    return OPtr<CmObject>(list.detach());
+        return takeText([&](const ConstString& text) { added = list.queue(text); }) && added;
+    });
 }
 
 OPtr<CmObject> BinReader::readBytes() {
@@ -477,16 +470,10 @@ OPtr<CmObject> BinReader::readBytes() {
 
 template <class List, class Number>
 OPtr<CmObject> BinReader::readNumbers() {
-    OPtr<List> list(new List);
-    int32_t count = 0;
-    if (!takeCount(count))
-        return {};
-    for (; count > 0; --count) {
+    return readList(OPtr<List>(new List), [this](List& list) {
         Number number{};
-        if (!source.take(number) || !list->queue(number))
-            return {};
-    }
-    return OPtr<CmObject>(list.detach());
+        return source.take(number) && list.queue(number);
+    });
 }
 
 /** A text in the form of FString, as it would load it; what it is given lives as long as the call. */

@@ -49,7 +49,11 @@ void FMemoryStream::truncate() {
 }
 
 void FMemoryStream::truncateToCursor() {
-    size = std::min(getSize(), cursor);
+    if (cursor > getSize())
+        makeRoom(cursor);
+    else
+        size = cursor;
+    findLimit();
 }
 
 void* FMemoryStream::pass() {
@@ -127,7 +131,7 @@ bool FMemoryStream::internalize(FArchive& archive) {
         return false;
     const int64_t left = stream.bytesLeft();
     FMemoryStream content;
-    if ((left >= 0 && left < stored) || !content.readSteps(stream, stored))
+    if ((left >= 0 && left < stored) || !archive.hasLeft(stored) || !content.readSteps(stream, stored))
         return false;
     takeOver(content);
     rewind();

@@ -125,8 +125,11 @@ OPtr<CmObject> FNewArchive::readNewObject(const ClassRecord& record, const char*
         return {};
     if (keepReference)
         objects.addKeyAndObject(id, object.get());
-    if (readContent(*object, record))
+    const bool isRead = readContent(*object, record);
+    if (isRead && stream->tell() <= enclosingEnd)
         return object;
+    if (isRead)
+        reportError(kUnreadableObject, record.name.text8());  // it took what isn't its own
     objects.remove(TAssociation<int32_t, IPtr<CmObject>>(id));
     return {};
 }

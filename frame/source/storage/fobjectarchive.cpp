@@ -1,5 +1,7 @@
 #include "storage/fobjectarchive.h"
 #include "base/fattributelistimp.h"
+#include "base/fmessage.h"
+#include "collect/cmassociation.h"
 #include "collect/cmcontainer.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/fbstream.h"
@@ -14,8 +16,9 @@ constexpr int32_t kMaxName = 4096;  // bytes of a class name; they have some doz
 
 /** Holds the objects that it reads. */
 bool isHolder(const CmObject* object) {
-    static constexpr const MetaClass* kHolders[] = {&CmContainer::__fClass, &FAttributes::__fClass,
-                                                    &FAttributeValue::__fClass, &FAttributeListImp::__fClass};
+    static constexpr const MetaClass* kHolders[] = {
+        &CmContainer::__fClass,     &CmAssociation::__fClass,     &FAttributes::__fClass, &FAttrList::__fClass,
+        &FAttributeValue::__fClass, &FAttributeListImp::__fClass, &FMessage::__fClass};
     for (const MetaClass* each = object ? object->getClass() : nullptr; each; each = each->baseClass) {
         if (std::ranges::find(kHolders, each) != std::end(kHolders))
             return true;
@@ -29,26 +32,7 @@ int32_t hashPointer(const ArchivePointer& pointer, int32_t buckets) {
 }
 
 FObjectArchive::FObjectArchive(FStream* stream, bool writing, IArchiveErrorHook* errorHook)
-    : FArchive(stream, writing, errorHook), failedClasses(0, 10), forgotten(0, 10) {}
-
-FObjectArchive::~FObjectArchive() {
-    for (CmObject* object : forgotten)
-        object->release();
-}
-
-int32_t FObjectArchive::getClassVersion(const char* className) const {
-    const MetaClass* metaClass = ClassFactory::instance(true)->getMetaClassByName(className);
-    if (writing)
-        return metaClass ? metaClass->version : 0;
-    const char* name = metaClass ? metaClass->persistentName : className;
-    const auto read = classVersions.find(name ? name : "");
-    return read == classVersions.end() ? 0 : read->second;
-}
-
-void FObjectArchive::forgetLater(CmObject* object) {
-    if (object)
-        forgotten.add(object);
-}
+    : FArchive(stream, writing, errorHook), failedClasses(0, 10) {}
 
 bool FObjectArchive::writeClassRecord(const MetaClass& metaClass, int32_t mark) {
     return stream->writeInt32(mark) && stream->writeStr8(metaClass.persistentName) &&

@@ -15,7 +15,7 @@ public:
     explicit FGrowingTable(int32_t buckets) : CmHashTable(buckets) { autoResize = 1; }
 };
 
-/** What has been written. */
+/** What has been written. Held, so that no object that is made for the bag of another gets the address of an earlier one. */
 class FSeenObjects {
 public:
     FSeenObjects();
@@ -25,6 +25,11 @@ public:
 private:
     FGrowingTable table;
 };
+
+/** The id that an object is written with. */
+inline uint64_t idOf(const CmObject& object) {
+    return reinterpret_cast<uintptr_t>(&object);
+}
 
 /** How an object is stored; it becomes the one behind a reference or an instance. */
 StoredForm formBehind(CmObject*& object);
@@ -92,7 +97,7 @@ private:
 
     OPtr<CmArray> objects;         // of Loaded, in the order of the file
     std::vector<int32_t> parents;  // of each object: what it stands in; -1: nothing
-    std::vector<int32_t> heights;  // of each object: how many containers and bags hold each other below it
+    std::vector<int32_t> heights;  // of each object: how many that hold objects are below it
     std::vector<int32_t> open;
     FGrowingTable byID;           // of Loaded
     CmLinkedList references;      // of FXmlReference

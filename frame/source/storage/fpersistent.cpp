@@ -20,6 +20,24 @@ ConstString textOf(const FVariant& value) {
     return value.getType() == FVariant::kString16 ? ConstString(value.getString16()) : ConstString(value.getString8());
 }
 
+/** Hands over what the value holds, to plain or to object; kResultFalse too for what no bag holds. */
+template <class Plain, class Object>
+int32_t passOn(const FVariant& value, Plain plain, Object object) {
+    switch (value.getType()) {
+    case FVariant::kInteger:
+        return resultOf(plain(value.getInteger()));
+    case FVariant::kFloat:
+        return resultOf(plain(value.getFloat()));
+    case FVariant::kString8:
+    case FVariant::kString16:
+        return resultOf(plain(textOf(value)));
+    case FVariant::kObject:
+        return resultOf(object(value.getObject()));
+    default:
+        return kResultFalse;
+    }
+}
+
 /** The bag, or what the member stores in a new one; with a reference for the caller, null when it stores nothing. */
 OPtr<FAttributes> attributesOf(const CmObject& member) {
     OPtr<FAttributes> attributes(new FAttributes);
@@ -39,8 +57,13 @@ CmObject* ofClass(CmObject* object, const char* className) {
     return object && (!className || object->isTypeOf(className, true)) ? object : nullptr;
 }
 
-FUnknown* targetOf(const FAttributeValue& attribute) {
+CmObject* objectIn(const FAttributeValue& attribute) {
     CmObject* object = attribute.getObj();
+    return object ? object : commonObject(attribute.getUnknown());
+}
+
+FUnknown* targetOf(const FAttributeValue& attribute) {
+    CmObject* object = objectIn(attribute);
     return object ? FXmlReference::targetOf(object) : attribute.getUnknown();
 }
 
@@ -109,11 +132,11 @@ bool FAttributes::setObject(const char* key, CmObject* object, bool own) {
 }
 
 CmObject* FAttributes::getObject(const char* key, const char* className) const {
-    return ofClass(FXmlReference::targetOf(list.getObjAttribute(key)), className);
+    return ofClass(FXmlReference::targetOf(objectAt(key)), className);
 }
 
 FAttributes* FAttributes::getObjectAttributes(const char* key) const {
-    return attributesOfInstance(list.getObjAttribute(key));
+    return attributesOfInstance(objectAt(key));
 }
 
 bool FAttributes::addAllFrom(const FAttributes& source) {
@@ -148,9 +171,14 @@ bool FAttributes::setAttributes(const char* key, FAttributes* attributes, bool o
     return setObject(key, attributes, own);
 }
 
+CmObject* FAttributes::objectAt(const char* key) const {
+    const FStringIDAttribute* attribute = list.getAttribute(key);
+    return attribute ? objectIn(*attribute) : nullptr;
+}
+
 template <class Kind>
 Kind* FAttributes::kindAt(const char* key) const {
-    return classCast<Kind>(list.getObjAttribute(key));
+    return classCast<Kind>(objectAt(key));
 }
 
 /** The list of that kind under the key; whatever else stood there makes way for a new one. */
@@ -177,7 +205,7 @@ bool FAttributes::setBinary(const char* key, const void* bytes, uint32_t size, b
 bool FAttributes::getBinary(const char* key, void* bytes, uint32_t size) const {
     const void* stored = nullptr;
     uint32_t storedSize = 0;
-    if (!bytesOf(list.getObjAttribute(key), stored, storedSize))
+    if (!bytesOf(objectAt(key), stored, storedSize))
         return false;
     if (const uint32_t count = std::min(size, storedSize); count && bytes)
         std::memcpy(bytes, stored, count);
@@ -187,7 +215,7 @@ bool FAttributes::getBinary(const char* key, void* bytes, uint32_t size) const {
 uint32_t FAttributes::getBinarySize(const char* key) const {
     const void* stored = nullptr;
     uint32_t storedSize = 0;
-    return bytesOf(list.getObjAttribute(key), stored, storedSize) ? storedSize : 0;
+    return bytesOf(objectAt(key), stored, storedSize) ? storedSize : 0;
 }
 
 bool FAttributes::queueInt(const char* key, int64_t number) {
@@ -232,18 +260,12 @@ bool FAttributes::queueAttributes(const char* key, FAttributes* attributes, bool
 
 bool FAttributes::unqueueInt(const char* key, int64_t& number) const {
     FIntList* numbers = kindAt<FIntList>(key);
-    const int32_t index = numbers ? numbers->step() : -1;
-    if (index >= 0)
-        number = numbers->numbers.at(index);
-    return index >= 0;
+    return numbers && numbers->unqueue(number);
 }
 
 bool FAttributes::unqueueFloat(const char* key, double& number) const {
     FFloatList* numbers = kindAt<FFloatList>(key);
-    const int32_t index = numbers ? numbers->step() : -1;
-    if (index >= 0)
-        number = numbers->numbers.at(index);
-    return index >= 0;
+    return numbers && numbers->unqueue(number);
 }
 
 bool FAttributes::unqueueString(const char* key, String& text) const {
@@ -286,7 +308,7 @@ bool FAttributes::resetList(const char* key) const {
 
 void FAttributes::resetAllLists() const {
     for (int32_t i = 0; i < countAttributes(); ++i) {
-        if (auto* items = classCast<FAttrList>(getAttribute(i)->getObj()))
+        if (auto* items = classCast<FAttrList>(objectIn(*getAttribute(i))))
             items->reset();
     }
 }
@@ -310,43 +332,29 @@ FAttributes* FAttributes::extractAttributes(const char* path) const {
 }
 
 int32_t FAttributes::set(const char* key, const FVariant& value) {
-    switch (value.getType()) {
-    case FVariant::kInteger:
-        return resultOf(set(key, value.getInteger()));
-    case FVariant::kFloat:
-        return resultOf(set(key, value.getFloat()));
-    case FVariant::kString8:
-    case FVariant::kString16:
-        return resultOf(set(key, textOf(value)));
-    case FVariant::kObject:
-        break;
-    default:
-        return kResultFalse;
-    }
-    if (CmObject* object = commonObject(value.getObject()))
-        return resultOf(setObject(key, object));
-    return resultOf(list.setUnknownAttribute(key, value.getObject(), List::kShared));
+    const auto setPlain = [&](const auto& plain) { return set(key, plain); };
+    return passOn(value, setPlain, [&](FUnknown* object) {
+        CmObject* known = commonObject(object);
+        return known ? setObject(key, known) : list.setUnknownAttribute(key, object, List::kShared);
+    });
 }
 
 int32_t FAttributes::queue(const char* key, const FVariant& value) {
-    switch (value.getType()) {
-    case FVariant::kInteger:
-        return resultOf(queueInt(key, value.getInteger()));
-    case FVariant::kFloat:
-        return resultOf(queueFloat(key, value.getFloat()));
-    case FVariant::kString8:
-    case FVariant::kString16:
-        return resultOf(queueString(key, textOf(value)));
-    case FVariant::kObject:
-        break;
-    default:
-        return kResultFalse;
-    }
-    CmObject* object = commonObject(value.getObject());
-    if (!object || !queueObject(key, object, true))
-        return kResultFalse;
-    object->addRef();
-    return kResultOk;
+    const auto queuePlain = [&]<class Plain>(const Plain& plain) {
+        if constexpr (std::is_same_v<Plain, int64_t>)
+            return queueInt(key, plain);
+        else if constexpr (std::is_same_v<Plain, double>)
+            return queueFloat(key, plain);
+        else
+            return queueString(key, plain);
+    };
+    return passOn(value, queuePlain, [&](FUnknown* object) {
+        CmObject* known = commonObject(object);
+        const bool queued = known && queueObject(key, known, true);
+        if (queued)
+            known->addRef();
+        return queued;
+    });
 }
 
 int32_t FAttributes::setBinaryData(const char* key, void* data, uint32_t size, bool copy) {

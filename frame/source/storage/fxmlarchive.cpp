@@ -126,10 +126,6 @@ bool isAscii(std::string_view text) {
     return std::ranges::none_of(text, [](char c) { return (c & 0x80) != 0; });
 }
 
-uint64_t idOf(const CmObject& object) {
-    return reinterpret_cast<uintptr_t>(&object);
-}
-
 class XmlArchiveWriter {
 public:
     XmlArchiveWriter(FStream& stream, const char* rootTag) : text(stream), rootTag(rootTag) {}

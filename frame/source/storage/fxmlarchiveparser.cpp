@@ -7,15 +7,25 @@ namespace {
 constexpr size_t kMaxOpen =
     4 * FAttributeArchiveBase::kMaxDepth;  // elements; archives of the greatest depth have two a bag
 
-int64_t integerOf(const char* text) {
-    int64_t number = 0;
+/** What is one number and nothing else is read the short way. */
+template <class Number>
+Number numberOf(const char* text, bool (ConstString::*scan)(Number&, uint32_t, bool) const) {
+    Number number = 0;
     if (!text)
         return 0;
     const char* end = text + std::strlen(text);
-    if (const auto read = std::from_chars(text, end, number); read.ec == std::errc() && read.ptr == end)
-        return number;
-    ConstString(text).scanInt64(number, 0, false);
+    const auto read = std::from_chars(text, end, number);
+    if (read.ec != std::errc() || read.ptr != end)
+        (ConstString(text).*scan)(number, 0, false);
     return number;
+}
+
+int64_t integerOf(const char* text) {
+    return numberOf(text, &ConstString::scanInt64);
+}
+
+double floatOf(const char* text) {
+    return numberOf(text, &ConstString::scanFloat);
 }
 
 uint64_t idOf(const char* text) {
@@ -23,17 +33,6 @@ uint64_t idOf(const char* text) {
     if (text)
         std::from_chars(text, text + std::strlen(text), id);
     return id;
-}
-
-double floatOf(const char* text) {
-    double number = 0;
-    if (!text)
-        return 0;
-    const char* end = text + std::strlen(text);
-    if (const auto read = std::from_chars(text, end, number); read.ec == std::errc() && read.ptr == end)
-        return number;
-    ConstString(text).scanFloat(number, 0, false);
-    return number;
 }
 
 bool isAscii(const char* text) {

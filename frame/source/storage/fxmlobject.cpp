@@ -73,8 +73,24 @@ bool FCmObjectStripper::strip(FAttributes& attributes) {
     ++depth;
     for (int32_t i = 0; i < attributes.countAttributes(); ++i)
         whole = stripValue(*attributes.getAttribute(i)) && whole;
-    --depth;
+    if (--depth == 0)
+        redirect();
     return whole;
+}
+
+void FCmObjectStripper::note(CmObject* object) {
+    if (auto* reference = classCast<FXmlReference>(object))
+        identities.emplace_back(reference);
+}
+
+/** What stood for a live object stands for its form. */
+void FCmObjectStripper::redirect() {
+    for (const IPtr<FXmlReference>& each : identities) {
+        const auto found = known.find(reinterpret_cast<const CmObject*>(static_cast<uintptr_t>(each->getID())));
+        if (found != known.end())
+            each->setIdentity(found->second.form);
+    }
+    identities.clear();
 }
 
 bool FCmObjectStripper::stripValue(FStringIDAttribute& attribute) {
@@ -96,6 +112,7 @@ bool FCmObjectStripper::stripValue(FStringIDAttribute& attribute) {
     case kStoredObject:
         break;
     default:
+        note(object);
         return true;
     }
     bool whole = true;
@@ -114,7 +131,7 @@ bool FCmObjectStripper::stripList(FStringIDAttribute& attribute, const FObjectLi
     OPtr<FObjectList> stripped(new FObjectList(true));
     bool whole = true;
     for (int32_t i = 0; i < list.total(); ++i) {
-        OPtr<CmObject> form = formOf(list.targetAt(i), whole);
+        OPtr<CmObject> form = formOf(list.at(i), whole);
         if (form && stripped->queue(form, true))
             form.detach();
     }
@@ -123,14 +140,22 @@ bool FCmObjectStripper::stripList(FStringIDAttribute& attribute, const FObjectLi
 }
 
 OPtr<CmObject> FCmObjectStripper::formOf(CmObject* object, bool& whole) {
-    object = FXmlReference::targetOf(object);
-    if (!object || object->isTypeOf(FXmlObject::className(), true))
+    if (CmObject* target = FXmlReference::targetOf(object))
+        object = target;
+    if (const auto* instance = classCast<FXmlInstance>(object); instance && instance->getObject())
+        object = instance->getObject();
+    auto* unknown = classCast<FXmlInstance>(object);
+    if (!object || (!unknown && object->isTypeOf(FXmlObject::className(), true))) {
+        note(object);
         return OPtr<CmObject>(IPtr<CmObject>(object));
+    }
     auto found = known.find(object);
     if (found == known.end()) {
-        const OPtr<FXmlInstance> form(new FXmlInstance(reinterpret_cast<uintptr_t>(object), persistentNameOf(*object)));
-        known.emplace(object, Stripped{object, form.get(), true});
-        const bool stored = object->storeAttributes(*form->getAttributes());
+        IPtr<FXmlInstance> form(unknown);
+        if (!form)
+            form = OPtr<FXmlInstance>(new FXmlInstance(reinterpret_cast<uintptr_t>(object), persistentNameOf(*object)));
+        known.emplace(object, Stripped{object, form, true});
+        const bool stored = unknown || object->storeAttributes(*form->getAttributes());
         whole = strip(*form->getAttributes()) && stored && whole;
         found = known.find(object);
         found->second.isOpen = false;

@@ -500,7 +500,7 @@ bool FXmlParser::endsData(bool first) {
 
 /** "</" and the name of the innermost open tag follow. */
 bool FXmlParser::looksAtEndTag() {
-    const std::string_view name = units8(getCurrentStartTag());
+    const std::string_view name = getCurrentStartTag().text8();  // somebody may have asked for 16 bits
     const size_t wanted = name.size() + 2;
     const auto expected = [name](size_t i) { return i == 0 ? '<' : i == 1 ? '/' : name[i - 2]; };
     if (cursor + wanted <= buffer.getFillSize()) {
@@ -671,7 +671,7 @@ void FXmlParser::returnToPool(CmArray& attributes) {
 
 void FXmlParser::handleEndTag(std::string_view token, void* userData) {
     OPtr<CmString> open(static_cast<CmString*>(tagStack.pop()));
-    const bool closes = open && token.substr(2).starts_with(units8(*open));
+    const bool closes = open && token.substr(2).starts_with(open->text8());
     if (!closes)
         errorCode = kErrorMalformed;
     else if (!skipping && !endTag(open->text8(), userData))
@@ -703,7 +703,7 @@ void FXmlParser::handleData(Text& text, void* userData) {
 }
 
 void FXmlParser::handlePI() {
-    CmArray attributes;
+    CmArray attributes(0, -1);
     attributes._ownsObjects = CmContainer::kTakesOver;
     char bytes[kTokenSize + 1];
     for (Token token = kTokenBlank; token != kTokenPIEnd;) {

@@ -136,7 +136,7 @@ bool FXmlParser2::leaveRestIn(IBStream* stream) {
     if (XML_GetErrorCode(parser) != XML_ERROR_JUNK_AFTER_DOC_ELEMENT)
         return false;
     const int64_t index = XML_GetCurrentByteIndex(parser);  // right for a document that began with the stream
-    if (index > 0)
+    if (index > 0 && stream)
         stream->seek(index, IBStream::kSeekSet, nullptr);
     return true;
 }

@@ -12,7 +12,7 @@ namespace {
 constexpr uint32_t kBlockBytes = 0x10000;
 constexpr const char* kZLibVersion = "1.1.3";  // the interface that is used here; later ones still have it
 constexpr int kMaxLevel = 9;
-constexpr uint32_t kRegistrationPriority = 100;
+constexpr uint32_t kFirst = 0;  // what is packed may be wanted by any later step of the start-up
 
 voidpf allocate(voidpf /*opaque*/, uInt count, uInt size) {
     return std::malloc(size_t(count) * size);
@@ -38,12 +38,12 @@ constexpr FUID makeCID() {
 constinit FCompiledInClass engineRecord{FCompressionEngine::kCategory, "ZLib", makeCID(),
                                         [] { return static_cast<FObject*>(new ZLibEngine); }};
 
-bool registerEngine() {
+bool initZLibCompressor() {
     FCompiledInClass::registerClass(engineRecord);
     return true;
 }
 
-const OneTimeProcedure registration(true, registerEngine, "ZLibCompressor", kRegistrationPriority);
+const OneTimeProcedure ZLibCompressorInitializer(true, initZLibCompressor, "ZLibCompressor", kFirst);
 }  // namespace
 
 const FUID& getCID() {

@@ -253,20 +253,11 @@ TEST(TLists, HandOutWhatTheyLoseAtTheEnds) {
     TDLinkedList<int> doubly;
     TLinkedList<int> singly;
     TStack<int> stack;
-    for (const int value : {1, 2, 3}) {
-        doubly.append(value);
-        singly.prepend(value);
-        stack.push(value);
-    }
-    EXPECT_EQ(stack.peek(), 3);
-    for (const int value : {3, 2, 1}) {
-        EXPECT_EQ(stack.pop(), value);
-        EXPECT_EQ(doubly.removeLast(), value);
-        EXPECT_EQ(singly.removeFirst(), value);
-    }
-    EXPECT_TRUE(doubly.isEmpty() && singly.isEmpty() && stack.isEmpty());
-    EXPECT_EQ(doubly.removeFirst(), 0);
-    EXPECT_EQ(singly.removeLast(), 0);
+    for (const int value : {1, 2, 3})
+        EXPECT_TRUE(doubly.append(value) && singly.prepend(value) && (stack.push(value), stack.peek() == value));
+    for (const int value : {3, 2, 1})
+        EXPECT_EQ((Numbers{stack.pop(), doubly.removeLast(), singly.removeFirst()}), Numbers(3, value));
+    EXPECT_EQ(doubly.removeFirst() + singly.removeLast() + stack.total(), 0);
     EXPECT_TRUE(singly.append(4));
     EXPECT_EQ(singly.removeLast(), 4);
 }
@@ -326,20 +317,6 @@ TEST(TLists, MayEndWithTheirOwnElement) {
     EXPECT_TRUE(list->removeAt(0));
 }
 
-TEST(TLists, UseTheirMemoryAgain) {
-    TDLinkedList<int> list;
-    std::vector<const int*> places;
-    for (int round = 0; round < 2; ++round) {
-        for (int i = 0; i < 5; ++i)
-            list.append(i);
-        for (int& value : list)
-            places.push_back(&value);
-        while (!list.isEmpty())
-            list.removeAt(list.total() / 2);
-    }
-    EXPECT_TRUE(std::equal(places.begin(), places.begin() + 5, places.begin() + 5));  // in order, whatever went first
-}
-
 TEST(TDictionaryPairs, AreUniqueAndAReplacedOneComesLast) {
     TDictionary<int, std::string> dictionary(0, "none");
     EXPECT_TRUE(dictionary.addKeyAndObject(1, "one"));
@@ -363,16 +340,6 @@ TEST(TDictionaryPairs, AreUniqueAndAReplacedOneComesLast) {
     EXPECT_EQ(twin->lookupObject(3), "none");
 }
 
-TEST(TAssociationArrayPairs, AreFoundByTheirFirstKey) {
-    TAssociationArray<int, std::string> array(0, -1);
-    EXPECT_TRUE(array.addKeyAndObject(5, "first"));
-    EXPECT_TRUE(array.addKeyAndObject(5, "second"));
-    EXPECT_EQ(array.lookup(5).value, "first");
-    EXPECT_EQ(array.lookup(6).value, "");
-    EXPECT_TRUE(array.remove(5));
-    EXPECT_EQ(array.lookup(5).value, "second");
-}
-
 TEST(THashTableCounts, RemoveAtLeavesTheTotal) {
     TenBuckets table;
     for (const int value : {21, 3, 11, -7, 1, 3})  // -7 falls into bucket 9, as an unsigned number
@@ -391,12 +358,15 @@ TEST(THashTableCounts, RemoveAtLeavesTheTotal) {
     EXPECT_EQ(table.total(), 0);
 }
 
-TEST(THashDictionaryPairs, AreFoundByTheirFirstKey) {
+TEST(TPairs, AreFoundByTheirFirstKey) {
     THashDictionary<int, std::string> names(
         0, [](const TAssociation<int, std::string>& pair, int32_t) { return pair.key; });
+    TAssociationArray<int, std::string> array(0, -1);
     EXPECT_EQ(names.size(), 1);
-    EXPECT_TRUE(names.addKeyAndObject(5, "older"));
-    EXPECT_TRUE(names.addKeyAndObject(5, "younger"));
-    EXPECT_EQ(names.lookupObject(5), "older");
-    EXPECT_EQ(names.lookupObject(6), "");
+    for (const char* value : {"older", "younger"})
+        EXPECT_TRUE(names.addKeyAndObject(5, value) && array.addKeyAndObject(5, value));
+    EXPECT_EQ(names.lookupObject(5) + names.lookupObject(6), "older");
+    EXPECT_EQ(array.lookup(5).value + array.lookup(6).value, "older");
+    EXPECT_TRUE(array.remove(5));
+    EXPECT_EQ(array.lookup(5).value, "younger");
 }

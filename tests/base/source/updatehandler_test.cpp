@@ -2,6 +2,7 @@
 #include "base/source/cmobject.h"
 #include "base/source/hooks.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "tests/support/uncounted.h"
 #include <algorithm>
 #include <atomic>
 #include <functional>
@@ -27,15 +28,13 @@ public:
 };
 
 /** Notes what it hears, and then does what the test wants. Nobody may ask it for a face. */
-class Listener final : public IDependent {
+class Listener final : public Uncounted<IDependent> {
 public:
     Listener(Log& log, std::string name) : log(log), name(std::move(name)) {}
     int32_t queryInterface(const char*, void** obj) override {
         ADD_FAILURE() << name << " was queried";
         return noInterface(obj);
     }
-    uint32_t addRef() override { return 1; }
-    uint32_t release() override { return 1; }
     void update(FUnknown* changed, int32_t message) override {
         lastChanged = changed;
         log.push_back(name + " " + std::to_string(message));

@@ -2,15 +2,17 @@
 #include "pluginterfaces/base/funknown.h"
 
 /** An object of the interfaces alone: it shows its count, and the test looks at how many live. */
-class CountedObject : public Tessarine::FUnknown {
+template <class Interface>
+class Counted : public Interface {
 public:
-    CountedObject() { ++living; }
-    CountedObject(const CountedObject&) = delete;
-    virtual ~CountedObject() { --living; }
+    Counted() { ++living; }
+    Counted(const Counted&) = delete;
+    virtual ~Counted() { --living; }
 
     int32_t queryInterface(const char* iid, void** obj) override {
         using namespace Tessarine;
-        return answerInterface<FUnknown>(this, iid, obj) ? int32_t(kResultOk) : noInterface(obj);
+        const bool found = answerInterface<Interface>(this, iid, obj) || answerInterface<FUnknown>(this, iid, obj);
+        return found ? int32_t(kResultOk) : noInterface(obj);
     }
     uint32_t addRef() override { return uint32_t(++count); }
     uint32_t release() override {
@@ -23,3 +25,4 @@ public:
     int32_t count = 1;
     inline static int32_t living = 0;
 };
+using CountedObject = Counted<Tessarine::FUnknown>;

@@ -44,6 +44,12 @@ public:
     TALV_CircularBuffer& ring() { return *buffer; }
 };
 
+class PortWithRing : public TALV_COMPortMac {
+public:
+    using TALV_COMPortMac::TALV_COMPortMac;
+    TALV_CircularBuffer& ring() { return *buffer; }
+};
+
 class Port : public testing::Test {
 protected:
     Port() : dataManager(&host, &manager) {
@@ -147,20 +153,6 @@ TEST(PortRecords, ThatClaimTooMuchStay) {
     }
 }
 
-TEST_F(OpenPort, CarriesBytesBothWays) {
-    const Bytes out = {5, 0x20, 1, 3, 0x20, 0xBB};
-    EXPECT_EQ(port.sendMessage(out.data(), int32_t(out.size())), 0);
-    EXPECT_EQ(far->receive(out.size()), out);
-
-    Bytes in(600);
-    std::iota(in.begin(), in.end(), static_cast<unsigned char>(0));  // all values: nothing is changed on the way
-    ASSERT_TRUE(far->send(in));
-    EXPECT_EQ(receive(port, in.size()), in);
-    EXPECT_EQ(port.closePort(), 0);
-    EXPECT_EQ(platform.references, 0);
-    EXPECT_EQ(naming.references, 0);
-}
-
 TEST_F(OpenPort, SetsUpTheLineAndPutsItBack) {
     const termios open = far->settings();
     EXPECT_EQ(open.c_iflag, tcflag_t(IGNPAR));
@@ -180,20 +172,18 @@ TEST_F(OpenPort, SetsUpTheLineAndPutsItBack) {
 }
 
 TEST_F(Port, ClosesOnceAndLosesWhatWasNotTaken) {
-    class PortWithRing : public TALV_COMPortMac {
-    public:
-        using TALV_COMPortMac::TALV_COMPortMac;
-        int32_t stored() const { return buffer->avail(); }
-    };
     const auto far = line("tty.a");
     PortWithRing port(&host, &dataManager);
     port.initialize();
     EXPECT_EQ(port.closePort(), 1);
-    ASSERT_EQ(port.openPort(), 0);
+    ASSERT_TRUE(far->send({'o', 'l', 'd', '\n'}));
+    pollfd waiting{far->slave, POLLIN, 0};
+    ASSERT_EQ(poll(&waiting, 1, 5000), 1);
+    ASSERT_EQ(port.openPort(), 0);  // what came before is lost too
     ASSERT_TRUE(far->send(Bytes(20, 7)));
     ASSERT_EQ(receive(port, 20).size(), 20u);
     ASSERT_TRUE(far->send(Bytes(20, 8)));
-    while (port.stored() == 0)
+    while (port.ring().avail() == 0)
         std::this_thread::yield();
     EXPECT_EQ(port.closePort(), 0);
     EXPECT_EQ(port.closePort(), 1);
@@ -216,6 +206,24 @@ TEST_F(OpenPort, DropsChunksThatFindNoRoom) {
     EXPECT_LE(kept, 4096u);
     EXPECT_GT(kept, 3000u);
     EXPECT_TRUE(std::is_sorted(bytes.begin(), bytes.begin() + ptrdiff_t(kept)));
+}
+
+TEST_F(Port, AChunkThatFitsWithoutItsCountIsCutNotDropped) {
+    const auto far = line("tty.a");
+    PortWithRing port(&host, &dataManager);
+    port.initialize();
+    ASSERT_EQ(port.openPort(), 0);
+    for (const int32_t room : {9, 8, 5}) {
+        port.ring().clear();
+        const Bytes filler(size_t(port.ring().size() - room));
+        port.ring().write(filler.data(), int32_t(filler.size()));
+        ASSERT_TRUE(far->send(Bytes(5, 7)));
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        while (port.ring().space() > 0 && std::chrono::steady_clock::now() < end)
+            port.receiveMessage();
+        EXPECT_EQ(port.ring().space(), 0) << room;
+    }
+    port.closePort();
 }
 
 TEST_F(Port, WithoutADeviceNothingWorksAndNothingHangs) {

@@ -22,23 +22,6 @@ protected:
 };
 }  // namespace
 
-// --- the object
-
-TEST_F(Manager, IsOneObjectWithItsFaces) {
-    FUnknown* made = TALV_Manager::newInstance(nullptr);
-    EXPECT_EQ(TALV_Manager::newInstance(nullptr), made);
-    EXPECT_EQ(referencesOf(made), 1u) << "no reference for the second";
-    const FUnknownPtr<IPluginBase> base(made);
-    EXPECT_EQ(base.get(), made);
-    EXPECT_EQ(FUnknownPtr<FUnknown>(base.get()).get(), made);
-    EXPECT_EQ(FUnknownPtr<FObject>(made).get(), static_cast<CmObject*>(TALV_Manager::mp_talv));
-    void* face = this;
-    EXPECT_EQ(made->queryInterface(IDependent::iid, &face), kNoInterface);
-    EXPECT_EQ(face, nullptr);
-}
-
-// --- the search
-
 TEST_F(Manager, AnAnswerEndsTheSearch) {
     const auto far = newLine("tty.a");
     start();
@@ -59,18 +42,11 @@ TEST_F(Manager, AnAnswerEndsTheSearch) {
     clock->advance(9000);
     EXPECT_EQ(sent(*far), Frames());
     EXPECT_EQ(notices.heard.size(), 0u);
+    manager->updateCOMPort();
+    deliver();
+    clock->advance(9000);
+    EXPECT_EQ(sent(*far), Frames(4, kBroadcast)) << "the next search counts anew";
 }
-
-TEST_F(ManagerOnLine, AModeComesBackBounded) {
-    hear(frame({0x81, kDevice, 9, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 0x8A}));
-    EXPECT_EQ(sent().front(), "04 01 01 03 FA");
-    tchar name[20];
-    int32_t length = 20;
-    value(kDevice, kPrmDevName)->toString2(name, &length);
-    EXPECT_EQ(std::u16string(name), u"abcdefg\u00E4") << "eight characters, in the code page of the line";
-}
-
-// --- reports
 
 TEST_F(ManagerOnLine, TakesOneMessageATick) {
     arrive(frame({0x90, kDevice, 1}));
@@ -112,8 +88,6 @@ TEST_F(ManagerOnLine, ADeviceMayGoWhileItsReportIsTold) {
     }
 }
 
-// --- settings
-
 TEST_F(ManagerOnLine, RefusesValuesWithoutAWay) {
     meet(0, *far);  // nobody filters it, but it can't be told from no device
     for (IValue* each : {value(0, kPrmGain), accessor->getIsConnectionUpdated(), value(kDevice, kPrmDevName),
@@ -124,8 +98,6 @@ TEST_F(ManagerOnLine, RefusesValuesWithoutAWay) {
     EXPECT_EQ(manager->updateHeadAmpParam(value(kDevice, kPrmHPFFreq)), kResultOk);
     EXPECT_EQ(sent(), Frames({"05 28 01 00 04 D2"})) << "a value that is asked for goes, changed or not";
 }
-
-// --- ports
 
 TEST_F(Manager, TheFirstStartOpensOnce) {
     const auto far = newLine("tty.b");
@@ -159,6 +131,14 @@ TEST_F(ManagerOnLine, AnotherPortIsAnotherSearch) {
     Listener view;
     FObject::gUpdateHandler->addDependent(value(kDevice, kPrmGain), &view);
     arrive({0x09, 0x80, 0x07});  // a frame that will never be whole
+    class Client : public Listener {
+    public:
+        explicit Client(ITALV_PrmAccessor* accessor) : accessor(accessor) {}
+        void update(FUnknown*, int32_t) override { states.push_back(accessor->isReady()); }
+        ITALV_PrmAccessor* accessor;
+        std::vector<bool> states;
+    } client(accessor);
+    FObject::gUpdateHandler->addDependent(accessor->getIsPortUpdated(), &client);
 
     choose("tty.b");
     EXPECT_FALSE(accessor->isReady());
@@ -182,6 +162,8 @@ TEST_F(ManagerOnLine, AnotherPortIsAnotherSearch) {
     EXPECT_EQ(notice(), 0) << "toggled twice";
     clock->advance(9000);
     EXPECT_EQ(notices.heard.size(), 2u);
+    EXPECT_EQ(client.states, std::vector<bool>({false, true})) << "as a client sees it when it is told";
+    FObject::gUpdateHandler->removeDependent(nullptr, &client);
     EXPECT_EQ(ManagerTest::sent(*second).size(), 2u) << "the answer ended the search";
 }
 
@@ -262,9 +244,12 @@ TEST_F(ManagerOnLine, AChangeWithoutAPortHasNoEndToTell) {
     EXPECT_EQ(notices.heard.size(), 3u);
     clock->advance(9000);
     EXPECT_EQ(notices.heard.size(), 4u) << "the earlier change is told now";
+    choose("tty.e");
+    deliver();
+    EXPECT_FALSE(accessor->isReady());
+    clock->advance(1100);
+    EXPECT_TRUE(accessor->isReady()) << "without a port and without a search";
 }
-
-// --- hosts with less
 
 TEST_F(Manager, WithoutADeviceListItWorksUnseen) {
     const auto first = newLine("tty.a");
@@ -280,17 +265,6 @@ TEST_F(Manager, WithoutADeviceListItWorksUnseen) {
     deliver();
     EXPECT_EQ(sent(*second), Frames({kBroadcast}));
     clock->advance(9000);
-}
-
-TEST_F(Manager, WithoutAPlatformNothingIsSentAndNothingKeepsItAlive) {
-    const auto far = newLine("tty.a");
-    host.platform = nullptr;
-    start();
-    EXPECT_EQ(manager->sendRequestMessage(1, kMessageReqGain), kResultFalse);
-    EXPECT_EQ(manager->terminate(), kResultOk);
-    EXPECT_TRUE(far->receive(0).empty());
-    pollfd ready{far->master, POLLIN, 0};
-    EXPECT_EQ(poll(&ready, 1, 0), 0);
 }
 
 TEST_F(Manager, AStartThatFailsIsTakenBack) {
@@ -314,8 +288,6 @@ TEST_F(Manager, AStartThatFailsIsTakenBack) {
     start();  // and another one starts
     EXPECT_EQ(sent(*far), Frames({kBroadcast}));
 }
-
-// --- the end
 
 TEST_F(ManagerOnLine, EndsWithAHostThatQuits) {
     const termios open = far->settings();
@@ -350,34 +322,6 @@ TEST_F(ManagerOnLine, ThatIsReleasedUnendedTakesAllWithIt) {
     EXPECT_EQ(accessor->totalDevices(), 0);
     EXPECT_NE(settings(), "");
 }
-
-TEST_F(ManagerOnLine, KeepsAReferenceForEachNoticeAndOneOnTheHost) {
-    const IPtr<IPlugDevice> window = devices.devices[1];
-    constexpr uint32_t mine = 1, theList = 1;
-    EXPECT_EQ(referencesOf(accessor.get()), mine + theList) << "starting up gives back";
-    EXPECT_EQ(host.references(), 2u);
-    uint32_t kept = 0;
-    const auto check = [&](const char* step) {
-        EXPECT_EQ(referencesOf(accessor.get()), mine + theList + ++kept) << step;
-    };
-    clock->advance(1100);
-    check("ready");
-    choose("tty.b");
-    check("a change begins");
-    deliver();
-    clock->advance(9000);
-    check("ready again");
-    EXPECT_EQ(manager->terminate(), kResultFalse);
-    platform.done = true;
-    EXPECT_EQ(manager->terminate(), kResultOk);
-    EXPECT_EQ(referencesOf(accessor.get()), mine + theList + kept) << "the end gives back";
-    end();
-    EXPECT_EQ(referencesOf(accessor.get()), mine + kept);
-    EXPECT_EQ(referencesOf(window.get()), 1u);
-    EXPECT_EQ(host.references(), 2u) << "for good";
-}
-
-// --- in real time
 
 TEST_F(Manager, ARunningSearchDiesWithIt) {
     clock.reset();

@@ -169,17 +169,6 @@ TEST_F(Frames, ChannelsEndWithTheEighth) {
     }
 }
 
-TEST_F(Frames, ValuesAreTakenByChannelNotByPosition) {
-    MessagePrm prm = zeroed();
-    prm.devId = 9;
-    gain(prm, 5, 3);
-    for (uint8_t i = 0; i < 8; ++i)
-        prm.gain[i] = i;
-    unsigned char buffer[8];
-    ASSERT_EQ(Factory::createGainMessage(prm, buffer, sizeof(buffer)), 8);
-    EXPECT_EQ(Bytes(buffer, buffer + 8), withChecksum({7, 0x20, 9, 5, 5, 6, 7}));
-}
-
 TEST_F(Frames, ReportsGiveTheirMessagesOnlyWhole) {
     struct Row {
         const char* frame;

@@ -19,6 +19,14 @@ protected:
 };
 }  // namespace
 
+TEST_F(Accessor, IsADeviceWithASecondFace) {
+    const FUnknownPtr<IPlugDevice> device(static_cast<ITALV_PrmAccessor*>(accessor.get()));
+    EXPECT_EQ(FUnknownPtr<FUnknown>(device).get(), device.get());
+    EXPECT_EQ(FUnknownPtr<ITALV_PrmAccessor>(device).get(), accessor.get());
+    EXPECT_EQ(device->getDeviceCategory(), nullptr);
+    EXPECT_EQ(device->providesPanel(), kResultFalse);
+}
+
 TEST_F(Accessor, HasNothingWithoutADataManager) {
     for (int32_t round = 0; round < 2; ++round) {
         EXPECT_EQ(accessor->getIValue(5, kPrmGain), nullptr);

@@ -110,13 +110,6 @@ public:
     std::vector<IPtr<IPlugDevice>> devices;
 };
 
-class ManagerPlatform : public TestPlatform {
-public:
-    bool isDone() override { return done; }
-
-    bool done = false;
-};
-
 class ManagerHost : public TestHost {
 public:
     int32_t createClassInstance(const char* iid, void** obj) override {
@@ -126,10 +119,6 @@ public:
         if (result == kResultOk && !portValue && FUID::same(iid, IHostStringValue_iid))
             portValue = static_cast<IValue*>(*obj);
         return result;
-    }
-    uint32_t references() {
-        addRef();
-        return release();
     }
 
     TestDevices* deviceList = nullptr;
@@ -273,7 +262,7 @@ protected:
     Updates updates;
     TemporaryFolder folder;
     TestNaming naming;
-    ManagerPlatform platform;
+    TestPlatform platform;
     TestDevices devices;
     ManagerHost host;
     Listener notices;  // of the port notice

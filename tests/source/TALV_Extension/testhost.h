@@ -5,6 +5,7 @@
 #include "pluginterfaces/gui/iplatform.h"
 #include "pluginterfaces/host/iserialportnaming.h"
 #include "tests/support/testfolder.h"
+#include "tests/support/uncounted.h"
 #include <string>
 #include <vector>
 
@@ -14,25 +15,11 @@
 namespace TALV::Test {
 using namespace Tessarine;
 
-/** Serves without being counted: the test owns it. */
-template <class Interface>
-class Uncounted : public Interface {
-public:
-    virtual ~Uncounted() = default;
-    int32_t queryInterface(const char* iid, void** obj) override {
-        return answerInterface<Interface>(this, iid, obj) ? kResultOk : noInterface(obj);
-    }
-    uint32_t addRef() override { return uint32_t(++references); }
-    uint32_t release() override { return uint32_t(--references); }
-
-    int32_t references = 0;  // taken and not yet given back
-};
-
 /** A clock that each look at it moves. */
 class TestPlatform : public Uncounted<IPlatform2> {
 public:
     bool isActive() override { return true; }
-    bool isDone() override { return false; }
+    bool isDone() override { return done; }
     bool doUpdates() override { return true; }
     void setWaitCursor(bool) override {}
     bool isWaitCursorSet() override { return false; }
@@ -56,6 +43,7 @@ public:
 
     uint32_t ticks = 0, step = 1;  // milliseconds
     int32_t looks = 0;
+    bool done = false;
 };
 
 class TestNaming : public Uncounted<ISerialPortNaming> {

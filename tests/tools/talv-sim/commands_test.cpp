@@ -1,4 +1,5 @@
 #include "tools/talv-sim/commands.h"
+#include "tests/support/pieces.h"
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -22,34 +23,11 @@ struct CommandsTest : testing::Test {
 
 TEST_F(CommandsTest, RefusedOnesSayWhyAndChangeNothing) {
     const Json before = run("state 5");
-    const std::vector<std::string> lines = {"bogus",
-                                            "turn",
-                                            "turn 5 gain 3",
-                                            "turn 5 gain 8 1",
-                                            "turn 5 gain -1 1",
-                                            "turn 5 gain x 1",
-                                            "turn 5 gain 3 loud",
-                                            "turn 5 gain 3 1.5",
-                                            "turn 5 brightness 0 3",
-                                            "turn 5 nothing 3",
-                                            "turn 6 gain 3 1",
-                                            "turn 0 gain 3 1",
-                                            "turn 300 gain 3 1",
-                                            "turn 5 devName \"open",
-                                            "turn 5 devName \"\\u00e9\"",
-                                            "turn 5 gain 3 99999999999999999999",
-                                            "state",
-                                            "state 6",
-                                            "state x",
-                                            "raw",
-                                            "raw 0",
-                                            "raw zz",
-                                            "raw 00",
-                                            "plug now",
-                                            "unplug",
-                                            "\"",
-                                            "\"\\q\"",
-                                            "\xff"};
+    const std::vector<std::string> lines = piecesOf(
+        "bogus|turn|turn 5 gain 3|turn 5 gain 8 1|turn 5 gain -1 1|turn 5 gain x 1|turn 5 gain 3 loud|"
+        "turn 5 gain 3 1.5|turn 5 brightness 0 3|turn 5 nothing 3|turn 6 gain 3 1|turn 0 gain 3 1|"
+        "turn 300 gain 3 1|turn 5 devName \"open|turn 5 devName \"\\u00e9\"|turn 5 gain 3 99999999999999999999|"
+        "state|state 6|state x|raw|raw 0|raw zz|raw 00|plug now|unplug|\"|\"\\q\"|\xff");
     for (const std::string& line : lines) {
         const Json reply = run(line);
         EXPECT_EQ(reply["event"], "error") << line;

@@ -1,4 +1,5 @@
 #include "tools/talv-sim/options.h"
+#include "tests/support/pieces.h"
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -13,32 +14,13 @@ std::vector<std::string> wordsOfText(const std::string& text) {
 }
 
 TEST(Options, BadOnesAreNamedInOneLine) {
-    const char* const lines[] = {"",
-                                 "--link",
-                                 "--link=",
-                                 "--link x --bogus",
-                                 "--link x extra",
-                                 "--link x --baud",
-                                 "--link x --baud fast",
-                                 "--link x --baud -1",
-                                 "--link x --baud 99999999999",
-                                 "--link x --corrupt 101",
-                                 "--link x --corrupt nan",
-                                 "--link x --drop -0.5",
-                                 "--link x --drop 5%",
-                                 "--link x --seed 1e3",
-                                 "--link x --delay-ms 1.5",
-                                 "--link x --split=yes",
-                                 "--link x --devices 0",
-                                 "--link x --devices 256",
-                                 "--link x --devices 1,,2",
-                                 "--link x --devices 1,",
-                                 "--link x --devices=",
-                                 "--link x --devices one",
-                                 "--link x --devices 1,1",
-                                 "--link x --devices 1:\xc3\xa9",
-                                 "--li x"};
-    for (const char* line : lines) {
+    for (const std::string& line :
+         piecesOf("|--link|--link=|--link x --bogus|--link x extra|--link x --baud|--link x --baud fast|"
+                  "--link x --baud -1|--link x --baud 99999999999|--link x --corrupt 101|--link x --corrupt nan|"
+                  "--link x --drop -0.5|--link x --drop 5%|--link x --seed 1e3|--link x --delay-ms 1.5|"
+                  "--link x --split=yes|--link x --devices 0|--link x --devices 256|--link x --devices 1,,2|"
+                  "--link x --devices 1,|--link x --devices=|--link x --devices one|--link x --devices 1,1|"
+                  "--link x --devices 1:\xc3\xa9|--li x")) {
         std::string error;
         EXPECT_FALSE(readOptions(wordsOfText(line), error)) << line;
         EXPECT_FALSE(error.empty()) << line;

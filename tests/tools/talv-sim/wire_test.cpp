@@ -8,38 +8,27 @@ Bytes hex(const std::string& text) {
     return fromHex(text).value_or(Bytes());
 }
 
-struct FrameRow {
-    const char* bytes;
-    const char* text;
-};
-constexpr FrameRow kFrames[] = {
-    {"03 00 00 FF",                            "device id broadcast"                      },
-    {"04 01 01 03 FA",                         "devMode = 3"                              },
-    {"03 41 01 BD",                            "request devMode and devName"              },
-    {"03 50 01 AE",                            "request wordClock"                        },
-    {"05 20 01 03 20 BB",                      "gain ch 3 = 40"                           },
-    {"05 60 01 00 08 96",                      "request gain ch 0 to 7"                   },
-    {"05 24 01 02 FB DD",                      "gainTrim ch 2 = 10"                       },
-    {"03 67 01 97",                            "request plus48VMaster"                    },
-    {"05 28 01 04 1C B6",                      "hpfFreq ch 4 = 24"                        },
-    {"04 23 01 01 DA",                         "meterMode = 1"                            },
-    {"03 80 05 7A",                            "device 5 is here"                         },
-    {"0C 81 05 03 48 41 2D 38 43 48 20 20 BD", "devMode = 3, devName = \"HA-8CH  \""      },
-    {"0C A0 05 00 48 3C 32 28 1E 14 0A 00 40", "gain ch 0 to 7 = 0 12 22 32 42 52 62 72"  },
-    {"0B A3 05 00 0A 14 1E 28 32 3C 7F 06",    "meter ch 0 to 7 = 0 10 20 30 40 50 60 127"},
-    {"06 A8 05 00 1C 2C 0A",                   "hpfFreq ch 0 to 1 = 24 40"                },
-    {"03 80 05 7B",                            "bad checksum"                             },
-    {"03 82 05 78",                            "unknown command"                          },
-    {"03 20 01 DE",                            "gain without a channel"                   },
-    {"68 65 6C",                               "no frame"                                 },
+constexpr std::pair<const char*, const char*> kFrames[] = {
+    {"03 00 00 FF",                            "device id broadcast"                    },
+    {"04 01 01 03 FA",                         "devMode = 3"                            },
+    {"05 20 01 03 20 BB",                      "gain ch 3 = 40"                         },
+    {"05 60 01 00 08 96",                      "request gain ch 0 to 7"                 },
+    {"05 24 01 02 FB DD",                      "gainTrim ch 2 = 10"                     },
+    {"03 80 05 7A",                            "device 5 is here"                       },
+    {"0C 81 05 03 48 41 2D 38 43 48 20 20 BD", "devMode = 3, devName = \"HA-8CH  \""    },
+    {"0C A0 05 00 48 3C 32 28 1E 14 0A 00 40", "gain ch 0 to 7 = 0 12 22 32 42 52 62 72"},
+    {"03 80 05 7B",                            "bad checksum"                           },
+    {"03 82 05 78",                            "unknown command"                        },
+    {"03 20 01 DE",                            "gain without a channel"                 },
+    {"68 65 6C",                               "no frame"                               },
 };
 
 TEST(Wire, FramesAreBuiltCheckedAndDescribed) {
-    for (const FrameRow& row : kFrames) {
-        SCOPED_TRACE(row.bytes);
-        const Bytes bytes = hex(row.bytes);
-        EXPECT_EQ(toHex(bytes), row.bytes);
-        EXPECT_EQ(describe(bytes), row.text);
+    for (const auto& [digits, text] : kFrames) {
+        SCOPED_TRACE(digits);
+        const Bytes bytes = hex(digits);
+        EXPECT_EQ(toHex(bytes), digits);
+        EXPECT_EQ(describe(bytes), text);
         if (isFrame(bytes)) {
             EXPECT_EQ(makeFrame(bytes[1], bytes[2], payloadOf(bytes)), bytes);
         }

@@ -5,6 +5,7 @@
 #include "storage/fmstream.h"
 #include "storage/fpersistent.h"
 #include "storage/fsimplearchive.h"
+#include "tests/pluginterfaces/base/countedobject.h"
 #include <gtest/gtest.h>
 
 using namespace Tessarine;
@@ -13,41 +14,25 @@ namespace {
 constexpr uint32_t kWords[] = {0x01234567, 0x89ABCDEF, 0x02468ACE, 0x13579BDF};
 
 /** A component of somebody else: it keeps a number. */
-class Component : public IPersistent {
+class Component : public Counted<IPersistent> {
 public:
-    explicit Component(int64_t number = 0) : number(number) { ++living; }
-    virtual ~Component() { --living; }
+    explicit Component(int64_t number = 0) : number(number) {}
 
-    int32_t queryInterface(const char* iid, void** obj) override {
-        if (answerInterface<IPersistent>(this, iid, obj) || answerInterface<FUnknown>(this, iid, obj))
-            return kResultOk;
-        return noInterface(obj);
-    }
-    uint32_t addRef() override { return uint32_t(++count); }
-    uint32_t release() override {
-        const int32_t left = --count;
-        if (left == 0)
-            delete this;
-        return uint32_t(left);
-    }
     int32_t getClassID(char* cid) override {
         kClass.toTUID(cid);
         return kResultOk;
     }
-    int32_t saveAttributes(IAttributes* attributes) override { return attributes->set("number", FVariant(number)); }
+    int32_t saveAttributes(IAttributes* attributes) override { return attributes->queue("number", FVariant(number)); }
     int32_t loadAttributes(IAttributes* attributes) override {
         FVariant value;
-        const int32_t result = attributes->get("number", value);
+        const int32_t result = attributes->unqueue("number", value);
         number = value.getInteger();
         return result;
     }
 
     static FUnknown* make(const FUID& uid) { return uid == kClass ? new Component : nullptr; }
     inline static const FUID kClass{1, 2, 3, 0xFFFFFFFF};
-    inline static int32_t living = 0;
-
     int64_t number;
-    int32_t count = 1;
 };
 }  // namespace
 
@@ -62,6 +47,8 @@ TEST(CmUID, ShortFormPacksFiveBitsFromTheLowest) {
     const CmUID uid(kWords[0], kWords[1], kWords[2], kWords[3]);
     uid.toShortString(digits);
     CmUID back;
+    FAttributes empty;
+    EXPECT_FALSE(back.restoreAttributes(empty));
     back.fromShortString(digits);
     EXPECT_TRUE(back.isEqual(&uid));
     back.fromShortString("V");
@@ -73,10 +60,7 @@ TEST(CmUID, LongFormTakesWhatIsThere) {
     char digits[CmUID::kLongLength + 1];
     uid.toLongString(digits);
     EXPECT_STREQ(digits, "0123456789ABCDEF02468ACE13579BDF");
-    struct {
-        const char* text;
-        uint8_t first, second;
-    } const cases[] = {
+    const std::tuple<const char*, uint8_t, uint8_t> cases[] = {
         {"",     0x01, 0x23},
         {"ab",   0x0B, 0x23},
         {"AB",   0xAB, 0x23},
@@ -90,16 +74,6 @@ TEST(CmUID, LongFormTakesWhatIsThere) {
         EXPECT_EQ(uint8_t(taken.data[0]), first) << text;
         EXPECT_EQ(uint8_t(taken.data[1]), second) << text;
     }
-}
-
-TEST(CmUID, KeepsItselfInABag) {
-    const CmUID uid(kWords[0], kWords[1], kWords[2], kWords[3]);
-    FAttributes bag;
-    CmUID back;
-    EXPECT_FALSE(back.restoreAttributes(bag));
-    ASSERT_TRUE(uid.storeAttributes(bag));
-    ASSERT_TRUE(back.restoreAttributes(bag));
-    EXPECT_TRUE(back.isEqual(&uid));
 }
 
 TEST(CmDelegatingUnknown, StandsInForTheComponentAndHoldsIt) {
@@ -131,13 +105,21 @@ TEST(CmDelegatingUnknown, IsMadeAgain) {
 
         FMemoryStream stream;
         FSimpleArchive archive(&stream, true);
-        component->number = 6;
         EXPECT_FALSE(CmDelegatingUnknown().externalize(archive));
-        EXPECT_TRUE(CmDelegatingUnknown(component).externalize(archive));
+        for (const int64_t number : {7, 6}) {
+            component->number = number;
+            EXPECT_TRUE(CmDelegatingUnknown(component).externalize(archive)) << "each with a list of its own";
+        }
         stream.seek(0, kFromStart);
-        EXPECT_TRUE(again.internalize(archive));
+        EXPECT_TRUE(again.internalize(archive) && again.internalize(archive));
         ASSERT_TRUE(again.getObject());
         EXPECT_EQ(static_cast<Component*>(again.getObject())->number, 6);
+        stream.reset();
+        EXPECT_TRUE(FSimpleArchive(&stream, true).save(&again));
+        stream.rewind();
+        const OPtr<CmObject> read(FSimpleArchive(&stream, false).load("CmDelegatingUnknown"));
+        ASSERT_TRUE(read) << "made without a component";
+        EXPECT_EQ(static_cast<Component*>(static_cast<CmDelegatingUnknown*>(read.get())->getObject())->number, 6);
         gComponentHooks.createComponent = nullptr;
         EXPECT_TRUE(again.restoreAttributes(bag));
         EXPECT_FALSE(again.getObject());

@@ -1,5 +1,6 @@
 #include "base/fattribute.h"
 #include "base/fattributelistimp.h"
+#include "tests/support/uncounted.h"
 #include <climits>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -16,11 +17,6 @@ public:
     inline static int32_t living = 0;
 };
 IMPLEMENT_CLASS(Held, CmObject)
-
-uint32_t referencesOf(FObject* object) {
-    object->addRef();
-    return object->release();
-}
 
 class FAttributeTest : public testing::Test {
 protected:
@@ -43,12 +39,8 @@ constexpr OwnershipRow kOwnerships[] = {
     {"shares",     Value::kShared, Attributes::kShared,   3, 2},
 };
 
-struct EndRow {
-    const char* name;
-    void (*end)(Value& value);
-    bool keepsReference;
-};
-constexpr EndRow kEnds[] = {
+// the ways in which a value gives up its object, and whether the reference stays
+constexpr std::tuple<const char*, void (*)(Value&), bool> kEnds[] = {
     {"empty",  [](Value& value) { value.empty(); },            false},
     {"number", [](Value& value) { value.setLong(1); },         false},
     {"null",   [](Value& value) { value.setObj(nullptr, 0); }, false},
@@ -58,8 +50,8 @@ constexpr EndRow kEnds[] = {
 /** The same checks for objects and for unknowns. */
 void checkObjectCounts(bool asUnknown) {
     for (const OwnershipRow& row : kOwnerships) {
-        for (const EndRow& way : kEnds) {
-            SCOPED_TRACE(std::string(row.name) + ", ended by " + way.name);
+        for (const auto& [name, end, keepsReference] : kEnds) {
+            SCOPED_TRACE(std::string(row.name) + ", ended by " + name);
             auto* object = new Held;
             object->addRef();
             {
@@ -70,9 +62,9 @@ void checkObjectCounts(bool asUnknown) {
                 EXPECT_EQ(referencesOf(object), row.whileHeld);
                 EXPECT_EQ(Value(value).getUnknown(), object);
                 EXPECT_EQ(referencesOf(object), row.whileHeld);
-                way.end(value);
+                end(value);
             }
-            ASSERT_EQ(referencesOf(object), way.keepsReference && !asUnknown ? row.whileHeld : row.afterwards);
+            ASSERT_EQ(referencesOf(object), keepsReference && !asUnknown ? row.whileHeld : row.afterwards);
             while (object->release() > 0) {}
         }
     }
@@ -95,15 +87,9 @@ TEST_F(FAttributeTest, SettingKeepsOnlyTheLastingFlags) {
     EXPECT_EQ(value.getType(), 0x8C0);
 }
 
-struct NumberRow {
-    const char* name;
-    void (*set)(Value& value);
-    int64_t asLong;
-    double asFloat;
-    const char* asText;  // null: refused
-};
+// the text null: refused
 constexpr double kTooLarge = 0x1p63;
-constexpr NumberRow kNumbers[] = {
+constexpr std::tuple<const char*, void (*)(Value&), int64_t, double, const char*> kNumbers[] = {
     {"least integer",  [](Value& v) { v.setLong(INT64_MIN); },    INT64_MIN, -kTooLarge, "-9223372036854775808" },
     {"negative float", [](Value& v) { v.setFloat(-2.75); },       -2,        -2.75,      "-2.75"                },
     {"2 to the 63",    [](Value& v) { v.setFloat(kTooLarge); },   INT64_MAX, kTooLarge,  "9223372036854775808.0"},
@@ -117,15 +103,15 @@ constexpr NumberRow kNumbers[] = {
 };
 
 TEST_F(FAttributeTest, NumbersAndTextConvert) {
-    for (const NumberRow& row : kNumbers) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, set, asLong, asFloat, asText] : kNumbers) {
+        SCOPED_TRACE(name);
         Value value;
-        row.set(value);
-        EXPECT_EQ(value.getLong(), row.asLong);
-        EXPECT_EQ(value.getFloat(), row.asFloat);
+        set(value);
+        EXPECT_EQ(value.getLong(), asLong);
+        EXPECT_EQ(value.getFloat(), asFloat);
         String text("before");
-        EXPECT_EQ(value.getString(text), row.asText != nullptr);
-        EXPECT_STREQ(text.text8(), row.asText ? row.asText : "before");
+        EXPECT_EQ(value.getString(text), asText != nullptr);
+        EXPECT_STREQ(text.text8(), asText ? asText : "before");
     }
     Value value;
     value.setFloat(std::nan(""));
@@ -214,11 +200,8 @@ TEST_F(FAttributeTest, ListsCountTheirObjectsOnce) {
 TEST_F(FAttributeTest, AttributesCompareByKeyAmongTheirKind) {
     const FStringIDAttribute a("a"), twin("a"), b("b");
     const FIntIDAttribute two(2), least(INT32_MIN);
-    EXPECT_TRUE(a.isEqual(&twin));
-    EXPECT_FALSE(a.isEqual(&two));
-    EXPECT_FALSE(two.isEqual(&a));
-    EXPECT_LT(a.compare(&b), 0);
-    EXPECT_GT(two.compare(&least), 0);
+    EXPECT_TRUE(a.isEqual(&twin) && two.isEqual(&two) && !a.isEqual(&two) && !two.isEqual(&a));
+    EXPECT_TRUE(a.compare(&b) < 0 && two.compare(&least) > 0);
 }
 
 TEST_F(FAttributeTest, OrderedListsSearchByHalves) {

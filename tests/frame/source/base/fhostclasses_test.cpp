@@ -3,15 +3,11 @@
 #include "base/source/updatehandler.h"
 #include "gui/values/uvalue.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "tests/support/uncounted.h"
 #include <gtest/gtest.h>
 
 namespace Tessarine {
 namespace {
-
-uint32_t referencesOf(FUnknown* object) {
-    object->addRef();
-    return object->release();
-}
 
 class FHostClassesTest : public testing::Test {
 protected:
@@ -19,34 +15,28 @@ protected:
 };
 
 TEST_F(FHostClassesTest, MakesEachValueByItsOutsideFace) {
-    struct Row {
-        const char* name;
-        const FUID& id;
-        const char* className;
-        IValue::ValueType type;
-        uint32_t state;
-        bool hasDefault;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const FUID&, const char*, IValue::ValueType, uint32_t, bool> rows[] = {
         {"on/off",  IHostOnOffValue_iid,      "UValue",           IValue::kOnOff,   0x201, false},
         {"integer", IHostIntValue_iid,        "UIntDefValue",     IValue::kInteger, 0x202, true },
         {"float",   IHostFloatValue_iid,      "UFloatDefValue",   IValue::kFloat,   0x202, true },
         {"string",  IHostStringValue_iid,     "UStringValue",     IValue::kString,  0x201, false},
         {"list",    IHostStringListValue_iid, "UStringListValue", IValue::kInteger, 0x202, true },
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        void* made = nullptr;
-        ASSERT_EQ(host->createClassInstance(row.id, &made), kResultOk);
+    void* made = this;
+    EXPECT_EQ(host->createClassInstance(IStringRepresentationTarget::iid, &made), kResultFalse);
+    EXPECT_EQ(made, nullptr);
+    for (const auto& [name, id, className, type, state, hasDefault] : rows) {
+        SCOPED_TRACE(name);
+        ASSERT_EQ(host->createClassInstance(id, &made), kResultOk);
         OPtr<IValue> value(static_cast<IValue*>(made));  // taken as it comes, as modules do
-        EXPECT_EQ(value->getValueType(), row.type);
+        EXPECT_EQ(value->getValueType(), type);
         EXPECT_EQ(referencesOf(value), 1u);
         FUnknownPtr<IValue2> extended(value.get());
         ASSERT_TRUE(extended);
-        EXPECT_EQ(extended->setDefault(0.f), row.hasDefault);
+        EXPECT_EQ(extended->setDefault(0.f), hasDefault);
         auto* object = static_cast<UValue*>(commonObject(value));
-        EXPECT_STREQ(object->isA(), row.className);
-        EXPECT_EQ(object->getState(), row.state);
+        EXPECT_STREQ(object->isA(), className);
+        EXPECT_EQ(object->getState(), state);
     }
 }
 
@@ -63,12 +53,6 @@ TEST_F(FHostClassesTest, ServicesAreSharedAndCountedOnce) {
     };
     check(FObject::gUpdateHandler);
     check(static_cast<IMessenger*>(gMessenger));
-}
-
-TEST_F(FHostClassesTest, AMissIsAResult) {
-    void* found = this;
-    EXPECT_EQ(host->createClassInstance(IStringRepresentationTarget::iid, &found), kResultFalse);
-    EXPECT_EQ(found, nullptr);
 }
 
 }  // namespace

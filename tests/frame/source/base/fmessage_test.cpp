@@ -3,6 +3,7 @@
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/fmstream.h"
 #include "storage/fsimplearchive.h"
+#include "tests/support/uncounted.h"
 #include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
@@ -16,11 +17,6 @@ using namespace Tessarine;
 
 namespace {
 using Log = std::vector<std::string>;
-
-uint32_t referencesOf(FObject* object) {
-    object->addRef();
-    return object->release();
-}
 
 /** Counts its living objects. */
 class Probe : public CmObject {
@@ -50,20 +46,12 @@ public:
 };
 
 /** Takes messages through the component model, and isn't known to the framework at all. */
-class ForeignReceiver final : public IMessageReceiver {
+class ForeignReceiver final : public Uncounted<IMessageReceiver> {
 public:
-    int32_t queryInterface(const char* iid, void** obj) override {
-        const bool found =
-            answerInterface<IMessageReceiver>(this, iid, obj) || answerInterface<FUnknown>(this, iid, obj);
-        return found ? int32_t(kResultOk) : noInterface(obj);
-    }
-    uint32_t addRef() override { return uint32_t(++count); }
-    uint32_t release() override { return uint32_t(--count); }
     int32_t notifyMessage(IMessage* message) override {
         Receiver::log.push_back(std::string("foreign ") + message->getMessageID());
         return 1;
     }
-    int32_t count = 1;
 };
 
 /** A message as another module makes it: all its faces, but not our handshake. */
@@ -110,31 +98,21 @@ TEST(Message, KeepsValuesByKey) {
     double real = 9;
     float single = 9;
     String text("before");
-    EXPECT_TRUE(message.isType("Gain") && message.hasMessageID("Gain") && !message.isType("gain"));
+    EXPECT_TRUE(message.hasMessageID("Gain") && !message.isType("gain"));
     EXPECT_FALSE(message.contains("n") || message.remove("n"));
     EXPECT_FALSE(message.getInt("n", number) == kResultOk || message.getFloat("n", single) == kResultOk);
     EXPECT_FALSE(message.getFloat("n", real) || message.getString("n", text));
-    EXPECT_FALSE(message.getString8("n") || message.getPointer("n"));
     EXPECT_TRUE(number == 9 && real == 9 && single == 9 && text == "before") << "a miss leaves its target alone";
-
     message.addInt("n", 1);
     EXPECT_EQ(message.addInt("n", -3), kResultOk);
-    message.addFloat("x", 0.5);
     message.addFloat1("y", 1.5f);
-    message.addString8("s", "text");
-    message.addTString("w", u"wide");
     message.addString("t", ConstString("also"));
-    message.addPointer("p", &number);
     message.addData("d", "abc", 3);
     const void* bytes = nullptr;
     uint32_t size = 0;
     EXPECT_TRUE(message.getInt("n", number) == kResultOk && number == -3);
-    EXPECT_TRUE(message.getFloat("x", real) && real == 0.5);
     EXPECT_TRUE(message.getFloat("y", single) == kResultOk && single == 1.5f);
-    EXPECT_STREQ(message.getString8("s"), "text");
-    EXPECT_EQ(std::u16string(message.getString16("w")), u"wide");
     EXPECT_TRUE(message.getString("t", text) && text == "also");
-    EXPECT_EQ(message.getPointer("p"), &number);
     ASSERT_TRUE(message.getData("d", bytes, size) && size == 3);
     EXPECT_EQ(std::memcmp(bytes, "abc", 3), 0);
     EXPECT_TRUE(message.remove("n") && !message.contains("n"));
@@ -145,20 +123,14 @@ TEST(Message, HoldsObjectsAsItWasTold) {
     {
         FMessage message;
         message.add("lent", probe, false);
-        EXPECT_EQ(referencesOf(probe), 1u);
         message.addUnknown("shared", probe);
-        EXPECT_EQ(referencesOf(probe), 2u);
         probe->addRef();
         message.add("given", probe, true);
         EXPECT_EQ(referencesOf(probe), 3u);
-        EXPECT_TRUE(message.get("lent") == probe && message.get("given") == probe);
-        EXPECT_EQ(message.getUnknown("shared"), static_cast<FUnknown*>(probe));
         const OPtr<CmObject> copy(message.newCopy());
-        const auto* copied = static_cast<FMessage*>(copy.get());
-        EXPECT_EQ(copied->get("given"), probe);
         message.add("given", nullptr, true);
         EXPECT_FALSE(message.contains("given"));
-        EXPECT_TRUE(copied->contains("given")) << "a copy keeps its own";
+        EXPECT_EQ(static_cast<FMessage*>(copy.get())->get("given"), probe) << "a copy keeps its own";
     }
     EXPECT_EQ(referencesOf(probe), 1u);
     probe->release();
@@ -187,16 +159,6 @@ TEST(Message, IsReadWholeOrNotAtAll) {
         EXPECT_TRUE(read.getInt("n", number) == kResultOk && number == (length == size ? -3 : 5));
         EXPECT_EQ(read.contains("s"), length == size);
     }
-}
-
-TEST_F(MessengerTest, SendsAtOnce) {
-    FMessage message("now");
-    EXPECT_EQ(messenger.sendMessage(&a, &message), 5);
-    EXPECT_TRUE(messenger.registerName("mixer", &b));
-    EXPECT_FALSE(messenger.registerName("mixer", &a)) << "names are unique";
-    EXPECT_EQ(messenger.sendMessage("mixer", &message, false), 5);
-    EXPECT_EQ(messenger.sendMessage("Mixer", &message, false), 0);
-    EXPECT_EQ(delivered(), (Log{"a now", "b now"}));
 }
 
 TEST_F(MessengerTest, DeliversInTheOrderOfPosting) {
@@ -272,21 +234,17 @@ TEST_F(MessengerTest, PostsFromANotificationWaitUnlessItDeliversItself) {
 
 TEST_F(MessengerTest, KilledMessagesNeverArrive) {
     FMessage like("x");
-    const struct {
-        const char* name;
-        std::function<void()> kill;
-        Log arriving;
-    } rows[] = {
+    const std::tuple<const char*, std::function<void()>, Log> rows[] = {
         {"all of one receiver", [this] { messenger.killMessages(&a); },             {"b x"}                     },
         {"those alike",         [&] { messenger.killMessages(&a, &like); },         {"b x", "a y"}              },
         {"of somebody else",    [&] { messenger.killMessages(&messenger, &like); }, {"a x", "b x", "a y", "a x"}},
         {"everything",          [this] { messenger.clear(); },                      {}                          },
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, kill, arriving] : rows) {
         for (const bool whileDelivered : {false, true}) {
-            SCOPED_TRACE(std::string(row.name) + (whileDelivered ? ", while they are delivered" : ""));
+            SCOPED_TRACE(std::string(name) + (whileDelivered ? ", while they are delivered" : ""));
             Receiver first("first ");
-            first.then = [&](FMessage*) { row.kill(); };
+            first.then = [&](FMessage*) { kill(); };
             if (whileDelivered)
                 post(&first, "");
             post(&a, "x");
@@ -294,10 +252,10 @@ TEST_F(MessengerTest, KilledMessagesNeverArrive) {
             post(&a, "y");
             post(&a, "x");
             if (!whileDelivered)
-                row.kill();
+                kill();
             Log arrived = delivered();
             std::erase(arrived, "first ");
-            EXPECT_EQ(arrived, row.arriving);
+            EXPECT_EQ(arrived, arriving);
             EXPECT_EQ(Probe::living, 0);
         }
     }
@@ -341,11 +299,16 @@ TEST_F(MessengerTest, TellsWhetherAMessageWaits) {
 }
 
 TEST_F(MessengerTest, NamesLeadToTheirObjects) {
+    FMessage now("now");
+    EXPECT_EQ(messenger.sendMessage(&b, &now), 5);
     EXPECT_TRUE(messenger.registerName("mixer", &a));
+    EXPECT_FALSE(messenger.registerName("mixer", &b)) << "names are unique";
     EXPECT_FALSE(messenger.registerName(nullptr, &a) || messenger.registerName("nobody", nullptr));
+    EXPECT_EQ(messenger.sendMessage("mixer", &now, false), 5);
+    EXPECT_EQ(messenger.sendMessage("Mixer", &now, false), 0);
     messenger.postMessage("mixer", new FMessage("x"), false);
     messenger.postMessage("other", new FMessage("y"), false);
-    EXPECT_EQ(delivered(), (Log{"a x"}));
+    EXPECT_EQ(delivered(), (Log{"b now", "a now", "a x"}));
     messenger.postMessage("mixer", new FMessage("x"), false);
     EXPECT_TRUE(messenger.unregisterName("mixer"));
     EXPECT_FALSE(messenger.unregisterName("mixer") || messenger.unregisterName(nullptr));
@@ -372,7 +335,7 @@ TEST_F(MessengerTest, ServesTheComponentModel) {
     EXPECT_EQ(face->killMessages(&receiver, foreign), kResultFalse);
     EXPECT_EQ(face->killMessages(&receiver, ours), kResultOk);
     EXPECT_TRUE(delivered().empty());
-    EXPECT_EQ(receiver.count, 1);
+    EXPECT_EQ(receiver.references, 0);
     EXPECT_EQ(referencesOf(ours), 1u);
     EXPECT_EQ(referencesOf(foreign), 1u);
 }

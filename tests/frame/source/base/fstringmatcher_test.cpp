@@ -28,14 +28,8 @@ std::string bitsOf(const BitSet& set) {
 
 TEST(FStringMatcher, TellsHowANameMatches) {
     const std::u16string manyA(40, u'a'), manyB(40, u'b');
-    struct Row {
-        const tchar* search;
-        const tchar* name;
-        int32_t type;  // -1: no match
-        uint32_t distance;
-        const char* bits;
-    };
-    const Row rows[] = {
+    // type -1: no match
+    const std::tuple<const tchar*, const tchar*, int32_t, uint32_t, const char*> rows[] = {
         {u"gain",          u"",              -1, 0, ""            },
         {u"gain",          u"Gain Trim",     0,  0, "000000000"   },
         {u"TRIM",          u"gain trim",     1,  0, "000001111"   },
@@ -47,45 +41,40 @@ TEST(FStringMatcher, TellsHowANameMatches) {
         {u"abcdefgh",      manyA.c_str(),    -1, 0, ""            },
         {manyB.c_str(),    manyA.c_str(),    -1, 0, ""            },
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(testing::PrintToString(std::u16string(row.name)));
-        const OPtr<IStringMatcher> matcher(StringMatcher::create(row.search));
+    for (const auto& [search, name, type, distance, bits] : rows) {
+        SCOPED_TRACE(testing::PrintToString(std::u16string(name)));
+        const OPtr<IStringMatcher> matcher(StringMatcher::create(search));
         StringMatchInfos infos;
         infos.distance = 77;
-        EXPECT_EQ(matcher->isMatch(row.name, infos), row.type >= 0);
-        if (row.type < 0) {
+        EXPECT_EQ(matcher->isMatch(name, infos), type >= 0);
+        if (type < 0) {
             EXPECT_EQ(infos.distance, 77u);
             continue;
         }
-        EXPECT_EQ(infos.matchType, row.type);
-        EXPECT_EQ(infos.distance, row.distance);
-        EXPECT_EQ(bitsOf(infos.matchPositions), row.bits);
+        EXPECT_EQ(infos.matchType, type);
+        EXPECT_EQ(infos.distance, distance);
+        EXPECT_EQ(bitsOf(infos.matchPositions), bits);
     }
 }
 
 TEST(FStringMatcher, KeepsOnlyTheBestCandidates) {
-    struct Row {
-        const char* name;
-        std::vector<const tchar*> names;
-        std::vector<size_t> kept;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::vector<const tchar*>, std::vector<size_t>> rows[] = {
         {"nothing",            {u"xyz"},                                             {}    },
         {"exact first",        {u"my preset", u"preset 2", u"perset"},               {1, 0}},
         {"closest of partial", {u"prest1234", u"xxpreXXtyyzz", u"perset", u"prset"}, {2, 3}},
     };
     const OPtr<IStringMatcher> matcher(StringMatcher::create("preset"));
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [title, names, kept] : rows) {
+        SCOPED_TRACE(title);
         TArray<IPtr<IObjectDescription>> list;
-        for (const tchar* name : row.names)
+        for (const tchar* name : names)
             list.add(OPtr<IObjectDescription>(new Named(name)));
         FStringMatchList matches;
         matches.add(FStringMatch());  // from before
         matcher->filterCandidates(list, matches);
-        ASSERT_EQ(matches.total(), int32_t(row.kept.size()));
-        for (size_t i = 0; i < row.kept.size(); ++i)
-            EXPECT_EQ(matches.at(int32_t(i)).object.get(), list.at(int32_t(row.kept[i])).get()) << i;
+        ASSERT_EQ(matches.total(), int32_t(kept.size()));
+        for (size_t i = 0; i < kept.size(); ++i)
+            EXPECT_EQ(matches.at(int32_t(i)).object.get(), list.at(int32_t(kept[i])).get()) << i;
     }
 }
 

@@ -9,12 +9,7 @@ namespace Tessarine {
 namespace {
 
 TEST(FTextUtils, PrintsIntegersByTheirKind) {
-    struct Row {
-        UTextFormatType type;
-        int64_t value;
-        const char* text;
-    };
-    constexpr Row kRows[] = {
+    constexpr std::tuple<UTextFormatType, int64_t, const char*> kRows[] = {
         {kPlainFormat,       -5000000000,    "-5000000000"         },
         {kSampleRateFormat,  44100,          "44.100 kHz"          },
         {kChannelsFormat,    1,              "Mono"                },
@@ -41,10 +36,10 @@ TEST(FTextUtils, PrintsIntegersByTheirKind) {
         {kHexFormat,         -1,             "FFFFFFFF"            },
         {UTextFormatType(8), 9,              "9"                   },
     };
-    for (const Row& row : kRows) {
+    for (const auto& [type, value, expected] : kRows) {
         String text("old");
-        FTextUtils::printInt(text, row.value, row.type);
-        EXPECT_STREQ(text.text8(), row.text);
+        FTextUtils::printInt(text, value, type);
+        EXPECT_STREQ(text.text8(), expected);
     }
     String text;
     FTextUtils::printFriendlyDuration(text, 90061);
@@ -52,13 +47,7 @@ TEST(FTextUtils, PrintsIntegersByTheirKind) {
 }
 
 TEST(FTextUtils, ScansIntegersByTheirKind) {
-    struct Row {
-        UTextFormatType type;
-        const char* text;
-        bool scans;
-        int64_t value;
-    };
-    constexpr Row kRows[] = {
+    constexpr std::tuple<UTextFormatType, const char*, bool, int64_t> kRows[] = {
         {kPlainFormat,    "x -7",                     true,  -7       },
         {kPlainFormat,    "x",                        false, 77       },
         {kFileSizeFormat, "1.5 kb",                   true,  1536     },
@@ -74,10 +63,10 @@ TEST(FTextUtils, ScansIntegersByTheirKind) {
         {kDateTimeFormat, "2026-11-21 9:61:00",       false, 77       },
         {kDateTimeFormat, "2026-11-21 9:05:00 later", false, 77       },
     };
-    for (const Row& row : kRows) {
+    for (const auto& [type, text, scans, expected] : kRows) {
         int64_t value = 77;
-        EXPECT_EQ(FTextUtils::scanInt(row.text, value, row.type), row.scans) << row.text;
-        EXPECT_EQ(value, row.value) << row.text;
+        EXPECT_EQ(FTextUtils::scanInt(text, value, type), scans) << text;
+        EXPECT_EQ(value, expected) << text;
     }
     for (const char* printed : {"2026-11-21 9:05:07", "2026-11-21 0:00:00"}) {
         String text;
@@ -92,12 +81,8 @@ TEST(FTextUtils, ScansIntegersByTheirKind) {
 }
 
 TEST(FTextUtils, ScansVersions) {
-    struct Row {
-        const char* text;
-        int32_t parts, a, b, c;
-        float number;  // below 0: none
-    };
-    constexpr Row kRows[] = {
+    // a number below 0: none
+    constexpr std::tuple<const char*, int32_t, int32_t, int32_t, int32_t, float> kRows[] = {
         {"1.2.34",    3,  1,  2,  34,  1.234f},
         {" 5 . 06 ",  2,  5,  6,  77,  5.6f  },
         {"3.0.0.125", 4,  3,  0,  0,   3.f   },
@@ -108,14 +93,14 @@ TEST(FTextUtils, ScansVersions) {
         {"beta",      -1, 77, 77, 77,  -1.f  },
         {"",          0,  77, 77, 77,  -1.f  },
     };
-    for (const Row& row : kRows) {
-        SCOPED_TRACE(row.text);
+    for (const auto& [text, parts, expectedA, expectedB, expectedC, expectedNumber] : kRows) {
+        SCOPED_TRACE(text);
         int32_t a = 77, b = 77, c = 77;
-        EXPECT_EQ(FTextUtils::scanVersion(row.text, a, b, c), row.parts);
-        EXPECT_EQ(a * 10000 + b * 100 + c, row.a * 10000 + row.b * 100 + row.c);
+        EXPECT_EQ(FTextUtils::scanVersion(text, a, b, c), parts);
+        EXPECT_EQ(a * 10000 + b * 100 + c, expectedA * 10000 + expectedB * 100 + expectedC);
         float number = -1.f;
-        EXPECT_EQ(FTextUtils::scanVersionToFloat(row.text, number), row.number >= 0);
-        EXPECT_FLOAT_EQ(number, row.number);  // what is missing counts as 0
+        EXPECT_EQ(FTextUtils::scanVersionToFloat(text, number), expectedNumber >= 0);
+        EXPECT_FLOAT_EQ(number, expectedNumber);  // what is missing counts as 0
     }
 }
 
@@ -149,13 +134,8 @@ TEST(FTextUtils, CountsCopies) {
 }
 
 TEST(FTextUtils, PrintsFloats) {
-    struct Row {
-        double number;
-        int32_t digits;
-        const char* text;
-    };
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    constexpr Row kRows[] = {
+    constexpr std::tuple<double, int32_t, const char*> kRows[] = {
         {0.5,        4,  "0.5000"                 },
         {2.5,        0,  "2"                      }, // to even, as the C library does
         {3.5,        0,  "4"                      },
@@ -170,11 +150,11 @@ TEST(FTextUtils, PrintsFloats) {
         {1e20,       1,  "100000000000000000000.0"},
         {-kInfinity, 2,  "-inf"                   },
     };
-    for (const Row& row : kRows) {
-        SCOPED_TRACE(testing::Message() << row.number << " with " << row.digits);
+    for (const auto& [number, digits, expected] : kRows) {
+        SCOPED_TRACE(testing::Message() << number << " with " << digits);
         String text;
-        FTextUtils::printFloat(text, row.number, row.digits);
-        EXPECT_STREQ(text.text8(), row.text);
+        FTextUtils::printFloat(text, number, digits);
+        EXPECT_STREQ(text.text8(), expected);
     }
 }
 

@@ -60,10 +60,7 @@ protected:
 
 TEST(Ticks, CompareByTheShortWayRound) {
     constexpr int32_t kHalf = 0x40000000, kLast = 0x7FFFFFFF;
-    const struct {
-        int32_t a, b;
-        bool isBigger, isSmaller;
-    } rows[] = {
+    const std::tuple<int32_t, int32_t, bool, bool> rows[] = {
         {5,         5,     false, false},
         {1,         0,     true,  false},
         {kHalf,     0,     true,  false},
@@ -71,9 +68,9 @@ TEST(Ticks, CompareByTheShortWayRound) {
         {0,         kLast, true,  false},
         {100,       kLast, true,  false},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(UTicks::isBigger(row.a, row.b), row.isBigger) << row.a << " " << row.b;
-        EXPECT_EQ(UTicks::isBigger(row.b, row.a), row.isSmaller) << row.b << " " << row.a;
+    for (const auto& [a, b, isBigger, isSmaller] : rows) {
+        EXPECT_EQ(UTicks::isBigger(a, b), isBigger) << a << " " << b;
+        EXPECT_EQ(UTicks::isBigger(b, a), isSmaller) << b << " " << a;
     }
 }
 
@@ -120,23 +117,19 @@ TEST_F(TimerTest, RestartsWithTheStoredPeriodOrANewOne) {
 /** What a receiver may do to the timer that just told it. */
 TEST_F(TimerTest, StandsWhatItsReceiverDoes) {
     UTimer* timer = nullptr;
-    const struct {
-        const char* name;
-        std::function<void()> then;
-        bool survives, alive;
-    } rows[] = {
+    const std::tuple<const char*, std::function<void()>, bool, bool> rows[] = {
         {"stops",    [&] { timer->stop(); },     true,  false},
         {"restarts", [&] { timer->restart(9); }, true,  true },
         {"kills",    [&] { timer->kill(); },     false, false},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, then, survives, alive] : rows) {
+        SCOPED_TRACE(name);
         timer = new UTimer(&receiver, 1, 10);
-        receiver.then = row.then;
+        receiver.then = then;
         HandTimer::fire();
-        if (!row.survives)
+        if (!survives)
             continue;
-        EXPECT_EQ(timer->isAlive(), row.alive);
+        EXPECT_EQ(timer->isAlive(), alive);
         timer->kill();
     }
     EXPECT_EQ(receiver.fired.size(), std::size(rows));

@@ -1,7 +1,5 @@
 #include "base/utranslatedstring.h"
-#include "storage/fmstream.h"
-#include <gtest/gtest.h>
-#include <string>
+#include "tests/frame/source/storage/archiveprobes.h"
 
 namespace Tessarine {
 namespace {
@@ -9,10 +7,8 @@ namespace {
 constexpr UTranslatedString kOn("On"), kCopy("Copy{{Noun}}"), kLevel("Level", "Meter.Level");
 
 bool load(const std::string& xml) {
-    FMemoryStream stream;
-    stream.writeRaw(xml.data(), int64_t(xml.size()));
-    stream.rewind();
-    return UTranslatedString::loadTable(&stream);
+    const OPtr<FMemoryStream> stream = streamOf(xml);
+    return UTranslatedString::loadTable(stream);
 }
 
 class TranslationTable : public testing::Test {

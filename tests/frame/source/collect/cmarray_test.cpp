@@ -11,26 +11,6 @@ class CmArrayTest : public CollectTest {};
 using Arrays = testing::Types<CmArray, CmOrderedArray>;
 TYPED_TEST_SUITE(CmArrayTest, Arrays);
 
-/** How they grow is one function's matter, which is tested with the arrays of values. */
-TYPED_TEST(CmArrayTest, GrowsByItsStepOrRefuses) {
-    constexpr int32_t rows[][4] = {
-        {0,  -1, 10, 20}, // size, delta, the first capacity and the next one
-        {-5, 10, 10, 20},
-        {2,  0,  2,  2 },
-    };
-    for (const auto& [size, delta, capacity, next] : rows) {
-        SCOPED_TRACE(delta);
-        Probe probe;
-        TypeParam array(size, delta);
-        for (int32_t i = 0; i < capacity; ++i)
-            EXPECT_TRUE(array.add(&probe));
-        EXPECT_EQ(array.size(), capacity);
-        EXPECT_EQ(array.add(&probe), next > capacity);
-        EXPECT_EQ(array.size(), next);
-        EXPECT_EQ(array.occurrences(&probe), capacity + (next > capacity));
-    }
-}
-
 TYPED_TEST(CmArrayTest, ResizeDropsWhatIsBeyond) {
     TypeParam array(0, 10);
     fill(array, {1, 2, 3, 4, 5});

@@ -145,35 +145,23 @@ TEST_F(CmContainerTest, AddingAllKeepsTheOwnershipAndCopiesOnlyToOwn) {
     });
 }
 
-struct TakingRow {
-    CmContainer::Ownership mode;
-    bool alreadyOwned;
-    uint32_t references;  // of an object that had three
-};
-constexpr TakingRow kTakings[] = {
-    {CmContainer::kBorrows,   true,  2},
-    {CmContainer::kTakesOver, true,  2},
-    {CmContainer::kShares,    true,  4},
-    {CmContainer::kBorrows,   false, 3},
-    {CmContainer::kTakesOver, false, 3},
-    {CmContainer::kShares,    false, 3},
-};
-
 TEST_F(CmContainerTest, TakingAllSettlesTheReferences) {
-    for (const TakingRow& row : kTakings) {
-        SCOPED_TRACE(std::to_string(row.mode) + (row.alreadyOwned ? " already owned" : " not owned"));
-        auto* probe = new Probe;
-        probe->addRef();
-        probe->addRef();
-        CmArray source;
-        source.add(probe);
-        CmLinkedList target;
-        target._ownsObjects = row.mode;
-        EXPECT_TRUE(target.takeAllFrom(&source, row.alreadyOwned));
-        EXPECT_EQ(referencesOf(probe), row.references);
-        EXPECT_EQ(source.total(), 1);
-        target.removeAll();
-        while (probe->release() > 0) {}
+    for (const OwnershipRow& row : kOwnerships) {
+        for (const bool alreadyOwned : {true, false}) {
+            SCOPED_TRACE(std::to_string(row.mode) + (alreadyOwned ? " already owned" : " not owned"));
+            auto* probe = new Probe;
+            probe->addRef();
+            probe->addRef();
+            CmArray source;
+            source.add(probe);
+            CmLinkedList target;
+            target._ownsObjects = row.mode;
+            EXPECT_TRUE(target.takeAllFrom(&source, alreadyOwned));
+            EXPECT_EQ(referencesOf(probe), !alreadyOwned ? 3u : row.mode == CmContainer::kShares ? 4u : 2u);
+            EXPECT_EQ(source.total(), 1);
+            target.removeAll();
+            while (probe->release() > 0) {}
+        }
     }
 }
 
@@ -323,13 +311,8 @@ private:
     const int32_t stopRank;
 };
 
-struct ConcurrencyRow {
-    const char* name;
-    int32_t threads, minPerThread, stopRank;
-    bool result;
-    size_t onThreads;  // 0: up to threads
-};
-constexpr ConcurrencyRow kConcurrency[] = {
+// the number of threads that saw elements comes last; 0: any
+constexpr std::tuple<const char*, int32_t, int32_t, int32_t, bool, size_t> kConcurrency[] = {
     {"one thread goes to the end: true",     1,         1,  -1, true,  1},
     {"one thread is stopped: false",         1,         1,  4,  false, 1},
     {"too few elements stay on the caller",  8,         60, -1, true,  1},
@@ -339,18 +322,18 @@ constexpr ConcurrencyRow kConcurrency[] = {
 };
 
 TEST_F(CmContainerTest, ConcurrentIterationMeansTheOppositeOnSeveralThreads) {
-    for (const ConcurrencyRow& row : kConcurrency) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, threads, minPerThread, stopRank, result, onThreads] : kConcurrency) {
+        SCOPED_TRACE(name);
         forEachContainer([&](CmContainer& container) {
             Ranks all;
             for (int32_t rank = 0; rank < 100; ++rank)
                 all.push_back(rank);
             fill(container, all);
-            Recorder recorder(row.stopRank);
-            EXPECT_EQ(container.concurrentIteration(recorder, row.threads, row.minPerThread), row.result);
-            EXPECT_TRUE(row.onThreads == 0 || recorder.threads.size() == row.onThreads);
+            Recorder recorder(stopRank);
+            EXPECT_EQ(container.concurrentIteration(recorder, threads, minPerThread), result);
+            EXPECT_TRUE(onThreads == 0 || recorder.threads.size() == onThreads);
             std::sort(recorder.ranks.begin(), recorder.ranks.end());
-            EXPECT_TRUE(row.stopRank >= 0 || recorder.ranks == all);
+            EXPECT_TRUE(stopRank >= 0 || recorder.ranks == all);
             EXPECT_EQ(std::unique(recorder.ranks.begin(), recorder.ranks.end()), recorder.ranks.end());
         });
     }

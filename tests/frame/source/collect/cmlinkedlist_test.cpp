@@ -25,34 +25,27 @@ class CmSequenceTest : public CmListTest<List> {};
 using Sequences = testing::Types<CmArray, CmLinkedList, CmDLinkedList, CmILinkedList, CmIDLinkedList>;
 TYPED_TEST_SUITE(CmSequenceTest, Sequences);
 
-template <class List, class Element>
-struct EditRow {
-    const char* name;
-    bool (*edit)(List& list, Element* object);
-    bool takes;
-    Ranks expected;  // of a list of 1, 2, 3 and an object 9
-};
-
 TYPED_TEST(CmListTest, InsertsBesideTheVeryNeighbour) {
     using L = TypeParam;
     using E = typename TestFixture::Element;
-    const EditRow<L, E> edits[] = {
+    // whether the object 9 is taken, and what becomes of 1, 2, 3
+    const std::tuple<const char*, bool (*)(L&, E*), bool, Ranks> edits[] = {
         {"before the first", [](L& l, E* o) { return l.insertBefore(o, l.at(0)); }, true,  {9, 1, 2, 3}},
         {"before nothing",   [](L& l, E* o) { return l.insertBefore(o, nullptr); }, false, {1, 2, 3}   },
         {"after the last",   [](L& l, E* o) { return l.insertAfter(o, l.at(2)); },  true,  {1, 2, 3, 9}},
         {"after a stranger", [](L& l, E* o) { return l.insertAfter(o, o); },        false, {1, 2, 3}   },
         {"remove a twin",    [](L& l, E*) { return l.removeAbs(nullptr); },         false, {1, 2, 3}   },
     };
-    for (const auto& row : edits) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, edit, takes, expected] : edits) {
+        SCOPED_TRACE(name);
         L list;
         fill(list, {1, 2, 3});
         E* object = TestFixture::make(9);
-        row.edit(list, object);
-        if (!row.takes)
+        EXPECT_EQ(edit(list, object), takes);
+        if (!takes)
             object->release();
-        EXPECT_EQ(ranksOf(list), row.expected);
-        EXPECT_EQ(list.total(), static_cast<int32_t>(row.expected.size()));
+        EXPECT_EQ(ranksOf(list), expected);
+        EXPECT_EQ(list.total(), static_cast<int32_t>(expected.size()));
         fill(list, {10});
         EXPECT_EQ(rankOf(list.at(list.total() - 1)), 10) << "the end of the list is lost";
     }
@@ -181,12 +174,8 @@ TEST_F(CmLinkedListTest, LinkIsInOneListAtATime) {
     EXPECT_TRUE(other.add(&probe));
 }
 
-struct MoveRow {
-    const char* name;
-    void (*move)(CmIDLinkedList& list, CmIDLinkedList& source);
-    Ranks expected;  // of 1, 2 and a source of 8, 9
-};
-const MoveRow kMoves[] = {
+// what becomes of 1, 2 and a source of 8, 9
+const std::tuple<const char*, void (*)(CmIDLinkedList&, CmIDLinkedList&), Ranks> kMoves[] = {
     {"append",      [](CmIDLinkedList& list, CmIDLinkedList& source) { list.appendList(source); },  {1, 2, 8, 9}},
     {"prepend",     [](CmIDLinkedList& list, CmIDLinkedList& source) { list.prependList(source); }, {8, 9, 1, 2}},
     {"take over",   [](CmIDLinkedList& list, CmIDLinkedList& source) { list.takeOver(source); },    {8, 9}      },
@@ -195,17 +184,17 @@ const MoveRow kMoves[] = {
 };
 
 TEST_F(CmLinkedListTest, WholeListsMoveWithTheirReferences) {
-    for (const MoveRow& row : kMoves) {
+    for (const auto& [name, move, expected] : kMoves) {
         for (const auto mode : {CmContainer::kTakesOver, CmContainer::kShares}) {
-            SCOPED_TRACE(row.name);
+            SCOPED_TRACE(name);
             CmIDLinkedList list, source;
             fill(list, {1, 2});
             fill(source, {8, 9});
             list._ownsObjects = mode;
-            row.move(list, source);
-            EXPECT_EQ(ranksOf(list), row.expected);
+            move(list, source);
+            EXPECT_EQ(ranksOf(list), expected);
             EXPECT_EQ(list.total() + source.total(), Ranked::living);
-            EXPECT_EQ(backwardRanksOf(list), row.expected);
+            EXPECT_EQ(backwardRanksOf(list), expected);
             for (int32_t i = 0; i < list.total(); ++i)
                 EXPECT_EQ(referencesOf(list.at(i)), 1u);
         }

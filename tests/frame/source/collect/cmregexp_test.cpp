@@ -1,22 +1,14 @@
 #include "collect/cmregexp.h"
 #include "collect/cmcontainer.h"
 #include "pluginterfaces/base/smartpointer.h"
-#include "storage/farchive.h"
-#include "storage/fmstream.h"
 #include "storage/fpersistent.h"
-#include <gtest/gtest.h>
-#include <string>
+#include "tests/frame/source/storage/archiveprobes.h"
 
 namespace Tessarine {
 namespace {
 
 TEST(CmRegularExpression, MatchesByItsThreeOperators) {
-    struct Row {
-        const tchar* pattern;
-        const tchar* text;
-        bool matches;
-    };
-    constexpr Row kRows[] = {
+    constexpr std::tuple<const tchar*, const tchar*, bool> kRows[] = {
         {u"",       u"",        true },
         {u"",       u"a",       false},
         {u"?",      u"",        true },
@@ -38,10 +30,9 @@ TEST(CmRegularExpression, MatchesByItsThreeOperators) {
         {u"\u00C9", u"\u00E9",  false},
         {u"*.wav",  u"a.b.wav", true },
     };
-    for (const Row& row : kRows) {
-        const OPtr<CmRegularExpression> expression(new CmRegularExpression(row.pattern));
-        EXPECT_EQ(expression->match(row.text), row.matches)
-            << ConstString(row.pattern).length() << testing::PrintToString(row.pattern);
+    for (const auto& [pattern, text, matches] : kRows) {
+        const OPtr<CmRegularExpression> expression(new CmRegularExpression(pattern));
+        EXPECT_EQ(expression->match(text), matches) << ConstString(pattern).length() << testing::PrintToString(pattern);
     }
 }
 
@@ -60,14 +51,6 @@ TEST(CmRegularExpression, TakesTimeInProportion) {
     EXPECT_FALSE(expression->match(std::u16string(5000, u'a').c_str()));
 }
 
-/** For the values that objects write beside other objects. */
-class PlainArchive : public FArchive {
-public:
-    using FArchive::FArchive;
-    bool save(const CmObject*, bool) override { return false; }
-    CmObject* load(const char*, bool) override { return nullptr; }
-};
-
 TEST(CmRegularExpression, IsRestoredWholeOrNotAtAll) {
     const OPtr<CmRegularExpression> source(new CmRegularExpression(u"a*\u65E5", false)),
         target(new CmRegularExpression("b"));
@@ -76,7 +59,7 @@ TEST(CmRegularExpression, IsRestoredWholeOrNotAtAll) {
     EXPECT_TRUE(target->restoreAttributes(bag) && target->match(u"A\u65E5"));
 
     FMemoryStream stream;
-    PlainArchive archive(&stream, true);
+    ValueArchive archive(stream);
     ASSERT_TRUE(source->externalize(archive));
     for (int64_t size = stream.getSize(); size >= 0; --size) {
         *target = CmRegularExpression("b");

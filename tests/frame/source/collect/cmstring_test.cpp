@@ -44,18 +44,6 @@ TEST(CmString, OneObjectBehindAllFaces) {
     EXPECT_EQ(text->release(), 3u);
 }
 
-TEST(CmString, CopiesAreObjectsOfTheirOwn) {
-    OPtr<CmString> text(new CmString("abc"));
-    text->addRef();
-    OPtr<CmObject> copy(text->newCopy());
-    EXPECT_TRUE(copy->isEqual(text));
-    EXPECT_EQ(copy->addRef(), 2u);
-    copy->release();
-    text->release();
-    *classCast<CmString>(copy.get()) = u"other";
-    EXPECT_FALSE(copy->isEqual(text));
-}
-
 std::string joined(const CmArray& parts) {
     std::string all;
     for (int32_t i = 0; i < parts.total(); ++i)
@@ -64,12 +52,7 @@ std::string joined(const CmArray& parts) {
 }
 
 TEST(CmStringSplit, DropsEmptyPartsButTheTail) {
-    struct Row {
-        const char* text;
-        bool trim, keepEmptyTail;
-        const char* parts;
-    };
-    constexpr Row kRows[] = {
+    constexpr std::tuple<const char*, bool, bool, const char*> kRows[] = {
         {"",          true,  false, "<>"           },
         {"",          true,  true,  ""             },
         {"a.b",       true,  false, "<a><b>"       },
@@ -78,15 +61,15 @@ TEST(CmStringSplit, DropsEmptyPartsButTheTail) {
         {" a . . b ", true,  true,  "<a><b>"       },
         {" a . . b ", false, true,  "< a >< >< b >"},
     };
-    for (const Row& row : kRows) {
+    for (const auto& [source, trim, keepEmptyTail, expected] : kRows) {
         for (const bool wide : {false, true}) {
-            SCOPED_TRACE(testing::Message() << row.text << wide);
-            String text(row.text);
+            SCOPED_TRACE(testing::Message() << source << wide);
+            String text(source);
             if (wide)
                 text.toWideString();
             CmArray parts(0, -1);
-            const int32_t total = CmString::split(text, parts, u'.', row.trim, row.keepEmptyTail);
-            EXPECT_EQ(joined(parts), row.parts);
+            const int32_t total = CmString::split(text, parts, u'.', trim, keepEmptyTail);
+            EXPECT_EQ(joined(parts), expected);
             EXPECT_EQ(total, parts.total());
             EXPECT_EQ(parts._ownsObjects, CmContainer::kTakesOver);
         }
@@ -101,21 +84,16 @@ TEST(CmStringSplit, DropsEmptyPartsButTheTail) {
 
 TEST(CmTokens, WalksAndRemembersTheDelimiter) {
     CmTokens tokens("  one, two;three");
-    struct Row {
-        const char* delimiters;
-        const tchar* token;
-        tchar delimiter;
-    };
-    constexpr Row kRows[] = {
+    constexpr std::tuple<const char*, const tchar*, tchar> kRows[] = {
         {" ,",  u"one",   u','},
         {" ,;", u"two",   u';'},
         {",;",  u"three", u';'}, // the text ended
         {",;",  u"",      u';'},
     };
     for (int32_t round = 0; round < 2; ++round) {
-        for (const Row& row : kRows) {
-            EXPECT_EQ(std::u16string(tokens.next(row.delimiters)), row.token);
-            EXPECT_EQ(tokens.getDelimiter(), row.delimiter);
+        for (const auto& [delimiters, token, delimiter] : kRows) {
+            EXPECT_EQ(std::u16string(tokens.next(delimiters)), token);
+            EXPECT_EQ(tokens.getDelimiter(), delimiter);
         }
         tokens.reset();
     }

@@ -1,6 +1,7 @@
 #pragma once
 #include "collect/cmidlinkedlist.h"
 #include "collect/cmilinkedlist.h"
+#include "tests/support/uncounted.h"
 #include <gtest/gtest.h>
 #include <memory>
 #include <vector>
@@ -50,11 +51,6 @@ protected:
     void SetUp() override { Ranked::living = 0; }
     void TearDown() override { EXPECT_EQ(Ranked::living, 0) << "objects left behind"; }
 };
-
-inline uint32_t referencesOf(FObject* object) {
-    object->addRef();
-    return object->release();
-}
 
 /** The ranks as the iterator gives them. */
 inline std::vector<int32_t> ranksOf(const CmContainer& container) {

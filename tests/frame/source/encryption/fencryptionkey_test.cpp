@@ -12,13 +12,7 @@ std::string plain(const FEncryptionKey& key) {
 }
 
 TEST(FEncryptionKey, HasATextForm) {
-    struct Row {
-        const char* text;
-        int32_t length;
-        bool good;
-        const char* plain;
-    };
-    constexpr Row kRows[] = {
+    constexpr std::tuple<const char*, int32_t, bool, const char*> kRows[] = {
         {"00fF7a", -1, true,  "00ff7a"},
         {"00ff7",  -1, true,  "00ff"  },
         {"00ff7a", 4,  true,  "00ff"  },
@@ -28,11 +22,11 @@ TEST(FEncryptionKey, HasATextForm) {
         {"",       -1, true,  ""      },
         {nullptr,  -1, true,  ""      },
     };
-    for (const Row& row : kRows) {
+    for (const auto& [text, length, good, expected] : kRows) {
         FEncryptionKey key;
         EXPECT_TRUE(key.setPlainKey("abcd"));
-        EXPECT_EQ(key.setPlainKey(row.text, row.length), row.good);
-        EXPECT_EQ(plain(key), row.plain);
+        EXPECT_EQ(key.setPlainKey(text, length), good);
+        EXPECT_EQ(plain(key), expected);
     }
 }
 

@@ -5,17 +5,14 @@
 #include "gui/uctrler.h"
 #include "pluginglue/uplugapp.h"
 #include "tests/frame/source/gui/probes.h"
+#include "tests/support/uncounted.h"
 #include <gtest/gtest.h>
 
 namespace Tessarine {
 
 /** A window system that answers as the test says, and counts the questions. */
-class ScriptedHandler final : public IPlatformEventHandler {
+class ScriptedHandler final : public Uncounted<IPlatformEventHandler> {
 public:
-    int32_t queryInterface(const char*, void** obj) override { return noInterface(obj); }
-    uint32_t addRef() override { return 1; }
-    uint32_t release() override { return 1; }
-
     bool open(int32_t) override { return opens; }
     bool close(bool) override { return ++closed > 0; }
     void startupFinished(UApplication*) override { onStartup(); }

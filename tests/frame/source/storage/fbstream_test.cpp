@@ -1,22 +1,13 @@
+#include "archiveprobes.h"
 #include "collect/cmbuffer.h"
-#include "storage/fmstream.h"
-#include <gtest/gtest.h>
-#include <string>
 #include <vector>
 
 namespace Tessarine {
 namespace {
 using std::string_literals::operator""s;
 
-struct LinesRow {
-    const char* name;
-    std::string bytes;
-    bool trim;
-    std::vector<std::string> lines;
-};
-
 TEST(FStream, ReadsLineByLine) {
-    const LinesRow rows[] = {
+    const std::tuple<const char*, std::string, bool, std::vector<std::string>> rows[] = {
         {"ends of all kinds", "a\nb\r\nc\rd", false, {"a", "b", "c", "d"}},
         {"empty lines vanish", "a\n\n\r\n\nb\n", false, {"a", "b"}},
         {"but the first", "\n\na", false, {"", "a"}},
@@ -28,18 +19,16 @@ TEST(FStream, ReadsLineByLine) {
          true, {std::string(5000, 'x'), std::string(1023, 'y'), "z"}},
         {"nothing", "", true, {}},
     };
-    for (const LinesRow& row : rows) {
-        SCOPED_TRACE(row.name);
-        FMemoryStream stream;
-        stream.writeRaw(row.bytes.data(), int64_t(row.bytes.size()));
-        stream.rewind();
+    for (const auto& [name, bytes, trim, lines] : rows) {
+        SCOPED_TRACE(name);
+        const OPtr<FMemoryStream> stream = streamOf(bytes);
         CmBuffer line;
-        for (const std::string& expected : row.lines) {
-            ASSERT_TRUE(stream.readLine(line, row.trim));
+        for (const std::string& expected : lines) {
+            ASSERT_TRUE(stream->readLine(line, trim));
             EXPECT_EQ(std::string(line.data(), line.getFillSize()), expected);
             EXPECT_EQ(line.data()[line.getFillSize()], 0);
         }
-        EXPECT_FALSE(stream.readLine(line, row.trim));
+        EXPECT_FALSE(stream->readLine(line, trim));
     }
 }
 
@@ -72,7 +61,7 @@ TEST(FStream, CountsAndWritesUnits) {
     FMemoryStream stream;
     stream.byteOrder = 1;
     stream.writeString16(u"\u1234", false);
-    EXPECT_EQ(std::string(stream.getData(), size_t(stream.getSize())), "\x12\x34");
+    EXPECT_EQ(textOf(stream), "\x12\x34");
 }
 }  // namespace
 }  // namespace Tessarine

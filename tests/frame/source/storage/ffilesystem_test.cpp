@@ -28,14 +28,8 @@ protected:
     TempFolder temp;
 };
 
-struct OpenRow {
-    const char* name;
-    bool create;
-    const char* file;
-    int32_t mode, error;
-    const char* after;  // content, when it could be opened, after "new" was written
-};
-constexpr OpenRow kOpenings[] = {
+// after: content, when it could be opened, after "new" was written
+constexpr std::tuple<const char*, bool, const char*, int32_t, int32_t, const char*> kOpenings[] = {
     {"create empties",      true,  "old",   kOpenWrite,  0,          "new"   },
     {"create makes",        true,  "fresh", kOpenWrite,  0,          "new"   },
     {"open keeps the rest", false, "old",   kOpenWrite,  0,          "newent"},
@@ -49,21 +43,21 @@ constexpr OpenRow kOpenings[] = {
 TEST_F(Disk, OpensByMode) {
     std::filesystem::create_directory(temp / "dir");
     ASSERT_EQ(::mkfifo((temp / "pipe").c_str(), 0600), 0);  // with nobody at its other end
-    for (const OpenRow& row : kOpenings) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, create, file, mode, expectedError, after] : kOpenings) {
+        SCOPED_TRACE(name);
         std::filesystem::remove(temp / "fresh");
         temp.write("old", "oldent");
-        FNPath path = temp.at(row.file);
+        FNPath path = temp.at(file);
         int32_t error = -1;
-        FStream* stream = row.create ? gFileSystem->createFile(&path, row.mode, &error)
-                                     : gFileSystem->openFile(&path, row.mode, &error);
-        EXPECT_EQ(error, row.error);
-        ASSERT_EQ(stream != nullptr, row.after != nullptr);
+        FStream* stream =
+            create ? gFileSystem->createFile(&path, mode, &error) : gFileSystem->openFile(&path, mode, &error);
+        EXPECT_EQ(error, expectedError);
+        ASSERT_EQ(stream != nullptr, after != nullptr);
         if (!stream)
             continue;
         EXPECT_EQ(stream->writeRaw("new", 3), 3);
         EXPECT_TRUE(gFileSystem->closeFile(stream));
-        EXPECT_EQ(temp.read(row.file), row.after);
+        EXPECT_EQ(temp.read(file), after);
     }
 }
 

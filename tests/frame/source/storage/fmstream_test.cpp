@@ -1,28 +1,14 @@
 #include "storage/fmstream.h"
+#include "archiveprobes.h"
 #include "collect/cmbuffer.h"
 #include "pluginterfaces/base/smartpointer.h"
-#include "storage/farchive.h"
 #include "storage/fpersistent.h"
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <random>
-#include <string>
 
 namespace Tessarine {
 namespace {
 constexpr int64_t kFar = INT64_MAX;
-
-std::string contentOf(FMemoryStream& stream) {
-    return {stream.getData() ? stream.getData() : "", size_t(stream.getSize())};
-}
-
-/** Only its stream is used. */
-class PlainArchive : public FArchive {
-public:
-    explicit PlainArchive(FStream& stream) : FArchive(&stream, true) {}
-    bool save(const CmObject* /*object*/, bool /*keepReference*/) override { return false; }
-    CmObject* load(const char* /*className*/, bool /*keepReference*/) override { return nullptr; }
-};
 
 /** What any stream in memory does, as a plain text does it: writing past the end fills with zeros. */
 template <class Stream>
@@ -128,7 +114,7 @@ TEST(FMemoryStream, AViewNeverGrows) {
     EXPECT_STREQ(memory, "123ab");
     EXPECT_EQ(stream.setStreamSize(0), kResultOk);
     EXPECT_EQ(stream.writeRaw("own", 3), 3);
-    EXPECT_EQ(contentOf(stream), "own");
+    EXPECT_EQ(textOf(stream), "own");
     FMemoryStream values(memory, 5), odd(memory, 5), whole(memory, 0);
     values.reset();
     EXPECT_TRUE(values.writeInt32(1) && !values.writeInt32(2));
@@ -142,9 +128,11 @@ TEST(FMemoryStream, EndsAtTheCursorAndHandsItsMemoryOver) {
         FMemoryStream stream;
         stream.setSize(20000);
         stream.writeRaw("abcdef", 6);
-        stream.seek(3, kFromStart);
-        freeing ? stream.truncate() : stream.truncateToCursor();
-        EXPECT_EQ(contentOf(stream), "abc");
+        for (const size_t end : {3, 30000, 3}) {  // behind the end too
+            stream.seek(static_cast<int64_t>(end), kFromStart);
+            freeing ? stream.truncate() : stream.truncateToCursor();
+            EXPECT_EQ(textOf(stream), "abc" + std::string(end - 3, '\0'));
+        }
         EXPECT_EQ(stream.writeRaw("x", 1), 1);
         FMemoryStream to;
         to.writeRaw("lost", 4);
@@ -163,7 +151,7 @@ TEST(FMemoryStream, IsStoredAndRefusesSizesThatLie) {
     FMemoryStream source, archived, restored;
     source.setSize(0x18001);
     std::memset(source.getData(), 'x', 0x18001);
-    PlainArchive archive(archived);
+    ValueArchive archive(archived);
     ASSERT_TRUE(source.externalize(archive));
     for (const int32_t claim : {0x18001, 0x18000, 0, 0x18002, INT32_MAX, -1}) {
         SCOPED_TRACE(claim);
@@ -176,8 +164,6 @@ TEST(FMemoryStream, IsStoredAndRefusesSizesThatLie) {
     }
     FAttributes attributes;
     EXPECT_FALSE(restored.restoreAttributes(attributes));
-    ASSERT_TRUE(source.storeAttributes(attributes) && restored.restoreAttributes(attributes));
-    EXPECT_TRUE(restored.isStreamEqual(source));
 }
 
 TEST(FMemoryStream, SpeaksAsAComponent) {

@@ -10,14 +10,8 @@
 namespace Tessarine {
 namespace {
 
-struct PathRow {
-    const char16_t* text;
-    const char16_t* folders;
-    const char16_t* name;
-    bool folder;
-    const char16_t* above;  // null: nothing above
-};
-constexpr PathRow kPaths[] = {
+// null: nothing above
+constexpr std::tuple<const char16_t*, const char16_t*, const char16_t*, bool, const char16_t*> kPaths[] = {
     {u"/a/b.txt", u"/a/", u"b.txt", false, u"/a"  },
     {u"/a/b/",    u"/a/", u"b",     true,  u"/a"  },
     {u"/a/b///",  u"/a/", u"b",     true,  u"/a"  },
@@ -35,17 +29,17 @@ std::u16string textOf(const FPath& path) {
 }
 
 TEST(FPath, SplitsAndAscends) {
-    for (const PathRow& row : kPaths) {
-        SCOPED_TRACE(testing::PrintToString(std::u16string(row.text)));
+    for (const auto& [text, folders, name, folder, above] : kPaths) {
+        SCOPED_TRACE(testing::PrintToString(std::u16string(text)));
         FPath path;
-        path.fromString(row.text, kFilePath);
-        EXPECT_EQ(std::u16string(path.getPathName()), row.folders);
-        EXPECT_EQ(std::u16string(path.getName()), row.name);
-        EXPECT_EQ(path.isFolder(), row.folder);
+        path.fromString(text, kFilePath);
+        EXPECT_EQ(std::u16string(path.getPathName()), folders);
+        EXPECT_EQ(std::u16string(path.getName()), name);
+        EXPECT_EQ(path.isFolder(), folder);
         const std::u16string before = textOf(path);
-        ASSERT_EQ(path.ascend(), row.above != nullptr);
-        EXPECT_EQ(textOf(path), row.above ? row.above : before);
-        EXPECT_EQ(path.isFolder(), row.above || row.folder);
+        ASSERT_EQ(path.ascend(), above != nullptr);
+        EXPECT_EQ(textOf(path), above ? above : before);
+        EXPECT_EQ(path.isFolder(), above || folder);
     }
 }
 

@@ -52,9 +52,9 @@ TEST_F(Bag, ConvertsNumbersAndTexts) {
 
 TEST_F(Bag, ListsAreReadOnFromTheirCursor) {
     for (int32_t i = 1; i <= 3; ++i) {
-        EXPECT_TRUE(bag.queueInt("ints", i));
+        EXPECT_EQ(bag.queue("ints", FVariant(int64_t(i))), kResultOk);
         EXPECT_EQ(bag.queue("mixed", FVariant(double(i))), kResultOk);
-        EXPECT_TRUE(bag.queueString16("texts", i == 1 ? u"\u00e9" : u"b"));
+        EXPECT_EQ(bag.queue("texts", FVariant(i == 1 ? u"\u00e9" : u"b")), kResultOk);
     }
     int64_t number = 0;
     for (int32_t round = 0; round < 2; ++round) {

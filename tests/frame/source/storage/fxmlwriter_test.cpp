@@ -1,11 +1,8 @@
 #include "storage/fxmlwriter.h"
+#include "archiveprobes.h"
 #include "base/source/classfactory.h"
-#include "goldenfile.h"
-#include "storage/fmstream.h"
 #include "storage/fxmlparser.h"
-#include <gtest/gtest.h>
 #include <map>
-#include <string>
 
 namespace Tessarine {
 namespace {
@@ -22,12 +19,8 @@ std::string encoded(const tchar* text) {
     return {buffer.data(), buffer.getFillSize()};
 }
 
-struct EncodingRow {
-    const char* text;
-    const char* named;  // 8-bit attributes
-    const char* plain;  // UTF-8
-};
-constexpr EncodingRow kEncodings[] = {
+// named: 8-bit attributes; plain: UTF-8
+constexpr std::tuple<const char*, const char*, const char*> kEncodings[] = {
     {"<a & \"b\">'", "|&lt;a &amp; &quot;b&quot;&gt;'", "|&lt;a &amp; &quot;b&quot;&gt;'"},
     {"$^`",          "|&dollar;&circ;&grave;",          "|$^`"                           },
     {"\n\r\f\t",     "|&nl;&cr;\f\t",                   "|\n\r\f\t"                      },
@@ -36,10 +29,10 @@ constexpr EncodingRow kEncodings[] = {
 };
 
 TEST(XmlEncoding, EightBitText) {
-    for (const EncodingRow& row : kEncodings) {
-        SCOPED_TRACE(row.text);
-        EXPECT_EQ(encoded(row.text, false), row.named);
-        EXPECT_EQ(encoded(row.text, true), row.plain);
+    for (const auto& [text, named, plain] : kEncodings) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(encoded(text, false), named);
+        EXPECT_EQ(encoded(text, true), plain);
     }
 }
 
@@ -85,12 +78,13 @@ public:
 };
 
 TEST(FXmlWriter, WritesWhatFXmlParserReads) {
-    std::string golden = goldenFile("fxmlwriter.xml");
-    FMemoryStream source(golden.data(), int32_t(golden.size())), target;
-    Copier copier(&source, &target);
+    const std::string golden = goldenFile("fxmlwriter.xml");
+    const OPtr<FMemoryStream> source = streamOf(golden);
+    FMemoryStream target;
+    Copier copier(source, &target);
     EXPECT_TRUE(copier.writer.outputLine("<?xml version=\"1.0\" standalone=\"yes\"?>", 0));
     EXPECT_TRUE(copier.process(nullptr));
-    EXPECT_EQ(std::string(target.getData(), size_t(target.getSize())), golden);
+    EXPECT_EQ(textOf(target), golden);
 }
 
 TEST(FXmlWriter, RefusesWhatWouldNotNest) {
@@ -105,7 +99,7 @@ TEST(FXmlWriter, RefusesWhatWouldNotNest) {
     EXPECT_EQ(writer.writeEndTag("a"), 0);
     EXPECT_EQ(writer.writeEndTag("a"), 1);
     EXPECT_TRUE(writer.newLine());
-    EXPECT_EQ(std::string(target.getData(), size_t(target.getSize())), "<a kept=\"1&2\">\r\n</a>\r\n\r\n");
+    EXPECT_EQ(textOf(target), "<a kept=\"1&2\">\r\n</a>\r\n\r\n");
     FUnknown* made = ClassFactory::instance(false)->createObjectByID(IXmlWriter::iid);
     const OPtr<IXmlWriter> component(static_cast<IXmlWriter*>(made));
     ASSERT_TRUE(component);

@@ -1,7 +1,6 @@
 #pragma once
+#include "archiveprobes.h"
 #include "storage/fattributearchive.h"
-#include "storage/fmstream.h"
-#include <string>
 
 namespace Tessarine {
 
@@ -38,15 +37,5 @@ public:
     StoredNode* parent = nullptr;
     inline static int32_t living = 0;
 };
-
-inline std::string textOf(FMemoryStream& stream) {
-    return {stream.getData(), static_cast<size_t>(stream.getSize())};
-}
-
-inline void fill(FMemoryStream& stream, const std::string& bytes) {
-    stream.setSize(0);
-    stream.writeRaw(bytes.data(), static_cast<int64_t>(bytes.size()));
-    stream.rewind();
-}
 
 }  // namespace Tessarine

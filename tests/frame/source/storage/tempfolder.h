@@ -1,24 +1,15 @@
 #pragma once
 #include "storage/fpath.h"
-#include <cstdlib>
-#include <filesystem>
+#include "tests/support/testfolder.h"
 #include <fstream>
 #include <iterator>
 #include <set>
-#include <string>
 
 namespace Tessarine {
 
 /** A real folder that goes with the test. */
-class TempFolder {
+class TempFolder : public TemporaryFolder {
 public:
-    TempFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "storage.XXXXXX").string();
-        path = ::mkdtemp(name.data());
-    }
-    ~TempFolder() { std::filesystem::remove_all(path); }
-    TempFolder(const TempFolder&) = delete;
-
     std::string operator/(const std::string& name) const { return (path / name).string(); }
     FNPath at(const std::string& name) const { return pathOf(path / name); }
     FNPath self() const { return pathOf(path); }
@@ -42,8 +33,6 @@ private:
         text.fromUTF8(path.c_str());
         return FNPath(text.text16(), kFilePath);
     }
-
-    std::filesystem::path path;
 };
 
 }  // namespace Tessarine

@@ -1,22 +1,19 @@
 #include "storage/xmldocument.h"
-#include "goldenfile.h"
-#include "storage/fmstream.h"
-#include <gtest/gtest.h>
-#include <string>
+#include "archiveprobes.h"
 
 namespace Tessarine::Xml {
 namespace {
 const std::string kIntro = "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
 
-bool load(Document& document, std::string text) {
-    FMemoryStream stream(text.data(), int32_t(text.size()));
-    return document.load(&stream);
+bool load(Document& document, const std::string& text) {
+    const OPtr<FMemoryStream> stream = streamOf(text);
+    return document.load(stream);
 }
 
 std::string saved(const Document& document, bool reformat) {
     FMemoryStream stream;
     EXPECT_TRUE(document.save(&stream, reformat));
-    return {stream.getData(), size_t(stream.getSize())};
+    return textOf(stream);
 }
 
 Element& rootOf(const Document& document) {
@@ -31,12 +28,7 @@ TEST(XmlDocument, IsWrittenAsItWasRead) {
     EXPECT_EQ(saved(document, true), golden);  // its lines are as we put them
 }
 
-struct DocumentRow {
-    const char* text;
-    const char* plain;
-    const char* reformatted;
-};
-constexpr DocumentRow kDocuments[] = {
+constexpr std::tuple<const char*, const char*, const char*> kDocuments[] = {
     {"<!--before--><a x='1'> <b/><!-- c --></a><!--behind-->", "<a x=\"1\"> <b/><!-- c --><!--behind--></a>",
      "<a x=\"1\">\n\t<b/>\n\t<!-- c -->\n\t<!--behind-->\n</a>"                                                                               },
  // a blank between two entities is a piece of its own
@@ -49,12 +41,12 @@ constexpr DocumentRow kDocuments[] = {
 };
 
 TEST(XmlDocument, LosesNothingAndIndentsLines) {
-    for (const DocumentRow& row : kDocuments) {
-        SCOPED_TRACE(row.text);
+    for (const auto& [text, plain, reformatted] : kDocuments) {
+        SCOPED_TRACE(text);
         Document document;
-        ASSERT_TRUE(load(document, row.text));
-        EXPECT_EQ(saved(document, false), kIntro + row.plain);
-        EXPECT_EQ(saved(document, true), kIntro + row.reformatted);
+        ASSERT_TRUE(load(document, text));
+        EXPECT_EQ(saved(document, false), kIntro + plain);
+        EXPECT_EQ(saved(document, true), kIntro + reformatted);
     }
 }
 

@@ -11,10 +11,8 @@ TEST(UFloatValueRange, BoundsOrWrapsByOne) {
     };
     constexpr Row kRows[] = {
         {0.f,  10.f, 11.f,   10.f, 0.f   },
-        {0.f,  10.f, -1.f,   0.f,  10.f  },
         {0.f,  1.f,  1.25f,  1.f,  -0.75f}, // the seam is 1 wide whatever the range
         {0.f,  1.f,  -0.25f, 0.f,  1.75f },
-        {5.f,  5.f,  9.f,    5.f,  5.f   },
         {-2.f, 2.f,  3.5f,   2.f,  -1.5f },
     };
     for (const Row& row : kRows) {
@@ -56,11 +54,9 @@ TEST(UFloatValueTyped, AppliesATrailingOperator) {
     const std::pair<const tchar*, float> rows[] = {
         {u"7,5",   7.5f },
         {u"0.5+",  10.5f},
-        {u"2/",    5.f  },
         {u"/",     10.f },
         {u"nan",   10.f },
         {u"1e300", 100.f},
-        {u"",      0.f  },
     };
     for (const auto& [text, expected] : rows) {
         SCOPED_TRACE(testing::PrintToString(std::u16string(text)));

@@ -14,16 +14,13 @@ TEST(UIntValueRange, BoundsOrWraps) {
         int32_t min, max, set, clamped, wrapped;
     };
     constexpr Row kRows[] = {
-        {0,    10,   10,   10,   10  },
         {0,    10,   11,   10,   0   },
         {0,    10,   -1,   0,    10  },
         {0,    10,   20,   10,   -1  }, // a whole span above min lands outside
         {-3,   5,    6,    5,    -3  },
-        {-3,   5,    -4,   -3,   5   },
         {5,    5,    9,    5,    5   }, // nothing to wrap in
         {kMin, kMax, kMax, kMax, kMax},
         {kMin, 0,    kMax, 0,    -2  },
-        {1,    2,    kMin, 1,    0   },
     };
     for (const Row& row : kRows) {
         SCOPED_TRACE(testing::Message() << row.set << " in " << row.min << " to " << row.max);
@@ -39,8 +36,7 @@ using UIntValueNews = ValueTest;
 TEST_F(UIntValueNews, OneForEachRealChangeOfRangeOrValue) {
     OPtr<UIntValue> value(new UIntValue(0, 10, 8));
     value->setStraightUpdate(true);
-    Watcher view(log);
-    value->addDependent(&view);
+    Watcher view(log, value);
     struct Row {
         const char* name;
         void (*act)(UIntValue&);
@@ -64,7 +60,6 @@ TEST_F(UIntValueNews, OneForEachRealChangeOfRangeOrValue) {
         EXPECT_EQ(value->getMax(), row.max);
         EXPECT_EQ(value->getValue(), row.value);
     }
-    value->removeDependent(&view);
 }
 
 TEST(UIntValuePosition, RoundsAndSurvivesTheWidestRange) {
@@ -77,9 +72,7 @@ TEST(UIntValuePosition, RoundsAndSurvivesTheWidestRange) {
         {0,    10,   0.04f, 0   },
         {0,    10,   0.05f, 1   },
         {-15,  15,   0.5f,  0   },
-        {0,    10,   -7.f,  0   },
         {3,    3,    0.5f,  3   },
-        {kMin, kMax, 0.f,   kMin},
         {kMin, kMax, 1.f,   kMax},
         {0,    10,   1e30f, 10  },
     };
@@ -99,17 +92,13 @@ TEST(UIntValueTyped, AppliesATrailingOperator) {
     const std::pair<const tchar*, int32_t> rows[] = {
         {u"-7",    -7  },
         {u"3+",    13  },
-        {u"3-",    7   },
         {u"2/",    5   },
         {u"0/",    10  },
         {u"/",     10  },
-        {u"*",     0   },
         {u"2,5*",  25  },
         {u"2.9",   2   },
-        {u"+3",    3   },
         {u"3 +",   13  },
         {u"",      0   },
-        {u"none",  0   },
         {u"-1e30", -100},
     };
     for (const auto& [text, expected] : rows) {

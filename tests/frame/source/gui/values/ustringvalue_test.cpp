@@ -10,9 +10,8 @@ TEST_F(UStringValueNews, TheOwnerHearsOfTheSameTextTooViewsDoNot) {
     OPtr<UStringValue> value(new UStringValue);
     value->setStraightUpdate(true);
     Owner owner(log);
-    Watcher view(log);
+    Watcher view(log, value);
     value->connect(&owner, 0, false);
-    value->addDependent(&view);
     EXPECT_EQ(value->getValue(), 0);
     value->fromString(u"ttyUSB0");
     EXPECT_EQ(take(), (Log{"view 1", "owner 1"}));
@@ -25,7 +24,6 @@ TEST_F(UStringValueNews, TheOwnerHearsOfTheSameTextTooViewsDoNot) {
     value->fromString2(u"", false);
     EXPECT_EQ(take(), Log{"view 1"});
     EXPECT_EQ(value->getValue(), 0);
-    value->removeDependent(&view);
 }
 
 TEST(UStringValueText, IsAssignedFromTextsOnlyAndCutForSmallBuffers) {

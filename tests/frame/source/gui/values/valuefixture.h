@@ -2,6 +2,7 @@
 #include "base/source/updatehandler.h"
 #include "gui/values/uvalue.h"
 #include "pluginterfaces/gui/iplugcontroller.h"
+#include "tests/support/uncounted.h"
 #include <gtest/gtest.h>
 #include <string>
 #include <utility>
@@ -21,15 +22,12 @@ inline std::u16string textOf(IValue* value) {
     return text;
 }
 
-inline uint32_t referencesOf(FUnknown* object) {
-    object->addRef();
-    return object->release();
-}
-
-/** Notes each update as "<name> <message>". */
+/** Notes each update as "<name> <message>", of what it watches until its end. */
 class Watcher : public FObject {
 public:
     explicit Watcher(Log& log, std::string name = "view") : log(log), name(std::move(name)) {}
+    Watcher(Log& log, UValue* value) : Watcher(log) { value->addDependent(this); }
+    ~Watcher() override { UpdateHandler::instance()->removeDependent(nullptr, this); }
     void update(FUnknown*, int32_t message) override { log.push_back(name + " " + std::to_string(message)); }
 
 private:
@@ -63,26 +61,21 @@ private:
 };
 
 /** A plug-in's controller, which may take part in edit sessions. */
-class Controller : public IPlugController4 {
+class Controller : public Uncounted<IPlugController4> {
 public:
     Controller(Log& log, bool takesPart) : log(log), takesPart(takesPart) {}
-    virtual ~Controller() = default;
     int32_t queryInterface(const char* iid, void** obj) override {
         const bool found = (takesPart && answerInterface<IPlugController4>(this, iid, obj)) ||
                            answerInterface<IPlugController>(this, iid, obj) ||
                            answerInterface<FUnknown>(this, iid, obj);
         return found ? kResultOk : noInterface(obj);
     }
-    uint32_t addRef() override { return uint32_t(++references); }
-    uint32_t release() override { return uint32_t(--references); }
     IParameter* getParameter(const char*) override { return nullptr; }
     void parameterChanged(IParameter* parameter, int32_t tag) override {
         note("changed " + std::to_string(tag) + "=", parameter);
     }
     void beginEdit(IParameter* parameter) override { note("begin ", parameter); }
     void endEdit(IParameter* parameter) override { note("end ", parameter); }
-
-    int32_t references = 1;
 
 private:
     void note(const std::string& what, IParameter* parameter) {

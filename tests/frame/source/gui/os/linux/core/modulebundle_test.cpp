@@ -1,9 +1,9 @@
 #include "gui/os/linux/core/modulebundle.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "tests/frame/source/storage/tempfolder.h"
+#include "tests/support/mapped.h"
 #include <dlfcn.h>
 #include <elf.h>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <link.h>
 #include <sys/utsname.h>
@@ -25,20 +25,6 @@ std::string someLibrary() {
     };
     dl_iterate_phdr(look, &found);
     return found;
-}
-
-#ifdef TESSARINE_SANITIZED
-constexpr bool kStaysMapped = true;
-#else
-constexpr bool kStaysMapped = false;
-#endif
-
-bool isMapped(const std::string& file) {
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);)
-        if (line.find(file) != std::string::npos)
-            return true;
-    return false;
 }
 
 class ModuleBundleTest : public testing::Test {
@@ -91,7 +77,7 @@ TEST_F(ModuleBundleTest, LoadsByEitherOfItsPathsAndReallyUnloads) {
             EXPECT_TRUE(bundle->unload());
             EXPECT_FALSE(bundle->unload());
             EXPECT_EQ(bundle->getProcAddress("XML_ExpatVersion"), nullptr);
-            EXPECT_EQ(isMapped(object), kStaysMapped);
+            EXPECT_EQ(isMapped(object), kSanitized);
         }
     }
 }
