@@ -39,7 +39,7 @@ def run(*words, code=0, **options):
     done = subprocess.run([BIN / "srfpack", *words], capture_output=True, timeout=120, **options)
     assert done.returncode == code, f"{words}: {done.returncode}, {done.stderr}"
     assert (code == 0 and done.stderr == b"") or (code and done.stderr.count(b"\n") == 1), done.stderr
-    return done.stdout
+    return done.stderr if code else done.stdout
 
 
 class FolderTest(unittest.TestCase):
@@ -96,6 +96,7 @@ class Packing(FolderTest):
     def test_replace_and_compact_keep_the_rest(self):
         run("extract", GOLDEN / "resources-v3.srf", self.folder / "out")
         self.file.write_bytes((GOLDEN / "resources-v3.srf").read_bytes())
+        self.file.chmod(0o640)
         (self.folder / "link.srf").symlink_to("x.srf")
         new = self.folder / "out" / "bitmaps" / "back.png"
         new.write_bytes(b"new" * 1000)
@@ -104,6 +105,7 @@ class Packing(FolderTest):
         run("extract", self.file, self.folder / "again")
         subprocess.run(["diff", "-r", self.folder / "out", self.folder / "again"], check=True)
         self.assertTrue((self.folder / "link.srf").is_symlink())
+        self.assertEqual(self.file.stat().st_mode & 0o777, 0o640)
         self.assertEqual(sorted(path.name for path in self.folder.glob("*srf*")), ["link.srf", "x.srf"])
 
     def test_what_cannot_be_packed_is_named_and_nothing_written(self):
@@ -122,8 +124,12 @@ class Packing(FolderTest):
                 run("create", tree, self.file, code=1)
                 self.assertFalse(self.file.exists())
                 subprocess.run(["rm", "-r", tree], check=True)
-        for words in (("no-folder", self.file), (self.folder, self.file), (self.tree(), self.folder / "no" / "x.srf")):
+        tree, pipe = self.tree(), self.folder / "pipe"
+        for words in (("no-folder", self.file), (self.folder, self.file), (tree, self.folder / "no" / "x.srf")):
             run("create", *words, code=1)
+        os.mkfifo(pipe)
+        run("create", tree, pipe, code=1)
+        self.assertTrue(pipe.is_fifo())
 
     def test_progress_is_for_a_terminal(self):
         tree = self.tree(a=bytes(1 << 20))
@@ -134,7 +140,7 @@ class Packing(FolderTest):
         os.close(host)
 
     def test_bad_usage(self):
-        for words in ((), ("pack",), ("list",), ("list", "a", "b"), ("list", "--compress", "a"), ("--bogus",), ("verify", "")):
+        for words in ((), ("pack",), ("a\nb",), ("list",), ("list", "a", "b"), ("list", "--compress", "a"), ("--bogus",), ("verify", "")):
             with self.subTest(words):
                 run(*words, code=2)
 
@@ -175,6 +181,7 @@ class Hostile(FolderTest):
             "bomb": archive(entry(b"a", 14, size=len(packed), full=2**60), data=packed),
             "more than it says": archive(entry(b"a", 14, size=len(packed), full=99999), data=packed),
             "less than it says": archive(entry(b"a", 14, size=len(packed), full=100001), data=packed),
+            "cut checksum": archive(entry(b"a", 14, size=len(packed) - 2, full=100000), data=packed[:-2]),
             "bad checksum": archive(entry(b"a", 14, size=len(packed), full=100000), data=bad_sum),
             "no file": b"",
             "another file": b"PK" * 100,
@@ -198,7 +205,8 @@ class Hostile(FolderTest):
                 out = self.folder / f"out-{len(name)}"
                 (out / name).parent.mkdir(parents=True)
                 (out / name).symlink_to(target)
-                run("extract", self.file, out, code=1)
+                said = run("extract", self.file, out, code=1)
+                self.assertIn(f"{out / name}: ".encode(), said)
                 self.assertEqual((elsewhere / "a").read_bytes(), b"old")
 
     def test_a_failure_keeps_the_old_file(self):

@@ -1,5 +1,6 @@
 #include "tools/srfpack/check.h"
 #include "base/uprogresshook.h"
+#include "libraries/source/zlib/zlibcomp.h"
 #include "storage/fcstream.h"
 #include "tools/srfpack/names.h"
 #include <algorithm>
@@ -69,9 +70,28 @@ OPtr<FStream> openToEnd(FResourceArchive& archive, FFileArchiveNode* node) {
     return unpacked->beginDecompress() ? OPtr<FStream>(static_cast<FStream*>(unpacked.detach())) : OPtr<FStream>();
 }
 
+uint32_t sumWith(uint32_t sum, const std::vector<char>& block, int64_t size) {
+    return uint32_t(adler32(sum, reinterpret_cast<const Bytef*>(block.data()), uInt(size)));
+}
+
+/** What zlib packed ends with the checksum of what comes out; a reader doesn't miss the part of it that is cut off. */
+bool endsWithSum(FResourceArchive& archive, FFileArchiveNode* node, uint32_t sum) {
+    FUID engine;
+    if (!entryOf(*node).isCompressed() || !archive.getEngine()->getCompressionCID(engine) || engine != ZLib::getCID())
+        return true;
+    uint32_t end = 0;
+    const OPtr<FStream> stored(archive.openSubStream(node));
+    if (!stored)
+        return false;
+    stored->byteOrder = 1;
+    stored->seek(-int64_t(sizeof end), kFromEnd);
+    return stored->readInt32u(end) && end == sum;
+}
+
 /** Its bytes are there, whole, and no more than it says. The last piece is asked for with a byte more, so that the end of what
-    is compressed, and the checksum in it, is met. */
+    is compressed is met. */
 bool isReadable(FResourceArchive& archive, FFileArchiveNode* node, std::vector<char>& block) {
+    uint32_t sum = 1;
     int64_t left = node->getUncompressedSize();
     if (node->getDataSize() == 0)
         return left == 0;
@@ -79,9 +99,11 @@ bool isReadable(FResourceArchive& archive, FFileArchiveNode* node, std::vector<c
     while (stream && left > kBlockBytes) {
         if (stream->readRaw(block.data(), kBlockBytes) != kBlockBytes)
             return false;
+        sum = sumWith(sum, block, kBlockBytes);
         left -= kBlockBytes;
     }
-    return stream && stream->readRaw(block.data(), left + 1) == left;
+    return stream && stream->readRaw(block.data(), left + 1) == left &&
+           endsWithSum(archive, node, sumWith(sum, block, left));
 }
 }  // namespace
 

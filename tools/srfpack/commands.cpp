@@ -83,8 +83,11 @@ std::string create(const Options& options) {
     if (liesIn(fileName, folderName))
         return printable(fileName) + ": lies in the folder that is packed";
     std::error_code ignored;
-    if (fs::is_directory(fileName, ignored))
+    const fs::file_status status = fs::status(fileName, ignored);
+    if (fs::is_directory(status))
         return systemError(fileName, EISDIR);
+    if (fs::exists(status) && !fs::is_regular_file(status))
+        return printable(fileName) + ": isn't a file that can be replaced";
     errno = 0;
     FAsideFile aside(gFileSystem, file);
     if (!aside.getStream())
@@ -92,6 +95,7 @@ std::string create(const Options& options) {
     const int16_t flags = FResourceArchive::kSubFolders | (options.compress ? FResourceArchive::kCompress : 0);
     const OPtr<FResourceArchive> archive(new FResourceArchive(aside.getStream()));
     const OPtr<TerminalProgress> progress(new TerminalProgress);
+    errno = 0;  // to look for a terminal has set it
     const bool packed = archive->create(&folder, flags, progress, nullptr) && archive->close() && aside.commit();
     return packed ? "" : systemError(fileName, errno);
 }
@@ -141,9 +145,11 @@ std::string extract(const Options& options) {
     if (!pathOf(folderName, kFolderPath, folder))
         return notUtf8(folderName);
     const OPtr<TerminalProgress> progress(new TerminalProgress);
-    errno = 0;
-    const bool extracted = opened.archive->extractAll(&folder, progress);
-    return extracted ? "" : printable(folderName) + ": can't be written, or a link lies in the way";
+    if (opened.archive->extractAll(&folder, progress))
+        return {};
+    const std::string member = utf8Of(progress->getCurrent());
+    const std::string place = member.empty() ? folderName : (fs::path(folderName) / member).native();
+    return printable(place) + ": can't be written, or a link lies in the way";
 }
 
 std::string replaceIn(FPath& file, FPath& inner, FPath& content) {

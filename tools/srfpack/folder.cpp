@@ -44,15 +44,17 @@ std::string findObstacle(const fs::path& folder, int64_t maxBytes) {
     std::error_code error;
     fs::recursive_directory_iterator entries(folder, error);
     int64_t left = maxBytes;
+    fs::path last = folder;
     for (; !error && entries != fs::recursive_directory_iterator(); entries.increment(error)) {
         std::string obstacle = nameObstacle(entries->path());
         if (obstacle.empty())
             obstacle = contentObstacle(*entries, left);
         if (!obstacle.empty())
             return obstacle;
+        last = entries->path();
         if (entries.depth() >= FFileSystem::kMaxDepth)
-            return printable(entries->path()) + ": lies too deep";
+            return printable(last) + ": lies too deep";
     }
-    return error ? systemError(folder, error.value()) : "";
+    return error ? systemError(last, error.value()) : "";
 }
 }  // namespace SrfPack

@@ -1,4 +1,5 @@
 #include "tools/srfpack/commands.h"
+#include "tools/srfpack/names.h"
 #include <cstdio>
 
 int main(int count, char** words) {
@@ -6,7 +7,7 @@ int main(int count, char** words) {
     std::string error;
     const auto options = SrfPack::readOptions(arguments, error);
     if (!options) {
-        std::fprintf(stderr, "srfpack: %s\n", error.c_str());
+        std::fprintf(stderr, "srfpack: %s\n", SrfPack::printable(error).c_str());
         return 2;
     }
     if (!options->answer.empty())

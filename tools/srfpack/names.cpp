@@ -34,8 +34,10 @@ std::string printable(const std::string& text) {
 
 bool pathOf(const std::filesystem::path& name, int32_t kind, FNPath& path) {
     FString text;
-    std::error_code ignored;
-    if (!text.fromUTF8(std::filesystem::absolute(name, ignored).lexically_normal().c_str()))
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::absolute(name, error);
+    const std::filesystem::path resolved = std::filesystem::weakly_canonical(whole, error);  // ".." behind a link
+    if (!text.fromUTF8(error ? whole.lexically_normal().c_str() : resolved.c_str()))
         return false;
     path = FNPath(text.text16(), kind);
     return true;

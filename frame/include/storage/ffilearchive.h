@@ -160,7 +160,8 @@ public:
         the target is the archive itself. */
     virtual bool extractFile(FPath* path, FPath* target, UProgressHook* hook);
     /** What a folder holds appears below a folder of the disk, and nowhere else: a name that leads elsewhere or a link
-        below the target ends it, as the first failure and the hook do. What was made before stays. */
+        below the target ends it, as the first failure and the hook do. What was made before stays. The hook hears each
+        member's path as its text, before the member is made. */
     virtual bool extractFolder(FPath* path, FPath* target, UProgressHook* hook);
     /** The member stands for a file outside from now on, and is made if it is missing. */
     virtual bool createFileReference(FPath* path, const FNPath* outside);

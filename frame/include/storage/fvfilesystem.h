@@ -19,7 +19,7 @@ public:
     /** What files of a type are as file systems. The type is borrowed for good. Start-up and main thread. */
     static void registerHandler(const FFileType* type, Creator creator);
 
-    /** All of the target, which is shared. */
+    /** All of the target, which is shared; of the disks, from "/" on. */
     FVFileSystem(FFileSystem* target, bool writable = false);
     /** A folder of the disks, or a file that a handler knows. */
     FVFileSystem(const FPath* path, bool writable = false);

@@ -409,8 +409,10 @@ bool FFileArchive::extractNode(FFileArchiveNode* node, const FFileArchiveNode* t
     node->getPath(member);
     top->getPath(base);
     const uint32_t begin = base.isEmpty() ? 0 : fullTextOf(base).length() + 1;
+    const FString name = fullTextOf(member);
+    hook->setText(name);
     FPath place(target);
-    place.descend(fullTextOf(member).text16() + begin, member.getKind());
+    place.descend(name.text16() + begin, member.getKind());
     if (gFileSystem->isSymlink(&place))
         return false;
     return node->isFolder() ? gFileSystem->createDir(&place) : copyMember(&member, node, &place, hook, nullptr);

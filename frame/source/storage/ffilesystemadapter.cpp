@@ -182,7 +182,10 @@ FFileSysIteratorAdapter::FFileSysIteratorAdapter(FFileSystemAdapter* fileSystem,
 }
 
 FFileSysIteratorAdapter::~FFileSysIteratorAdapter() {
-    inner = nullptr;
+    {
+        const FGuard guard(fileSystem->lock);
+        inner = nullptr;
+    }
     fileSystem->notifyStreamDestruction();
 }
 

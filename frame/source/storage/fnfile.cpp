@@ -20,8 +20,10 @@ bool linkStatusOf(const FPath* path, struct stat& status) {
     return ::lstat(PlatformName(path), &status) == 0;
 }
 
-size_t bytesOf(const FString& name) {
-    return std::strlen(PlatformName(units16(name)));
+/** What can't be expressed, as half a pair, doesn't. */
+bool fitsOnDisk(const FString& name) {
+    const size_t bytes = std::strlen(PlatformName(units16(name)));
+    return bytes > 0 && bytes <= NAME_MAX;
 }
 
 struct FreeText {
@@ -32,7 +34,7 @@ struct FreeText {
 bool FNFileSystem::makeSystemName(FString& name) {
     FString made(name.text16());
     makeValidName(made);
-    while (bytesOf(made) > NAME_MAX)
+    while (!made.isEmpty() && !fitsOnDisk(made))
         made.remove(made.length() - 1);
     if (made.isEmpty() || made == u"." || made == u"..")
         made = u"_";

@@ -52,6 +52,15 @@ bool renameToFreeName(const char* from, const char* to) {
     return errno == EINVAL && ::lstat(to, &status) != 0 && errno == ENOENT && std::rename(from, to) == 0;
 }
 
+/** The link itself, not what it leads to. */
+bool copyLink(const FPath* from, const FPath* to) {
+    std::error_code error;
+    std::filesystem::copy_symlink(static_cast<const char*>(PlatformName(from)),
+                                  static_cast<const char*>(PlatformName(to)), error);
+    errno = error.value();
+    return !error;
+}
+
 FStream* openStream(const FPath* path, int32_t mode, int32_t* error) {
     OPtr<FFileStream> stream(new FFileStream(mode));
     if (path)
@@ -150,6 +159,12 @@ bool isSameFile(const FPath* a, const FPath* b) {
     return statusOf(a, first) && statusOf(b, second) && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
+void copyRights(const FPath* from, const FPath* to) {
+    struct stat status;
+    if (fileStatusOf(from, status))
+        ::chmod(PlatformName(to), status.st_mode & kRights);
+}
+
 constinit FNFileSystem* const gFileSystem = &disks;
 
 IMPLEMENT_CLASS(FNFileSystem, FFileSystem)
@@ -198,7 +213,7 @@ bool FNFileSystem::moveFile(FPath* from, FPath* to, bool overwrite) {
 /** Through a copy beside the target, so that there too it appears in one step. */
 bool FNFileSystem::moveToOtherDisk(FPath* from, FPath* to, bool overwrite) {
     FPath aside(*to);
-    if (!aside.makeUnique() || !copyFile(from, &aside))
+    if (!aside.makeUnique() || !(isSymlink(from) ? copyLink(from, &aside) : copyFile(from, &aside)))
         return false;
     const PlatformName source(&aside), target(to);
     const bool moved = overwrite ? std::rename(source, target) == 0 : renameToFreeName(source, target);
@@ -208,7 +223,6 @@ bool FNFileSystem::moveToOtherDisk(FPath* from, FPath* to, bool overwrite) {
 }
 
 bool FNFileSystem::copyFile(FPath* from, FPath* to, UProgressHook* hook, int32_t* error) {
-    struct stat status;
     if (isSameFile(from, to)) {
         if (error)
             *error = EINVAL;
@@ -216,8 +230,7 @@ bool FNFileSystem::copyFile(FPath* from, FPath* to, UProgressHook* hook, int32_t
     }
     if (!FFileSystem::copyFile(from, to, hook, error))
         return false;
-    if (fileStatusOf(from, status))
-        ::chmod(PlatformName(to), status.st_mode & kRights);  // some disks know no rights
+    copyRights(from, to);
     return true;
 }
 

@@ -4,20 +4,27 @@
 #include "storage/ffilesystem.h"
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 namespace Tessarine {
 namespace {
-FNPath resolved(const FPath& path) {
-    FNPath result;
-    static_cast<FPath&>(result) = path;
-    return result.createAbsolutePath(nullptr);
+/** Without links, and of what isn't there the folder above that is. */
+FNPath realPlaceOf(const FPath& path) {
+    FNPath place, current(u".", kFolderPath);
+    static_cast<FPath&>(place) = path;
+    if (gFileSystem->checkResolveLink(&place))
+        return place;
+    gFileSystem->checkResolveLink(&current);
+    place = place.createAbsolutePath(&current);
+    while (!gFileSystem->checkResolveLink(&place) && place.ascend()) {}
+    return place;
 }
 
 bool isWithin(const FPath& path, const FPath& folder) {
-    const FNPath inner = resolved(path), outer = resolved(folder);
+    const FNPath inner = realPlaceOf(path), outer = realPlaceOf(folder);
     return inner == outer || inner.isInDir(&outer);
 }
 
@@ -51,8 +58,8 @@ bool FNFileSystem::dirExists(const FPath* path) {
 }
 
 bool FNFileSystem::isFolderEmpty(const FPath* path) {
-    const OPtr<FFileIterator> entries(newIterator(path, true));
-    return entries && !entries->first();
+    std::error_code error;
+    return dirExists(path) && std::filesystem::is_empty(static_cast<const char*>(PlatformName(path)), error);
 }
 
 bool FNFileSystem::removeEmptyFolders(const FPath* path) {

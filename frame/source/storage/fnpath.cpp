@@ -137,7 +137,9 @@ bool FNPath::uniqueName() {
     FString stem, extension;
     const bool extended = getExtension(extension);
     getNameWithoutExtension(stem, false);
-    const auto exists = [this] { return gFileSystem->fileExists(this) || gFileSystem->dirExists(this); };
+    const auto exists = [this] {
+        return gFileSystem->fileExists(this) || gFileSystem->dirExists(this) || gFileSystem->isSymlink(this);
+    };
     bool changed = false;
     for (int32_t number = 1; exists(); ++number) {
         FString mark, numbered(stem);

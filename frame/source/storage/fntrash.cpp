@@ -3,13 +3,16 @@
 #include "platformname.h"
 #include "storage/fbstream.h"
 #include "storage/furl.h"
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,6 +24,7 @@ namespace {
 constexpr mode_t kPrivate = 0700;
 constexpr mode_t kPrivateFile = 0600;
 constexpr int32_t kMostNames = 10000;
+constexpr size_t kLongestName = NAME_MAX - std::string_view(".9999.trashinfo").size();
 
 struct Trash {
     std::string folder;
@@ -66,9 +70,9 @@ bool isOwnFolder(const std::string& folder) {
     return ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::getuid();
 }
 
-std::optional<Trash> trashAtTop(const FPath& path) {
+std::optional<Trash> trashAtTop(const FPath& disk) {
     FNPath top;
-    if (!gFileSystem->getRootDir(&path, top))
+    if (!gFileSystem->getRootDir(&disk, top))
         return std::nullopt;
     const std::string folder(PlatformName{&top}), user = std::to_string(::getuid());
     const std::string below = folder == "/" ? folder : folder + '/';
@@ -78,12 +82,13 @@ std::optional<Trash> trashAtTop(const FPath& path) {
     return isOwnFolder(own) ? std::optional(Trash{own, below}) : std::nullopt;
 }
 
-std::optional<Trash> trashFor(const FPath& path) {
+/** For what lies in the folder. */
+std::optional<Trash> trashFor(const FPath& folder) {
     const std::string home = homeTrash();
     const bool made = !home.empty() && makeFolders(home);
-    if (made && deviceOf(home) == deviceOf(std::string(PlatformName(&path))))
+    if (made && deviceOf(home) == deviceOf(std::string(PlatformName(&folder))))
         return Trash{home, ""};
-    return trashAtTop(path);
+    return trashAtTop(folder);
 }
 
 bool hasFolders(const Trash& trash) {
@@ -104,10 +109,22 @@ std::string infoText(const Trash& trash, std::string path) {
            '\n';
 }
 
+/** The file's own name, or as much of it as leaves room for what is added. */
+std::string nameFor(const std::string& place) {
+    std::string name = place.substr(place.rfind('/') + 1);
+    size_t end = std::min(name.size(), kLongestName);
+    while (end < name.size() && (name[end] & 0xC0) == 0x80)
+        --end;
+    name.resize(end);
+    return name;
+}
+
 /** Creates the info file under the first free name, which by that is taken. */
 std::string takeName(const Trash& trash, const std::string& wanted, const std::string& info) {
     for (int32_t number = 1; number < kMostNames; ++number) {
         const std::string name = number == 1 ? wanted : wanted + '.' + std::to_string(number);
+        if (deviceOf(trash.folder + "/files/" + name))
+            continue;  // somebody's leftover without an info file
         const std::string infoName = trash.folder + "/info/" + name + ".trashinfo";
         const int file = ::open(infoName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivateFile);
         if (file < 0 && errno == EEXIST)
@@ -140,19 +157,23 @@ bool FNFileSystem::trashFile(const FPath* path) {
     const std::string place = path && !path->isRootDir() ? realPlaceOf(*path) : "";
     if (place.empty() || !deviceOf(place))
         return told(false);
-    const std::optional<Trash> trash = trashFor(*path);
+    FNPath source(kFilePath), target(kFilePath);
+    source.fromPlatformPath(place.c_str());
+    FPath folder(source);
+    folder.ascend();
+    const std::optional<Trash> trash = trashFor(folder);
     if (!trash || !hasFolders(*trash))
         return told(false);
-    const std::string name = takeName(*trash, place.substr(place.rfind('/') + 1), infoText(*trash, place));
+    const std::string name = takeName(*trash, nameFor(place), infoText(*trash, place));
     if (name.empty())
         return told(false);
-    if (::renameat2(AT_FDCWD, place.c_str(), AT_FDCWD, (trash->folder + "/files/" + name).c_str(), RENAME_NOREPLACE) ==
-        0)
+    target.fromPlatformPath((trash->folder + "/files/" + name).c_str());
+    if (moveFile(&source, &target, false))
         return true;
     const int code = errno;
     ::unlink((trash->folder + "/info/" + name + ".trashinfo").c_str());
     errno = code;
-    return told(false);
+    return false;
 }
 
 }  // namespace Tessarine

@@ -1,6 +1,7 @@
 #include "base/source/fbuffer.h"
 #include "fresourcetable.h"
 #include "rowprogress.h"
+#include "samefile.h"
 #include "storage/fmstream.h"
 #include "storage/fresourcearchive.h"
 #include <functional>
@@ -200,6 +201,8 @@ bool FResourceArchive::addSubFolder(FResourceEntry* folder, FPath* path, Packing
 }
 
 bool FResourceArchive::addFile(FResourceEntry* folder, FPath* path, Packing& packing) {
+    if (isNative() && isSameFile(&getPath(), path))
+        return false;  // it would grow for ever
     FStream* source = gFileSystem->openFile(path, kOpenRead);
     if (!source)
         return false;
@@ -253,7 +256,7 @@ bool FResourceArchive::writeContent() {
 }
 
 bool FResourceArchive::compact(int32_t flags, FPath* target, UProgressHook* hook) {
-    const bool inPlace = !target || *target == getPath();
+    const bool inPlace = !target || *target == getPath() || isSameFile(&getPath(), target);
     if (!getRoot() || (inPlace && (!isNative() || getOpenCount() > 0)))
         return false;
     FPath own(getPath()), place(inPlace ? own : *target);
@@ -262,7 +265,10 @@ bool FResourceArchive::compact(int32_t flags, FPath* target, UProgressHook* hook
         place.setName((name += own.getFileName()).text16());
         gFileSystem->removeFile(&place);  // a link of that name would lead elsewhere
     }
-    const bool written = writeCompacted(place, flags, hook) && (!inPlace || gFileSystem->moveFile(&place, &own, true));
+    const bool made = writeCompacted(place, flags, hook);
+    if (made && inPlace)
+        copyRights(&own, &place);
+    const bool written = made && (!inPlace || gFileSystem->moveFile(&place, &own, true));
     if (!written) {
         gFileSystem->removeFile(&place);
         return false;

@@ -30,6 +30,11 @@ bool start(const std::vector<std::string>& command) {
     return TEMP_FAILURE_RETRY(::waitpid(child, &status, 0)) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
+/** What begins with "-" would be an option. */
+bool openByDesktop(const std::string& place) {
+    return !place.starts_with('-') && start({kOpener, place});
+}
+
 std::string bytesOf(const ConstString& text) {
     const FString wide(text);
     wide.text16();
@@ -38,15 +43,14 @@ std::string bytesOf(const ConstString& text) {
 }  // namespace
 
 bool FSystemShell::executeURL(const ConstString& url) {
-    const std::string bytes = bytesOf(url);
-    return !bytes.starts_with('-') && start({kOpener, bytes});
+    return openByDesktop(bytesOf(url));
 }
 
 bool FSystemShell::showInBrowser(const FPath& path) {
     FPath folder(path);
     if (!gFileSystem->dirExists(&folder) && !folder.ascend())
         return false;
-    return start({kOpener, std::string(PlatformName(&folder))});
+    return openByDesktop(std::string(PlatformName(&folder)));
 }
 
 bool FSystemShell::execute(const FPath& program, std::span<const FString> arguments) {

@@ -106,6 +106,8 @@ struct FVFileSystem::DiskRoot {
 
 private:
     int open(const char* path) const;
+    bool isInPlace() const;
+    bool isGone() const;
     bool holdsLinks(const std::string& path) const;
     bool holdsTarget(const std::string& path) const;
 
@@ -118,6 +120,8 @@ bool FVFileSystem::DiskRoot::holds(const FString& path) const {
     const PlatformName name(units16(path));
     if (!realName || path.isEmpty() || *name == 0)
         return realName && path.isEmpty();
+    if (!isInPlace())
+        return holdsLinks(static_cast<const char*>(name));
     const int file = open(name);
     if (file >= 0)
         ::close(file);
@@ -129,7 +133,7 @@ int64_t FVFileSystem::DiskRoot::sizeOf(const FString& path) const {
     struct stat status;
     const int file = *name ? open(name) : -1;
     if (file < 0)
-        return *name == 0 || hasEnded() ? -1 : kUnknownSize;
+        return *name == 0 || (hasEnded() && !isGone()) ? -1 : kUnknownSize;
     const bool known = ::fstat(file, &status) == 0 && !S_ISDIR(status.st_mode);
     ::close(file);
     return known ? int64_t(status.st_size) : -1;
@@ -141,6 +145,19 @@ int FVFileSystem::DiskRoot::open(const char* path) const {
     how.flags = O_PATH | O_CLOEXEC;
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
     return int(::syscall(SYS_openat2, folder, path, &how, sizeof how));
+}
+
+/** Its name, by which files are opened, still leads to the folder. */
+bool FVFileSystem::DiskRoot::isInPlace() const {
+    struct stat own, named;
+    return ::fstat(folder, &own) == 0 && ::stat(rootName.c_str(), &named) == 0 && own.st_dev == named.st_dev &&
+           own.st_ino == named.st_ino;
+}
+
+/** It was removed; another one may have taken its place. */
+bool FVFileSystem::DiskRoot::isGone() const {
+    struct stat own;
+    return ::fstat(folder, &own) != 0 || own.st_nlink == 0;
 }
 
 /** Goes down step by step, up to the first link. */
@@ -174,7 +191,10 @@ void FVFileSystem::registerHandler(const FFileType* type, Creator creator) {
     vfsHandlers().push_back({type, creator});
 }
 
-FVFileSystem::FVFileSystem(FFileSystem* target, bool writable) : target(target), writable(writable) {}
+FVFileSystem::FVFileSystem(FFileSystem* target, bool writable) : target(target), writable(writable) {
+    if (classCast<FNFileSystem>(target))
+        root.fromString(u"/", kFolderPath);
+}
 
 FVFileSystem::FVFileSystem(const FPath* path, bool writable) : writable(writable) {
     if (!path || path->isEmpty())

@@ -5,5 +5,7 @@ class FPath;
 
 /** Both lead to one file of the disk, whatever their texts. */
 bool isSameFile(const FPath* a, const FPath* b);
+/** The second may be read and written by those who may the first; some disks know no rights. */
+void copyRights(const FPath* from, const FPath* to);
 
 }  // namespace Tessarine

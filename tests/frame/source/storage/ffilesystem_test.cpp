@@ -9,6 +9,7 @@
 #include "storage/hooks.h"
 #include "tempfolder.h"
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
@@ -230,7 +231,10 @@ TEST_F(Disk, WalksTreesWithoutFollowingLinks) {
     EXPECT_EQ(gFileSystem->countFiles(&missing, false, true), -1);
     EXPECT_TRUE(gFileSystem->findFile(&from, u"c", found));
     EXPECT_EQ(gFileSystem->getFileSize(&found), 5);
+    std::filesystem::create_directory_symlink("from", temp / "alias");
+    FNPath behindLink = temp.at("alias/new/copy");
     EXPECT_FALSE(gFileSystem->copyFolderAndFileStructure(&from, &inside));
+    EXPECT_FALSE(gFileSystem->copyFolderAndFileStructure(&from, &behindLink));
     EXPECT_TRUE(gFileSystem->copyFolderAndFileStructure(&from, &to));
     EXPECT_TRUE(gFileSystem->copyFolderStructure(&from, &bare));
     EXPECT_EQ(gFileSystem->countFiles(&to, true, true), 4);
@@ -238,6 +242,8 @@ TEST_F(Disk, WalksTreesWithoutFollowingLinks) {
     EXPECT_TRUE(std::filesystem::is_directory(temp / "bare/one/two/empty"));
     EXPECT_TRUE(gFileSystem->removeEmptyFolders(&bare));
     EXPECT_TRUE(gFileSystem->isFolderEmpty(&bare));
+    temp.write("bare/\xFF", "");
+    EXPECT_FALSE(gFileSystem->isFolderEmpty(&bare));
     EXPECT_TRUE(gFileSystem->removeEmptyFolders(&to));
     EXPECT_EQ(temp.read("to/one/two/c"), "12345");
     EXPECT_FALSE(std::filesystem::exists(temp / "to/one/two/empty"));
@@ -275,7 +281,7 @@ TEST_F(Disk, KnowsLinks) {
 
 TEST_F(Disk, NamesThatAreFreeAndValid) {
     temp.write("a.txt", "");
-    temp.write("a-01.txt", "");
+    std::filesystem::create_symlink("nowhere", temp / "a-01.txt");  // what is written there would be elsewhere
     std::filesystem::create_directory(temp / "b");
     FNPath a = temp.at("a.txt"), b = temp.at("b"), c = temp.at("c");
     EXPECT_TRUE(a.uniqueName() && b.uniqueName());
@@ -292,10 +298,20 @@ TEST_F(Disk, NamesThatAreFreeAndValid) {
         EXPECT_EQ(gFileSystem->makeValidName(text, replacement, trim), name != expected);
         EXPECT_EQ(std::u16string(text.text16()), expected);
     }
-    FString name(std::u16string(200, u'\u00E4').c_str()), dots(u"..");
-    EXPECT_TRUE(gFileSystem->makeSystemName(name) && gFileSystem->makeSystemName(dots));
-    EXPECT_EQ(name.length(), 127u);  // two bytes each
-    EXPECT_STREQ(dots.text8(), "_");
+    std::u16string faces;
+    while (faces.size() < 300)
+        faces += u"\U0001F600";
+    const std::pair<std::u16string, std::u16string> systemNames[] = {
+        {std::u16string(200, u'\u00E4'), std::u16string(127, u'\u00E4')}, // two bytes each
+        {faces, faces.substr(0, 126)}, // four for each pair
+        {u"a\xD800", u"a"},
+        {u"..", u"_"},
+    };
+    for (const auto& [wanted, expected] : systemNames) {
+        FString name(wanted.c_str());
+        EXPECT_TRUE(gFileSystem->makeSystemName(name));
+        EXPECT_EQ(std::u16string(name.text16()), expected);
+    }
     FNPath half(u"a\xD800", kFilePath);
     temp.write("a?", "");
     half = FNPath(u"a\xD800", &static_cast<const FNPath&>(temp.self()), kFilePath);
@@ -351,8 +367,16 @@ TEST_F(Disk, TrashCanBeRestored) {
         EXPECT_TRUE(gFileSystem->trashFile(&path));
         EXPECT_FALSE(gFileSystem->trashFile(&path));
     }
+    const std::string longest(NAME_MAX, 'x');
+    temp.write("home/Trash/files/left", "");  // without an info file
+    for (const std::string& name : {std::string("left"), longest}) {
+        temp.write(name.c_str(), "content");
+        FNPath path = temp.at(name.c_str());
+        EXPECT_TRUE(gFileSystem->trashFile(&path));
+    }
     ::unsetenv("XDG_DATA_HOME");
     EXPECT_EQ(temp.names(), (std::set<std::string>{"home"}));
+    EXPECT_EQ(temp.read("home/Trash/files/left.2"), "content");
     EXPECT_EQ(temp.read("home/Trash/files/a b") + temp.read("home/Trash/files/a b.2"), "contentcontent");
     const std::string info = temp.read("home/Trash/info/a b.2.trashinfo");
     EXPECT_TRUE(info.starts_with("[Trash Info]\nPath=" + (temp / "a%20b") + "\nDeletionDate=2")) << info;

@@ -1,7 +1,7 @@
 #include "storage/fresourcearchive.h"
+#include "archiveprobes.h"
 #include "base/source/finitializer.h"
 #include "base/uprogresshook.h"
-#include "goldenfile.h"
 #include "storage/fcstream.h"
 #include "storage/fvfilesystem.h"
 #include "storage/hooks.h"
@@ -243,6 +243,20 @@ TEST_F(ResourceArchive, CompactTakesTheCacheIn) {
     EXPECT_EQ(folder.names(), std::set<std::string>{"x.srf"});
     ASSERT_TRUE(archive->compact(0, &plain, nullptr));
     EXPECT_TRUE(folder.read("plain.srf").ends_with("SRFF"));
+}
+
+TEST_F(ResourceArchive, ItIsNeitherItsOwnMemberNorLostUnderAnotherName) {
+    TempFolder folder;
+    folder.write("a", std::string(1 << 17, 'a'));
+    FNPath here = folder.self(), file = folder.at("made.srf"), link = folder.at("link.srf");
+    EXPECT_FALSE(OPtr<FResourceArchive>(new FResourceArchive(&file))->create(&here, 0, nullptr, nullptr));
+    EXPECT_EQ(folder.names(), std::set<std::string>{"a"});
+
+    folder.write("made.srf", goldenFile("resources-v3.srf"));
+    std::filesystem::create_symlink("made.srf", folder / "link.srf");
+    const OPtr<FResourceArchive> archive(new FResourceArchive(&file));
+    ASSERT_TRUE(archive->open() && archive->compact(FResourceArchive::kCompress, &link, nullptr));
+    EXPECT_EQ(contentOf(*archive), goldenContent());
 }
 
 TEST_F(ResourceArchive, NumbersThatVersion1CantHoldAreRefused) {

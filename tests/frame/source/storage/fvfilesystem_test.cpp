@@ -82,6 +82,24 @@ TEST_F(VirtualDisk, NoPathLeavesTheRoot) {
     }
 }
 
+TEST_F(VirtualDisk, AnotherFolderInTheRootsPlaceIsntLeftEither) {
+    for (const bool removed : {true, false}) {
+        FVFileSystem disk(&root, true);
+        if (removed)
+            fs::remove_all(temp / "root");
+        else
+            fs::rename(temp / "root", temp / "before");
+        fs::create_directory(temp / "root");
+        fs::create_symlink("../secret", temp / "root/far");
+        temp.write("root/new", "new");
+        EXPECT_EQ(readAll(disk, u"far"), "");
+        EXPECT_EQ(readAll(disk, u"new"), "new");
+        FPath path;
+        path.fromString(u"new", kFilePath);
+        EXPECT_TRUE(disk.fileExists(&path) || !removed);
+    }
+}
+
 TEST_F(VirtualDisk, NothingIsWrittenOutside) {
     FVFileSystem disk(&root, true);
     const std::u16string names[] = {u"far",    u"dangling", u"farfolder/new", u"farfolder/file", at("secret"),
@@ -108,6 +126,12 @@ TEST_F(VirtualDisk, NothingIsWrittenOutside) {
     EXPECT_EQ(temp.read("secret") + temp.read("outside/file"), "secretsecret");
     EXPECT_EQ(temp.names(), (std::set<std::string>{"root", "outside", "secret", "rooted"}));
     EXPECT_EQ(temp.read("root/file"), "inside");
+}
+
+TEST_F(VirtualDisk, AllOfTheDisksBeginsAtTheTop) {
+    FVFileSystem disk(gFileSystem);
+    for (const std::u16string& name : {at("secret"), at("secret").substr(1), u"../.." + at("secret")})
+        EXPECT_EQ(readAll(disk, name), "secret");
 }
 
 TEST_F(VirtualDisk, WritesOnlyWhenEnabled) {
