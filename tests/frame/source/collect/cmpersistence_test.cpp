@@ -155,8 +155,8 @@ TYPED_TEST(CmStoredDictionaryTest, RefusedPairsLeaveNothingBehind) {
 }
 
 TEST_F(CmPersistenceTest, AssociationsDoNotEndInThemselves) {
-    FAttributes bag, otherBag;
     CmAssociation association, other;
+    FAttributes bag, otherBag;  // which let go of them
     bag.setObject("Key", &other);
     otherBag.setObject("Key", &association);
     EXPECT_TRUE(other.restoreAttributes(otherBag) && association.restoreAttributes(bag));
@@ -167,8 +167,8 @@ TEST_F(CmPersistenceTest, AssociationsDoNotEndInThemselves) {
 
 /** A dictionary that is the value of its own pair, and a pair that is its own. */
 TEST_F(CmPersistenceTest, PairsDoNotKeepWhatTheyStandIn) {
-    CmDictionary dictionary;
     CmAssociation key, pair;
+    CmDictionary dictionary;
     dictionary._ownsObjects = CmContainer::kShares;
     dictionary.add(&key, &dictionary);
     pair.value = &pair;
