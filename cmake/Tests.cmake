@@ -107,9 +107,13 @@ function(_test_scripts pattern label timeout)
 endfunction()
 
 enable_testing()
+include(cmake/TestModules.cmake)
 _test_programs()
 if(TARGET talv_host_core_test)
     add_dependencies(talv_host_core_test talv_extension)  # it loads the bundle
+endif()
+if(TARGET tessarine_platform_core_test)
+    add_dependencies(tessarine_platform_core_test testmodule emptymodule)
 endif()
 foreach(locale de_DE tr_TR)
     _test_in_locale(tessarine_base_test ${locale} String*:FStreamer*:Buffer*)

@@ -22,7 +22,7 @@ void Console::stopped() {
     });
 }
 
-void Console::deviceFound(int32_t device) {
+void Console::showDevice(int32_t device) {
     put({
         {"event", "device"},
         {"id",    device  }

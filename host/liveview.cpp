@@ -152,7 +152,7 @@ void LiveView::showReply(const Json& reply) {
     say(spoken(reply));
 }
 
-void LiveView::deviceFound(int32_t device) {
+void LiveView::showDevice(int32_t device) {
     say("found device " + std::to_string(device));
 }
 

@@ -98,6 +98,7 @@ int32_t UpdateHandler::addDependent(FUnknown* face, IDependent* dependent) {
     const ShortGuard guard(lock);
     Bucket& bucket = bucketOf(object);
     bucket.insert(std::upper_bound(bucket.begin(), bucket.end(), object, ByObject()), {object, dependent});
+    ++crowdOf(object);
     return kResultOk;
 }
 
@@ -134,13 +135,19 @@ bool UpdateHandler::removeFromObject(FUnknown* object, const IDependent* depende
     const auto kept = std::remove_if(
         first, last, [dependent](const Dependency& each) { return !dependent || each.dependent == dependent; });
     const bool anyLeft = kept != first;
+    crowdOf(object) -= uint32_t(last - kept);
     bucket.erase(kept, last);
     return anyLeft;
 }
 
 void UpdateHandler::removeFromAll(const IDependent* dependent) {
+    const auto isLeaving = [this, dependent](const Dependency& each) {
+        const bool leaves = each.dependent == dependent;
+        crowdOf(each.object) -= leaves;
+        return leaves;
+    };
     for (Bucket& bucket : map)
-        std::erase_if(bucket, [dependent](const Dependency& each) { return each.dependent == dependent; });
+        std::erase_if(bucket, isLeaving);
 }
 
 int32_t UpdateHandler::triggerUpdates(FUnknown* object, int32_t message) {
@@ -237,19 +244,29 @@ int32_t UpdateHandler::deferUpdates(FUnknown* face, int32_t message) {
     FUnknown* object = identityOf(face);
     if (!object)
         return kResultFalse;
-    const DeferedChange change = {object, message};
-    bool nobody = false;
-    {
-        const ShortGuard guard(lock);
-        nobody = !hasDependents(object);
-        if (!nobody && deferedSet.insert(change).second)
-            defered.push_back(change);
-    }
-    if (nobody)
-        tellDone(object, message);
-    else
+    if (deferKnown(object, message))
         wakeUpdates();
+    else
+        tellDone(object, message);
     return kResultOk;
+}
+
+void UpdateHandler::deferSelfUpdates(FObject* self, int32_t message) {
+    if (mayHaveDependents(self) && deferKnown(self, message))
+        wakeUpdates();
+    else if (message != kDestroyed)
+        self->updateDone(message);
+}
+
+/** false: nobody would hear of it. */
+bool UpdateHandler::deferKnown(FUnknown* object, int32_t message) {
+    const ShortGuard guard(lock);
+    if (!hasDependents(object))
+        return false;
+    const DeferedChange change = {object, message};
+    if (deferedSet.insert(change).second)
+        defered.push_back(change);
+    return true;
 }
 
 int32_t UpdateHandler::cancelUpdates(FUnknown* face) {

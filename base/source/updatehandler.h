@@ -2,6 +2,7 @@
 #include "base/source/fobject.h"
 #include "base/source/fthread.h"
 #include <array>
+#include <atomic>
 #include <list>
 #include <span>
 #include <unordered_set>
@@ -71,6 +72,14 @@ public:
     int32_t doTriggerUpdates(FUnknown* object, int32_t message, bool suppressDone);
     /** triggerUpdates for an object that is known to be of this copy, and so needn't be asked for its FObject. */
     void triggerOwnUpdates(FObject* own, int32_t message);
+    /** triggerUpdates and deferUpdates for an object that is known to answer FUnknown with itself. */
+    void triggerSelfUpdates(FObject* self, int32_t message) {
+        if (mayHaveDependents(self))
+            tellDependents(self, message);
+        if (message != kDestroyed)
+            self->updateDone(message);
+    }
+    void deferSelfUpdates(FObject* self, int32_t message);
     /** How many depend on the object; for tests. */
     int32_t countDependencies(FUnknown* object);
 
@@ -78,8 +87,16 @@ private:
     using Bucket = std::vector<Update::Dependency>;  // by address of the object, then in order of registration
     struct Run;
     static constexpr size_t kNumBuckets = 256;
+    static constexpr size_t kNumCrowds = 1024;
 
     Bucket& bucketOf(const FUnknown* object);
+    std::atomic<uint32_t>& crowdOf(const FUnknown* object) {
+        const auto address = reinterpret_cast<uintptr_t>(object);
+        return crowds[((address >> 4) ^ (address >> 14)) & (kNumCrowds - 1)];
+    }
+    /** Without the lock; false: surely not. */
+    bool mayHaveDependents(const FUnknown* object) { return crowdOf(object).load(std::memory_order_relaxed) != 0; }
+    bool deferKnown(FUnknown* object, int32_t message);
     bool hasDependents(FUnknown* object);
     /** false: there are none. */
     bool tellDependents(FUnknown* object, int32_t message);
@@ -95,6 +112,8 @@ private:
 
     FLock lock;  // guards all that follows
     std::array<Bucket, kNumBuckets> map;
+    // How many entries of the map are of the objects that share a slot; read by anyone.
+    std::array<std::atomic<uint32_t>, kNumCrowds> crowds = {};
     std::list<Update::DeferedChange> defered;    // in order
     std::list<Update::DeferedChange> postponed;  // their object was just being told: they go back when a flush ends
     bool putOff = false;  // some were put off since a run last ended, which wakes the loop for them

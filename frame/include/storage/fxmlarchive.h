@@ -53,6 +53,7 @@ public:
     /** What the object stores of itself. ask: the user is asked before a file is replaced, and the old one is kept as
         "name_old". */
     static bool storeObject(const char* name, const char* rootTag, const CmObject* object, bool ask = false);
+    /** The object hears only of an archive that is whole. */
     static bool restoreObject(const char* name, const char* rootTag, CmObject* object);
     static bool restoreObject(FStream* stream, const char* rootTag, CmObject* object);
     /** These look in the user's folder only. */

@@ -1,19 +1,28 @@
 #include "storage/fasidefile.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/fbstream.h"
+#include <algorithm>
 
 namespace Tessarine {
 namespace {
 // "Setup.xml.0123456789ABCDEF0123456789ABCDEF.aside"
 constexpr const tchar* kAsideEnding = u".aside";
 constexpr uint32_t kMarkLength = 32;
+constexpr uint32_t kMaxStem = 72;  // characters of the target's name: with the rest at most 255 bytes, which disks take
+
+ConstString stemOf(const FPath& target) {
+    const ConstString name(target.getName());
+    const uint32_t length = std::min(name.length(), kMaxStem);
+    const bool splitsPair = length < name.length() && (name.getChar16(length - 1) & 0xFC00) == 0xD800;
+    return ConstString(target.getName(), int32_t(length - splitsPair));
+}
 
 FString newAsideName(const FPath& target) {
     char mark[kMarkLength + 1];
     FUID id;
     id.generate();
     id.toString(mark);
-    FString name(target.getName());
+    FString name(stemOf(target));
     name += u".";
     name += FString(mark);
     name += kAsideEnding;
@@ -29,10 +38,10 @@ bool isMark(const ConstString& text) {
     return true;
 }
 
-bool isAsideName(const ConstString& name, const ConstString& targetName) {
-    const uint32_t markAt = targetName.length() + 1;
+bool isAsideName(const ConstString& name, const ConstString& stem) {
+    const uint32_t markAt = stem.length() + 1;
     const ConstString ending(kAsideEnding);
-    return name.length() == markAt + kMarkLength + ending.length() && name.startsWith(targetName) &&
+    return name.length() == markAt + kMarkLength + ending.length() && name.startsWith(stem) &&
            name.getChar16(markAt - 1) == u'.' && isMark(ConstString(name, int32_t(markAt))) && name.endsWith(ending);
 }
 
@@ -76,7 +85,7 @@ void FAsideFile::removeStaleFiles() {
     if (!files)
         return;
     for (FPath* file = files->first(); file; file = files->next())
-        if (isAsideName(file->getName(), target.getName()))
+        if (isAsideName(file->getName(), stemOf(target)))
             fileSystem->removeFile(file);
 }
 

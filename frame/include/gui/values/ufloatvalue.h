@@ -14,6 +14,11 @@ public:
 
     int32_t queryInterface(const char* iid, void** obj) override;
     FORWARD_REFCOUNT(UValue)
+    /** The value alone, in both forms; one that is no number leaves it. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
 
     void setValue(int32_t newValue) override { setFloatValue(float(newValue)); }
     int32_t getValue() override;
@@ -27,6 +32,7 @@ public:
     /** A step is the incDecAmount; when that isn't above 0, one unit of the last shown digit. */
     void decrement() override;
     void increment() override;
+    /** A fraction is divided as integers: 1/2 assigns 0. */
     void assignTo(UValue* source) override;
     bool resetToDefaultValue() override;
     bool getDefaultValue(int32_t& standard) override;
@@ -49,6 +55,7 @@ public:
     bool getDefault(float& standard) override { return getDefaultFloatValue(standard); }
 
     virtual float getFloatValue() { return value; }
+    /** What is no number changes nothing. */
     virtual void setFloatValue(float newValue);
     /** As bound; wrapping steps by 1.0 at the seam, whatever the range. */
     virtual float boundFloat(float wanted);
@@ -85,6 +92,24 @@ public:
 
 protected:
     float defaultValue;
+};
+
+/** A number whose position in its range isn't linear: a transformer knows both ways, and the ends of the range. */
+class UFloatTransformValue : public UFloatDefValue, public IValueTransformTarget {
+public:
+    DECLARE_CLASS(UFloatTransformValue, UFloatDefValue)
+    DECLARE_NEWCOPY(UFloatTransformValue)
+    using UFloatDefValue::UFloatDefValue;
+    FORWARD_REFCOUNT(UFloatDefValue)
+
+    int32_t queryInterface(const char* iid, void** obj) override;
+    float getNormalized() override;
+    using UFloatDefValue::setNormalized;
+    void setNormalized(float position) override;
+    void setTransformer(IValueTransformer* newTransformer) override;
+
+protected:
+    IPtr<IValueTransformer> transformer;  // shared; null: the position is linear
 };
 
 }  // namespace Tessarine

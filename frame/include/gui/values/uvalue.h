@@ -63,6 +63,12 @@ public:
     int32_t queryInterface(const char* iid, void** obj) override;
     FORWARD_REFCOUNT(CmObject)
     void changed(int32_t message = kChanged) override;
+    /** The value alone; what is read goes through the setter, so that the owner doesn't hear of it. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+    /** Value and range. A key that is missing leaves its field; false: there was no value. */
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
 
     /** owned: the caller's reference on the owner goes to the value. */
     virtual void connect(CmObject* owner, int32_t tag, bool owned);
@@ -165,6 +171,26 @@ public:
     static bool bypassAllHooks;
 
 protected:
+    static constexpr char kValueKey[] = "Value";
+    static constexpr char kMinKey[] = "Min";
+    static constexpr char kMaxKey[] = "Max";
+
+    /** Puts a state back at the end of the block, also when an exception passes. */
+    class StateRestored {
+    public:
+        StateRestored(UValue& value, State state) : value(value), state(state), before(value.has(state)) {}
+        ~StateRestored() { value.set(state, before); }
+        StateRestored(const StateRestored&) = delete;
+        StateRestored& operator=(const StateRestored&) = delete;
+
+    private:
+        UValue& value;
+        const State state;
+        const bool before;
+    };
+
+    /** Borrowed; for those who stand in for the value. */
+    static CmObject* ownerOf(const UValue& value) { return value.owner; }
     bool has(uint32_t state) const { return (flags & state) != 0; }
     void set(uint32_t state, bool on) { flags = on ? flags | state : flags & ~state; }
     /** The representation's text or parse; false: there is none, or it failed. */
@@ -189,6 +215,17 @@ private:
     bool tellOwnerOfEdit(const char* messageID);
     template <class Move>
     void showMoved(Move moveAndShow);
+};
+
+/** On or off, shown as yes or no. Typed it is "On" or "Off" all the same. */
+class UYesNoValue : public UValue {
+public:
+    DECLARE_CLASS(UYesNoValue, UValue)
+    DECLARE_NEWCOPY(UYesNoValue)
+
+    using UValue::toString;
+    /** The representation isn't asked. */
+    void toString(FString& text) override;
 };
 
 }  // namespace Tessarine

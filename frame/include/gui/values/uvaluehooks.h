@@ -1,4 +1,5 @@
 #pragma once
+#include "pluginterfaces/base/funknown.h"
 
 namespace Tessarine {
 class IApplicationEventHook;
@@ -16,6 +17,10 @@ bool add(IApplicationEventHook* hook);
 bool remove(IApplicationEventHook* hook);
 /** A user has touched the value. */
 void tellValueChanged(IValue* value);
+/** title: as the user knows it, perhaps null. */
+void tellCommandFired(const char* category, const char* command, const tchar* title);
+void tellActionExecuted(const char* category, const char* action, const tchar* title);
+void tellEvent(const char* event, FUnknown* object);
 }  // namespace UValueHooks
 
 }  // namespace Tessarine

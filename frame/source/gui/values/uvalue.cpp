@@ -5,6 +5,9 @@
 #include "collect/cmstring.h"
 #include "gui/values/uplugtarget.h"
 #include "gui/values/uvaluehooks.h"
+#include "storage/farchive.h"
+#include "storage/fbstream.h"
+#include "storage/fpersistent.h"
 #include "valuenumbers.h"
 #include <algorithm>
 #include <cmath>
@@ -15,6 +18,8 @@ constexpr int32_t kParameterTextSize = 128;  // of toString1's buffer, terminato
 
 constexpr UTranslatedString kOnText("On");
 constexpr UTranslatedString kOffText("Off");
+constexpr UTranslatedString kYesText("Yes");
+constexpr UTranslatedString kNoText("No");
 
 /** Puts something back at the end of the block, also when an exception passes. */
 template <class T>
@@ -32,6 +37,7 @@ private:
 }  // namespace
 
 IMPLEMENT_CLASS(UValue, CmObject)
+IMPLEMENT_CLASS(UYesNoValue, UValue)
 
 constinit bool UValue::bypassAllHooks = false;
 
@@ -73,10 +79,43 @@ int32_t UValue::queryInterface(const char* iid, void** obj) {
 void UValue::changed(int32_t message) {
     if (has(kSilentUntilObserved | kUpdatesDisabled))
         return;
-    if (has(kStraightUpdate))
-        CmObject::changed(message);
+    UpdateHandler* handler = UpdateHandler::instance();
+    if (!handler || handler != gUpdateHandler)
+        has(kStraightUpdate) ? CmObject::changed(message) : deferUpdate(message);
+    else if (has(kStraightUpdate))
+        handler->triggerSelfUpdates(this, message);
     else
-        deferUpdate(message);
+        handler->deferSelfUpdates(this, message);
+}
+
+bool UValue::internalize(FArchive& archive) {
+    int32_t value;
+    const bool done = archive.getStream().readInt32(value);
+    if (done)
+        setValue(value);
+    return done;
+}
+
+bool UValue::externalize(FArchive& archive) const {
+    return archive.getStream().writeInt32(const_cast<UValue*>(this)->getValue());
+}
+
+bool UValue::storeAttributes(FAttributes& attributes) const {
+    auto* self = const_cast<UValue*>(this);
+    return attributes.set(kValueKey, self->getValue()) && attributes.set(kMinKey, self->getMin()) &&
+           attributes.set(kMaxKey, self->getMax());
+}
+
+bool UValue::restoreAttributes(FAttributes& attributes) {
+    int32_t number;
+    if (attributes.get(kMinKey, number))
+        setMin(number);
+    if (attributes.get(kMaxKey, number))
+        setMax(number);
+    const bool hasValue = attributes.get(kValueKey, number);
+    if (hasValue)
+        setValue(number);
+    return hasValue;
 }
 
 void UValue::addDependent(IDependent* dependent) {
@@ -120,14 +159,14 @@ int32_t UValue::bound(int32_t value) {
 }
 
 float UValue::getNormalized() {
-    const int64_t min = getMin();
-    const int64_t max = getMax();
-    return max == min ? 0.f : float(getValue() - min) / float(max - min);
+    const double min = getMin();
+    const double max = getMax();
+    return max == min ? 0.f : float((getValue() - min) / (max - min));
 }
 
 void UValue::setNormalized(float position) {
-    const int64_t min = getMin();
-    setValue(truncated(double(truncated(float(getMax() - min) * position)) + double(min)));
+    const double min = getMin();
+    setValue(truncated(std::trunc((getMax() - min) * position) + min));
 }
 
 void UValue::setActive(bool state) {
@@ -194,11 +233,7 @@ void UValue::endEdit(bool commit) {
     if (tellOwnerOfEdit("EndEdit") || !(has(kEndEditUpdates) || canAutomate()))
         return;
     IPtr<UValue> kept(this);
-    struct Marker {
-        ~Marker() { value.set(kDiscarding, before); }
-        UValue& value;
-        const bool before;
-    } marker{*this, has(kDiscarding)};
+    const StateRestored marker(*this, kDiscarding);
     set(kDiscarding, !commit);
     updateTarget();
 }
@@ -411,6 +446,10 @@ bool UValue::representAsText(FString& text) {
 
 bool UValue::takeRepresentedText(const tchar* text) {
     return stringRepresentation && stringRepresentation->stringToValue(this, text) == kResultOk;
+}
+
+void UYesNoValue::toString(FString& text) {
+    text.assign(getValue() ? kYesText : kNoText);
 }
 
 }  // namespace Tessarine

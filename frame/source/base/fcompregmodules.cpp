@@ -1,0 +1,253 @@
+#include "base/fcompreg.h"
+#include "storage/fpath.h"
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
+namespace Tessarine {
+namespace {
+constexpr const char* kVendor = "Vendor";
+constexpr const char* kUrl = "Url";
+constexpr const char* kEmail = "Email";
+constexpr const char* kFlags = "Flags";
+constexpr const char* kNumClasses = "NumClasses";
+constexpr const char* kClassID = "CID";
+constexpr int32_t kClassesUnknown = -1;
+constexpr int32_t kMaxClasses = 10000;  // of one module that are believed
+
+/** A group of the cache, field by field; of one class, or of the factory when the index is below 0. */
+class Fields {
+public:
+    Fields(FDefaults& defaults, int32_t index = -1) : defaults(defaults), index(index) {}
+
+    template <class Char, size_t Size>
+    void store(const char* name, const Char (&text)[Size]) {
+        defaults.setString(keyOf(name), ConstString(text, int32_t(Size)));
+    }
+    void store(const char* name, int32_t number) { defaults.setLong(keyOf(name), number); }
+    void store(const char* name, uint32_t number) { defaults.setLong(keyOf(name), int32_t(number)); }
+    template <size_t Size>
+    bool restore(const char* name, char (&text)[Size]) {
+        return defaults.getString8(keyOf(name), scratch) && copy(scratch.text8(), text);
+    }
+    template <size_t Size>
+    bool restore(const char* name, tchar (&text)[Size]) {
+        return defaults.getString16(keyOf(name), scratch) && copy(scratch.text16(), text);
+    }
+    bool restore(const char* name, int32_t& number) { return defaults.getLong(keyOf(name), number); }
+    bool restore(const char* name, uint32_t& number) {
+        int32_t bits = 0;
+        const bool found = restore(name, bits);
+        number = uint32_t(bits);
+        return found;
+    }
+
+private:
+    template <class Char, size_t Size>
+    bool copy(const Char* text, Char (&field)[Size]) const {
+        std::copy_n(text, std::min<size_t>(scratch.length(), Size - 1), field);
+        return true;
+    }
+    const char* keyOf(const char* name) {
+        if (index < 0)
+            return name;
+        std::snprintf(key, sizeof(key), "Class %02i - %s", int(index), name);
+        return key;
+    }
+
+    FDefaults& defaults;
+    int32_t index;
+    char key[64] = {};
+    String scratch;
+};
+
+/** Walks over the fields that a class needs, until the visitor answers false. */
+template <class Info, class Visit>
+bool visitNeeded(Info& info, Visit visit) {
+    return visit("Cardinality", info.cardinality) && visit("Category", info.category) && visit("Name", info.name);
+}
+
+template <class Info, class Visit>
+void visitOptional(Info& info, Visit visit) {
+    visit("ClassFlags", info.classFlags);
+    visit("SubCategories", info.subCategories);
+    visit("Vendor", info.vendor);
+    visit("Version", info.version);
+    visit("SdkVersion", info.sdkVersion);
+}
+
+template <class Info, class Visit>
+void visitFactory(Info& info, Visit visit) {
+    visit(kVendor, info.vendor);
+    visit(kUrl, info.url);
+    visit(kEmail, info.email);
+    visit(kFlags, info.flags);
+}
+
+void storeClass(Fields& fields, const PClassInfoW& info) {
+    const auto store = [&fields](const char* name, const auto& field) {
+        fields.store(name, field);
+        return true;
+    };
+    char digits[2 * FUID::kSize + 1];
+    FUID(static_cast<const char*>(info.cid)).toString(digits);
+    fields.store(kClassID, digits);
+    visitNeeded(info, store);
+    visitOptional(info, store);
+}
+
+bool restoreClass(Fields& fields, PClassInfoW& info) {
+    const auto restore = [&fields](const char* name, auto& field) { return fields.restore(name, field); };
+    char digits[2 * FUID::kSize + 2] = {};  // one more than there should be, so that it shows
+    FUID cid;
+    if (!restore(kClassID, digits) || !cid.fromString(digits) || !visitNeeded(info, restore))
+        return false;
+    cid.toTUID(info.cid);
+    visitOptional(info, restore);
+    return true;
+}
+
+/** In the widest form that the factory offers. */
+bool readClass(IPluginFactory& factory, int32_t index, PClassInfoW& info) {
+    if (const FUnknownPtr<IPluginFactory3> wide(&factory); wide)
+        return wide->getClassInfoUnicode(index, &info) == kResultOk;
+    PClassInfo2 narrow;
+    const FUnknownPtr<IPluginFactory2> extended(&factory);
+    if (!extended || extended->getClassInfo2(index, &narrow) != kResultOk) {
+        PClassInfo plain;
+        if (factory.getClassInfo(index, &plain) != kResultOk)
+            return false;
+        narrow = PClassInfo2(plain);
+    }
+    info.fromAscii(narrow);
+    return true;
+}
+
+/** Static: it is filled before there is a registry. */
+TArray<FString>& doNotLoadThem() {
+    static TArray<FString> names(0, -1);
+    return names;
+}
+
+bool mayBeLoaded(const FModule& module) {
+    return module.getPath() && !doNotLoadThem().contains(module.getPath()->getFileName());
+}
+
+bool isCached(const PFactoryInfo& info) {
+    return (info.flags & (FModule::kClassesVary | FModule::kAsksEachTime)) == 0;
+}
+}  // namespace
+
+void FComponentRegistry::addDoNotLoad(const tchar* fileName) {
+    doNotLoadThem().add(FString(fileName));
+}
+
+FModuleBase* FComponentRegistry::createModule(FPath* path) {
+    return new FModule(path);
+}
+
+void FComponentRegistry::removeAll() {
+    const Sorted all = sorted;
+    for (FComponentDescription* each : all)
+        if (const auto* component = classCast<FPluginComponent>(each); component && component->getModule())
+            forget(each);
+    FModuleManager::removeAll();
+}
+
+bool FComponentRegistry::isKnownCategory(const char* category) const {
+    const auto isIt = [category](const char* each) {
+        return std::strncmp(each, category, PClassInfo::kCategorySize) == 0;
+    };
+    return std::ranges::any_of(unicodeCategories, isIt);
+}
+
+bool FComponentRegistry::checkForUnicodeCompliantInterfaces(IPluginFactory& factory) const {
+    PClassInfo info;
+    for (int32_t i = 0; i < factory.countClasses(); ++i)
+        if (factory.getClassInfo(i, &info) == kResultOk && !isKnownCategory(info.category))
+            return false;
+    return true;
+}
+
+// --- from the module
+
+bool FComponentRegistry::onRegisterModule(FDefaults* defaults, FModuleBase* base) {
+    auto* module = classCast<FModule>(base);
+    if (!defaults || !module || !mayBeLoaded(*module))
+        return false;
+    if (gComponentEventHooks.showStatus)
+        gComponentEventHooks.showStatus(FFullPathString(*module->getPath()).text16());
+    IPluginFactory* factory = module->getFactory(true);
+    const bool taken = factory && registerClasses(*defaults, *module, *factory);
+    if (!taken || !module->staysLoaded())
+        module->unload();
+    return taken;
+}
+
+bool FComponentRegistry::registerClasses(FDefaults& defaults, FModule& module, IPluginFactory& factory) {
+    const int32_t count = std::min(factory.countClasses(), kMaxClasses);
+    PFactoryInfo info;
+    if (count < 1 || factory.getFactoryInfo(&info) != kResultOk)
+        return false;
+    if (!(info.flags & FModule::kIsUnicode) && !checkForUnicodeCompliantInterfaces(factory))
+        return false;
+    module.updateInfo(info);
+    Fields fields(defaults);
+    visitFactory(info, [&fields](const char* name, const auto& field) { fields.store(name, field); });
+    fields.store(kNumClasses, info.flags & FModule::kClassesVary ? kClassesUnknown : count);
+    for (int32_t i = 0; i < count; ++i) {
+        PClassInfoW record;
+        if (!readClass(factory, i, record))
+            continue;
+        addComponentClass(new FPluginComponent(record, info, &module, nullptr));
+        Fields ofClass(defaults, i);
+        storeClass(ofClass, record);
+    }
+    return true;
+}
+
+int32_t FComponentRegistry::addComponentClasses(IPluginFactory* factory, FUnknown* context) {
+    PFactoryInfo info;
+    if (!factory || factory->getFactoryInfo(&info) != kResultOk)
+        return 0;
+    int32_t added = 0;
+    for (int32_t i = 0; i < std::min(factory->countClasses(), kMaxClasses); ++i) {
+        PClassInfoW record;
+        if (readClass(*factory, i, record))
+            added += addComponentClass(new FPluginComponent(record, info, nullptr, factory, context));
+    }
+    return added;
+}
+
+// --- from the cache
+
+bool FComponentRegistry::onRestoreModule(FDefaults* defaults, FModuleBase* base) {
+    auto* module = classCast<FModule>(base);
+    if (!defaults || !module || !mayBeLoaded(*module))
+        return false;
+    Fields fields(*defaults);
+    PFactoryInfo info;
+    visitFactory(info, [&fields](const char* name, auto& field) { fields.restore(name, field); });
+    module->updateInfo(info);
+    if (!isCached(info))
+        return false;
+    if (!(info.flags & FModule::kIsUnicode)) {
+        IPluginFactory* factory = module->getFactory(true);
+        const bool compliant = factory && checkForUnicodeCompliantInterfaces(*factory);
+        module->unload();
+        if (!compliant)
+            return false;
+    }
+    int32_t count = 0;
+    if (!fields.restore(kNumClasses, count) || count < 1 || count > kMaxClasses)
+        return false;
+    std::vector<PClassInfoW> records(static_cast<size_t>(count));
+    for (int32_t i = 0; i < count; ++i)
+        if (Fields ofClass(*defaults, i); !restoreClass(ofClass, records[size_t(i)]))
+            return false;
+    for (const PClassInfoW& record : records)
+        addComponentClass(new FPluginComponent(record, info, module, nullptr));
+    return true;
+}
+
+}  // namespace Tessarine

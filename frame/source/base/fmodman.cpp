@@ -1,0 +1,261 @@
+#include "base/fmodman.h"
+#include "gui/values/ustringvalue.h"
+#include "storage/ffilesystem.h"
+#include <algorithm>
+
+namespace Tessarine {
+namespace {
+constexpr const char* kLastModified = "LastModified";
+constexpr const char* kBundleVersion = "BundleVersion";
+constexpr tchar kDelimiter[] = u"/";
+constexpr uint32_t kMacType = 0x424E444C;  // BNDL
+
+void showStatus(const tchar* text) {
+    if (gComponentEventHooks.showStatus)
+        gComponentEventHooks.showStatus(text);
+}
+
+const FFileType& moduleType() {
+    static const FFileType type(u"Module", u"bundle", u"bundle", kMacType, nullptr, u"com.apple.bundle");
+    return type;
+}
+}  // namespace
+
+IMPLEMENT_ABSTRACT_CLASS(FModuleManager, CmObject)
+
+constinit ComponentEventHooks gComponentEventHooks;
+
+/** A module with its group of the cache, between looking at it and taking it. */
+struct FModuleManager::Entry {
+    FString group;
+    FBundleFacts facts;
+    FDefaults* defaults = nullptr;  // borrowed
+    int64_t storedTime = 0;
+};
+
+FModuleManager::FModuleManager(const tchar* folderName) : folderName(folderName) {
+    modules._ownsObjects = CmContainer::kTakesOver;
+}
+
+FModuleManager::~FModuleManager() = default;
+
+const FFileType& FModuleManager::getFileType() const {
+    return moduleType();
+}
+
+bool FModuleManager::isModule(const FPath* path) const {
+    FString extension;
+    return path && (path->isBundle() || (path->getExtension(extension) && getFileType().hasExtension(extension)));
+}
+
+void FModuleManager::removeAll() {
+    modules.removeAll();
+    isScanned = false;
+}
+
+FModuleBase* FModuleManager::createModule(FPath* path) {
+    path->release();
+    return nullptr;
+}
+
+bool FModuleManager::onRestoreModule(FDefaults* /*defaults*/, FModuleBase* /*module*/) {
+    return false;
+}
+
+bool FModuleManager::onRegisterModule(FDefaults* /*defaults*/, FModuleBase* /*module*/) {
+    return false;
+}
+
+// --- scanning
+
+int32_t FModuleManager::findModules() {
+    if (isScanned)
+        return 0;
+    showStatus(folderName.text16());
+    isScanned = true;
+    const FNPath folder(folderName.text16(), kApplicationFolder, kFolderPath, nullptr, false);
+    const int32_t found = folder.isEmpty() ? 0 : findModules(folder, nullptr);
+    showStatus(nullptr);
+    return found;
+}
+
+int32_t FModuleManager::rescanModules() {
+    isScanned = false;
+    return findModules();
+}
+
+int32_t FModuleManager::findModules(const FNPath& path, const FFileType* fileType) {
+    if (!gFileSystem->dirExists(&path))
+        return 0;
+    scanRoot = &path;
+    int32_t found = 0;
+    FNFileSystemScanner scanner(&path);
+    for (const FPath* each = scanner.first(); each; each = scanner.next()) {
+        const OPtr<FNPath> resolved(new FNPath);
+        static_cast<FPath&>(*resolved) = *each;
+        FString extension;
+        if (each->isLink())
+            gFileSystem->checkResolveLink(resolved);
+        const bool isWanted =
+            fileType ? resolved->getExtension(extension) && fileType->hasExtension(extension) : isModule(resolved);
+        if (!isWanted)
+            continue;
+        if (each->isFolder())
+            scanner.skipFolder();
+        const int32_t before = countModules();
+        takeModule(createModule(static_cast<FPath*>(resolved->newCopy())));
+        found += countModules() - before;
+    }
+    scanRoot = nullptr;
+    saveDefaults();
+    return found;
+}
+
+FModuleBase* FModuleManager::takeModule(OPtr<FModuleBase> module) {
+    if (!module)
+        return nullptr;
+    if (CmObject* known = modules.lookup(module))
+        return static_cast<FModuleBase*>(known);
+    return restoreModule(module) || registerModule(module) ? module.get() : nullptr;
+}
+
+FModuleBase* FModuleManager::addModule(const FNPath* path) {
+    char given[FNPath::kPlatformPathLength];
+    FBundleFacts facts;
+    if (!path || !path->toPlatformPath(given) || !gBundleHooks.examine || !gBundleHooks.examine(given, facts))
+        return nullptr;
+    OPtr<FNPath> bundle(new FNPath(kFolderPath));
+    if (!bundle->fromPlatformPath(facts.folder.c_str()))
+        return nullptr;
+    FModuleBase* added = takeModule(createModule(bundle.detach()));
+    saveDefaults();
+    return added;
+}
+
+FModuleBase* FModuleManager::getModule(int32_t index) const {
+    return static_cast<FModuleBase*>(modules.at(index));
+}
+
+int32_t FModuleManager::getModuleIndex(const tchar* name) const {
+    int32_t index = 0;
+    for (CmLinkedListIterator each(modules); !each.done(); ++index) {
+        FString own;
+        static_cast<FModuleBase*>(each.next())->getName(own);
+        if (own == ConstString(name))
+            return index;
+    }
+    return -1;
+}
+
+UStringListValue* FModuleManager::getModulesValue() const {
+    auto* value = new UStringListValue;
+    for (CmLinkedListIterator each(modules); !each.done();) {
+        FString name;
+        static_cast<FModuleBase*>(each.next())->getName(name);
+        value->addString(name.text16());
+    }
+    return value;
+}
+
+// --- cache
+
+FDefaultPool* FModuleManager::useCache() {
+    if (!cache) {
+        cache = new FDefaultPool;
+        cache->loadArchive(cacheName.text8());
+    }
+    return cache;
+}
+
+bool FModuleManager::saveDefaults() {
+    if (!cache || !cacheChanged)
+        return false;
+    cacheChanged = false;
+    return cache->saveArchive(cacheName.text8());
+}
+
+void FModuleManager::makeKey(FString& key, const ConstString& text) {
+    const String wide(text);
+    key = FString();
+    for (const tchar* each = wide.text16(); *each; ++each) {
+        String unit;
+        if (ConstString::isCharAscii(*each))
+            key.append(char(*each));
+        else
+            key.append(unit.printf("%%u%04X", unsigned(*each)));
+    }
+}
+
+void FModuleManager::getFolderName(const FNPath* path, FString& name) const {
+    name = kDelimiter;
+    FString root, folders(path->getPathName());
+    if (!scanRoot || !path->isInDir(scanRoot))
+        return;
+    scanRoot->getFullPath(root);
+    if (folders.length() > root.length())
+        name.assign(folders.text16() + root.length());
+}
+
+void FModuleManager::makeGroupId(FString& id, const FPath* path) const {
+    FString folder(kDelimiter);
+    if (const auto* own = classCast<FNPath>(path))
+        getFolderName(own, folder);
+    id = folderName;
+    id.append(folder).append(path->getFileName());
+}
+
+/** false: it can't run here, and leaves no group. */
+bool FModuleManager::openEntry(FModuleBase* module, Entry& entry) {
+    if (!module || !module->getPath() || !module->examine(entry.facts) || !entry.facts.runsHere())
+        return false;
+    FString id;
+    makeGroupId(id, module->getPath());
+    makeKey(entry.group, id);
+    entry.defaults = useCache()->getDefaults(entry.group.text8(), cacheVersion, true);
+    if (!entry.defaults)
+        return false;
+    String version;
+    entry.defaults->getLongLong(kLastModified, entry.storedTime);
+    entry.defaults->getString(kBundleVersion, version);
+    String present;
+    present.fromUTF8(entry.facts.version.c_str());
+    if (version != present)
+        entry.storedTime = 0;
+    return true;
+}
+
+void FModuleManager::closeEntry(const Entry& entry) {
+    cacheChanged = cacheChanged || !entry.defaults->isEmpty();
+    useCache()->removeDefaults(entry.group.text8(), cacheVersion);
+}
+
+bool FModuleManager::restoreModule(FModuleBase* module) {
+    Entry entry;
+    if (!openEntry(module, entry))
+        return false;
+    if (entry.storedTime != entry.facts.modified || !onRestoreModule(entry.defaults, module)) {
+        closeEntry(entry);
+        return false;
+    }
+    module->addRef();
+    return modules.add(module);
+}
+
+bool FModuleManager::registerModule(FModuleBase* module) {
+    Entry entry;
+    if (!openEntry(module, entry))
+        return false;
+    if (!onRegisterModule(entry.defaults, module)) {
+        closeEntry(entry);
+        return false;
+    }
+    entry.defaults->setLongLong(kLastModified, entry.facts.modified);
+    String version;
+    if (version.fromUTF8(entry.facts.version.c_str()) && !version.isEmpty())
+        entry.defaults->setString(kBundleVersion, version);
+    cacheChanged = true;
+    module->addRef();
+    return modules.add(module);
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,113 @@
+#include "graphed/gactionnode.h"
+#include "graphed/gaction.h"
+#include <algorithm>
+#include <vector>
+
+namespace Tessarine {
+
+GActionNode* GActionNode::make(GAction* action) {
+    action->addRef();
+    return &action->node.emplace(action);
+}
+
+void GActionNode::end(GActionNode* node) {
+    GAction* action = node->action;
+    action->node.reset();
+    action->release();
+}
+
+GActionNode* GActionNode::getSuccessor(int32_t index) const {
+    if (successors.isEmpty())
+        return index == 0 ? activeSuccessor : nullptr;
+    return successors.at(index);
+}
+
+void GActionNode::enqueueSuccessor(GActionNode* node, bool makeActive, int32_t index) {
+    node->parent = this;
+    if (!activeSuccessor) {
+        activeSuccessor = node;
+        return;
+    }
+    if (successors.isEmpty())
+        successors.add(activeSuccessor);
+    successors.add(node);
+    if (index >= 0 && index < successors.total())
+        std::rotate(successors.begin() + index, successors.end() - 1, successors.end());
+    if (makeActive)
+        activeSuccessor = node;
+}
+
+void GActionNode::takeSuccessor(GActionNode* node) {
+    const int32_t place = placeOf(node);
+    node->parent = nullptr;
+    successors.removeAt(place);
+    if (activeSuccessor == node)
+        activeSuccessor = successors.at(std::min(place, successors.total() - 1));
+    if (successors.total() == 1) {
+        activeSuccessor = successors.at(0);
+        successors.resize(0);
+    }
+}
+
+template <class Nodes>
+void GActionNode::takeSuccessorsTo(Nodes& nodes) {
+    for (int32_t i = 0, count = countSuccessors(); i < count; ++i) {
+        nodes.push_back(getSuccessor(i));
+        nodes.back()->parent = nullptr;
+    }
+    activeSuccessor = nullptr;
+    successors.resize(0);
+}
+
+void GActionNode::dequeue() {
+    GActionNode* above = parent;
+    GActionNode* active = activeSuccessor;
+    const bool wasActive = above->activeSuccessor == this;
+    int32_t place = above->placeOf(this);
+    std::vector<GActionNode*> behind;
+    takeSuccessorsTo(behind);
+    above->takeSuccessor(this);
+    for (GActionNode* each : behind)
+        above->enqueueSuccessor(each, wasActive && each == active, place++);
+}
+
+void GActionNode::moveBehind(GActionNode* other) {
+    if (parent == other)
+        return;
+    dequeue();
+    GActionNode* old = other->activeSuccessor;
+    const int32_t place = other->placeOf(old);
+    if (old)
+        other->takeSuccessor(old);
+    other->enqueueSuccessor(this, true, place);
+    if (old)
+        enqueueSuccessor(old, true);
+}
+
+void GActionNode::removeSuccessors() {
+    std::vector<GActionNode*> doomed;
+    takeSuccessorsTo(doomed);
+    for (size_t i = 0; i < doomed.size(); ++i)
+        doomed[i]->takeSuccessorsTo(doomed);
+    for (; !doomed.empty(); doomed.pop_back())  // what was done last goes first
+        end(doomed.back());
+}
+
+bool GActionNode::removeInactiveSuccessors() {
+    if (successors.isEmpty())
+        return false;
+    GActionNode* kept = activeSuccessor;
+    takeSuccessor(kept);
+    removeSuccessors();
+    enqueueSuccessor(kept, true);
+    return true;
+}
+
+bool GActionNode::isBehind(const GActionNode* other) const {
+    const GActionNode* above = parent;
+    while (above && above != other)
+        above = above->parent;
+    return above != nullptr;
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,208 @@
+#include "graphed/gcommandmanager.h"
+#include "graphed/hooks.h"
+#include "storage/farchive.h"
+#include "storage/fbstream.h"
+#include "storage/ffilesystem.h"
+#include "storage/fnewarchive.h"
+#include "storage/fpersistent.h"
+#include "storage/fxmlarchive.h"
+
+namespace Tessarine {
+namespace {
+constexpr char kArchive[] = "Key Commands";
+constexpr char kRootTag[] = "KeyCommands";
+constexpr tchar kBinaryFile[] = u"Key Commands.bin";
+constexpr tchar kCouldNotRead[] = u"The key commands could not be read. They stay as they were.";
+constexpr uint8_t kWideCharacter = 0x80;  // with the modifiers
+
+/** As its bytes stand in the binary form. */
+struct StoredKey {
+    uint8_t bytes[3];
+};
+
+StoredKey stored(const UKeyCode& key) {
+    const auto low = uint8_t(key.character), high = uint8_t(key.character >> 8);
+    const auto modifiers = uint8_t(key.modifiers & ~kWideCharacter);
+    if (high)
+        return {
+            {low, high, uint8_t(modifiers | kWideCharacter)}
+        };
+    return {
+        {low, key.virtualKey, modifiers}
+    };
+}
+
+UKeyCode restored(const StoredKey& key) {
+    const uint8_t modifiers = key.bytes[2] & uint8_t(~kWideCharacter);
+    if (key.bytes[2] & kWideCharacter)
+        return UKeyCode(tchar(key.bytes[0] | key.bytes[1] << 8), 0, modifiers);
+    return UKeyCode(key.bytes[0], key.bytes[1], modifiers);
+}
+
+bool writeRecord(FArchive& archive, const GKeyCommand& record) {
+    const StoredKey key = stored(record.keyCode);
+    return record.category.externalize(archive) && record.name.externalize(archive) &&
+           archive.getStream().writeRaw(key.bytes, sizeof key.bytes) == sizeof key.bytes;
+}
+
+/** Null: cut off. */
+OPtr<GKeyCommand> readRecord(FArchive& archive) {
+    FString category, name;
+    StoredKey key;
+    if (!category.internalize(archive) || !name.internalize(archive) ||
+        archive.getStream().readRaw(key.bytes, sizeof key.bytes) != sizeof key.bytes)
+        return nullptr;
+    return new GKeyCommand(restored(key), category, name);
+}
+}  // namespace
+
+GCommandManager::KeyRecords GCommandManager::keyRecords() const {
+    KeyRecords records;
+    for (CmObject* each : commands) {
+        const auto* command = static_cast<GCommand*>(each);
+        records.emplace_back(new GKeyCommand(UKeyCode(), command->category, command->name));
+        for (const UKeyCode& key : findKeyCommands(command->category, command->name))
+            records.emplace_back(new GKeyCommand(key, command->category, command->name));
+    }
+    for (CmObject* each : dormantKeyCommands) {
+        const auto* dormant = static_cast<GKeyCommand*>(each);
+        records.emplace_back(new GKeyCommand(dormant->keyCode, dormant->category, dormant->name));
+    }
+    return records;
+}
+
+void GCommandManager::takeKeys(const KeyRecords& records) {
+    dormantKeyCommands.removeAll();
+    for (const OPtr<GKeyCommand>& record : records)
+        takeKey(*record);
+}
+
+bool GCommandManager::externalize(FArchive& archive) const {
+    const KeyRecords records = keyRecords();
+    bool written = archive.getStream().writeInt32(int32_t(records.size()));
+    for (const OPtr<GKeyCommand>& record : records)
+        written = written && writeRecord(archive, *record);
+    return written;
+}
+
+bool GCommandManager::internalize(FArchive& archive) {
+    constexpr int64_t kSmallestRecord = sizeof(StoredKey);
+    int32_t count = 0;
+    const int64_t left = archive.getStream().bytesLeft() - int64_t(sizeof count);
+    bool read = archive.getStream().readInt32(count) && count >= 0 && (left < 0 || count <= left / kSmallestRecord);
+    KeyRecords records;
+    for (; read && count > 0; --count) {
+        records.push_back(readRecord(archive));
+        read = records.back() != nullptr;
+    }
+    if (read)
+        takeKeys(records);
+    else if (gActionHooks.showText)
+        gActionHooks.showText(kCouldNotRead);
+    return read;
+}
+
+bool GCommandManager::storeAttributes(FAttributes& attributes) const {
+    return storeKeys(attributes) && storeMacros(attributes);
+}
+
+bool GCommandManager::storeKeys(FAttributes& attributes) const {
+    bool stored = true;
+    FString category;
+    OPtr<FAttributes> bag;
+    for (const OPtr<GKeyCommand>& record : keyRecords()) {
+        if (!bag || category.compare(record->category) != 0) {
+            category = record->category;
+            bag = new FAttributes;
+            stored = stored && bag->set("Name", category) && attributes.queueAttributes("Categories", bag);
+        }
+        const OPtr<FAttributes> command(new FAttributes);
+        String key;
+        record->keyCode.keyCode2String(key);
+        stored = stored && command->set("Name", record->name) && command->set("Key", key) &&
+                 bag->queueAttributes("Commands", command);
+    }
+    return stored;
+}
+
+bool GCommandManager::storeMacros(FAttributes& attributes) const {
+    bool stored = true;
+    for (CmObject* each : commands) {
+        const auto* macro = classCast<GMacroCommand>(each);
+        if (!macro || !areMacroCommandsEnabled())
+            continue;
+        const OPtr<FAttributes> bag(new FAttributes);
+        stored = stored && bag->set("Name", macro->name) && attributes.queueAttributes("Macros", bag);
+        for (CmObject* held : macro->getCommands()) {
+            const auto* command = static_cast<GCommand*>(held);
+            const OPtr<FAttributes> entry(new FAttributes);
+            stored = stored && entry->set("Category", command->category) && entry->set("Name", command->name) &&
+                     bag->queueAttributes("Commands", entry);
+        }
+    }
+    return stored;
+}
+
+bool GCommandManager::restoreAttributes(FAttributes& attributes) {
+    KeyRecords records;
+    while (const FAttributes* category = attributes.unqueueAttributes("Categories")) {
+        FString categoryName;
+        if (!category->get("Name", categoryName))
+            return false;
+        while (const FAttributes* command = category->unqueueAttributes("Commands")) {
+            FString name, text;
+            UKeyCode key;
+            if (!command->get("Name", name) || !command->get("Key", text))
+                return false;
+            if (key.string2KeyCode(text))
+                records.emplace_back(new GKeyCommand(key, categoryName, name));
+        }
+    }
+    restoreMacros(attributes);
+    takeKeys(records);
+    return true;
+}
+
+/** All macros first, since they may hold each other. */
+void GCommandManager::restoreMacros(FAttributes& attributes) {
+    std::vector<std::pair<IPtr<GMacroCommand>, const FAttributes*>> macros;
+    while (const FAttributes* bag = attributes.unqueueAttributes("Macros")) {
+        FString name;
+        if (!bag->get("Name", name))
+            continue;
+        GMacroCommand* known = findMacro(name);
+        macros.emplace_back(known ? known : addMacro(name), bag);
+    }
+    for (const auto& [macro, bag] : macros) {
+        if (!macro)
+            continue;
+        macro->removeAllCommands();
+        while (const FAttributes* entry = bag->unqueueAttributes("Commands")) {
+            FString category, name;
+            if (entry->get("Category", category) && entry->get("Name", name))
+                macro->addCommand(findCommandWithHistory(category, name));
+        }
+    }
+}
+
+void PostDefLoadGCommandManager() {
+    if (!gCommandManager || !gCommandManager->isKeyStorageEnabled() ||
+        FXmlArchive::restoreObject(kArchive, kRootTag, gCommandManager))
+        return;
+    FNPath path(kBinaryFile, kUserFolder, kFilePath, nullptr, false);
+    FStream* stream = gFileSystem->openFile(&path, kOpenRead);
+    if (!stream)
+        return;
+    FNewArchive archive(stream, false);
+    const bool read = gCommandManager->internalize(archive);
+    gFileSystem->closeFile(stream);
+    if (!read)
+        gFileSystem->removeFile(&path);
+}
+
+void PreDefSaveGCommandManager() {
+    if (gCommandManager && gCommandManager->isKeyStorageEnabled())
+        FXmlArchive::storeObject(kArchive, kRootTag, gCommandManager);
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,394 @@
+#include "graphed/gcommandmanager.h"
+#include "graphed/hooks.h"
+#include "pluginterfaces/base/identifiers.h"
+#include <algorithm>
+
+namespace Tessarine {
+DEFINE_IID_ROW(IActionHandler, kIActionHandlerID);
+DEFINE_IID_ROW(IActionManager, kIActionManagerID);
+DEFINE_IID_ROW(IActionManager2, kIActionManager2ID);
+IMPLEMENT_CLASS(GCommandManager, CmObject)
+
+constinit GCommandManager* gCommandManager = nullptr;
+
+GCommandManager::GCommandManager() {
+    for (CmContainer* list :
+         std::initializer_list<CmContainer*>{&commands, &categories, &dormantKeyCommands, &keyCommands})
+        list->_ownsObjects = CmContainer::kTakesOver;
+    if (gCommandManager)
+        return;
+    gCommandManager = this;
+    GAction::dispatcher = this;
+}
+
+GCommandManager::~GCommandManager() {
+    gMessenger->killMessages(this);
+    for (CmObject* command : commands)
+        if (auto* macro = classCast<GMacroCommand>(command))
+            macro->removeAllCommands();  // they may hold each other
+    if (GAction::dispatcher == this)
+        GAction::dispatcher = nullptr;
+    if (gCommandManager == this)
+        gCommandManager = nullptr;
+}
+
+int32_t GCommandManager::queryInterface(const char* iid, void** obj) {
+    if (answerInterface<IActionDispatcher>(this, iid, obj) || answerInterface<IActionManager>(this, iid, obj) ||
+        answerInterface<IActionManager2>(this, iid, obj))
+        return kResultOk;
+    return CmObject::queryInterface(iid, obj);
+}
+
+int32_t GCommandManager::notify(FMessage* message) {
+    if (message->isType("PerformAction")) {
+        auto* action = classCast<GAction>(message->get("Action"));
+        return action ? action->dispatch(true) : 0;
+    }
+    if (message->isType("MenuSelect")) {
+        const auto* command = classCast<GCommand>(message->get("Command"));
+        return command ? fireNamed(command->category, command->name) : 0;
+    }
+    return CmObject::notify(message);
+}
+
+// --- commands
+
+GCommand* GCommandManager::addCommand(const char* category, const char* name, const tchar* title, const UKeyCode& key,
+                                      const char* subCategory) {
+    if (!category || !name || !*category || !*name)
+        return nullptr;
+    GCommand* command = findCommand(ConstString(category), ConstString(name));
+    if (!command) {
+        command = new GCommand(ConstString(category), ConstString(name), title);
+        command->subCategory.assign(subCategory);
+        commands.add(command);
+        addToCategories(command, subCategory);
+        wakeDormant(*command);
+    }
+    addDefaultKey(command, key);
+    return command;
+}
+
+void GCommandManager::addToCategories(GCommand* command, const char* subCategory) {
+    categoryFor(command->category).commands.add(command);
+    if (!subCategory || !*subCategory)
+        return;
+    const OPtr<CmObject> copy(command->newCopy());
+    categoryFor(ConstString(subCategory)).commands.add(copy);
+}
+
+void GCommandManager::addDefaultKey(GCommand* command, const UKeyCode& key) {
+    if (key.toLong() == 0)
+        return;
+    const GKeyCommand* present = findKeyCommand(key);
+    if (present && !present->isOf(command->category, command->name))
+        return;  // the key stays with the other one
+    if (!command->defaultKeys.contains(key))
+        command->defaultKeys.add(key);
+    addKeyCommand(key, command->category, command->name);
+}
+
+void GCommandManager::addCommands(const GCommandDesc* descriptions, int32_t count) {
+    for (int32_t i = 0; i < count; ++i) {
+        const GCommandDesc& each = descriptions[i];
+        addCommand(each.category, each.name, each.title, each.key, each.subCategory);
+    }
+}
+
+GCommand* GCommandManager::findCommand(const ConstString& category, const ConstString& name) const {
+    for (CmObject* each : commands)
+        if (auto* command = static_cast<GCommand*>(each); command->isNamed(category, name))
+            return command;
+    return nullptr;
+}
+
+GCommand* GCommandManager::findCommandWithHistory(const ConstString& category, const ConstString& name) const {
+    if (GCommand* command = findCommand(category, name))
+        return command;
+    for (const OldName& old : oldNames)
+        if (old.oldName.compare(name) == 0 && old.oldCategory.compare(category) == 0)
+            return findCommand(old.category, old.name);
+    return nullptr;
+}
+
+void GCommandManager::addOldName(const char* oldCategory, const char* oldName, const char* category, const char* name) {
+    oldNames.push_back({oldCategory, oldName, category, name});
+}
+
+GCommandCategory* GCommandManager::findCategory(const ConstString& name) const {
+    for (CmObject* each : categories)
+        if (auto* category = static_cast<GCommandCategory*>(each); category->name.compare(name) == 0)
+            return category;
+    return nullptr;
+}
+
+GCommandCategory& GCommandManager::categoryFor(const ConstString& name) {
+    GCommandCategory* category = findCategory(name);
+    if (!category) {
+        category = new GCommandCategory(name);
+        categories.add(category);
+    }
+    return *category;
+}
+
+void GCommandManager::setLastCommand(const GCommand& command) {
+    lastCategory = command.category;
+    lastName = command.name;
+}
+
+// --- keys
+
+GCommand* GCommandManager::findCommand(const UKeyCode& key) const {
+    const GKeyCommand* found = findKeyCommand(key);
+    return found ? findCommand(found->category, found->name) : nullptr;
+}
+
+const GKeyCommand* GCommandManager::findKeyCommand(const UKeyCode& key) const {
+    const GKeyCommand wanted(key.toLong());
+    return static_cast<GKeyCommand*>(keyCommands.lookup(&wanted));
+}
+
+std::vector<UKeyCode> GCommandManager::findKeyCommands(const ConstString& category, const ConstString& name) const {
+    std::vector<UKeyCode> keys;
+    for (CmObject* each : keyCommands)
+        if (const auto* key = static_cast<GKeyCommand*>(each); key->isOf(category, name))
+            keys.push_back(key->keyCode);
+    return keys;
+}
+
+bool GCommandManager::addKeyCommand(const UKeyCode& key, const ConstString& category, const ConstString& name) {
+    if (key.toLong() == 0)
+        return false;
+    removeKeyCommand(key);
+    return keyCommands.add(new GKeyCommand(key, category, name));
+}
+
+bool GCommandManager::removeKeyCommand(const UKeyCode& key) {
+    const GKeyCommand wanted(key.toLong());
+    return keyCommands.removeAt(keyCommands.index(&wanted));
+}
+
+void GCommandManager::removeKeyCommands(const ConstString& category, const ConstString& name) {
+    for (int32_t i = keyCommands.total() - 1; i >= 0; --i)
+        if (static_cast<GKeyCommand*>(keyCommands.at(i))->isOf(category, name))
+            keyCommands.removeAt(i);
+}
+
+void GCommandManager::resetAllKeyCommands() {
+    removeAllKeyCommands();
+    for (CmObject* each : commands) {
+        const auto* command = static_cast<GCommand*>(each);
+        for (const UKeyCode& key : command->defaultKeys)
+            addKeyCommand(key, command->category, command->name);
+    }
+}
+
+void GCommandManager::getKeyCodesString(const GCommand& command, String& text) const {
+    text.assign(u"");
+    for (const UKeyCode& key : findKeyCommands(command.category, command.name)) {
+        String one;
+        key.keyCode2String(one);
+        if (!text.isEmpty())
+            text.append(u", ");
+        text.append(one);
+    }
+}
+
+void GCommandManager::wakeDormant(const GCommand& command) {
+    for (int32_t i = dormantKeyCommands.total() - 1; i >= 0; --i) {
+        const IPtr<GKeyCommand> record(static_cast<GKeyCommand*>(dormantKeyCommands.at(i)));
+        if (!record->isOf(command.category, command.name))
+            continue;
+        dormantKeyCommands.removeAt(i);
+        addKeyCommand(record->keyCode, command.category, command.name);
+    }
+}
+
+void GCommandManager::takeKey(const GKeyCommand& record) {
+    const GCommand* command = findCommandWithHistory(record.category, record.name);
+    if (!command && record.keyValue != 0)
+        dormantKeyCommands.add(new GKeyCommand(record.keyCode, record.category, record.name));
+    else if (command && record.keyValue != 0)
+        addKeyCommand(record.keyCode, command->category, command->name);
+    else if (command)
+        removeKeyCommands(command->category, command->name);
+}
+
+// --- macros
+
+GMacroCommand* GCommandManager::addMacro(const ConstString& name) {
+    if (!areMacroCommandsEnabled() || name.isEmpty() || findCommand(ConstString(GMacroCommand::kCategory), name))
+        return nullptr;
+    auto* macro = new GMacroCommand(name);
+    commands.add(macro);
+    categoryFor(macro->category).commands.add(macro);
+    wakeDormant(*macro);
+    return macro;
+}
+
+GMacroCommand* GCommandManager::findMacro(const ConstString& name) const {
+    return classCast<GMacroCommand>(findCommand(ConstString(GMacroCommand::kCategory), name));
+}
+
+bool GCommandManager::removeMacro(const ConstString& name) {
+    const IPtr<GMacroCommand> macro(findMacro(name));
+    if (!macro)
+        return false;
+    for (CmObject* each : commands)
+        if (auto* other = classCast<GMacroCommand>(each))
+            while (other->removeCommand(macro)) {}
+    return removeAction(GMacroCommand::kCategory, FString(name).text8()) == kResultOk;
+}
+
+// --- dispatching
+
+int32_t GCommandManager::dispatchActionMessage(FMessage* message) {
+    int32_t answer = 0;
+    if (gActionHooks.dispatchToWindows && gActionHooks.dispatchToWindows(message, answer))
+        return answer;
+    answer = tellHandlers(message);
+    CmObject* application = gActionHooks.application ? gActionHooks.application() : nullptr;
+    return answer == 0 && application ? application->notify(message) : answer;
+}
+
+int32_t GCommandManager::tellHandlers(FMessage* message) {
+    const auto* action = classCast<GAction>(message->get("Action"));
+    if (!action)
+        return 0;
+    const bool perform = message->isType("Interpret");
+    for (IActionHandler* handler : std::vector(handlers)) {
+        const bool isThere = std::ranges::find(handlers, handler) != handlers.end();
+        const int32_t answer = isThere ? handler->handleAction(action->getCategory(), action->getName(), perform) : 0;
+        if (answer != 0)
+            return answer;
+    }
+    return 0;
+}
+
+int32_t GCommandManager::fireNamed(const ConstString& category, const ConstString& name) {
+    IPtr<GCommand> command(findCommandWithHistory(category, name));
+    if (!command)
+        command = OPtr<GCommand>(new GCommand(category, name));
+    return command->fire(0);
+}
+
+// --- IActionManager2
+
+int32_t GCommandManager::addAction(const char* category, const char* name) {
+    GCommand* command = addCommand(category, name, nullptr, UKeyCode());
+    if (!command)
+        return kInvalidArgument;
+    command->commandFlags &= ~GCommand::kMayBeDisabled;
+    return kResultOk;
+}
+
+int32_t GCommandManager::removeAction(const char* category, const char* name) {
+    const IPtr<GCommand> command(findCommand(ConstString(category), ConstString(name)));
+    if (!command)
+        return kResultFalse;
+    removeKeyCommands(command->category, command->name);
+    for (const ConstString& in : {ConstString(command->category), ConstString(command->subCategory)})
+        if (GCommandCategory* from = findCategory(in))
+            from->commands.removeAt(from->indexOf(command->name));
+    commands.removeAt(commands.indexAbs(command));
+    return kResultOk;
+}
+
+int32_t GCommandManager::performAction(const char* category, const char* name) {
+    if (!category || !name)
+        return kInvalidArgument;
+    if (gActionHooks.isMainThread && !gActionHooks.isMainThread()) {
+        auto* message = new FMessage("MenuSelect");
+        message->add("Command", new GCommand(ConstString(category), ConstString(name)), true);
+        gMessenger->postMessage(this, message);
+        return kResultOk;
+    }
+    const int32_t answer = fireNamed(ConstString(category), ConstString(name));
+    if (answer == GCommand::kDisabled)
+        return kWrongState;
+    return answer == GCommand::kDone ? kResultOk : kResultFalse;
+}
+
+int32_t GCommandManager::canPerformAction(const char* category, const char* name) {
+    IPtr<GCommand> command(findCommandWithHistory(ConstString(category), ConstString(name)));
+    if (!command)
+        command = OPtr<GCommand>(new GCommand(ConstString(category), ConstString(name)));
+    return command->canPerform(nullptr) ? kResultOk : kResultFalse;
+}
+
+int32_t GCommandManager::addActionHandler(IActionHandler* handler) {
+    if (!handler || std::ranges::find(handlers, handler) != handlers.end())
+        return kResultFalse;
+    handlers.push_back(handler);
+    return kResultOk;
+}
+
+int32_t GCommandManager::removeActionHandler(IActionHandler* handler) {
+    return std::erase(handlers, handler) > 0 ? kResultOk : kResultFalse;
+}
+
+GCommand* GCommandManager::commandAt(int32_t category, int32_t action) const {
+    const GCommandCategory* found = categoryAt(category);
+    return found ? found->commandAt(action) : nullptr;
+}
+
+const char* GCommandManager::getCategoryName(int32_t category) {
+    const GCommandCategory* found = categoryAt(category);
+    return found ? shown8(found->name) : nullptr;
+}
+
+const tchar* GCommandManager::getCategoryTitle(int32_t category) {
+    const GCommandCategory* found = categoryAt(category);
+    return found ? shown16(found->name) : nullptr;
+}
+
+int32_t GCommandManager::countActionsOfCategory(int32_t category) {
+    const GCommandCategory* found = categoryAt(category);
+    return found ? found->countCommands() : 0;
+}
+
+const char* GCommandManager::getActionName(int32_t category, int32_t action) {
+    const GCommand* command = commandAt(category, action);
+    return command ? shown8(command->name) : nullptr;
+}
+
+const tchar* GCommandManager::getActionTitle(int32_t category, int32_t action) {
+    const GCommand* command = commandAt(category, action);
+    return command ? shown16(command->shownTitle()) : nullptr;
+}
+
+const char* GCommandManager::getActionTitle8(int32_t category, int32_t action) {
+    const GCommand* command = commandAt(category, action);
+    return command ? shown8(command->shownTitle()) : nullptr;
+}
+
+const char* GCommandManager::shown8(const FString& text) {
+    text8.assign(text);
+    return text8.text8();
+}
+
+const tchar* GCommandManager::shown16(const FString& text) {
+    text16.assign(text);
+    return text16.text16();
+}
+
+int32_t GCommandManager::getCategoryIndex(const char* category) {
+    return categories.indexAbs(findCategory(ConstString(category)));
+}
+
+int32_t GCommandManager::getActionIndex(int32_t category, const char* name) {
+    const GCommandCategory* found = categoryAt(category);
+    return found ? found->indexOf(ConstString(name)) : -1;
+}
+
+int32_t GCommandManager::getLastPerformedAction(const char** category, const char** name) {
+    if (!category || !name)
+        return kInvalidArgument;
+    if (lastName.isEmpty())
+        return kResultFalse;
+    *category = lastCategory.text8();
+    *name = lastName.text8();
+    return kResultOk;
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,128 @@
+#include "objectfile.h"
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <fcntl.h>
+#include <iterator>
+#include <link.h>
+#include <sys/stat.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+#include <vector>
+
+namespace Tessarine {
+namespace {
+using Header = ElfW(Ehdr);
+using Segment = ElfW(Phdr);
+
+constexpr size_t kMaxSegments = 512;  // linkers make about ten
+constexpr const char* kOtherMachine = "other";
+
+struct MachineRow {
+    uint16_t number;
+    unsigned char width;
+    const char* name;
+};
+constexpr MachineRow kMachines[] = {
+    {EM_386,     ELFCLASS32, "i386"   },
+    {EM_ARM,     ELFCLASS32, "armv7l" },
+    {EM_X86_64,  ELFCLASS64, "x86_64" },
+    {EM_AARCH64, ELFCLASS64, "aarch64"},
+    {EM_PPC64,   ELFCLASS64, "ppc64le"},
+    {EM_RISCV,   ELFCLASS64, "riscv64"},
+};
+
+/** A file that closes itself; reads are whole or not at all. */
+class File {
+public:
+    explicit File(const char* path) : descriptor(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+    ~File() {
+        if (descriptor >= 0)
+            close(descriptor);
+    }
+    File(const File&) = delete;
+
+    bool readAt(uint64_t offset, void* target, size_t size) const {
+        return descriptor >= 0 && offset <= INT64_MAX &&
+               pread(descriptor, target, size, off_t(offset)) == ssize_t(size);
+    }
+    /** 0 for what is no file. */
+    uint64_t size() const {
+        struct stat status = {};
+        return descriptor >= 0 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) ? uint64_t(status.st_size)
+                                                                                             : 0;
+    }
+
+private:
+    int descriptor;
+};
+
+/** What the program was built for. */
+const Header& ownHeader() {
+    static const Header header = [] {
+        Header own = {};
+        File("/proc/self/exe").readAt(0, &own, sizeof(own));
+        return own;
+    }();
+    return header;
+}
+
+/** Up to e_machine a header is the same in all widths. */
+bool isOfOwnMachine(const Header& header) {
+    const Header& own = ownHeader();
+    return header.e_ident[EI_CLASS] == own.e_ident[EI_CLASS] && header.e_ident[EI_DATA] == own.e_ident[EI_DATA] &&
+           header.e_machine == own.e_machine;
+}
+
+const char* nameOf(const Header& header) {
+    if (header.e_ident[EI_DATA] != ownHeader().e_ident[EI_DATA])
+        return kOtherMachine;
+    const auto row = std::ranges::find_if(kMachines, [&](const MachineRow& each) {
+        return each.number == header.e_machine && each.width == header.e_ident[EI_CLASS];
+    });
+    return row != std::end(kMachines) ? row->name : kOtherMachine;
+}
+
+bool liesWithin(uint64_t offset, uint64_t size, uint64_t end) {
+    return offset <= end && size <= end - offset;
+}
+
+/** All that the loader maps is there: behind the end of a file a mapping has no memory. */
+bool isWhole(const File& file, const Header& header) {
+    const uint64_t size = file.size();
+    if (header.e_phentsize != sizeof(Segment) || header.e_phnum == 0 || header.e_phnum > kMaxSegments)
+        return false;
+    std::vector<Segment> segments(header.e_phnum);
+    if (!file.readAt(header.e_phoff, segments.data(), segments.size() * sizeof(Segment)))
+        return false;
+    const auto isDynamic = [](const Segment& each) { return each.p_type == PT_DYNAMIC; };
+    const auto isThere = [size](const Segment& each) {
+        return each.p_type != PT_LOAD ||
+               (each.p_filesz <= each.p_memsz && liesWithin(each.p_offset, each.p_filesz, size));
+    };
+    return std::ranges::any_of(segments, isDynamic) && std::ranges::all_of(segments, isThere);
+}
+}  // namespace
+
+const char* machineOfProgram() {
+    static const auto name = [] {
+        std::array<char, sizeof(utsname::machine)> machine = {};
+        utsname system = {};
+        uname(&system);
+        std::ranges::copy(system.machine, machine.begin());
+        return machine;
+    }();
+    return name.data();
+}
+
+const char* machineOfObject(const std::string& path) {
+    const File file(path.c_str());
+    Header header = {};
+    if (!file.readAt(0, &header, sizeof(header)) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0)
+        return nullptr;
+    if (!isOfOwnMachine(header))
+        return nameOf(header);
+    return header.e_type == ET_DYN && isWhole(file, header) ? machineOfProgram() : nullptr;
+}
+
+}  // namespace Tessarine

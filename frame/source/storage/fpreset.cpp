@@ -1,0 +1,496 @@
+#include "storage/fpreset.h"
+#include "fpresetitems.h"
+#include "storage/farchive.h"
+#include "storage/fbstream.h"
+#include "storage/fpersistent.h"
+#include "storage/fxmlobject.h"
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace Tessarine {
+namespace {
+constexpr const char* kName = "Name";
+constexpr const char* kObject = "Object";
+constexpr const char* kID = "ID";
+constexpr const char* kItems = "Items";
+constexpr const char *kPresets = "Presets", *kSubLists = "SubLists";  // of old, instead of the items
+constexpr const char *kIsCopy = "IsCopy", *kObjects = "Objects";
+
+/** Written where the flag is clear. */
+struct FlagRow {
+    const char* key;
+    int32_t flag;
+};
+constexpr FlagRow kFlags[] = {
+    {"No Modify", FPreset::kCanModify},
+    {"Unrenamed", FPreset::kRenamed  },
+};
+
+std::u16string nameOf(const FPresetItem& item) {
+    return item.getName();
+}
+}  // namespace
+
+IMPLEMENT_ABSTRACT_CLASS(FPresetItem, CmObject)
+IMPLEMENT_CLASS(FPreset, FPresetItem)
+IMPLEMENT_CLASS(FPresetList, FPresetItem)
+IMPLEMENT_CLASS(FPresetListOwnFile, FPresetList)
+IMPLEMENT_ABSTRACT_CLASS(FPresetPointer, FPresetItem)
+IMPLEMENT_ABSTRACT_CLASS(FPresetPointerList, CmObject)
+IMPLEMENT_CLASS(FMultiPreset, CmObject)
+
+// --- items
+
+void FPresetItem::setName(const tchar* text) {
+    name = text;
+    name.toWideString();
+    name.remove(FPresetList::kMaxName);
+}
+
+int32_t FPresetItem::compare(const CmObject* other) const {
+    const ConstString mine(getName()), theirs(static_cast<const FPresetItem*>(other)->getName());
+    const int32_t result = mine.compare(theirs, kIgnoreCase);
+    return result != 0 ? result : mine.compare(theirs);
+}
+
+// --- presets
+
+FPreset::FPreset() {
+    complete = false;
+}
+
+FPreset::FPreset(CmObject* object, const tchar* name, int32_t flags)
+    : FPresetItem(name), object(object), presetFlags(flags) {}
+
+/** An item that isn't complete holds this preset. */
+bool FPreset::take(CmObject* loaded) {
+    const auto* item = classCast<FPresetItem>(loaded);
+    if (loaded && (!item || item->isComplete()))
+        object = OPtr<CmObject>(IPtr<CmObject>(loaded));
+    complete = true;
+    return true;
+}
+
+bool FPreset::internalize(FArchive& archive) {
+    FString stored;
+    if (!stored.internalize(archive) || !stored.toWideString())
+        return false;
+    setName(stored.text16());
+    presetFlags = kCanModify | kRenamed;
+    const OPtr<CmObject> loaded(archive.load("CmObject"));
+    return take(loaded);
+}
+
+bool FPreset::externalize(FArchive& archive) const {
+    return name.externalize(archive) && archive.save(object);
+}
+
+bool FPreset::storeAttributes(FAttributes& attributes) const {
+    for (const FlagRow& row : kFlags) {
+        if (!(presetFlags & row.flag))
+            attributes.set(row.key, 1);
+    }
+    return attributes.setString(kName, name) && attributes.setObject(kObject, object);
+}
+
+bool FPreset::restoreAttributes(FAttributes& attributes) {
+    presetFlags = 0;
+    for (const FlagRow& row : kFlags)
+        presetFlags |= attributes.getInt(row.key) == 0 ? row.flag : 0;
+    String stored;
+    attributes.get(kName, stored);
+    stored.toWideString();
+    setName(stored.text16());
+    return take(attributes.getObject(kObject));
+}
+
+// --- lists
+
+FPresetList::FPresetList() : items(0, -1) {
+    items._ownsObjects = CmContainer::kTakesOver;
+    complete = false;
+}
+
+FPresetList::FPresetList(const tchar* id) : FPresetItem(id), items(0, -1), id(id) {
+    items._ownsObjects = CmContainer::kTakesOver;
+    this->id.toWideString();
+}
+
+FPresetList::~FPresetList() {
+    for (CmObject* item : items)
+        static_cast<FPresetItem*>(item)->isPlaced = false;
+}
+
+bool FPresetList::isValidName(const tchar* text) {
+    const ConstString name(text);
+    return !name.isEmpty() && name.length() <= kMaxName;
+}
+
+int32_t FPresetList::countPresets(bool deep) {
+    return countItems(true, false, deep);
+}
+
+const tchar* FPresetList::getPresetName(int32_t index) {
+    const FPreset* preset = getPreset(index);
+    return preset ? preset->getName() : nullptr;
+}
+
+CmObject* FPresetList::getPresetObject(int32_t index) {
+    const FPreset* preset = getPreset(index);
+    return preset ? preset->getObject() : nullptr;
+}
+
+bool FPresetList::setPresetName(int32_t index, const tchar* text) {
+    FPreset* preset = getPreset(index);
+    if (!preset || !preset->canModify() || !isValidName(text))
+        return false;
+    preset->setName(text);
+    preset->setRenamed(true);
+    preset->changed();
+    changed();
+    return true;
+}
+
+bool FPresetList::canModifiyPreset(int32_t index) {
+    const FPreset* preset = getPreset(index);
+    return preset && preset->canModify();
+}
+
+bool FPresetList::presetRenamed(int32_t index) {
+    const FPreset* preset = getPreset(index);
+    return preset && preset->isRenamed();
+}
+
+void FPresetList::resetRenameState(int32_t index) {
+    if (FPreset* preset = getPreset(index))
+        preset->setRenamed(false);
+}
+
+int32_t FPresetList::addPreset(CmObject* object, const tchar* text, bool canModify, int32_t index) {
+    OPtr<FPreset> preset(new FPreset(object, text, canModify ? FPreset::kCanModify : 0));
+    if (!isValidName(text))
+        return -1;
+    const int32_t place = placeOfPreset(index);
+    if (!insertAt(preset, place))
+        return -1;
+    preset.detach();
+    return place >= 0 ? index : countPresets(false) - 1;
+}
+
+bool FPresetList::removePresetAt(int32_t index) {
+    return removePlace(placeOf(index, true, false));
+}
+
+void FPresetList::removeNonModifyPresets() {
+    for (int32_t i = countPresets(false) - 1; i >= 0; --i) {
+        if (!canModifiyPreset(i))
+            removePresetAt(i);
+    }
+    for (int32_t i = 0; i < countSubLists(); ++i)
+        getSubList(i)->removeNonModifyPresets();
+}
+
+void FPresetList::collectPresetObjects(CmContainer& objects) {
+    for (int32_t i = 0; i < countPresets(false); ++i)
+        objects.add(getPresetObject(i));
+    for (int32_t i = 0; i < countSubLists(); ++i)
+        getSubList(i)->collectPresetObjects(objects);
+}
+
+FPresetList* FPresetList::getSubList(int32_t index) {
+    FPresetItem* item = getItemAt(index, false, true);
+    return item ? item->toList() : nullptr;
+}
+
+FPresetList* FPresetList::getSubListByName(const tchar* text) {
+    refresh();
+    for (CmObject* each : items) {
+        auto* item = static_cast<FPresetItem*>(each);
+        if (item->isList() && ConstString(item->getName()) == ConstString(text))
+            return item->toList();
+    }
+    return nullptr;
+}
+
+FPresetList* FPresetList::addSubList(const tchar* text) {
+    if (FPresetList* known = getSubListByName(text))
+        return known;
+    OPtr<FPresetList> list(new FPresetList(text));
+    return isValidName(text) && insertAt(list, -1) ? list.detach() : nullptr;
+}
+
+int32_t FPresetList::countItems(bool presets, bool lists, bool deep) {
+    refresh();
+    int32_t count = 0;
+    for (CmObject* each : items) {
+        auto* item = static_cast<FPresetItem*>(each);
+        count += item->isList() ? lists : presets;
+        if (deep && item->isList())
+            count += item->toList()->countItems(presets, lists, deep);
+    }
+    return count;
+}
+
+int32_t FPresetList::placeOf(int32_t index, bool presets, bool lists) {
+    refresh();
+    for (int32_t place = 0; index >= 0 && place < items.total(); ++place) {
+        const bool isList = static_cast<FPresetItem*>(items.at(place))->isList();
+        if ((isList ? lists : presets) && index-- == 0)
+            return place;
+    }
+    return -1;
+}
+
+int32_t FPresetList::placeOfPreset(int32_t index) {
+    return placeOf(index, true, false);
+}
+
+FPresetItem* FPresetList::getItemAt(int32_t index, bool presets, bool lists) {
+    return static_cast<FPresetItem*>(items.at(placeOf(index, presets, lists)));
+}
+
+FPreset* FPresetList::getPreset(int32_t index) {
+    return classCast<FPreset>(getItemAt(index, true, false));
+}
+
+int32_t FPresetList::indexAbs(FPresetItem* item) {
+    refresh();
+    return items.indexAbs(item);
+}
+
+bool FPresetList::insertAt(FPresetItem* item, int32_t index) {
+    refresh();
+    if (!item || item == this || item->isPlaced)
+        return false;
+    const bool isInside = index >= 0 && index < items.total();
+    if (!items.insertAt(item, isInside ? index : items.total()))
+        return false;
+    item->isPlaced = true;
+    changed();
+    return true;
+}
+
+bool FPresetList::removePlace(int32_t place) {
+    auto* item = static_cast<FPresetItem*>(items.at(place));
+    if (!item)
+        return false;
+    item->isPlaced = false;
+    items.removeAt(place);
+    changed();
+    return true;
+}
+
+bool FPresetList::removeItem(FPresetItem* item, bool deep) {
+    const int32_t place = indexAbs(item);
+    if (place >= 0 && item->isList())
+        return removePlace(place);
+    int32_t presetIndex = 0, listIndex = 0;
+    for (int32_t i = 0; i < place; ++i)
+        presetIndex += !static_cast<FPresetItem*>(items.at(i))->isList();
+    if (place >= 0)
+        return removePresetAt(presetIndex);
+    while (FPresetList* list = deep ? getSubList(listIndex++) : nullptr) {
+        if (list->removeItem(item, true))
+            return true;
+    }
+    return false;
+}
+
+void FPresetList::removeAll(bool presets, bool lists) {
+    for (int32_t i = presets ? countPresets(false) - 1 : -1; i >= 0; --i)
+        removePresetAt(i);
+    for (int32_t i = lists ? countSubLists() - 1 : -1; i >= 0; --i)
+        removePlace(placeOf(i, false, true));
+}
+
+void FPresetList::adjustTo(FPresetList* other) {
+    if (!other || other == this)
+        return;
+    setName(other->getName());
+    refresh();
+    std::unordered_map<std::u16string, std::vector<FPresetItem*>> known[2];  // presets, lists; the first one last
+    for (int32_t i = items.total() - 1; i >= 0; --i) {
+        auto* item = static_cast<FPresetItem*>(items.at(i));
+        known[item->isList()][nameOf(*item)].push_back(item);
+    }
+    const auto take = [&known](FPresetItem& item) -> FPresetItem* {
+        std::vector<FPresetItem*>& same = known[item.isList()][nameOf(item)];
+        FPresetItem* first = same.empty() ? nullptr : same.back();
+        if (first)
+            same.pop_back();
+        return first;
+    };
+    other->refresh();
+    for (CmObject* each : other->items) {
+        auto* theirs = static_cast<FPresetItem*>(each);
+        OPtr<FPresetItem> mine((IPtr<FPresetItem>(take(*theirs))));
+        if (FPresetList* list = theirs->toList()) {
+            if (!mine && insertAt(mine = new FPresetList(list->getID()), -1))
+                mine->addRef();
+            mine->toList()->adjustTo(list);
+        } else if (const auto* preset = classCast<FPreset>(theirs)) {
+            if (!mine && insertAt(mine = new FPreset(nullptr, preset->getName()), -1))
+                mine->addRef();
+            auto* target = static_cast<FPreset*>(mine.get());
+            target->setObject(OPtr<CmObject>(IPtr<CmObject>(preset->getObject())).detach());
+            target->setFlags(preset->getFlags());
+        }
+    }
+    changed();
+}
+
+/** Only what is complete, and stands nowhere: others hold this list, or would stand in two. */
+bool FPresetList::takeLoaded(CmObject* loaded) {
+    auto* item = classCast<FPresetItem>(loaded);
+    if (!item || !item->isComplete() || !insertAt(item, -1))
+        return false;
+    item->addRef();
+    return true;
+}
+
+void FPresetList::takeQueue(FAttributes& attributes, const char* key) {
+    attributes.resetList(key);
+    for (int32_t left = attributes.countQueueItems(key); left > 0; --left)
+        takeLoaded(attributes.unqueueObject(key, FPresetItem::className()));
+}
+
+bool FPresetList::internalize(FArchive& archive) {
+    CmArray container(0, -1);
+    std::vector<OPtr<CmObject>> loaded;
+    if (!id.internalize(archive) || !id.toWideString() || !isValidName(id.text16()) ||
+        !readObjects(archive, container, loaded))
+        return false;
+    setName(id.text16());
+    for (const OPtr<CmObject>& item : loaded)
+        takeLoaded(item);
+    complete = true;
+    return true;
+}
+
+bool FPresetList::externalize(FArchive& archive) const {
+    CmArray written(0, -1);
+    written._ownsObjects = CmContainer::kShares;
+    for (CmObject* item : items) {
+        const auto* preset = classCast<FPreset>(item);
+        if (preset ? preset->canModify() : item->getClass() == &FPresetList::__fClass)
+            written.add(item);
+    }
+    return id.externalize(archive) && written.externalize(archive);
+}
+
+bool FPresetList::storeAttributes(FAttributes& attributes) const {
+    bool stored = attributes.setString(kID, id) && attributes.setString(kName, name);
+    for (CmObject* item : items)
+        stored = attributes.queueObject(kItems, item) && stored;
+    return stored;
+}
+
+bool FPresetList::restoreAttributes(FAttributes& attributes) {
+    if (!attributes.get(kID, id) || !id.toWideString() || !isValidName(id.text16()))
+        return false;
+    String shown(id);
+    attributes.get(kName, shown);
+    if (!shown.toWideString())
+        return false;
+    setName(shown.text16());
+    takeQueue(attributes, kItems);
+    if (items.isEmpty()) {
+        takeQueue(attributes, kPresets);
+        takeQueue(attributes, kSubLists);
+    }
+    complete = true;
+    return true;
+}
+
+// --- references
+
+FPresetPointer::FPresetPointer(FPreset* preset, IDependent* dependent) : preset(preset), dependent(dependent) {
+    preset->addDependent(this);
+}
+
+FPresetPointer::~FPresetPointer() {
+    preset->removeDependent(this);
+}
+
+void FPresetPointer::update(CmObject* changedObject, int32_t message) {
+    if (dependent && changedObject == preset.get())
+        dependent->update(static_cast<CmObject*>(preset.get()), message);
+}
+
+FPresetPointerList::FPresetPointerList(IDependent* dependent) : pointers(0, -1), dependent(dependent) {
+    pointers._ownsObjects = CmContainer::kTakesOver;
+}
+
+int32_t FPresetPointerList::indexOf(const FPreset* preset) const {
+    for (int32_t i = 0; i < pointers.total(); ++i) {
+        if (getPreset(i) == preset)
+            return i;
+    }
+    return -1;
+}
+
+bool FPresetPointerList::addPreset(FPreset* preset) {
+    if (!preset || indexOf(preset) >= 0)
+        return false;
+    OPtr<FPresetPointer> pointer(new FPresetPointer(preset, dependent));
+    return pointers.add(pointer) && pointer.detach();
+}
+
+bool FPresetPointerList::removePreset(FPreset* preset) {
+    return pointers.removeAt(indexOf(preset));
+}
+
+FPreset* FPresetPointerList::getPreset(int32_t index) const {
+    const auto* pointer = static_cast<FPresetPointer*>(pointers.at(index));
+    return pointer ? pointer->getPreset() : nullptr;
+}
+
+// --- several objects
+
+FMultiPreset::FMultiPreset(bool isCopy) : isCopy(isCopy) {
+    objects._ownsObjects = pendingObjects._ownsObjects = CmContainer::kShares;
+}
+
+bool FMultiPreset::addObject(CmObject* object) {
+    const OPtr<CmObject> copy(isCopy && object ? object->newCopy() : nullptr);
+    return objects.add(copy ? copy.get() : object);
+}
+
+void FMultiPreset::updateDone(int32_t /*message*/) {
+    pendingObjects.removeAll();
+}
+
+bool FMultiPreset::storeAttributes(FAttributes& attributes) const {
+    bool stored = attributes.set(kIsCopy, isCopy);
+    for (CmLinkedListIterator each(objects); !each.done();) {
+        CmObject* object = each.next();
+        const auto* pointer = isCopy ? nullptr : classCast<FPresetPointer>(object);
+        CmObject* target = pointer ? pointer->getPreset()->getObject() : object;
+        stored = (!target || attributes.queueObject(kObjects, target)) && stored;
+    }
+    return stored;
+}
+
+/** What is still being read may hold this. */
+void FMultiPreset::take(CmObject* loaded) {
+    const auto* item = classCast<FPresetItem>(loaded);
+    const auto* other = classCast<FMultiPreset>(loaded);
+    if ((!item || item->isComplete()) && (!other || other->restored))
+        objects.add(loaded);
+}
+
+bool FMultiPreset::restoreAttributes(FAttributes& attributes) {
+    pendingObjects.addAllFrom(&objects);
+    objects.removeAll();
+    attributes.get(kIsCopy, isCopy);
+    attributes.resetList(kObjects);
+    for (int32_t left = attributes.countQueueItems(kObjects); left > 0; --left)
+        take(attributes.unqueueObject(kObjects));
+    restored = true;
+    if (!pendingObjects.isEmpty())
+        deferUpdate();
+    return true;
+}
+
+}  // namespace Tessarine

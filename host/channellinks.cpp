@@ -1,0 +1,135 @@
+#include "host/channellinks.h"
+#include "pluginterfaces/gui/ivalue.h"
+#include <algorithm>
+
+using namespace Tessarine;
+
+namespace {
+bool isLinked(const ParamRow& param) {
+    return param.perChannel && param.isSent;
+}
+
+ChannelAddress channelOf(const Place& place) {
+    return {place.device, place.channel};
+}
+}  // namespace
+
+/** The slave of a linker: the place where a value of the slave stands, whichever that is at the moment. */
+class ChannelLinks::End : public UValue {
+public:
+    End(ChannelLinks& links, const Place& place, bool allows48V) : links(links), place(place), allows48V(allows48V) {}
+
+    void setValueFloat(float level, bool /*update*/) override { links.push(place, level, allows48V); }
+
+private:
+    ChannelLinks& links;
+    const Place place;
+    const bool allows48V;
+};
+
+// --- making and ending
+
+std::string ChannelLinks::refusal(const ChannelAddress& master, const ChannelAddress& slave) const {
+    if (pairOf(slave))
+        return "the second channel follows another one already";
+    for (const ChannelAddress* each = &master; each;) {
+        if (*each == slave)
+            return "a channel can't follow itself";
+        const Pair* pair = pairOf(*each);
+        each = pair ? &pair->link.master : nullptr;
+    }
+    return "";
+}
+
+const ChannelLinks::Pair* ChannelLinks::pairOf(const ChannelAddress& slave) const {
+    const auto found = std::ranges::find_if(pairs, [&](const Pair& each) { return each.link.slave == slave; });
+    return found == pairs.end() ? nullptr : &*found;
+}
+
+void ChannelLinks::add(const Link& link, bool now) {
+    Pair& pair = pairs.emplace_back(Pair{link, {}});
+    for (const ParamRow& param : kParams) {
+        if (!isLinked(param))
+            continue;
+        const Place slave = {link.slave.device, &param, link.slave.channel};
+        const OPtr<UValue> end(new End(*this, slave, link.allows48V));
+        pair.wires.push_back({&param, OPtr<UValueLinker>(new UValueLinker)});
+        pair.wires.back().linker->addSlave(end);
+    }
+    const bool wasOpen = std::exchange(isOpen, isOpen && now);
+    connect(pair);
+    isOpen = wasOpen;
+}
+
+bool ChannelLinks::remove(const ChannelAddress& one, const ChannelAddress& other) {
+    return std::erase_if(pairs, [&](const Pair& each) {
+               const Link& link = each.link;
+               return (link.master == one && link.slave == other) || (link.master == other && link.slave == one);
+           }) > 0;
+}
+
+std::vector<ChannelLinks::Link> ChannelLinks::all() const {
+    std::vector<Link> found;
+    for (const Pair& pair : pairs)
+        found.push_back(pair.link);
+    return found;
+}
+
+void ChannelLinks::connect(const Pair& pair) {
+    for (const Wire& wire : pair.wires) {
+        IValue* value = remote.getValue({pair.link.master.device, wire.param, pair.link.master.channel});
+        wire.linker->addMaster(classCast<UValue>(commonObject(value)));
+    }
+}
+
+void ChannelLinks::deviceFound(int32_t device) {
+    const Pause pause(*this);
+    for (const Pair& pair : pairs)
+        if (pair.link.master.device == device)
+            connect(pair);
+}
+
+// --- following
+
+void ChannelLinks::push(const Place& target, float level, bool allows48V) {
+    IValue* value = remote.getValue(target);
+    if (!isOpen || !value || (!allows48V && switches48VOn(remote, target, int32_t(level))))
+        return;
+    value->setValueFloat(level, true);
+}
+
+void ChannelLinks::follow(const Place& place) {
+    const Pair* pair = place.param && isLinked(*place.param) ? pairOf(channelOf(place)) : nullptr;
+    IValue* value = remote.getValue(place);
+    if (!pair || !value)
+        return;
+    const Place master = {pair->link.master.device, place.param, pair->link.master.channel};
+    push(master, value->getValueFloat(), pair->link.allows48V);
+    follow(master);
+}
+
+std::vector<Place> ChannelLinks::group(const Place& place) const {
+    if (!place.param || !isLinked(*place.param))
+        return {place};
+    Place top = place;
+    while (const Pair* pair = pairOf(channelOf(top)))
+        top = {pair->link.master.device, place.param, pair->link.master.channel};
+    std::vector<Place> found;
+    collect(top, found);
+    return found;
+}
+
+void ChannelLinks::collect(const Place& top, std::vector<Place>& found) const {
+    found.push_back(top);
+    for (const Pair& pair : pairs)
+        if (pair.link.master == channelOf(top))
+            collect({pair.link.slave.device, top.param, pair.link.slave.channel}, found);
+}
+
+std::vector<Place> ChannelLinks::groups(const ChannelAddress& channel) const {
+    std::vector<Place> found;
+    for (const ParamRow& param : kParams)
+        if (isLinked(param))
+            std::ranges::copy(group({channel.device, &param, channel.channel}), std::back_inserter(found));
+    return found;
+}

@@ -1,0 +1,78 @@
+#pragma once
+#include "gui/values/uvaluelinker.h"
+#include "host/settings.h"
+#include "pluginterfaces/base/smartpointer.h"
+#include <list>
+
+/** One channel of a device. */
+struct ChannelAddress {
+    int32_t device, channel;
+
+    bool operator==(const ChannelAddress&) const = default;
+};
+
+/** Pairs of channels that are kept equal: gain, trim, filter and +48V. Changes by this host go both ways, those by the line from
+    the master to the slave only. A channel has one master at most, and circles are refused, so that nothing chases its own tail.
+
+    +48V      comes on by a link only when that was allowed for it.
+    Places    not values: a link waits for a device that isn't there.
+    Threads   main. */
+class ChannelLinks {
+public:
+    struct Link {
+        ChannelAddress master, slave;
+        bool allows48V;
+    };
+
+    explicit ChannelLinks(Remote& linked) : remote(linked) {}
+    ChannelLinks(const ChannelLinks&) = delete;
+
+    /** Why these can't be linked; empty: they can. */
+    std::string refusal(const ChannelAddress& master, const ChannelAddress& slave) const;
+    /** now: the slave takes over what the master has. */
+    void add(const Link& link, bool now);
+    /** Whichever way round. false: they aren't linked. */
+    bool remove(const ChannelAddress& one, const ChannelAddress& other);
+    std::vector<Link> all() const;
+
+    /** The place, and all that are kept equal with it, masters first. */
+    std::vector<Place> group(const Place& place) const;
+    /** The same for all that a link keeps equal. */
+    std::vector<Place> groups(const ChannelAddress& channel) const;
+    /** A change by this host: it goes up to the masters, and from there to all others. */
+    void follow(const Place& place);
+    /** Its values are listened to from now on. */
+    void deviceFound(int32_t device);
+
+    /** As long as it lives, nothing follows. */
+    class Pause {
+    public:
+        explicit Pause(ChannelLinks& paused) : links(paused), wasOpen(std::exchange(paused.isOpen, false)) {}
+        ~Pause() { links.isOpen = wasOpen; }
+        Pause(const Pause&) = delete;
+
+    private:
+        ChannelLinks& links;
+        const bool wasOpen;
+    };
+
+private:
+    class End;
+    struct Wire {
+        const ParamRow* param;
+        Tessarine::OPtr<Tessarine::UValueLinker> linker;
+    };
+    struct Pair {
+        Link link;
+        std::vector<Wire> wires;  // one for each parameter
+    };
+
+    const Pair* pairOf(const ChannelAddress& slave) const;
+    void connect(const Pair& pair);
+    void push(const Place& target, float level, bool allows48V);
+    void collect(const Place& top, std::vector<Place>& found) const;
+
+    Remote& remote;
+    std::list<Pair> pairs;
+    bool isOpen = true;
+};

@@ -1,0 +1,44 @@
+#pragma once
+#include "host/settings.h"
+#include "storage/fpreset.h"
+
+/** What devices are set to, and which channels they are assigned to. */
+class Scene : public Tessarine::CmObject {
+public:
+    struct Entry {
+        Place place;
+        int32_t setting;
+    };
+
+    /** All that is sent to a device, as it stands. */
+    void take(Remote& remote, int32_t device);
+    const std::vector<Entry>& getEntries() const { return entries; }
+
+    /** "Devices": each with "ID", "Channel", and its settings under "gain 3" or "brightness". */
+    bool storeAttributes(Tessarine::FAttributes& attributes) const override;
+    /** false, and nothing has changed: no devices, or one with an impossible or doubled ID. */
+    bool restoreAttributes(Tessarine::FAttributes& attributes) override;
+
+    DECLARE_CLASS(Scene, Tessarine::CmObject)
+
+private:
+    std::vector<Entry> entries;  // by device
+};
+
+/** The scenes of the user, each a file in the presets' folder "Scenes".
+
+    Results   false or null, and error says why. */
+class Scenes {
+public:
+    /** Instead of one of this name. */
+    bool save(const std::string& name, Scene* scene, std::string& error);
+    bool remove(const std::string& name, std::string& error);
+    /** Borrowed for the moment. */
+    Scene* find(const std::string& name, std::string& error);
+    /** By name. */
+    std::vector<std::string> names();
+
+private:
+    int32_t indexOf(const std::string& name, std::string& error);
+    Tessarine::FPresetList* list();
+};

@@ -1,0 +1,260 @@
+#include "graphed/gcommand.h"
+#include "base/source/updatehandler.h"
+#include "graphed/gactionprocessor.h"
+#include "graphed/gcommandmanager.h"
+#include "graphed/gkeycommandsfile.h"
+#include "graphed/hooks.h"
+#include "storage/fmstream.h"
+#include "storage/fnewarchive.h"
+#include "storage/fpersistent.h"
+#include "storage/fxmlarchive.h"
+#include "tests/support/uncounted.h"
+#include <gtest/gtest.h>
+
+using namespace Tessarine;
+
+namespace {
+/** Interprets all but "Nobody", and answers -1 for "Refuse". */
+struct Handler final : Uncounted<IActionHandler> {
+    int32_t handleAction(const char* category, const char* name, bool perform) override {
+        heard += std::string(perform ? "!" : "?") + category + "/" + name + " ";
+        return std::string(name) == "Nobody" ? 0 : std::string(name) == "Refuse" ? -1 : 1;
+    }
+    std::string heard;
+};
+
+class CommandTest : public testing::Test {
+protected:
+    CommandTest() {
+        gActionHooks = {};
+        shown.clear();
+        gActionHooks.showText = [](const tchar* text) { shown = String(text).text8(); };
+        manager.addActionHandler(&handler);
+        for (const char* name : {"Cut", "Paste", "Undo"})
+            manager.addCommand("Edit", name, nullptr, UKeyCode());
+        manager.addCommand("File", "Open", u"Open...", UKeyCode(u'o', 0, UKeyCode::kCommand));
+    }
+    ~CommandTest() override { gActionHooks = {}; }
+
+    std::string keysOf(const char* category, const char* name) {
+        const GCommand* command = manager.findCommand(ConstString(category), ConstString(name));
+        String text;
+        if (command)
+            manager.getKeyCodesString(*command, text);
+        return text.text8();
+    }
+    GKeyCommandsFile::Result import(const std::string& content) {
+        FMemoryStream stream;
+        stream.writeRaw(content.data(), int64_t(content.size()));
+        stream.rewind();
+        return GKeyCommandsFile::importFrom(stream, manager);
+    }
+    static std::string bytesOf(FMemoryStream& stream) {
+        return std::string(stream.getData(), size_t(stream.getSize()));
+    }
+
+    UpdateHandler updates;
+    GCommandManager manager;
+    Handler handler;
+    inline static std::string shown;
+};
+
+TEST_F(CommandTest, FiresAndMapsTheAnswer) {
+    struct Row {
+        const char* name;
+        bool enabled;
+        int32_t fired, performed;
+    };
+    constexpr Row kRows[] = {
+        {"Act",    true,  1,  kResultOk   },
+        {"Nobody", true,  0,  kResultFalse},
+        {"Act",    false, -1, kWrongState },
+    };
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.name);
+        GCommand* command = manager.addCommand("Test", row.name, nullptr, UKeyCode());
+        command->enable(row.enabled);
+        EXPECT_EQ(command->fire(0), row.fired);
+        EXPECT_EQ(manager.performAction("Test", row.name), row.performed);
+        const char *category = nullptr, *name = nullptr;
+        EXPECT_EQ(manager.getLastPerformedAction(&category, &name), kResultOk);
+        EXPECT_STREQ(name, row.name) << "also when it was disabled";
+    }
+    EXPECT_EQ(manager.performAction("Test", "Unknown"), kResultOk) << "somebody may know it";
+    EXPECT_EQ(manager.canPerformAction("Test", "Nobody"), kResultFalse);
+    manager.findCommand(ConstString("Edit"), ConstString("Cut"))->enable(false);
+    EXPECT_EQ(manager.performAction("Edit", "Cut"), kResultOk) << "stays enabled";
+    manager.addAction("Test", "Plain");
+    EXPECT_FALSE(manager.findCommand(ConstString("Test"), ConstString("Plain"))->canDisable());
+    manager.addOldName("Old", "Cut It", "Edit", "Cut");
+    handler.heard.clear();
+    manager.performAction("Old", "Cut It");
+    EXPECT_EQ(handler.heard, "!Edit/Cut ");
+}
+
+TEST_F(CommandTest, OffTheMainThreadAndDeferredActionsArePosted) {
+    gActionHooks.isMainThread = [] { return false; };
+    EXPECT_EQ(manager.performAction("Edit", "Cut"), kResultOk);
+    EXPECT_EQ(manager.performAction("Test", "Unknown"), kResultOk);
+    EXPECT_EQ(handler.heard, "");
+    gActionHooks.isMainThread = nullptr;
+    gMessenger->deliverMessages();
+    EXPECT_EQ(handler.heard, "!Edit/Cut !Test/Unknown ");
+    gActionHooks.defersActions = [] { return true; };
+    EXPECT_EQ(manager.performAction("Edit", "Paste"), kResultOk);
+    gMessenger->deliverMessages();
+    EXPECT_EQ(handler.heard, "!Edit/Cut !Test/Unknown !Edit/Paste ");
+}
+
+TEST_F(CommandTest, DefaultKeysAreNotTakenFromOthers) {
+    const UKeyCode key(u'O', 0, UKeyCode::kCommand);
+    GCommand* other = manager.addCommand("Test", "Other", nullptr, key, "Test|More");
+    EXPECT_TRUE(other->defaultKeys.isEmpty());
+    EXPECT_EQ(manager.findCommand(key)->name.compare("Open"), 0);
+    EXPECT_EQ(manager.countActionsOfCategory(manager.getCategoryIndex("Test|More")), 1);
+    EXPECT_TRUE(manager.addKeyCommand(key, other->category, other->name));
+    EXPECT_EQ(manager.findCommand(key), other);
+    EXPECT_EQ(keysOf("File", "Open"), "");
+    manager.resetAllKeyCommands();
+    EXPECT_EQ(keysOf("File", "Open"), "Ctrl+O");
+    EXPECT_EQ(manager.addCommand("", "x", nullptr, key), nullptr);
+    EXPECT_STREQ(manager.getCategoryName(0), "Edit");
+    EXPECT_EQ(manager.getCategoryName(99), nullptr);
+    EXPECT_EQ(manager.removeAction("Test", "Other"), kResultOk);
+    EXPECT_EQ(manager.countActionsOfCategory(manager.getCategoryIndex("Test|More")), 0);
+}
+
+TEST_F(CommandTest, MacrosAreOneStepAndEnd) {
+    EXPECT_EQ(manager.addMacro(ConstString("off")), nullptr);
+    manager.enableMacroCommands(true);
+    GMacroCommand* macro = manager.addMacro(ConstString("Both"));
+    EXPECT_EQ(manager.addMacro(ConstString("Both")), nullptr);
+    EXPECT_EQ(macro->fire(0), 0);
+    EXPECT_FALSE(macro->addCommand(manager.findCommand(ConstString("Edit"), ConstString("Undo"))));
+    EXPECT_EQ(shown, "This command is not allowed to be used in a macro!");
+    for (const char* name : {"Cut", "Refuse", "Paste"})
+        macro->addCommand(manager.addCommand("Edit", name, nullptr, UKeyCode()));
+    EXPECT_EQ(macro->fire(0), -1);
+    EXPECT_EQ(handler.heard, "!Edit/Cut !Edit/Refuse ");
+    macro->removeAllCommands();
+    macro->addCommand(macro);
+    EXPECT_EQ(macro->fire(0), 0);
+    EXPECT_FALSE(macro->canPerform(nullptr));
+    EXPECT_FALSE(GActionProcessor::gRunningGlobalMacro);
+    EXPECT_TRUE(manager.removeMacro(ConstString("Both")));
+    EXPECT_FALSE(manager.findMacro(ConstString("Both")));
+}
+
+TEST_F(CommandTest, ImportsTextOnlyWhenAllOfItIsGood) {
+    const std::string head = "# Key Commands File\n# Version: ";
+    struct Row {
+        const char* name;
+        std::string content;
+        GKeyCommandsFile::Result result;
+        const char *cut, *open;
+    };
+    const Row rows[] = {
+        {"assigns",                head + "1.1\n\"Edit\" \"Cut\" \"Alt+X\"\n",                       GKeyCommandsFile::kRead,                "Alt+X",          ""      },
+        {"two keys, no line end",  head + "1.1\r\n\"Edit\" \"Cut\" \"X\"\r\n\"Edit\" \"Cut\" \"/\"",
+         GKeyCommandsFile::kRead,                                                                                                            "/, X",           ""      },
+        {"old pad",                head + "1.0\n# \"\n\"Edit\" \"Cut\" \"/\"\n",                     GKeyCommandsFile::kRead,                "Pad /",          ""      },
+        {"old arrow",              head + "1\n\"Edit\" \"Cut\" \"Shift+Up Arrow\"\n",                GKeyCommandsFile::kRead,                "",               ""      },
+        {"arrow",                  head + "1.1\n\"Edit\" \"Cut\" \"Shift+Up Arrow\"\n",              GKeyCommandsFile::kRead,                "Shift+Up Arrow", ""      },
+        {"an empty key clears",    head + "1.1\n\"Edit\" \"Cut\" \"\"",                              GKeyCommandsFile::kRead,                "",               ""      },
+        {"an empty key on a line", head + "1.1\n\"Edit\" \"Cut\" \"\"\n",                            GKeyCommandsFile::kRead,                "",               ""      },
+        {"unknown only",           head + "1.1\n\"No\" \"Cut\" \"X\"\n",                             GKeyCommandsFile::kRead,                "",               "Ctrl+O"},
+        {"a later version",        head + "1.2\n\"Edit\" \"Cut\" \"X\"\n",                           GKeyCommandsFile::kWrongVersion,        "",               "Ctrl+O"},
+        {"version 0",              head + "0\n",                                                     GKeyCommandsFile::kWrongVersion,        "",               "Ctrl+O"},
+        {"not a number",           head + "nan\n",                                                   GKeyCommandsFile::kWrongVersion,        "",               "Ctrl+O"},
+        {"no version",             "# Key Commands File",                                            GKeyCommandsFile::kWrongVersion,        "",               "Ctrl+O"},
+        {"a mark in front",        "\xEF\xBB\xBF" + head,                                            GKeyCommandsFile::kNotAKeyCommandsFile, "",               "Ctrl+O"},
+        {"empty",                  "",                                                               GKeyCommandsFile::kNotAKeyCommandsFile, "",               "Ctrl+O"},
+        {"cut off",                head + "1.1\n\"Edit\" \"Cut\" \"X\"\n\"File\" \"Op",              GKeyCommandsFile::kMalformed,           "",               "Ctrl+O"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        manager.resetAllKeyCommands();
+        shown.clear();
+        EXPECT_EQ(import(row.content), row.result);
+        EXPECT_EQ(keysOf("Edit", "Cut"), row.cut);
+        EXPECT_EQ(keysOf("File", "Open"), row.open);
+        EXPECT_EQ(shown.empty(), row.result == GKeyCommandsFile::kRead);
+    }
+}
+
+/** A state with each kind of key, and what each format makes of it in another manager. */
+TEST_F(CommandTest, EachFormatBringsKeysBack) {
+    manager.enableMacroCommands(true);
+    manager.addMacro(ConstString("Twice"))->addCommand(manager.findCommand(ConstString("Edit"), ConstString("Cut")));
+    manager.removeAllKeyCommands();
+    for (const UKeyCode& key : {UKeyCode(u'\u20ac', 0, 3), UKeyCode(u'!'), UKeyCode(0, 35), UKeyCode(0, 200, 8)})
+        manager.addKeyCommand(key, ConstString("Edit"), ConstString("Cut"));
+    manager.addKeyCommand(UKeyCode(u'\u00e4'), ConstString("Macro"), ConstString("Twice"));
+    FMemoryStream binary, text;
+    FNewArchive writer(&binary, true);
+    ASSERT_TRUE(manager.externalize(writer));
+    FAttributes bag;
+    ASSERT_TRUE(manager.storeAttributes(bag));
+    ASSERT_TRUE(GKeyCommandsFile::exportTo(text, manager));
+    EXPECT_NE(bytesOf(text).find("# Version: 1.1\n\"Edit\" \"Cut\" \"!\"\n"), std::string::npos) << bytesOf(text);
+    EXPECT_NE(bytesOf(binary).find(std::string("\xac\x20\x83", 3)), std::string::npos);
+
+    const auto all = [](const GCommandManager& from) {
+        return std::pair(from.findKeyCommands(ConstString("Edit"), ConstString("Cut")),
+                         from.findKeyCommands(ConstString("Macro"), ConstString("Twice")));
+    };
+    const auto expected = all(manager);
+    ASSERT_EQ(expected.first.size(), 4u);
+    for (const char* format : {"binary", "attributes", "text"}) {
+        SCOPED_TRACE(format);
+        GCommandManager other;
+        other.enableMacroCommands(true);
+        other.addCommand("File", "Open", nullptr, UKeyCode(u'o', 0, UKeyCode::kCommand));
+        if (*format != 'b')
+            other.addCommand("Edit", "Cut", nullptr, UKeyCode());
+        if (*format != 'a')
+            other.addMacro(ConstString("Twice"));
+        binary.rewind();
+        text.rewind();
+        FNewArchive reader(&binary, false);
+        FAttributes copy(bag);
+        EXPECT_TRUE(*format == 'b'   ? other.internalize(reader)
+                    : *format == 'a' ? other.restoreAttributes(copy)
+                                     : GKeyCommandsFile::importFrom(text, other) == GKeyCommandsFile::kRead);
+        if (*format == 'b') {
+            EXPECT_EQ(other.countDormantKeyCommands(), 4);
+            other.addCommand("Edit", "Cut", nullptr, UKeyCode());  // its keys come back with it
+            EXPECT_EQ(other.countDormantKeyCommands(), 0);
+        }
+        EXPECT_EQ(all(other), expected);
+        EXPECT_TRUE(other.findKeyCommands(ConstString("File"), ConstString("Open")).empty());
+        const GMacroCommand* macro = other.findMacro(ConstString("Twice"));
+        ASSERT_TRUE(macro);
+        EXPECT_EQ(macro->getCommands().total(), *format == 'a' ? 1 : 0);
+    }
+}
+
+TEST_F(CommandTest, BinaryFilesThatAreCutOffChangeNothing) {
+    FMemoryStream whole;
+    FNewArchive writer(&whole, true);
+    ASSERT_TRUE(manager.externalize(writer));
+    const std::string bytes = bytesOf(whole);
+    manager.addKeyCommand(UKeyCode(u'x'), ConstString("Edit"), ConstString("Cut"));
+    for (size_t length = 0; length < bytes.size(); ++length) {
+        FMemoryStream cut;
+        cut.writeRaw(bytes.data(), int64_t(length));
+        cut.rewind();
+        FNewArchive reader(&cut, false);
+        shown.clear();
+        EXPECT_FALSE(manager.internalize(reader)) << length;
+        EXPECT_FALSE(shown.empty());
+        EXPECT_EQ(keysOf("Edit", "Cut"), "X");
+    }
+    const int32_t huge = 0x7FFFFFFF;
+    whole.rewind();
+    whole.writeRaw(&huge, sizeof huge);
+    whole.rewind();
+    FNewArchive reader(&whole, false);
+    EXPECT_FALSE(manager.internalize(reader));
+}
+}  // namespace
