@@ -105,7 +105,7 @@ const Commands::Row Commands::kCommands[] = {
     {"undo", 0, 1, &Commands::undo, "undo [--allow-48v]"},
     {"redo", 0, 1, &Commands::redo, "redo [--allow-48v]"},
     {"history", 0, 0, &Commands::history, "history"},
-    {"scene", 2, 3, &Commands::scene, "scene save|delete NAME, scene recall NAME [--allow-48v]"},
+    {"scene", 2, 3, &Commands::scene, "scene save NAME, scene delete NAME, scene recall NAME [--allow-48v]"},
     {"scenes", 0, 0, &Commands::scenes, "scenes"},
     {"link", 4, 6, &Commands::link, "link ID CH ID CH [--now] [--allow-48v]"},
     {"unlink", 4, 4, &Commands::unlink, "unlink ID CH ID CH"},
@@ -377,7 +377,7 @@ bool Commands::scene(const Words& words) {
         return recall(words);
     const bool saves = words[1] == "save";
     if ((!saves && words[1] != "delete") || words.size() > 3)
-        return refuse("usage: scene save|delete NAME, scene recall NAME [--allow-48v]");
+        return refuse("usage: scene save NAME, scene delete NAME, scene recall NAME [--allow-48v]");
     if (!(saves ? editor.saveScene(name, why) : editor.getScenes().remove(name, why)))
         return refuse(why);
     fields["name"] = name;

@@ -1,3 +1,4 @@
+#include "base/fdefaults.h"
 #include "base/source/finitializer.h"
 #include "gui/os/linux/core/platformcore.h"
 #include "gui/uctrler.h"
@@ -78,6 +79,8 @@ int runHost(const Options& options, std::string& error) {
     const int result = runModule(module, classes, *front, error);
     gController->quit(true);
     module.unload();
+    if (result == 0 && !gDefaults->save(true))
+        fail("the settings can't be written");  // which is no reason to end otherwise than in order
     front->stopped();
     return result;
 }

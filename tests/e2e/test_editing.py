@@ -11,9 +11,17 @@ class EditingTest(RemoteTest):
         self.settle(sim, host, 2)
         return sim, host
 
-    def settings_since(self, sim, mark):
+    def quiet_mark(self, sim, host):
+        """From here on, with nothing under way any more: a device answers each setting, after a while."""
+        said = None
+        while said != (host.mark(), sim.mark()):
+            said = (host.mark(), sim.mark())
+            time.sleep(0.7 * SLOW)
+        return sim.mark()
+
+    def settings_since(self, sim, host, mark):
         """What the host has set since then, once nothing is under way."""
-        time.sleep(0.3 * SLOW)
+        self.quiet_mark(sim, host)
         return [text for text in sim.heard(mark) if is_setting(text)]
 
 
@@ -49,11 +57,11 @@ class History(EditingTest):
         host.ask("set 1 plus48V 2 1")
         host.ask("ready")
         host.ask("set 1 plus48V 2 0")
-        mark = sim.mark()
+        mark = self.quiet_mark(sim, host)
         self.assertIn("48v", host.command("undo")["error"])
-        self.assertEqual(self.settings_since(sim, mark), [])
+        self.assertEqual(self.settings_since(sim, host, mark), [])
         host.ask("undo --allow-48v")
-        self.assertEqual(self.settings_since(sim, mark), [setting(1, "plus48V", 1, 2)])
+        self.assertEqual(self.settings_since(sim, host, mark), [setting(1, "plus48V", 1, 2)])
         host.ask("undo")  # off is never refused
         self.assertFalse(host.command("redo")["ok"])
         self.assertFalse(host.command("redo --now")["ok"])
@@ -69,14 +77,15 @@ class Scenes(EditingTest):
         self.assertEqual(host.ask("scenes")["scenes"], ["Show 1"])
         for line in ("set 1 gain 0 20", "set 1 plus48V 3 0", "set 2 hpfFreq 7 33", "assign 2 -1"):
             host.ask(line)
-        mark = sim.mark()
+        mark = self.quiet_mark(sim, host)
         answer = host.ask('scene recall "Show 1"')
         self.assertEqual((answer["sent"], answer["left"], answer["missing"]), (2, [{"id": 1, "ch": 3}], []))
-        sent = self.settings_since(sim, mark)
+        sent = self.settings_since(sim, host, mark)
         self.assertEqual(len(sent), 2)
         self.assertIn(setting(1, "gain", 10, 0), sent)
         self.assertEqual(host.ask("connection 16")["id"], 2)
         self.assertEqual(host.ask('scene recall "Show 1" --allow-48v')["sent"], 1)
+        self.quiet_mark(sim, host)
         self.assertEqual(host.ask('scene recall "Show 1" --allow-48v')["sent"], 0)
         host.ask("undo")
         host.ask("undo")
@@ -108,8 +117,10 @@ class Scenes(EditingTest):
         good = next(host.user_folder.rglob("Good.xml"))
         text = good.read_text()
         host.quit()
-        bad = {"Cut": text[:len(text) // 2], "Empty": "", "Wild": text.replace('value="1"', 'value="99999999999"'),
-               "Other": text.replace("Scene", "CmString"), "Twice": text.replace('value="2"', 'value="1"', 1)}
+        bad = {"Cut": text[:len(text) // 2], "Empty": "", "Other": text.replace('"Scene"', '"CmString"'),
+               "Twice": text.replace('"ID" value="2"', '"ID" value="1"'),
+               "None": text.replace('"ID" value="1"', '"ID" value="256"'),
+               "Wild": text.replace('"gain 0" value="72"', '"gain 0" value="99999999999"')}
         for name, content in bad.items():
             (good.parent / f"{name}.xml").write_text(content)
         sim.stop()
@@ -117,39 +128,40 @@ class Scenes(EditingTest):
         host = self.start_host()
         host.wait_ready()
         self.settle(sim, host)
-        mark = sim.mark()
-        for name in ("Cut", "Empty", "Other", "Nowhere", "../Good", "a/b"):
+        mark = self.quiet_mark(sim, host)
+        for name in ("Cut", "Empty", "Other", "Twice", "None", "Nowhere", "../Good", "a/b"):
             with self.subTest(name):
                 self.assertFalse(host.command(f'scene recall "{name}"')["ok"])
         for line in ('scene save "a/b"', "scene save", 'scene save ""', "scene save ..", "scene burn Good",
                      "scene save Good --allow-48v", "scene delete Nowhere"):
             with self.subTest(line):
                 self.assertFalse(host.command(line)["ok"])
-        self.assertEqual(self.settings_since(sim, mark), [])
-        host.ask("scene recall Good")
+        self.assertEqual(self.settings_since(sim, host, mark), [])
+        host.ask("scene recall Wild")
+        self.assertEqual(host.value(1, "gain", 0), 72)
 
 
 class Linked(EditingTest):
     def test_the_host_pushes_both_ways_and_the_line_one_way(self):
         sim, host = self.start()
-        mark = sim.mark()
+        mark = self.quiet_mark(sim, host)
         pair = {"master": {"id": 1, "ch": 0}, "slave": {"id": 2, "ch": 5}, "allow48v": False}
         self.assertEqual(host.ask("link 1 0 2 5")["links"], [pair])
-        self.assertEqual(self.settings_since(sim, mark), [])
+        self.assertEqual(self.settings_since(sim, host, mark), [])
         host.ask("set 1 gain 0 33")
-        self.assertEqual(self.settings_since(sim, mark), [setting(1, "gain", 33, 0), setting(2, "gain", 33, 5)])
+        self.assertEqual(self.settings_since(sim, host, mark), [setting(1, "gain", 33, 0), setting(2, "gain", 33, 5)])
         host.ask("ready")
         host.ask("set 2 gain 5 34")
         self.assertEqual((sim.state(1)["gain"][0], sim.state(2)["gain"][5]), (34, 34))
         taken_back = host.ask("undo")["steps"]
         self.assertEqual({step["value"] for step in taken_back}, {33})
         self.assertEqual((sim.state(1)["gain"][0], sim.state(2)["gain"][5]), (33, 33))
-        mark = sim.mark()
+        mark = self.quiet_mark(sim, host)
         sim.turn(1, "gain", 0, 50)
         sim.wait_heard(setting(2, "gain", 50, 5), since=mark)
         sim.turn(2, "gain", 5, 51)
         host.wait_value(2, "gain", 51, ch=5)
-        self.assertEqual(self.settings_since(sim, mark), [setting(2, "gain", 50, 5)])
+        self.assertEqual(self.settings_since(sim, host, mark), [setting(2, "gain", 50, 5)])
         self.assertEqual(sim.state(1)["gain"][0], 50)
 
     def test_linking_pushes_by_the_word_and_phantom_power_by_its_own(self):

@@ -19,7 +19,8 @@ public:
         object = path / "Contents" / (std::string(system.machine) + "-linux") / (name + ".so");
         fs::create_directories(object.parent_path());
         fs::create_directories(path / "Contents/Resources");
-        fs::copy_file(built(module), object, fs::copy_options::overwrite_existing);
+        fs::remove(object);  // never written over: it may be loaded
+        fs::copy_file(built(module), object);
         std::ofstream(path / "Contents/Resources/module.txt") << text;
         setVersion(version);
     }

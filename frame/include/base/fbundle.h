@@ -23,6 +23,10 @@ protected:
     ~FLoadableBundle() = default;
 };
 
+/** Takes the reference over and never gives it back: the object, or its code, is in use by somebody who won't tell when that
+    ends. Null is allowed. Main thread. */
+void keepForGood(FUnknown* object);
+
 /** The hook's way to say why something couldn't be loaded. */
 void reportLoadFailure(const std::string& text);
 

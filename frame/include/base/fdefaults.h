@@ -56,7 +56,7 @@ public:
     int32_t compare(const CmObject* other) const override;
     /** "Group", "Version" unless it is 0, and "Values". */
     bool storeAttributes(FAttributes& attributes) const override;
-    /** false, and nothing has changed: no name, or no values. */
+    /** false, and nothing has changed: no name, or no values. Never of a group in a pool, which knows it by its name. */
     bool restoreAttributes(FAttributes& attributes) override;
 
     DECLARE_CLASS(FDefaults, CmObject)

@@ -1,6 +1,7 @@
 #pragma once
 #include "base/source/tarray.h"
 #include <cstdint>
+#include <vector>
 
 namespace Tessarine {
 class GAction;
@@ -60,16 +61,19 @@ public:
     /** Leaves its place, and stands between the other node and what was active behind that. */
     void moveBehind(GActionNode* other);
     void removeSuccessors();
-    /** All but the active one; whether there were any. */
-    bool removeInactiveSuccessors();
+    /** Gives those that aren't active, or all, to another node, with what is behind them. */
+    void giveInactiveTo(GActionNode& other);
+    void giveAllTo(GActionNode& other);
     /** One of its successors. */
     void setActiveSuccessor(GActionNode* node) { activeSuccessor = node; }
     void setBranchNumber(int32_t number) { branchNumber = number; }
     bool isBehind(const GActionNode* other) const;
 
 private:
-    template <class Nodes>
-    void takeSuccessorsTo(Nodes& nodes);
+    using Nodes = std::vector<GActionNode*>;
+
+    /** They are behind nobody then. */
+    void dropSuccessorsTo(Nodes& nodes);
     int32_t placeOf(GActionNode* node) const { return successors.isEmpty() ? 0 : successors.index(node); }
 
     GAction* action = nullptr;  // a reference is held

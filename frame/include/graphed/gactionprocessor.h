@@ -125,7 +125,7 @@ public:
     /** Also out of order: the action moves to the end of what is done, or to the front of what is undone. */
     bool undoThisAction(GAction* action);
     bool redoThisAction(GAction* action);
-    /** The nearest one that passes. stopAtBranch: none that lies beyond a fork. */
+    /** The nearest one that passes. stopAtBranch: a fork is the last one that is looked at. */
     GAction* peekUndoFiltered(CmObjectFilter& filter, bool stopAtBranch) const;
     GAction* peekRedoFiltered(CmObjectFilter& filter, bool stopAtBranch) const;
     /** All up to the nearest one that passes. false: none does, or one failed. */
@@ -184,7 +184,8 @@ private:
     bool canTurn(const GAction* action, GAction::State state) const;
     void turned(GAction* action, GActionNode* newCurrent, int32_t steps, int32_t change,
                 void (IActionProcessorHook::*tell)(GAction*));
-    bool stepUntil(const GAction* last, GAction* (GActionProcessor::*peek)() const, bool (GActionProcessor::*step)());
+    GAction* nearest(int32_t mode, CmObjectFilter& filter, bool stopAtBranch) const;
+    bool stepUntil(GAction* last, GAction::State wanted, bool (GActionProcessor::*step)());
     bool unitesWithTop(GAction* action, int32_t now);
     bool doPushUndo(GAction* action, int32_t now);
     void trim();

@@ -49,6 +49,7 @@ public:
 
     /** false: null, itself, or a part already. */
     bool addActionProcessor(GActionProcessorBase* part);
+    /** It isn't the one that actions are pushed to any more. */
     bool removeActionProcessor(GActionProcessorBase* part);
     /** Where actions are pushed to, borrowed; null: gActionProcessor. */
     void setExecutionProcessor(GActionProcessorBase* processor) { executionProcessor = processor; }
@@ -73,6 +74,9 @@ private:
         return static_cast<GActionProcessorBase*>(stack.peek());
     }
     GActionProcessorBase* partBehind(FUnknown* unknown) const;
+    /** Whether any has answered true; all are asked. */
+    template <class Perform>
+    bool anyPart(Perform perform);
     void follow(GActionProcessorBase* part, int32_t message);
     void forget(GActionProcessorBase* part);
 

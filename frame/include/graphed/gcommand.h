@@ -6,13 +6,14 @@
 
 namespace Tessarine {
 class FMessage;
+class GAction;
 
 /** A user action with a name, which menus and keys can fire. Main thread. */
 class GCommand : public CmObject {
 public:
     DECLARE_CLASS(GCommand, CmObject)
     DECLARE_NEWCOPY(GCommand)
-    enum Flag : int32_t { kEnabled = 1, kMayBeDisabled = 2 };
+    enum Flag : int32_t { kEnabled = 1, kMayBeDisabled = 2, kKeysWereStored = 4 };
     /** Answers of fire, beside those of who interprets it. */
     enum Answer : int32_t { kDisabled = -1, kNotDone = 0, kDone = 1 };
 
@@ -20,6 +21,10 @@ public:
                       const tchar* title = nullptr);
     GCommand(const GCommand& source);
     GCommand& operator=(const GCommand&) = delete;
+    using CmObject::update;
+    /** Fires when a value of it was switched on. The value springs back, so that a press is one shot, whether its control
+        switches or pushes. */
+    void update(CmObject* source, int32_t message) override;
 
     /** key: the code of the one that was pressed, or 0. Above 0: done; -1: disabled, or nobody dispatches. */
     virtual int32_t fire(uint32_t key);
@@ -41,6 +46,10 @@ public:
     FString subCategory;
     TLinkedList<UKeyCode> defaultKeys;
     int32_t commandFlags = kEnabled | kMayBeDisabled;
+
+private:
+    /** The caller's. */
+    GAction* newAction() const;
 };
 
 /** A key that fires a command, which may not be there (yet). Sorted by the key. */
@@ -73,6 +82,8 @@ public:
     GCommand* commandAt(int32_t index) const { return static_cast<GCommand*>(commands.at(index)); }
     /** -1: none. */
     int32_t indexOf(const ConstString& commandName) const;
+    /** The one of this category and name, here perhaps a copy. */
+    bool removeCommand(const GCommand& command);
 
     FString name;
     CmArray commands{0, -1};

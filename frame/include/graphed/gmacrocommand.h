@@ -3,12 +3,14 @@
 
 namespace Tessarine {
 
-/** Commands that are fired one after the other, and undone as one. Macros may hold macros; one that is met again while it
-    runs does nothing. */
+/** Commands that are fired one after the other, and undone as one. They are looked up by name when they are fired, so that
+    some may come later than the macro. Macros may hold macros; one that is met again while it runs, or too deep inside of
+    others, does nothing. */
 class GMacroCommand : public GCommand {
 public:
     DECLARE_CLASS(GMacroCommand, GCommand)
     static constexpr char kCategory[] = "Macro";
+    static constexpr int32_t kDeepest = 32;  // macros in macros
 
     explicit GMacroCommand(const ConstString& name = ConstString());
     GMacroCommand(const GMacroCommand&) = delete;
@@ -18,7 +20,9 @@ public:
     /** The first command decides. */
     bool canPerform(FMessage* message) const override;
 
-    /** false, and the user is told: what can't be part of a macro. */
+    /** What can be part of a macro. */
+    static bool isAllowed(const ConstString& category, const ConstString& name);
+    /** The same; the user is told of what isn't. */
     static bool allowCommand(const ConstString& category, const ConstString& name);
     /** Shares it. false: null, or not allowed. */
     bool addCommand(GCommand* command);
@@ -27,7 +31,12 @@ public:
     void removeAllCommands() { commands.removeAll(); }
 
 private:
+    class Running;
+
+    bool canRun() const;
     int32_t fireAll();
+    /** The one that the manager knows by this name now, or else the one that was added. */
+    GCommand* currentCommand(int32_t index) const;
 
     CmArray commands{0, -1};
     mutable bool running = false;

@@ -21,6 +21,8 @@ struct ActionHooks {
     /** Returns the former state. */
     bool (*suspendMouse)(bool state) = nullptr;
     void (*showText)(const char16_t* text) = nullptr;
+    /** Whether the user agrees; nobody to ask: yes. */
+    bool (*ask)(const char16_t* text) = nullptr;
 };
 extern ActionHooks gActionHooks;
 

@@ -6,6 +6,7 @@
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/ffiletype.h"
 #include "storage/fpath.h"
+#include <vector>
 
 namespace Tessarine {
 class FPresetList;
@@ -135,8 +136,8 @@ public:
     /** This very one; deep: wherever it is. A preset's file goes as well, the folder of a list stays. */
     bool removeItem(FPresetItem* item, bool deep);
     void removeAll(bool presets, bool lists);
-    /** Takes in another list, which stays as it is and has nothing to do with this one: items of the same name replace those that are here, the others come to
-        the end. */
+    /** Takes in another list, which stays as it is and has nothing to do with this one: items of the same name replace
+        those that are here, the others come to the end. */
     void adjustTo(FPresetList* other);
 
     /** The id, then the items: presets that may be modified, and plain lists. */
@@ -161,6 +162,10 @@ protected:
 
 private:
     int32_t placeOf(int32_t index, bool presets, bool lists);
+    void adjustList(IPtr<FPresetList> mine, FPresetList& theirs);
+    void adjustPreset(IPtr<FPreset> mine, const FPreset& theirs);
+    /** At the end. */
+    bool share(FPresetItem* item);
     bool takeLoaded(CmObject* loaded);
     void takeQueue(FAttributes& attributes, const char* key);
 
@@ -289,7 +294,7 @@ private:
 
     Life      comes with the defaults (PostDefLoadFPresetPool) and goes before them (unuse).
     Files     "RAMPresets.xml" holds the lists of memory, a ".pxml" each list with a file of its own. They are read whole or
-              not at all, and written whole or not at all.
+              not at all, and written whole or not at all. A copy (".backup") is kept of those that couldn't be read.
     Threads   the main thread. */
 class FPresetPool : public CmObject {
 public:
@@ -331,12 +336,13 @@ public:
 private:
     static TArray<Function>& postLoaders();
     void merge(FPresetList* list);
-    bool loadPool(const FNPath& folder);
-    bool loadOwnFile(FPath& file);
+    bool loadFile(FNPath& path, const char* root, CmObject& object);
+    bool loadOwnFile(FNPath& path);
+    bool keepSpoilt(const FNPath& folder);
 
-    CmLinkedList ramLists;   // of FPresetList
-    CmLinkedList fileLists;  // of FFilePresetList
-    bool isSpoilt = false;   // the pool's file is there, and couldn't be read
+    CmLinkedList ramLists;       // of FPresetList
+    CmLinkedList fileLists;      // of FFilePresetList
+    std::vector<FNPath> spoilt;  // files that are there, and couldn't be read
 };
 
 /** Makes gPresetPool and loads it: from the user's "Presets", which begin as a copy of the application's. */

@@ -13,6 +13,12 @@ bool FBundleFacts::runsHere() const {
     return ours && std::ranges::any_of(architectures, isOurs);
 }
 
+void keepForGood(FUnknown* object) {
+    static auto* const kept = new std::vector<FUnknown*>;  // is there to the very end
+    if (object)
+        kept->push_back(object);
+}
+
 void reportLoadFailure(const std::string& text) {
     if (gBundleHooks.report)
         gBundleHooks.report(text);

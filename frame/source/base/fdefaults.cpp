@@ -32,6 +32,10 @@ bool fitsFile(const ConstString& text) {
            escaped.getFillSize() <= kMaxStored;
 }
 
+bool isKey(const char* key) {
+    return isName(key) && fitsFile(ConstString(key));
+}
+
 int32_t resultOf(bool good) {
     return good ? kResultOk : kResultFalse;
 }
@@ -46,12 +50,13 @@ int32_t copyText(const Char* text, uint32_t length, Char* target, int32_t size) 
 }
 
 bool storeDefaultPath(const char* pool, const char* key, const FNPath& path) {
-    FDefaults* defaults = gDefaults && isName(key) ? gDefaults->getDefaults(pool, 0, true) : nullptr;
+    const bool fits = isKey(key) && fitsFile(ConstString(path.getName())) && fitsFile(ConstString(path.getPathName()));
+    FDefaults* defaults = gDefaults && fits ? gDefaults->getDefaults(pool, 0, true) : nullptr;
     return defaults && defaults->getValues().setMember(key, path);
 }
 
 bool loadDefaultPath(const char* pool, const char* key, FNPath& path) {
-    FDefaults* defaults = gDefaults ? gDefaults->findDefaults(pool) : nullptr;
+    FDefaults* defaults = gDefaults && isName(key) ? gDefaults->findDefaults(pool) : nullptr;
     return defaults && defaults->getValues().getMember(key, path);
 }
 
@@ -74,7 +79,7 @@ FDefaults::FDefaults(const char* group, int32_t version) : group(group), version
 
 template <class Number>
 bool FDefaults::setNumber(const char* key, Number value) {
-    return isName(key) && fitsFile(ConstString(key)) && getValues().set(key, value);
+    return isKey(key) && getValues().set(key, value);
 }
 
 bool FDefaults::setLong(const char* key, int32_t value) {
@@ -122,7 +127,7 @@ bool FDefaults::getString(const char* key, String& text) const {
 }
 
 bool FDefaults::setString(const char* key, const ConstString& text) {
-    return isName(key) && fitsFile(ConstString(key)) && fitsFile(text) && getValues().setString(key, text);
+    return isKey(key) && fitsFile(text) && getValues().setString(key, text);
 }
 
 bool FDefaults::initString(const char* key, String& text) {
@@ -238,7 +243,7 @@ int32_t FDefaultPool::getTString(const char* group, const char* key, IString* te
 }
 
 int32_t FDefaultPool::setObject(const char* group, const char* key, CmObject* object) {
-    FDefaults* defaults = isName(key) && fitsFile(ConstString(key)) ? defaultsFor(group) : nullptr;
+    FDefaults* defaults = isKey(key) ? defaultsFor(group) : nullptr;
     return resultOf(defaults && defaults->getValues().setObject(key, object));
 }
 
@@ -262,7 +267,7 @@ FDefaults* FDefaultPool::getDefaults(const char* group, int32_t version, bool cr
         return defaults;
     if (defaults)
         removeEntry(defaults);
-    if (!create || isTerminated || !isName(group) || !fitsFile(ConstString(group)))
+    if (!create || isTerminated || !isKey(group))
         return nullptr;
     addEntry(new FDefaults(group, version));
     return findDefaults(group);

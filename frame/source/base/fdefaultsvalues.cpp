@@ -15,6 +15,16 @@ FDefaults* sectionOf(const char* name, bool create) {
 bool isKey(UValue* value, FDefaults* defaults, const char* key) {
     return value && defaults && key && *key;
 }
+
+/** Sets what is there under the key. */
+template <class Saved, class Set>
+bool passOn(const FDefaults& defaults, bool (FDefaults::*get)(const char*, Saved&) const, const char* key, Set set) {
+    Saved saved{};
+    const bool found = (defaults.*get)(key, saved);
+    if (found)
+        set(saved);
+    return found;
+}
 }  // namespace
 
 bool UValueContainer::saveValueAsDefault(UValue* value, FDefaults* defaults, const char* key) {
@@ -33,25 +43,15 @@ bool UValueContainer::loadValueFromDefault(UValue* value, FDefaults* defaults, c
     return byForm(
         *value,
         [&](UStringValue& text) {
-            FString saved;
-            const bool found = defaults->getString(key, saved);
-            if (found)
-                text.setTargetStringValue(saved);
-            return found;
+            return passOn(*defaults, &FDefaults::getString, key,
+                          [&](const String& saved) { text.setTargetStringValue(saved); });
         },
         [&](UFloatValue& number) {
-            double saved = 0;
-            const bool found = defaults->getDouble(key, saved);
-            if (found)
-                number.setTargetFloatValue(float(saved));
-            return found;
+            return passOn(*defaults, &FDefaults::getDouble, key,
+                          [&](double saved) { number.setTargetFloatValue(float(saved)); });
         },
         [&](UValue& whole) {
-            int32_t saved = 0;
-            const bool found = defaults->getLong(key, saved);
-            if (found)
-                whole.setTargetValue(saved);
-            return found;
+            return passOn(*defaults, &FDefaults::getLong, key, [&](int32_t saved) { whole.setTargetValue(saved); });
         });
 }
 

@@ -32,7 +32,7 @@ FModuleBase::~FModuleBase() {
 void FModuleBase::leaveAtEnd() {
     if (bundle && instanceCount < 1)
         unload();
-    bundle.detach();  // what still runs keeps its code
+    keepForGood(bundle.detach());  // what still runs keeps its code
 }
 
 void FModuleBase::addInstance(CmObject* /*instance*/) {
@@ -121,7 +121,8 @@ void FModuleBase::unload() {
 
 bool FModuleBase::isEqual(const CmObject* other) const {
     const auto* module = classCast<FModuleBase>(other);
-    return module && path && module->path && path->isEqual(module->path);
+    return module && path && module->path && path->getFileName() == module->path->getFileName() &&
+           path->isEqual(module->path);
 }
 
 bool FModule::onLoad() {

@@ -19,8 +19,8 @@ FServicePlug::~FServicePlug() {
 }
 
 void FServicePlug::abandon() {
-    service.detach();
-    object.detach();  // and with it the module's code
+    keepForGood(service.detach());
+    keepForGood(object.detach());  // and with it the module's code
 }
 
 bool FServicePlug::end() {

@@ -1,7 +1,6 @@
 #include "graphed/gactionnode.h"
 #include "graphed/gaction.h"
 #include <algorithm>
-#include <vector>
 
 namespace Tessarine {
 
@@ -49,8 +48,7 @@ void GActionNode::takeSuccessor(GActionNode* node) {
     }
 }
 
-template <class Nodes>
-void GActionNode::takeSuccessorsTo(Nodes& nodes) {
+void GActionNode::dropSuccessorsTo(Nodes& nodes) {
     for (int32_t i = 0, count = countSuccessors(); i < count; ++i) {
         nodes.push_back(getSuccessor(i));
         nodes.back()->parent = nullptr;
@@ -64,8 +62,8 @@ void GActionNode::dequeue() {
     GActionNode* active = activeSuccessor;
     const bool wasActive = above->activeSuccessor == this;
     int32_t place = above->placeOf(this);
-    std::vector<GActionNode*> behind;
-    takeSuccessorsTo(behind);
+    Nodes behind;
+    dropSuccessorsTo(behind);
     above->takeSuccessor(this);
     for (GActionNode* each : behind)
         above->enqueueSuccessor(each, wasActive && each == active, place++);
@@ -85,22 +83,32 @@ void GActionNode::moveBehind(GActionNode* other) {
 }
 
 void GActionNode::removeSuccessors() {
-    std::vector<GActionNode*> doomed;
-    takeSuccessorsTo(doomed);
-    for (size_t i = 0; i < doomed.size(); ++i)
-        doomed[i]->takeSuccessorsTo(doomed);
-    for (; !doomed.empty(); doomed.pop_back())  // what was done last goes first
-        end(doomed.back());
+    if (!activeSuccessor)
+        return;
+    Nodes doomed;
+    dropSuccessorsTo(doomed);
+    while (!doomed.empty()) {  // each is touched once: long chains are larger than the processor's caches
+        GActionNode* node = doomed.back();
+        doomed.pop_back();
+        node->dropSuccessorsTo(doomed);
+        end(node);
+    }
 }
 
-bool GActionNode::removeInactiveSuccessors() {
+void GActionNode::giveInactiveTo(GActionNode& other) {
     if (successors.isEmpty())
-        return false;
+        return;
     GActionNode* kept = activeSuccessor;
     takeSuccessor(kept);
-    removeSuccessors();
+    giveAllTo(other);
     enqueueSuccessor(kept, true);
-    return true;
+}
+
+void GActionNode::giveAllTo(GActionNode& other) {
+    Nodes given;
+    dropSuccessorsTo(given);
+    for (GActionNode* node : given)
+        other.enqueueSuccessor(node, false);
 }
 
 bool GActionNode::isBehind(const GActionNode* other) const {

@@ -113,6 +113,8 @@ bool GActionProcessor::doPushUndo(GAction* action, int32_t now) {
         removeAll();
         return false;
     }
+    if (action->getNode())
+        return false;  // who was told of it has put it somewhere
     lastPushTicks = now;
     action->time = timeOfPush();
     GActionNode* node = GActionNode::make(action);
@@ -139,7 +141,8 @@ void GActionProcessor::trim() {
     GActionNode* kept = oldestKept(excess);
     kept->getParent()->takeSuccessor(kept);
     pathLength = maxUndoSteps;
-    rootNode.removeSuccessors();
+    GActionNode doomed;  // ends when all is in order again: who dies may come back
+    rootNode.giveAllTo(doomed);
     rootNode.enqueueSuccessor(kept, true);
 }
 
@@ -224,14 +227,16 @@ void GActionProcessor::turned(GAction* action, GActionNode* newCurrent, int32_t 
 }
 
 GAction* GActionProcessor::findAction(CmObjectFilter& filter) const {
+    GAction* found = nearest(kUndoable, filter, false);
+    return found ? found : nearest(kAllActions, filter, false);
+}
+
+GAction* GActionProcessor::nearest(int32_t mode, CmObjectFilter& filter, bool stopAtBranch) const {
     GAction* found = nullptr;
-    const auto seek = [&](GAction* action) {
+    walk(mode, [&](GAction* action) {
         found = filter.test(action) ? action : nullptr;
-        return !found;
-    };
-    walk(kUndoable, seek);
-    if (!found)
-        walk(kAllActions, seek);
+        return !found && !(stopAtBranch && action->countSuccessors() > 1);
+    });
     return found;
 }
 
@@ -240,43 +245,29 @@ void GActionProcessor::findActions(CmObjectFilter& filter, GActionList& found) c
 }
 
 GAction* GActionProcessor::peekUndoFiltered(CmObjectFilter& filter, bool stopAtBranch) const {
-    for (const GActionNode* node = currentNode; node != &rootNode; node = node->getParent()) {
-        if (stopAtBranch && node->countSuccessors() > 1)
-            return nullptr;
-        if (filter.test(node->getAction()))
-            return node->getAction();
-    }
-    return nullptr;
+    return nearest(kUndoable, filter, stopAtBranch);
 }
 
 GAction* GActionProcessor::peekRedoFiltered(CmObjectFilter& filter, bool stopAtBranch) const {
-    for (const GActionNode* node = currentNode; !stopAtBranch || node->countSuccessors() <= 1;) {
-        node = node->getActiveSuccessor();
-        if (!node || filter.test(node->getAction()))
-            return node ? node->getAction() : nullptr;
-    }
-    return nullptr;
+    return nearest(kRedoable, filter, stopAtBranch);
 }
 
 bool GActionProcessor::undoMultiple(CmObjectFilter& filter) {
-    return stepUntil(peekUndoFiltered(filter, false), &GActionProcessor::peekUndo, &GActionProcessor::undo);
+    return stepUntil(peekUndoFiltered(filter, false), IActionTarget::kUndone, &GActionProcessor::undo);
 }
 
 bool GActionProcessor::redoMultiple(CmObjectFilter& filter) {
-    return stepUntil(peekRedoFiltered(filter, false), &GActionProcessor::peekRedo, &GActionProcessor::redo);
+    return stepUntil(peekRedoFiltered(filter, false), IActionTarget::kExecuted, &GActionProcessor::redo);
 }
 
-bool GActionProcessor::stepUntil(const GAction* last, GAction* (GActionProcessor::*peek)() const,
-                                 bool (GActionProcessor::*step)()) {
+bool GActionProcessor::stepUntil(GAction* last, GAction::State wanted, bool (GActionProcessor::*step)()) {
     if (!last)
         return false;
+    const IPtr<GAction> held(last);
     setMassOperation(true);
-    bool done = true, goesOn = true;
-    while (goesOn) {
-        goesOn = (this->*peek)() != last;
+    bool done = true;
+    while (done && last->getNode() && last->getState() != wanted)
         done = (this->*step)();
-        goesOn = goesOn && done;
-    }
     setMassOperation(false);
     return done;
 }
@@ -417,12 +408,15 @@ bool GActionProcessor::setActiveBranch(int32_t number) {
 }
 
 bool GActionProcessor::goTo(GActionNode* target) {
+    const IPtr<GAction> held(target->getAction());
     const Path here = pathTo(currentNode), there = pathTo(target);
-    const auto fork = std::ranges::mismatch(here, there).in1 - 1;
-    while (currentNode != *fork)
+    const GActionNode* fork = *(std::ranges::mismatch(here, there).in1 - 1);
+    while (currentNode != fork)
         if (!undo())
             return false;
-    makeActive(there);
+    if (held && !held->getNode())
+        return false;  // a target has removed it
+    makeActive(pathTo(target));
     branchesHaveChanged();
     while (currentNode != target)
         if (!redo())
@@ -447,13 +441,14 @@ void GActionProcessor::makeActive(const Path& path) {
 void GActionProcessor::removeInactiveBranches() {
     const Path kept = pathTo(endOfPath());
     makeActive(kept);
-    bool anyGone = false;
+    GActionNode doomed;
     for (GActionNode* node : kept)
-        anyGone = node->removeInactiveSuccessors() || anyGone;
+        node->giveInactiveTo(doomed);
     flags &= ~uint32_t(kMayFork);
-    if (!anyGone)
+    if (!doomed.getActiveSuccessor())
         return;
     branchesHaveChanged();
+    doomed.removeSuccessors();
     removalDone();
 }
 
@@ -461,7 +456,8 @@ void GActionProcessor::enableBranches(bool state) {
     gAllowBranches = state;
     if (state)
         return;
-    for (GActionProcessor* processor : std::vector(gProcessors))
+    const std::vector<IPtr<GActionProcessor>> living(gProcessors.begin(), gProcessors.end());
+    for (const IPtr<GActionProcessor>& processor : living)
         processor->removeInactiveBranches();
 }
 

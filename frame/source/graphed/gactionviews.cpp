@@ -1,5 +1,6 @@
 #include "graphed/gactionviews.h"
 #include "collect/cmobjectfilter.h"
+#include <vector>
 
 namespace Tessarine {
 IMPLEMENT_ABSTRACT_CLASS(GFilteredActionProcessor, GActionProcessorBase)
@@ -82,6 +83,8 @@ bool GCombinedActionProcessor::removeActionProcessor(GActionProcessorBase* part)
         return false;
     part->removeDependent(this);
     forget(part);
+    if (executionProcessor == part)
+        executionProcessor = nullptr;
     return true;
 }
 
@@ -102,23 +105,24 @@ void GCombinedActionProcessor::findActions(CmObjectFilter& filter, GActionList& 
         part->findActions(filter, found);
 }
 
+template <class Perform>
+bool GCombinedActionProcessor::anyPart(Perform perform) {
+    bool any = false;
+    for (GActionProcessorBase* part : std::vector(parts.begin(), parts.end()))  // who hears of it may remove parts
+        any = (parts.contains(part) && perform(*part)) || any;
+    return any;
+}
+
 void GCombinedActionProcessor::removeAll() {
-    for (GActionProcessorBase* part : parts)
-        part->removeAll();
+    anyPart([](GActionProcessorBase& part) { return part.removeAll(), true; });
 }
 
 bool GCombinedActionProcessor::removeAction(GAction* action) {
-    bool any = false;
-    for (GActionProcessorBase* part : parts)
-        any = part->removeAction(action) || any;
-    return any;
+    return anyPart([action](GActionProcessorBase& part) { return part.removeAction(action); });
 }
 
 bool GCombinedActionProcessor::removeActions(CmObjectFilter& filter) {
-    bool any = false;
-    for (GActionProcessorBase* part : parts)
-        any = part->removeActions(filter) || any;
-    return any;
+    return anyPart([&](GActionProcessorBase& part) { return part.removeActions(filter); });
 }
 
 void GCombinedActionProcessor::update(FUnknown* changedUnknown, int32_t message) {
@@ -155,10 +159,7 @@ void GCombinedActionProcessor::follow(GActionProcessorBase* part, int32_t messag
         forget(part);
         break;
     case kDestroyed:
-        forget(part);
-        parts.remove(part);
-        if (executionProcessor == part)
-            executionProcessor = nullptr;
+        removeActionProcessor(part);
         break;
     }
 }

@@ -2,6 +2,7 @@
 #include "graphed/gaction.h"
 #include "graphed/gcommandmanager.h"
 #include "graphed/hooks.h"
+#include "gui/values/uvalue.h"
 #include "gui/values/uvaluehooks.h"
 #include <string_view>
 #include <utility>
@@ -49,12 +50,26 @@ bool GCommand::isNamed(const ConstString& ofCategory, const ConstString& ofName)
     return isSame(name, ofName) && isSame(category, ofCategory);
 }
 
+void GCommand::update(CmObject* source, int32_t message) {
+    auto* value = classCast<UValue>(source);
+    if (message != kChanged || !value || value->getValue() == value->getMin())
+        return;
+    const IPtr<GCommand> kept(this);
+    value->setValue(value->getMin());
+    fire(0);
+}
+
+GAction* GCommand::newAction() const {
+    FString category8(category), name8(name);  // 16-bit text would be narrowed for good
+    return new GAction(category8.text8(), name8.text8());
+}
+
 int32_t GCommand::fire(uint32_t key) {
     if (gCommandManager && !isNamed(ConstString("File"), ConstString("Key Commands")))
         gCommandManager->setLastCommand(*this);
     if (!isEnabled())
         return kDisabled;
-    const OPtr<GAction> action(new GAction(category.text8(), name.text8()));
+    const OPtr<GAction> action(newAction());
     action->setTitle(FString(shownTitle()).text16());
     UValueHooks::tellCommandFired(action->getCategory(), action->getName(), action->getTitle().text16());
     if (key)
@@ -68,7 +83,7 @@ int32_t GCommand::fire(uint32_t key) {
 }
 
 bool GCommand::canPerform(FMessage* message) const {
-    const OPtr<GAction> action(new GAction(category.text8(), name.text8()));
+    const OPtr<GAction> action(newAction());
     if (message)
         action->add("CommandMenuItem", message->get("MenuItem"), false);
     return action->dispatch(false) > 0;
@@ -111,6 +126,13 @@ int32_t GCommandCategory::indexOf(const ConstString& commandName) const {
         if (isSame(commandAt(i)->name, commandName))
             return i;
     return -1;
+}
+
+bool GCommandCategory::removeCommand(const GCommand& command) {
+    for (int32_t i = 0; i < commands.total(); ++i)
+        if (commandAt(i)->isNamed(command.category, command.name))
+            return commands.removeAt(i);
+    return false;
 }
 
 }  // namespace Tessarine

@@ -1,3 +1,4 @@
+#include "base/fdefaults.h"
 #include "graphed/gcommandmanager.h"
 #include "graphed/hooks.h"
 #include "storage/farchive.h"
@@ -54,6 +55,28 @@ OPtr<GKeyCommand> readRecord(FArchive& archive) {
         return nullptr;
     return new GKeyCommand(restored(key), category, name);
 }
+
+/** A file that can't be read goes, unless it is another program's. */
+void readBinaryFile(GCommandManager& manager) {
+    FNPath path(kBinaryFile, kUserFolder, kFilePath, nullptr, false);
+    FStream* stream = path.isEmpty() ? nullptr : gFileSystem->openFile(&path, kOpenRead);
+    if (!stream)
+        return;
+    bool read = false;
+    {
+        FNewArchive archive(stream, false);
+        read = manager.internalize(archive);
+    }
+    gFileSystem->closeFile(stream);
+    if (!read && !FDefaultPool::isGuest)
+        gFileSystem->removeFile(&path);
+}
+
+const bool registered = [] {
+    FDefaultPool::addPostLoadFunc(PostDefLoadGCommandManager);
+    FDefaultPool::addPreSaveFunc(PreDefSaveGCommandManager);
+    return true;
+}();
 }  // namespace
 
 GCommandManager::KeyRecords GCommandManager::keyRecords() const {
@@ -189,19 +212,13 @@ void PostDefLoadGCommandManager() {
     if (!gCommandManager || !gCommandManager->isKeyStorageEnabled() ||
         FXmlArchive::restoreObject(kArchive, kRootTag, gCommandManager))
         return;
-    FNPath path(kBinaryFile, kUserFolder, kFilePath, nullptr, false);
-    FStream* stream = gFileSystem->openFile(&path, kOpenRead);
-    if (!stream)
-        return;
-    FNewArchive archive(stream, false);
-    const bool read = gCommandManager->internalize(archive);
-    gFileSystem->closeFile(stream);
-    if (!read)
-        gFileSystem->removeFile(&path);
+    if (!FDefaultPool::isGuest)
+        FXmlArchive::backupObjectArchive(kArchive);  // it couldn't be read, and will be replaced
+    readBinaryFile(*gCommandManager);
 }
 
 void PreDefSaveGCommandManager() {
-    if (gCommandManager && gCommandManager->isKeyStorageEnabled())
+    if (gCommandManager && gCommandManager->isKeyStorageEnabled() && !FDefaultPool::isGuest)
         FXmlArchive::storeObject(kArchive, kRootTag, gCommandManager);
 }
 

@@ -1,5 +1,6 @@
 #include "graphed/gcommandmanager.h"
 #include "graphed/hooks.h"
+#include "gui/values/hooks.h"
 #include "pluginterfaces/base/identifiers.h"
 #include <algorithm>
 
@@ -11,6 +12,12 @@ IMPLEMENT_CLASS(GCommandManager, CmObject)
 
 constinit GCommandManager* gCommandManager = nullptr;
 
+namespace {
+CmObject* namedCommand(const char* category, const char* name) {
+    return gCommandManager ? gCommandManager->findCommand(ConstString(category), ConstString(name)) : nullptr;
+}
+}  // namespace
+
 GCommandManager::GCommandManager() {
     for (CmContainer* list :
          std::initializer_list<CmContainer*>{&commands, &categories, &dormantKeyCommands, &keyCommands})
@@ -19,6 +26,7 @@ GCommandManager::GCommandManager() {
         return;
     gCommandManager = this;
     GAction::dispatcher = this;
+    gValueHooks.commandByName = namedCommand;
 }
 
 GCommandManager::~GCommandManager() {

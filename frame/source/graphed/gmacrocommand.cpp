@@ -1,6 +1,8 @@
 #include "graphed/gmacrocommand.h"
 #include "graphed/gactionprocessor.h"
+#include "graphed/gcommandmanager.h"
 #include "graphed/hooks.h"
+#include <algorithm>
 
 namespace Tessarine {
 IMPLEMENT_CLASS(GMacroCommand, GCommand)
@@ -9,30 +11,42 @@ namespace {
 constexpr const char* kNotInMacros[] = {"Undo", "Redo"};
 constexpr tchar kNotAllowed[] = u"This command is not allowed to be used in a macro!";
 
-class Running {
-public:
-    explicit Running(bool& flag) : flag(flag) { flag = true; }
-    ~Running() { flag = false; }
-    Running(const Running&) = delete;
-
-private:
-    bool& flag;
-};
+int32_t depth = 0;  // of the macros that run
 
 bool suspendMouse(bool state) {
     return gActionHooks.suspendMouse && gActionHooks.suspendMouse(state);
 }
 }  // namespace
 
+class GMacroCommand::Running {
+public:
+    explicit Running(const GMacroCommand& macro) : macro(macro) {
+        macro.running = true;
+        ++depth;
+    }
+    ~Running() {
+        macro.running = false;
+        --depth;
+    }
+    Running(const Running&) = delete;
+
+private:
+    const GMacroCommand& macro;
+};
+
 GMacroCommand::GMacroCommand(const ConstString& name) : GCommand(ConstString(kCategory), name) {
     commands._ownsObjects = CmContainer::kShares;
 }
 
+bool GMacroCommand::canRun() const {
+    return !running && depth < kDeepest && !commands.isEmpty();
+}
+
 int32_t GMacroCommand::fire(uint32_t /*key*/) {
-    if (running || commands.isEmpty() || (gActionHooks.isModal && gActionHooks.isModal()))
+    if (!canRun() || (gActionHooks.isModal && gActionHooks.isModal()))
         return kNotDone;
-    const Running guard(running);
     const IPtr<GMacroCommand> held(this);
+    const Running guard(*this);
     const bool startedHere = GActionProcessor::beginMacroGlobal();
     const bool wasSuspended = suspendMouse(true);
     const int32_t answer = fireAll();
@@ -45,7 +59,7 @@ int32_t GMacroCommand::fire(uint32_t /*key*/) {
 int32_t GMacroCommand::fireAll() {
     int32_t answer = kNotDone;
     for (int32_t i = 0; i < commands.total() && answer != kDisabled; ++i) {
-        const IPtr<GCommand> command(static_cast<GCommand*>(commands.at(i)));
+        const IPtr<GCommand> command(currentCommand(i));
         answer = command->fire(0);
         if (gActionHooks.idle)
             gActionHooks.idle();
@@ -54,17 +68,25 @@ int32_t GMacroCommand::fireAll() {
 }
 
 bool GMacroCommand::canPerform(FMessage* message) const {
-    if (running || commands.isEmpty())
+    if (!canRun())
         return false;
-    const Running guard(running);
-    return static_cast<GCommand*>(commands.at(0))->canPerform(message);
+    const Running guard(*this);
+    return IPtr<GCommand>(currentCommand(0))->canPerform(message);
+}
+
+GCommand* GMacroCommand::currentCommand(int32_t index) const {
+    auto* added = static_cast<GCommand*>(commands.at(index));
+    GCommand* known = gCommandManager ? gCommandManager->findCommandWithHistory(added->category, added->name) : nullptr;
+    return known ? known : added;
+}
+
+bool GMacroCommand::isAllowed(const ConstString& category, const ConstString& name) {
+    return category.compare("Edit") != 0 ||
+           std::ranges::none_of(kNotInMacros, [&](const char* refused) { return name.compare(refused) == 0; });
 }
 
 bool GMacroCommand::allowCommand(const ConstString& category, const ConstString& name) {
-    bool allowed = true;
-    if (category.compare("Edit") == 0)
-        for (const char* refused : kNotInMacros)
-            allowed = allowed && name.compare(refused) != 0;
+    const bool allowed = isAllowed(category, name);
     if (!allowed && gActionHooks.showText)
         gActionHooks.showText(kNotAllowed);
     return allowed;

@@ -27,9 +27,30 @@ constexpr FlagRow kFlags[] = {
     {"Unrenamed", FPreset::kRenamed  },
 };
 
-std::u16string nameOf(const FPresetItem& item) {
-    return item.getName();
-}
+/** Presets and lists that wait for another one of their name, the first of a name first. */
+class ItemsByName {
+public:
+    explicit ItemsByName(const CmArray& items) {
+        for (int32_t i = items.total() - 1; i >= 0; --i) {
+            auto* item = static_cast<FPresetItem*>(items.at(i));
+            if (item->isList() || classCast<FPreset>(item))
+                waiting[item->isList()][item->getName()].emplace_back(item);
+        }
+    }
+    /** Null: none waits any more. */
+    template <class Item>
+    IPtr<Item> take(const Item& like) {
+        std::vector<IPtr<FPresetItem>>& same = waiting[like.isList()][like.getName()];
+        if (same.empty())
+            return nullptr;
+        const IPtr<FPresetItem> first = same.back();
+        same.pop_back();
+        return IPtr<Item>(static_cast<Item*>(first.get()));
+    }
+
+private:
+    std::unordered_map<std::u16string, std::vector<IPtr<FPresetItem>>> waiting[2];  // presets, lists
+};
 }  // namespace
 
 IMPLEMENT_ABSTRACT_CLASS(FPresetItem, CmObject)
@@ -309,44 +330,42 @@ void FPresetList::adjustTo(FPresetList* other) {
         return;
     setName(other->getName());
     refresh();
-    std::unordered_map<std::u16string, std::vector<FPresetItem*>> known[2];  // presets, lists; the first one last
-    for (int32_t i = items.total() - 1; i >= 0; --i) {
-        auto* item = static_cast<FPresetItem*>(items.at(i));
-        known[item->isList()][nameOf(*item)].push_back(item);
-    }
-    const auto take = [&known](FPresetItem& item) -> FPresetItem* {
-        std::vector<FPresetItem*>& same = known[item.isList()][nameOf(item)];
-        FPresetItem* first = same.empty() ? nullptr : same.back();
-        if (first)
-            same.pop_back();
-        return first;
-    };
     other->refresh();
+    ItemsByName known(items);
     for (CmObject* each : other->items) {
-        auto* theirs = static_cast<FPresetItem*>(each);
-        OPtr<FPresetItem> mine((IPtr<FPresetItem>(take(*theirs))));
-        if (FPresetList* list = theirs->toList()) {
-            if (!mine && insertAt(mine = new FPresetList(list->getID()), -1))
-                mine->addRef();
-            mine->toList()->adjustTo(list);
-        } else if (const auto* preset = classCast<FPreset>(theirs)) {
-            if (!mine && insertAt(mine = new FPreset(nullptr, preset->getName()), -1))
-                mine->addRef();
-            auto* target = static_cast<FPreset*>(mine.get());
-            target->setObject(OPtr<CmObject>(IPtr<CmObject>(preset->getObject())).detach());
-            target->setFlags(preset->getFlags());
-        }
+        if (FPresetList* list = static_cast<FPresetItem*>(each)->toList())
+            adjustList(known.take<FPresetList>(*list), *list);
+        else if (const auto* preset = classCast<FPreset>(each))
+            adjustPreset(known.take<FPreset>(*preset), *preset);
     }
     changed();
+}
+
+void FPresetList::adjustList(IPtr<FPresetList> mine, FPresetList& theirs) {
+    if (!mine)
+        share(mine = OPtr<FPresetList>(new FPresetList(theirs.getID())));
+    mine->adjustTo(&theirs);
+}
+
+void FPresetList::adjustPreset(IPtr<FPreset> mine, const FPreset& theirs) {
+    if (!mine)
+        share(mine = OPtr<FPreset>(new FPreset(nullptr, theirs.getName())));
+    mine->setObject(IPtr<CmObject>(theirs.getObject()).detach());
+    mine->setFlags(theirs.getFlags());
+    mine->changed();
+}
+
+bool FPresetList::share(FPresetItem* item) {
+    if (!insertAt(item, -1))
+        return false;
+    item->addRef();
+    return true;
 }
 
 /** Only what is complete, and stands nowhere: others hold this list, or would stand in two. */
 bool FPresetList::takeLoaded(CmObject* loaded) {
     auto* item = classCast<FPresetItem>(loaded);
-    if (!item || !item->isComplete() || !insertAt(item, -1))
-        return false;
-    item->addRef();
-    return true;
+    return item && item->isComplete() && share(item);
 }
 
 void FPresetList::takeQueue(FAttributes& attributes, const char* key) {

@@ -13,6 +13,7 @@ constexpr const tchar* kFolderName = u"Presets";
 constexpr const tchar* kPoolFile = u"RAMPresets";
 constexpr const tchar* kOldFile = u"Presets2.bin";
 constexpr const tchar* kAside = u"Presets.new";  // a copy that isn't whole yet
+constexpr const char* kBackupSuffix = ".backup";
 constexpr const char* kPoolRoot = "Pool";
 constexpr const char* kListRoot = "PresetList";
 constexpr const char* kLists = "Lists";
@@ -168,23 +169,25 @@ void FPresetPool::merge(FPresetList* list) {
 
 // --- files
 
-bool FPresetPool::loadPool(const FNPath& folder) {
-    FNPath path = presetPath(folder, ConstString(kPoolFile), presetFileType);
-    const bool loaded = loadPresetFile(path, kPoolRoot, *this);
-    isSpoilt = !loaded && gFileSystem->fileExists(&path);
+bool FPresetPool::loadFile(FNPath& path, const char* root, CmObject& object) {
+    std::erase(spoilt, path);
+    const bool loaded = loadPresetFile(path, root, object);
+    if (!loaded && gFileSystem->fileExists(&path))
+        spoilt.push_back(path);
     return loaded;
 }
 
-bool FPresetPool::loadOwnFile(FPath& file) {
+bool FPresetPool::loadOwnFile(FNPath& path) {
     const OPtr<FPresetListOwnFile> list(new FPresetListOwnFile);
-    if (!loadPresetFile(file, kListRoot, *list))
+    if (!loadFile(path, kListRoot, *list))
         return false;
     merge(list);
     return true;
 }
 
 bool FPresetPool::load(const FNPath& folder) {
-    bool loaded = loadPool(folder);
+    FNPath poolFile = presetPath(folder, ConstString(kPoolFile), presetFileType);
+    bool loaded = loadFile(poolFile, kPoolRoot, *this);
     const OPtr<FFileIterator> files(gFileSystem->newIterator(&folder, false));
     for (FPath* file = files ? files->first() : nullptr; file; file = files->next()) {
         FString extension;
@@ -195,15 +198,29 @@ bool FPresetPool::load(const FNPath& folder) {
     return loaded;
 }
 
+/** Each of this folder once; false: one couldn't be copied. */
+bool FPresetPool::keepSpoilt(const FNPath& folder) {
+    bool kept = true;
+    std::erase_if(spoilt, [&](FNPath& path) {
+        FNPath parent(path), copy(path);
+        FString name(path.getFileName());
+        name += kBackupSuffix;
+        copy.setName(name.text16());
+        if (!parent.ascend() || !(parent == folder))
+            return false;
+        const bool isKept = !gFileSystem->fileExists(&path) || gFileSystem->copyFile(&path, &copy);
+        kept = kept && isKept;
+        return isKept;
+    });
+    return kept;
+}
+
 bool FPresetPool::store(const FNPath& folder) {
     if (ramLists.isEmpty())
         return true;
-    FNPath path = presetPath(folder, ConstString(kPoolFile), presetFileType);
-    FNPath kept = presetPath(folder, ConstString(kPoolFile), FXmlArchive::fileTypeBackup);
-    if (isSpoilt && gFileSystem->fileExists(&path) && !gFileSystem->copyFile(&path, &kept))
+    if (!keepSpoilt(folder))
         return false;
-    isSpoilt = false;
-    bool stored = savePresetFile(path, kPoolRoot, *this);
+    bool stored = savePresetFile(presetPath(folder, ConstString(kPoolFile), presetFileType), kPoolRoot, *this);
     std::set<std::u16string> taken;
     for (CmLinkedListIterator each(ramLists); !each.done();) {
         auto* list = static_cast<FPresetList*>(each.next());

@@ -50,7 +50,7 @@ public:
     /** An alias for nothing yet has no owner. */
     UAliasValue* newAliasValue(CmObject* owner, int32_t tag, const char* name);
     UValueProxy* newValueProxy(CmObject* owner, int32_t tag, const char* name);
-    /** Owned by a command, which it triggers; by nobody when there is no such command. */
+    /** Its owner is a command, shared, which it triggers; nobody when there is no such command. */
     UValue* newCommandValue(const char* category, const char* command, const char* name);
 
     /** Takes the caller's reference over, as does the next. */

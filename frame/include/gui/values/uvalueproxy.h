@@ -107,11 +107,13 @@ protected:
 
     UValue* delegate = nullptr;  // counted, but in a UValueGuard
 
+    /** Does something that may reach an owner, who may exchange the delegate meanwhile. */
+    template <class Operation>
+    auto act(Operation operation) -> decltype(operation(*delegate));
+
 private:
     bool followConnection();
     bool speaksForDelegate() const;
-    template <class Operation>
-    auto act(Operation operation) -> decltype(operation(*delegate));
 
     bool isOwnOwner = false;  // it was connected here, not taken over from the delegate
 };

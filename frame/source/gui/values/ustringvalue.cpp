@@ -173,7 +173,8 @@ bool UStringListValue::restoreAttributes(FAttributes& attributes) {
 void UStringListValue::toString(FString& text) {
     if (representAsText(text))
         return;
-    const CmString* selected = value < min ? nullptr : stringOf(strings.at(value - min));
+    const int64_t index = int64_t(value) - min;
+    const CmString* selected = index < strings.total() ? stringOf(strings.at(int32_t(index))) : nullptr;
     text = selected ? ConstString(*selected) : ConstString();
 }
 
@@ -266,6 +267,7 @@ void UStringListValue::removeAll() {
     strings.removeAll();
     setMin(-1);
     setMax(-1);
+    setValue(-1);  // a list whose strings went one by one has that max already
     changed();
 }
 
@@ -296,10 +298,11 @@ bool URecentStringListValue::restoreAttributes(FAttributes& attributes) {
 }
 
 bool URecentStringListValue::addString(const tchar* text) {
+    const CmString added(text);  // what is passed may be the string that goes
     removeAt(getIndex(text));
     if (countStrings() == maxRecent)
         removeAt(maxRecent);  // one past the last: nothing goes
-    return insertString(0, text);
+    return insertString(0, added.text16());
 }
 
 void URecentStringListValue::setMaxRecent(int32_t count) {

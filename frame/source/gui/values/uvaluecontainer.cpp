@@ -97,8 +97,10 @@ UValueProxy* UValueContainer::newValueProxy(CmObject* owner, int32_t tag, const 
 }
 
 UValue* UValueContainer::newCommandValue(const char* category, const char* command, const char* name) {
-    CmObject* owner = gValueHooks.commandByName ? gValueHooks.commandByName(category, command) : nullptr;
-    return addNew(new UValue, owner, 0, name);
+    IPtr<CmObject> owner(gValueHooks.commandByName ? gValueHooks.commandByName(category, command) : nullptr);
+    UValue* value = addNew(new UValue, nullptr, 0, name);
+    value->connect(owner.detach(), 0, true);  // commands may be taken away
+    return value;
 }
 
 UValue* UValueContainer::addValue(UValue* value, const char* name) {

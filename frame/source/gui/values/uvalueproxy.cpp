@@ -43,7 +43,6 @@ void UValueProxy::update(CmObject* source, int32_t message) {
     CmObject::changed(message);
 }
 
-/** Does something that may reach an owner, who may exchange the delegate meanwhile. */
 template <class Operation>
 auto UValueProxy::act(Operation operation) -> decltype(operation(*delegate)) {
     const IPtr<UValue> kept(delegate);
@@ -53,8 +52,7 @@ auto UValueProxy::act(Operation operation) -> decltype(operation(*delegate)) {
 void UValueProxy::connect(CmObject* newOwner, int32_t newTag, bool owned) {
     UValue::connect(newOwner, newTag, owned && !delegate);
     isOwnOwner = !owned;
-    if (delegate)
-        delegate->connect(newOwner, newTag, owned);
+    act([=](UValue& value) { value.connect(newOwner, newTag, owned); });
     CmObject::changed();
 }
 
@@ -63,7 +61,7 @@ void UValueProxy::connect(IPlugController* controller, int32_t newTag) {
         UValue::connect(controller, newTag);
         return;
     }
-    delegate->connect(controller, newTag);
+    act([=](UValue& value) { value.connect(controller, newTag); });
     followConnection();
     CmObject::changed();
 }
@@ -304,14 +302,13 @@ void UAliasValue::update(CmObject* source, int32_t message) {
 
 void UAliasValue::connect(CmObject* newOwner, int32_t newTag, bool owned) {
     if (delegate)
-        delegate->connect(newOwner, newTag, owned);
+        act([=](UValue& value) { value.connect(newOwner, newTag, owned); });
     else if (owned && newOwner)
         newOwner->release();
 }
 
 void UAliasValue::connect(IPlugController* controller, int32_t newTag) {
-    if (delegate)
-        delegate->connect(controller, newTag);
+    act([=](UValue& value) { value.connect(controller, newTag); });
 }
 
 void UAliasValue::delegateTo(UValue* wanted) {

@@ -4,6 +4,7 @@
 #include "storage/fxmlarchive.h"
 #include "storage/hooks.h"
 #include "tests/frame/source/storage/tempfolder.h"
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace Tessarine;
@@ -95,6 +96,46 @@ TEST_F(Defaults, EveryKindComesBackInTheNextRun) {
     EXPECT_TRUE(group->getString16("longest", text) && text.length() == longest.size());
     EXPECT_TRUE(found.fromDefault("here") && found == path);
     EXPECT_FALSE(found.fromDefault("there"));
+}
+
+/** What a module hands in may not cost the program its settings. */
+TEST_F(Defaults, NoTextSpoilsTheFile) {
+    const std::u16string lowest = u"\u0001", paired = u"\U0001F600", none = u"\uFFFE";
+    for (const std::u16string& text : {lowest, paired, none, std::u16string(u"\t\r\n"), std::u16string(u" a  b "),
+                                       std::u16string(u"\u0085\u2028<>&'\""), u"x" + lowest}) {
+        const String shown(text.c_str());
+        SCOPED_TRACE(testing::Message() << std::hex << int32_t(text[0]));
+        String narrow(shown), found;
+        narrow.toMultiByte();
+        const char* name = narrow.text8();
+        gDefaults->setLong("good", "k", 5);
+        const bool taken = gDefaults->setString16("texts", "k", text.c_str()) == kResultOk;
+        const bool takenKey = gDefaults->setLong("keys", name, 6) == kResultOk;
+        const bool takenGroup = gDefaults->setLong(name, "k", 7) == kResultOk;
+        gDefaults->postInit();
+        EXPECT_TRUE(gDefaults->save(false));
+        restart();
+        EXPECT_EQ(numberOf("good", "k"), 5) << content();
+        const FDefaults* texts = gDefaults->findDefaults("texts");
+        EXPECT_TRUE(!taken || (texts && texts->getString16("k", found) && found == shown)) << content();
+        EXPECT_TRUE(!takenKey || numberOf("keys", name) == 6) << content();
+        EXPECT_TRUE(!takenGroup || numberOf(name, "k") == 7) << content();
+        FDefaultPool::unuse();
+        FDefaultPool::use();
+    }
+    FNPath longest((u"/" + std::u16string(3000, u'x')).c_str(), kFilePath);
+    gDefaults->setLong("good", "k", 5);
+    EXPECT_FALSE(longest.storeAsDefault("path"));
+    for (const double number : {HUGE_VAL, std::nan(""), 1e-310})
+        gDefaults->setDouble("numbers", std::to_string(number).c_str(), number);
+    gDefaults->postInit();
+    EXPECT_TRUE(gDefaults->save(false));
+    restart();
+    EXPECT_EQ(numberOf("good", "k"), 5) << content();
+    double number = 0;
+    EXPECT_TRUE(gDefaults->getDouble("numbers", "inf", number) == kResultFalse || number == HUGE_VAL) << number;
+    EXPECT_EQ(gDefaults->getDouble("numbers", std::to_string(1e-310).c_str(), number), kResultOk);
+    EXPECT_EQ(number, 1e-310);
 }
 
 TEST_F(Defaults, AnotherVersionDropsTheGroup) {

@@ -1,13 +1,17 @@
 #include "graphed/gcommand.h"
+#include "base/fdefaults.h"
 #include "base/source/updatehandler.h"
 #include "graphed/gactionprocessor.h"
 #include "graphed/gcommandmanager.h"
 #include "graphed/gkeycommandsfile.h"
 #include "graphed/hooks.h"
+#include "gui/values/uvaluecontainer.h"
 #include "storage/fmstream.h"
 #include "storage/fnewarchive.h"
 #include "storage/fpersistent.h"
 #include "storage/fxmlarchive.h"
+#include "storage/hooks.h"
+#include "tests/frame/source/storage/tempfolder.h"
 #include "tests/support/uncounted.h"
 #include <gtest/gtest.h>
 
@@ -58,6 +62,16 @@ protected:
     Handler handler;
     inline static std::string shown;
 };
+
+TEST_F(CommandTest, IsTriggeredByItsValues) {
+    OPtr<UValueContainer> values(new UValueContainer);
+    EXPECT_EQ(values->newCommandValue("Edit", "None", "none")->getOwner(), nullptr);
+    values->newCommandValue("Edit", "Cut", "cut")->setTargetValue(1);
+    EXPECT_EQ(std::exchange(handler.heard, {}), "!Edit/Cut ");
+    EXPECT_EQ(manager.removeAction("Edit", "Cut"), kResultOk);
+    values->toggleValue("cut");  // its command is still its own
+    EXPECT_EQ(handler.heard, "!Edit/Cut ");
+}
 
 TEST_F(CommandTest, FiresAndMapsTheAnswer) {
     struct Row {
@@ -256,5 +270,38 @@ TEST_F(CommandTest, BinaryFilesThatAreCutOffChangeNothing) {
     whole.rewind();
     FNewArchive reader(&whole, false);
     EXPECT_FALSE(manager.internalize(reader));
+}
+
+/** A program's files, as its defaults load and save. */
+TEST_F(CommandTest, KeysComeAndGoWithTheDefaults) {
+    static const TempFolder* user;
+    const TempFolder folder;
+    const StorageHooks before = gStorageHooks;
+    user = &folder;
+    gStorageHooks.standardFolder = [](int32_t number, FNPath& path) {
+        path = user->self();
+        return number == kUserFolder;
+    };
+    const auto restart = [](bool isGuest) {
+        FDefaultPool::unuse();
+        FDefaultPool::isGuest = isGuest;
+        FDefaultPool::use()->load();
+        gDefaults->postInit();
+    };
+    folder.write("Key Commands.bin", "bad");
+    folder.write("Key Commands.xml", "<KeyCommands>");
+    restart(true);
+    manager.addKeyCommand(UKeyCode(u'x'), ConstString("Edit"), ConstString("Cut"));
+    PreDefSaveGCommandManager();
+    EXPECT_EQ(folder.names(), (std::set<std::string>{"Key Commands.bin", "Key Commands.xml"})) << "a guest only reads";
+    EXPECT_EQ(folder.read("Key Commands.xml"), "<KeyCommands>");
+    restart(false);
+    EXPECT_EQ(folder.names(), (std::set<std::string>{"Key Commands.xml", "Key Commands.xml.backup"}));
+    EXPECT_TRUE(gDefaults->save(true));
+    manager.removeAllKeyCommands();
+    restart(false);
+    EXPECT_EQ(keysOf("Edit", "Cut"), "X");
+    FDefaultPool::unuse();
+    gStorageHooks = before;
 }
 }  // namespace

@@ -195,6 +195,31 @@ TEST_F(Presets, WhatCannotBeTakenInLeavesMemoryAndACopyOfTheFile) {
     EXPECT_EQ(reloaded(u"id"), "B=a?;");
 }
 
+/** Also when others could be read in its place. */
+TEST_F(Presets, TheUsersFilesThatCannotBeReadStayAsCopies) {
+    for (const bool ownFile : {false, true})
+        pool->getRAMList(ownFile ? u"own" : u"id", ownFile)->addPreset(object(u"a"), u"A", true, -1);
+    for (const TempFolder* folder : folders) {
+        fs::create_directory(folder->path / "Presets");
+        ASSERT_TRUE(pool->store(folder->at("Presets")));
+    }
+    user.write("Presets/RAMPresets.xml", "mine");
+    user.write("Presets/own.pxml", "mine too");
+    for (const char* copy : {"RAMPresets.xml.backup", "own.pxml.backup"})
+        fs::create_directory(user.path / "Presets" / copy);
+    PostDefLoadFPresetPool();
+    ASSERT_EQ(gPresetPool->countRAMLists(), 2);
+    PreDefSaveFPresetPool();
+    EXPECT_EQ(user.read("Presets/RAMPresets.xml"), "mine") << "no copy could be made";
+    for (const char* copy : {"RAMPresets.xml.backup", "own.pxml.backup"})
+        fs::remove(user.path / "Presets" / copy);
+    for (int32_t twice = 0; twice < 2; ++twice)
+        PreDefSaveFPresetPool();
+    EXPECT_EQ(user.read("Presets/RAMPresets.xml.backup"), "mine");
+    EXPECT_EQ(user.read("Presets/own.pxml.backup"), "mine too");
+    EXPECT_EQ(user.read("Presets/own.pxml"), application.read("Presets/own.pxml"));
+}
+
 TEST_F(Presets, AFolderHoldsAFileForEachPreset) {
     user.write("outside.xml", "<Presets/>");
     FFilePresetList* list = fileList();

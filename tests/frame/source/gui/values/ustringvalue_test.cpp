@@ -82,6 +82,7 @@ const MutationRow kMutations[] = {
     {"only one",                  [](List& l) { return l.addString(u"e"); },                    true,  {0, 0, 0, u"e"}  },
     {"the last leaves the value", [](List& l) { return l.removeAt(0); },                        true,  {0, 0, -1, u""}  },
     {"on nothing",                [](List& l) { return l.getStringAt(0) != nullptr; },          false, {0, 0, -1, u""}  },
+    {"remove all of nothing",     [](List& l) { return l.removeAllStrings(), false; },          false, {-1, -1, -1, u""}},
 };
 
 TEST(UStringListValue, EveryMutationKeepsTheRange) {
@@ -115,6 +116,11 @@ TEST(UStringListValue, KeepsItsSelectionInAttributesNotInArchives) {
     rest->set("Value", 1);
     source->restoreAttributes(*rest);
     EXPECT_EQ(stateOf(*source), (ListState{1, 0, 2, u"b"}));
+    for (const char* key : {"Max", "Value"})
+        rest->set(key, INT32_MAX);
+    rest->set("Min", INT32_MIN);
+    source->restoreAttributes(*rest);
+    EXPECT_EQ(stateOf(*source), (ListState{INT32_MAX, INT32_MIN, INT32_MAX, u""}));
 }
 
 TEST(URecentStringListValue, GrowsPastItsMaximumUntilItIsCut) {
@@ -131,6 +137,8 @@ TEST(URecentStringListValue, GrowsPastItsMaximumUntilItIsCut) {
     EXPECT_EQ(textsOf(*list), u"acb");
     EXPECT_EQ(textsOf(*copy), u"acb");
     EXPECT_EQ(copy->getMaxRecent(), 2);
+    EXPECT_TRUE(copy->addString(copy->getStringAt(2)));
+    EXPECT_EQ(textsOf(*copy), u"bac");
     for (const auto& [count, left] : {
              std::pair(3, u"acb"), {2,  u"ac"},
                {-1, u""  }

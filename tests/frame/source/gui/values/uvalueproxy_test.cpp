@@ -186,7 +186,7 @@ TEST_F(UValueProxies, OwnersMayExchangeTheDelegateMeanwhile) {
     owner.proxy = proxy;
     for (const auto act :
          {+[](UValueProxy& of) { of.resetToDefaultValue(); }, +[](UValueProxy& of) { of.endEdit(false); },
-          +[](UValueProxy& of) { of.setTargetValue(1); }}) {
+          +[](UValueProxy& of) { of.setTargetValue(1); }, +[](UValueProxy& of) { of.updateTarget(); }}) {
         OPtr<UIntDefValue> value(new UIntDefValue(0, 9, 5));
         value->canAutomate(true);
         value->connect(&owner, 0, false);
@@ -195,6 +195,18 @@ TEST_F(UValueProxies, OwnersMayExchangeTheDelegateMeanwhile) {
         act(*proxy);
         EXPECT_EQ(proxy->getValueObject(), nullptr);
     }
+    struct Leaving : CmObject {
+        ~Leaving() override { proxy->delegateTo(nullptr); }
+        UValueProxy* proxy = nullptr;
+    };
+    auto* leaving = new Leaving;
+    leaving->proxy = proxy;
+    OPtr<UIntValue> value(new UIntValue);
+    value->connect(leaving, 0, true);
+    proxy->delegateTo(value);
+    value = nullptr;
+    proxy->connect(nullptr, 0, false);
+    EXPECT_EQ(proxy->getValueObject(), nullptr);
 }
 
 TEST_F(UValueProxies, TellAtOnceWhileUpdatesAreBroughtOut) {

@@ -23,7 +23,7 @@ constexpr const char* kContents = "Contents";
 constexpr const char* kObjectExtension = ".so";
 constexpr std::string_view kPlatform = "-linux";  // behind the machine, the name of a folder of code
 constexpr std::string_view kVersionKey = "<key>CFBundleVersion</key>", kText = "<string>", kTextEnd = "</string>";
-constexpr size_t kMaxPropertyList = 65536;  // bytes that are looked at
+constexpr uintmax_t kMaxPropertyList = 65536;  // bytes that are looked at
 
 std::string machineFolder() {
     return std::string(machineOfProgram()).append(kPlatform);
@@ -71,8 +71,9 @@ int64_t timeOf(const fs::path& file) {
 
 /** As it stands in the property list, which programs write and not people. */
 std::string versionIn(const fs::path& propertyList) {
+    std::error_code failure;
+    std::string content(std::min<uintmax_t>(fs::file_size(propertyList, failure), kMaxPropertyList), 0);
     std::ifstream stream(propertyList, std::ios::binary);
-    std::string content(kMaxPropertyList, 0);
     content.resize(size_t(stream.read(content.data(), std::streamsize(content.size())).gcount()));
     const size_t key = content.find(kVersionKey);
     const size_t text = key == std::string::npos ? key : content.find_first_not_of(" \t\r\n", key + kVersionKey.size());

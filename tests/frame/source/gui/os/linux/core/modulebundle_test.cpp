@@ -105,7 +105,8 @@ TEST_F(ModuleBundleTest, RefusesWhatIsNoModuleForThisMachine) {
         expectRefusal(object, kForeign);
     }
     install();
-    for (const uintmax_t size : {fs::file_size(object) / 2, uintmax_t(sizeof(Elf64_Ehdr)), uintmax_t(sizeof(Elf64_Ehdr) - 1)}) {
+    for (const uintmax_t size :
+         {fs::file_size(object) / 2, uintmax_t(sizeof(Elf64_Ehdr)), uintmax_t(sizeof(Elf64_Ehdr) - 1)}) {
         fs::resize_file(object, size);  // the loader would map what isn't there
         expectRefusal(object, kForeign);
     }
