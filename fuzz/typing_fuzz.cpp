@@ -61,8 +61,8 @@ constexpr Kind kKinds[] = {
     {makeList, true},
     {make<URationalValue>, false}, // the magnitude of the lowest integer is none
     {make<URationalValue, 1, 1, URationalValue::kPositiveOnly>, true},
-    {make<USecondsValue>, true},
-    {make<UDateValue>, true},
+    {make<USecondsValue>, false},
+    {make<UDateValue>, false},
     {make<UColorValue>, true},
     {makeFormated<kSampleRateFormat>, false},
     {makeFormated<kFileSizeFormat>, false},

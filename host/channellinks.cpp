@@ -12,6 +12,10 @@ bool isLinked(const ParamRow& param) {
 ChannelAddress channelOf(const Place& place) {
     return {place.device, place.channel};
 }
+
+Place placeOf(const ChannelAddress& channel, const ParamRow* param) {
+    return {channel.device, param, channel.channel};
+}
 }  // namespace
 
 /** The slave of a linker: the place where a value of the slave stands, whichever that is at the moment. */
@@ -51,8 +55,7 @@ void ChannelLinks::add(const Link& link, bool now) {
     for (const ParamRow& param : kParams) {
         if (!isLinked(param))
             continue;
-        const Place slave = {link.slave.device, &param, link.slave.channel};
-        const OPtr<UValue> end(new End(*this, slave, link.allows48V));
+        const OPtr<UValue> end(new End(*this, placeOf(link.slave, &param), link.allows48V));
         pair.wires.push_back({&param, OPtr<UValueLinker>(new UValueLinker)});
         pair.wires.back().linker->addSlave(end);
     }
@@ -77,7 +80,7 @@ std::vector<ChannelLinks::Link> ChannelLinks::all() const {
 
 void ChannelLinks::connect(const Pair& pair) {
     for (const Wire& wire : pair.wires) {
-        IValue* value = remote.getValue({pair.link.master.device, wire.param, pair.link.master.channel});
+        IValue* value = remote.getValue(placeOf(pair.link.master, wire.param));
         wire.linker->addMaster(classCast<UValue>(commonObject(value)));
     }
 }
@@ -91,21 +94,22 @@ void ChannelLinks::deviceFound(int32_t device) {
 
 // --- following
 
-void ChannelLinks::push(const Place& target, float level, bool allows48V) {
-    IValue* value = remote.getValue(target);
+bool ChannelLinks::push(const Place& target, float level, bool allows48V) {
+    const IPtr<IValue> value = remote.getValue(target);
     if (!isOpen || !value || (!allows48V && switches48VOn(remote, target, int32_t(level))))
-        return;
+        return false;
     value->setValueFloat(level, true);
+    return true;
 }
 
 void ChannelLinks::follow(const Place& place) {
     const Pair* pair = place.param && isLinked(*place.param) ? pairOf(channelOf(place)) : nullptr;
-    IValue* value = remote.getValue(place);
-    if (!pair || !value)
+    IValue* value = pair ? remote.getValue(place) : nullptr;
+    if (!value)
         return;
-    const Place master = {pair->link.master.device, place.param, pair->link.master.channel};
-    push(master, value->getValueFloat(), pair->link.allows48V);
-    follow(master);
+    const Place master = placeOf(pair->link.master, place.param);
+    if (push(master, value->getValueFloat(), pair->link.allows48V))
+        follow(master);
 }
 
 std::vector<Place> ChannelLinks::group(const Place& place) const {
@@ -113,7 +117,7 @@ std::vector<Place> ChannelLinks::group(const Place& place) const {
         return {place};
     Place top = place;
     while (const Pair* pair = pairOf(channelOf(top)))
-        top = {pair->link.master.device, place.param, pair->link.master.channel};
+        top = placeOf(pair->link.master, place.param);
     std::vector<Place> found;
     collect(top, found);
     return found;
@@ -123,13 +127,13 @@ void ChannelLinks::collect(const Place& top, std::vector<Place>& found) const {
     found.push_back(top);
     for (const Pair& pair : pairs)
         if (pair.link.master == channelOf(top))
-            collect({pair.link.slave.device, top.param, pair.link.slave.channel}, found);
+            collect(placeOf(pair.link.slave, top.param), found);
 }
 
 std::vector<Place> ChannelLinks::groups(const ChannelAddress& channel) const {
     std::vector<Place> found;
     for (const ParamRow& param : kParams)
         if (isLinked(param))
-            std::ranges::copy(group({channel.device, &param, channel.channel}), std::back_inserter(found));
+            std::ranges::copy(group(placeOf(channel, &param)), std::back_inserter(found));
     return found;
 }

@@ -69,7 +69,8 @@ private:
 
     const Pair* pairOf(const ChannelAddress& slave) const;
     void connect(const Pair& pair);
-    void push(const Place& target, float level, bool allows48V);
+    /** false: it was left alone. */
+    bool push(const Place& target, float level, bool allows48V);
     void collect(const Place& top, std::vector<Place>& found) const;
 
     Remote& remote;

@@ -53,16 +53,6 @@ bool scanInRange(const std::string& word, int64_t low, int64_t high, int64_t& va
 }
 }  // namespace
 
-Json valueOf(const ParamAddress& address, IValue* value) {
-    if (address.param->isText)
-        return textOf(value);
-    return value->getValueInt();
-}
-
-Json describe(const ParamAddress& address, IValue* value) {
-    return describe(address, address.param->isText ? Setting(textOf(value)) : Setting(value->getValueInt()));
-}
-
 Json describe(const Place& place, const Setting& setting) {
     Json fields = {
         {"id", place.device}
@@ -251,14 +241,13 @@ void Commands::endWaiting(bool ok, const char* why) {
 bool Commands::devices(const Words& /*words*/) {
     Json list = Json::array();
     for (const int32_t device : remote.getDevices()) {
-        const ParamAddress name = {device, findParam("devName"), -1}, mode = {device, findParam("devMode"), -1};
-        IValue* nameValue = remote.getValue(name);
-        IValue* modeValue = remote.getValue(mode);
-        if (nameValue && modeValue)
+        IValue* name = remote.getValue({device, findParam("devName"), -1});
+        IValue* mode = remote.getValue({device, findParam("devMode"), -1});
+        if (name && mode)
             list.push_back({
                 {"id", device},
-                {"name", valueOf(name, nameValue)},
-                {"mode", valueOf(mode, modeValue)},
+                {"name", textOf(name)},
+                {"mode", mode->getValueInt()},
                 {"channel", remote.getChannel(device)}
             });
     }
@@ -284,12 +273,19 @@ bool Commands::scanAddress(const Words& words, size_t more, ParamAddress& addres
     return remote.getValue(address) || refuse("no device " + words[1]);
 }
 
+bool Commands::tellSetting(const ParamAddress& address) {
+    const std::optional<Setting> setting = settingAt(remote, address);
+    if (!setting)
+        return refuse("device " + std::to_string(address.device) + " has gone");
+    fields = describe(address, *setting);
+    return true;
+}
+
 bool Commands::get(const Words& words) {
     ParamAddress address = {};
     if (!scanAddress(words, 0, address))
         return false;
-    fields = describe(address, remote.getValue(address));
-    return true;
+    return tellSetting(address);
 }
 
 bool Commands::set(const Words& words) {
@@ -304,8 +300,7 @@ bool Commands::set(const Words& words) {
     const Editor::Result result = editor.set(address, address.param->isText ? Setting(text) : Setting(bounded));
     if (!result.refusal.empty())
         return refuse(result.refusal);
-    fields = describe(address, remote.getValue(address));
-    return true;
+    return tellSetting(address);
 }
 
 bool Commands::assign(const Words& words) {

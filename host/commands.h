@@ -63,6 +63,7 @@ private:
     bool quit(const Words& words);
 
     bool scanAddress(const Words& words, size_t more, ParamAddress& address);
+    bool tellSetting(const ParamAddress& address);
     bool scanChannels(const Words& words, ChannelAddress& one, ChannelAddress& other);
     bool recall(const Words& words);
     bool tell(const Editor::Result& result, Setting Change::*side);
@@ -83,11 +84,7 @@ private:
     std::string error;
 };
 
-/** The value as it stands in replies and events. */
-Json valueOf(const ParamAddress& address, Tessarine::IValue* value);
-/** id, param, ch and value, as in replies and events. */
-Json describe(const ParamAddress& address, Tessarine::IValue* value);
-/** The same of a setting; of an assignment id and channel. */
+/** As in replies and events: id, param, ch and value; of an assignment id and channel. */
 Json describe(const Place& place, const Setting& setting);
 /** id and ch. */
 Json describe(const ChannelAddress& channel);

@@ -42,7 +42,7 @@ void Console::valueChanged(const ParamAddress& address) {
     Json event = {
         {"event", "value"}
     };
-    event.update(describe(address, value));
+    event.update(describe(address, settingOf(*address.param, value)));
     put(event);
 }
 

@@ -43,6 +43,8 @@ Changes Editor::recorded(const std::vector<Place>& places, const Work& work) {
 Editor::Result Editor::set(const Place& place, const Setting& setting) {
     Result result;
     bool done = false;
+    if (place != std::exchange(lastSet, place))
+        history.endGesture();
     result.made = recorded(links.group(place), [&] {
         done = putSetting(remote, place, setting);
         links.follow(place);
@@ -74,9 +76,11 @@ Editor::Result Editor::assign(int32_t device, int32_t channel) {
 
 Editor::Result Editor::turn(const Changes* step, Setting Change::*side, bool (History::*go)(), bool allow48V) {
     Result result;
-    if (!step)
+    if (!step) {
         result.refusal = "there is no step";
-    for (const Change& change : step ? *step : Changes()) {
+        return result;
+    }
+    for (const Change& change : *step) {
         if (!settingAt(remote, change.place))
             result.missing.insert(change.place.device);
         else
@@ -84,7 +88,7 @@ Editor::Result Editor::turn(const Changes* step, Setting Change::*side, bool (Hi
         if (!allow48V && switches48VOn(remote, change.place, change.*side))
             result.refusal = textOf(change.place) + " would come on; --allow-48v lets it";
     }
-    if (step && result.made.empty())
+    if (result.made.empty())
         result.refusal = "no device " + std::to_string(step->front().place.device);
     if (!result.refusal.empty())
         return result;
@@ -104,37 +108,55 @@ Editor::Result Editor::link(const ChannelLinks::Link& link, bool now) {
 }
 
 bool Editor::saveScene(const std::string& name, std::string& error) {
+    if (remote.getDevices().empty()) {
+        error = "no device is there";
+        return false;
+    }
     const OPtr<Scene> scene(new Scene);
     for (const int32_t device : remote.getDevices())
         scene->take(remote, device);
     return scenes.save(name, scene, error);
 }
 
-Editor::Result Editor::recallScene(const std::string& name, bool allow48V) {
-    Result result;
-    Scene* scene = scenes.find(name, result.refusal);
-    if (!scene)
-        return result;
-    std::vector<Place> places;
-    std::vector<Scene::Entry> differing;
-    for (const Scene::Entry& entry : scene->getEntries()) {
+/** What is to be put; the others go into the result. */
+std::vector<Scene::Entry> Editor::differing(const Scene& scene, bool allow48V, Result& result) {
+    std::vector<Scene::Entry> found;
+    for (const Scene::Entry& entry : scene.getEntries()) {
         const std::optional<Setting> now = settingAt(remote, entry.place);
         if (!now)
             result.missing.insert(entry.place.device);
         else if (!allow48V && switches48VOn(remote, entry.place, entry.setting))
             result.left.push_back(entry.place);
         else if (*now != Setting(entry.setting))
-            differing.push_back(entry);
+            found.push_back(entry);
     }
-    for (const Scene::Entry& entry : differing) {
-        const bool isValue = entry.place.param;
-        for (const Place& place : isValue ? std::vector{entry.place} : assignments(entry.place.device, entry.setting))
-            if (isValue || std::ranges::find(places, place) == places.end())
-                places.push_back(place);
+    return found;
+}
+
+/** Each once; an assignment changes that of another device too. */
+std::vector<Place> Editor::changedBy(const std::vector<Scene::Entry>& entries) {
+    std::vector<Place> values, assigned;
+    for (const auto& [place, setting] : entries) {
+        if (place.param)
+            values.push_back(place);
+        else
+            for (const Place& each : assignments(place.device, setting))
+                if (std::ranges::find(assigned, each) == assigned.end())
+                    assigned.push_back(each);
     }
+    assigned.insert(assigned.end(), values.begin(), values.end());
+    return assigned;
+}
+
+Editor::Result Editor::recallScene(const std::string& name, bool allow48V) {
+    Result result;
+    const Scene* scene = scenes.find(name, result.refusal);
+    if (!scene)
+        return result;
+    const std::vector<Scene::Entry> entries = differing(*scene, allow48V, result);
     const ChannelLinks::Pause pause(links);  // the scene says itself what each channel has
-    result.made = recorded(places, [&] {
-        for (const Scene::Entry& entry : differing)
+    result.made = recorded(changedBy(entries), [&] {
+        for (const Scene::Entry& entry : entries)
             putSetting(remote, entry.place, entry.setting);
     });
     history.add("scene", "recall " + name, result.made);

@@ -44,9 +44,12 @@ private:
     Changes recorded(const std::vector<Place>& places, const Work& work);
     Result turn(const Changes* step, Setting Change::*side, bool (History::*go)(), bool allow48V);
     std::vector<Place> assignments(int32_t device, int32_t channel);
+    std::vector<Place> changedBy(const std::vector<Scene::Entry>& entries);
+    std::vector<Scene::Entry> differing(const Scene& scene, bool allow48V, Result& result);
 
     Remote& remote;
     ChannelLinks links;
     History history;
     Scenes scenes;
+    Place lastSet = {};
 };

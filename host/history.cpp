@@ -28,13 +28,18 @@ public:
             putSetting(remote, change.place, change.after);
         return true;
     }
+    /** What both have changed is one change. */
     bool uniteWith(IActionTarget* later) override {
         const auto* other = classCast<RemoteChanges>(commonObject(later));
-        const auto samePlace = [](const Change& one, const Change& two) { return one.place == two.place; };
-        if (!other || other->gesture != gesture || !std::ranges::equal(changes, other->changes, samePlace))
+        if (!other || other->gesture != gesture)
             return false;
-        for (size_t i = 0; i < changes.size(); ++i)
-            changes[i].after = other->changes[i].after;
+        for (const Change& change : other->changes) {
+            const auto mine = std::ranges::find(changes, change.place, &Change::place);
+            if (mine == changes.end())
+                changes.push_back(change);
+            else
+                mine->after = change.after;
+        }
         return true;
     }
 

@@ -4,7 +4,7 @@
 
 /** What was set, as steps that can be taken back and made again. They know places, never values, since these go with a port.
 
-    Unites    settings of the same places that follow one another quickly are one step, unless endGesture came between.
+    Unites    what follows one another quickly is one step, unless endGesture came between.
     Threads   main. */
 class History {
 public:

@@ -51,7 +51,7 @@ std::string refusalOf(const std::string& path) {
     const OPtr<ModuleBundle> bundle(ModuleBundle::open(path, why));
     if (!bundle)
         return why;
-    return LoadReport::text().empty() ? bundle->getExecutablePath() + ": offers no classes" : LoadReport::text();
+    return LoadReport::text().empty() ? bundle->getExecutablePath() + ": offers nothing for this host" : LoadReport::text();
 }
 
 FModule* moduleOf(FComponentDescription* description) {
@@ -106,8 +106,12 @@ bool ModuleHost::findModule(const std::string& given, std::string& error) {
         registry->findModules();
     } else {
         registry->setScanned();  // this one, and no other
-        if (std::error_code failure; named.fromPlatformPath(fs::absolute(given, failure).c_str()))
-            module = classCast<FModule>(registry->addModule(&named));
+        std::error_code failure;
+        if (!named.fromPlatformPath(fs::absolute(given, failure).c_str())) {
+            error = given + ": not a name in UTF-8";
+            return false;
+        }
+        module = classCast<FModule>(registry->addModule(&named));
     }
     if (given.empty() || module)
         service = serviceOf(module);

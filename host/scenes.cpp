@@ -14,11 +14,15 @@ constexpr const char* kDevices = "Devices";
 constexpr const char* kID = "ID";
 constexpr const char* kChannel = "Channel";
 constexpr int32_t kMaxDevice = 255;
+constexpr size_t kMaxName = 200;  // leaves room for a number and the extension
 
 std::string keyOf(const Place& place) {
     if (!place.param)
         return kChannel;
-    return place.param->name + (place.param->perChannel ? " " + std::to_string(place.channel) : std::string());
+    std::string key = place.param->name;
+    if (place.param->perChannel)
+        key.append(1, ' ').append(std::to_string(place.channel));
+    return key;
 }
 
 /** All places of a device that a scene knows, its assignment first. */
@@ -30,17 +34,18 @@ std::vector<Place> placesOf(int32_t device) {
     return places;
 }
 
-/** false: it can't be the name of a file. */
+bool isControl(char c) {
+    return uint8_t(c) < ' ' || c == 0x7F;
+}
+
+/** false: a file can't be called so, or isn't found under it again. */
 bool scanName(const std::string& name, String& wide, std::string& error) {
-    FString valid;
-    if (wideOf(name, wide)) {
-        valid = wide;
-        gFileSystem->makeValidName(valid);
-    }
-    if (!valid.isEmpty() && valid == wide && FPresetList::isValidName(wide.text16()))
-        return true;
     error = "a scene can't have this name";
-    return false;
+    if (name.empty() || name.size() > kMaxName || name[0] == '.' || std::ranges::any_of(name, isControl) ||
+        !wideOf(name, wide))
+        return false;
+    FString valid(wide);
+    return !gFileSystem->makeValidName(valid);
 }
 }  // namespace
 
@@ -89,17 +94,21 @@ bool Scene::restoreAttributes(FAttributes& attributes) {
     return true;
 }
 
-FPresetList* Scenes::list() {
-    return gPresetPool ? gPresetPool->getPresetList(kListID, FPresetList::kFolder, nullptr) : nullptr;
+/** At the folder as it is now. */
+FPresetList* Scenes::look() {
+    if (auto* seen = classCast<FFilePresetList>(list))
+        gPresetPool->removeFilePreset(seen);
+    list = gPresetPool ? gPresetPool->getPresetList(kListID, FPresetList::kFolder, nullptr) : nullptr;
+    return list;
 }
 
 int32_t Scenes::indexOf(const std::string& name, std::string& error) {
     String wide;
     if (!scanName(name, wide, error))
         return -1;
-    FPresetList* scenes = list();
-    for (int32_t i = 0; scenes && i < scenes->countPresets(false); ++i)
-        if (wide == scenes->getPresetName(i))
+    look();
+    for (int32_t i = 0; list && i < list->countPresets(false); ++i)
+        if (wide == list->getPresetName(i))
             return i;
     error = "no scene " + name;
     return -1;
@@ -110,13 +119,20 @@ bool Scenes::save(const std::string& name, Scene* scene, std::string& error) {
     if (!scanName(name, wide, error))
         return false;
     const int32_t old = indexOf(name, error);
-    FPresetList* scenes = list();
     scene->addRef();
-    const int32_t made = scenes ? scenes->addPreset(scene, wide.text16(), true, -1) : -1;
+    const int32_t made = list ? list->addPreset(scene, wide.text16(), true, -1) : -1;
     error = "the scene can't be written";
-    if (made < 0 || old < 0)
-        return made >= 0;
-    return scenes->removePresetAt(old) && scenes->setPresetName(made - (old < made), wide.text16());
+    return made >= 0 && replace(old, made, wide);
+}
+
+/** The new one comes behind the old one, and has another name as long as that is there. */
+bool Scenes::replace(int32_t old, int32_t made, const String& name) {
+    if (old >= 0 && list->removePresetAt(old))
+        return list->setPresetName(made - 1, name.text16()) && name == list->getPresetName(made - 1);
+    if (name == list->getPresetName(made))
+        return true;
+    list->removePresetAt(made);
+    return false;
 }
 
 bool Scenes::remove(const std::string& name, std::string& error) {
@@ -124,22 +140,25 @@ bool Scenes::remove(const std::string& name, std::string& error) {
     if (index < 0)
         return false;
     error = "the scene can't be deleted";
-    return list()->removePresetAt(index);
+    return list->removePresetAt(index);
 }
 
 Scene* Scenes::find(const std::string& name, std::string& error) {
     const int32_t index = indexOf(name, error);
-    auto* scene = index < 0 ? nullptr : classCast<Scene>(list()->getPresetObject(index));
-    if (index >= 0 && !scene)
+    auto* scene = index < 0 ? nullptr : classCast<Scene>(list->getPresetObject(index));
+    if (scene)
+        error.clear();
+    else if (index >= 0)
         error = "the scene can't be read";
     return scene;
 }
 
 std::vector<std::string> Scenes::names() {
     std::vector<std::string> found;
-    FPresetList* scenes = list();
-    for (int32_t i = 0; scenes && i < scenes->countPresets(false); ++i)
-        found.push_back(utf8Of(ConstString(scenes->getPresetName(i))));
+    look();
+    for (int32_t i = 0; list && i < list->countPresets(false); ++i)
+        if (const std::string name = utf8Of(ConstString(list->getPresetName(i))); !name.empty())
+            found.push_back(name);
     std::ranges::sort(found);
     return found;
 }

@@ -25,20 +25,24 @@ private:
     std::vector<Entry> entries;  // by device
 };
 
-/** The scenes of the user, each a file in the presets' folder "Scenes".
+/** The scenes of the user, each a file in the presets' folder "Scenes", which others may change meanwhile.
 
+    Names     at most 200 bytes in UTF-8, without a dot at the start, a blank at either end, control characters and "/*?".
     Results   false or null, and error says why. */
 class Scenes {
 public:
     /** Instead of one of this name. */
     bool save(const std::string& name, Scene* scene, std::string& error);
     bool remove(const std::string& name, std::string& error);
-    /** Borrowed for the moment. */
+    /** Borrowed until the next call. */
     Scene* find(const std::string& name, std::string& error);
     /** By name. */
     std::vector<std::string> names();
 
 private:
+    Tessarine::FPresetList* look();
     int32_t indexOf(const std::string& name, std::string& error);
-    Tessarine::FPresetList* list();
+    bool replace(int32_t old, int32_t made, const Tessarine::String& name);
+
+    Tessarine::FPresetList* list = nullptr;  // borrowed; null before the first look
 };

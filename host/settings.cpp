@@ -3,13 +3,15 @@
 
 using namespace Tessarine;
 
+Setting settingOf(const ParamRow& param, IValue* value) {
+    return param.isText ? Setting(textOf(value)) : Setting(value->getValueInt());
+}
+
 std::optional<Setting> settingAt(Remote& remote, const Place& place) {
     if (!place.param)
         return remote.isThere() ? std::optional<Setting>(remote.getChannel(place.device)) : std::nullopt;
     IValue* value = remote.getValue(place);
-    if (!value)
-        return std::nullopt;
-    return place.param->isText ? Setting(textOf(value)) : Setting(value->getValueInt());
+    return value ? std::optional<Setting>(settingOf(*place.param, value)) : std::nullopt;
 }
 
 bool putSetting(Remote& remote, const Place& place, const Setting& setting) {

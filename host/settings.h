@@ -21,6 +21,8 @@ struct Change {
 };
 using Changes = std::vector<Change>;
 
+/** What the value of this parameter holds. */
+Setting settingOf(const ParamRow& param, Tessarine::IValue* value);
 /** nullopt: there is no such place now. */
 std::optional<Setting> settingAt(Remote& remote, const Place& place);
 /** The value bounds it. false: there is no such place now, or the text is malformed. */

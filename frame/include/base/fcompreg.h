@@ -72,7 +72,7 @@ protected:
 class FPluginComponent : public FComponentDescription {
 public:
     FPluginComponent() = default;
-    /** module: borrowed, where the factory comes from; null: the factory is shared. */
+    /** Shares the module, where the factory comes from, or the factory when that is null. */
     FPluginComponent(const PClassInfoW& info, const PFactoryInfo& factoryInfo, FModule* module, IPluginFactory* factory,
                      FUnknown* context = nullptr);
 
@@ -94,7 +94,7 @@ public:
 private:
     FUnknown* createInstance();
 
-    FModule* module = nullptr;
+    IPtr<FModule> module;
     IPtr<IPluginFactory> factory;  // when there is no module
     IPtr<FUnknown> context;
     FString version, sdkVersion, subCategories;

@@ -13,6 +13,8 @@ struct ComponentEventHooks {
     void (*newComponent)(FComponentDescription& description) = nullptr;
 };
 extern ComponentEventHooks gComponentEventHooks;
+/** By the hook, if there is one. */
+void showComponentStatus(const tchar* text);
 
 /** Finds modules in folders, and remembers what they offer, so that one that hasn't changed needn't be loaded.
 
@@ -87,7 +89,7 @@ protected:
 private:
     struct Entry;
     bool openEntry(FModuleBase* module, Entry& entry);
-    void closeEntry(const Entry& entry);
+    bool closeEntry(const Entry& entry);
     FModuleBase* takeModule(OPtr<FModuleBase> module);
 
     bool cacheChanged = false;

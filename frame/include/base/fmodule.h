@@ -101,6 +101,24 @@ private:
     OPtr<IPluginFactory> factory;
 };
 
+/** An instance to the end of the block: the module stays loaded meanwhile. Null is allowed. */
+class FModulePin {
+public:
+    explicit FModulePin(FModuleBase* module) : module(module) {
+        if (module)
+            module->addInstance(nullptr);
+    }
+    ~FModulePin() {
+        if (module)
+            module->releaseInstance(nullptr);
+    }
+    FModulePin(const FModulePin&) = delete;
+    FModulePin& operator=(const FModulePin&) = delete;
+
+private:
+    FModuleBase* module;
+};
+
 /** What components that are made here are given as their host.
 
     Threads   main. */

@@ -85,6 +85,23 @@ private:
     std::array<char, 24> shortText{};
 };
 
+/** Targets in the order of execution; the first one, mostly the only one, needs no memory of its own. */
+class GActionTargets {
+public:
+    int32_t total() const { return first ? 1 + others.total() : 0; }
+    bool isEmpty() const { return !first; }
+    /** Null out of range. */
+    IActionTarget* at(int32_t index) const { return index == 0 ? first.get() : others.at(index - 1).get(); }
+    bool contains(IActionTarget* target) const { return target && (target == first || others.contains(target)); }
+    bool add(IActionTarget* target);
+    void removeAt(int32_t index);
+    void removeAll();
+
+private:
+    IPtr<IActionTarget> first;
+    TArray<IPtr<IActionTarget>> others{0, -1};
+};
+
 /** Something that a user does, made of targets which do the work, and named values for who interprets it.
 
     Owns      its targets. The node is that of the processor whose history it is part of.
@@ -173,7 +190,7 @@ private:
     bool performAll(IActionTarget::Operation operation, IActionTarget::Operation opposite, bool backward);
     void removeFinishedTargets();
 
-    TArray<IPtr<IActionTarget>> targets;  // in the order of execution
+    GActionTargets targets;
     State state = IActionTarget::kNotExecuted;
     OPtr<FMessage> values;  // made on first use
     GActionName category, name;

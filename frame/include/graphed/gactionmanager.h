@@ -12,7 +12,8 @@ public:
     DECLARE_INTERFACE(IActionHandler)
 };
 
-/** Actions by name. Indices count from 0; out of range texts are null. What is handed out is borrowed. */
+/** Actions by name. Indices count from 0; out of range texts are null. Texts that are handed out stay as long as the
+    manager. */
 class IActionManager : public FUnknown {
 public:
     virtual int32_t addAction(const char* category, const char* name) = 0;

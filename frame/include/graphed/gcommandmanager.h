@@ -3,6 +3,8 @@
 #include "graphed/gactionmanager.h"
 #include "graphed/gcommand.h"
 #include "graphed/gmacrocommand.h"
+#include <set>
+#include <string>
 #include <vector>
 
 namespace Tessarine {
@@ -19,7 +21,8 @@ struct GCommandDesc {
 /** All commands, their keys and macros; where their actions are dispatched.
 
     Owns      commands, categories and keys. What is handed out is borrowed. Handlers are borrowed.
-    Keys      one command for a key; a command may have several. Keys of commands that aren't there are kept for them.
+    Keys      one command for a key; a command may have several. Keys of commands that aren't there are kept for them, and then
+              stand instead of those that they come with.
     Files     are read wholly before the first key changes: what can't be read changes nothing.
     Threads   main, except performAction. */
 class GCommandManager : public CmObject, public IActionDispatcher, public IActionManager2 {
@@ -53,14 +56,14 @@ public:
     GCommand* findCommand(const UKeyCode& key) const;
     const GKeyCommand* findKeyCommand(const UKeyCode& key) const;
     std::vector<UKeyCode> findKeyCommands(const ConstString& category, const ConstString& name) const;
-    /** The key is taken from whatever command had it. false: no key. */
+    /** The key is taken from whatever command has it, or would have had it. false: no key. */
     bool addKeyCommand(const UKeyCode& key, const ConstString& category, const ConstString& name);
     bool removeKeyCommand(const UKeyCode& key);
     /** Of one command. */
     void removeKeyCommands(const ConstString& category, const ConstString& name);
     void removeAllKeyCommands() { keyCommands.removeAll(); }
-    /** Back to the keys that the commands came with. */
-    void resetAllKeyCommands();
+    /** Back to the keys that the commands came with, if the user agrees. */
+    bool resetAllKeyCommands();
     /** The keys of a command, with commas between. */
     void getKeyCodesString(const GCommand& command, String& text) const;
     int32_t countDormantKeyCommands() const { return dormantKeyCommands.total(); }
@@ -69,6 +72,7 @@ public:
     bool isKeyStorageEnabled() const { return managerFlags & kKeysStored; }
 
     // macros
+    /** Whether there may be new ones. */
     void enableMacroCommands(bool state) { setFlag(kMacrosEnabled, state); }
     bool areMacroCommandsEnabled() const { return managerFlags & kMacrosEnabled; }
     /** Null: macros are off, no name, or a macro has it already. */
@@ -76,6 +80,9 @@ public:
     GMacroCommand* findMacro(const ConstString& name) const;
     /** Also out of the macros that hold it. */
     bool removeMacro(const ConstString& name);
+    /** The queue "Macros" alone. Reading replaces what macros of these names hold; the others stay. */
+    bool storeMacros(FAttributes& attributes) const;
+    void restoreMacros(FAttributes& attributes);
 
     // IActionDispatcher: the windows, then the handlers, then the application
     int32_t dispatchActionMessage(FMessage* message) override;
@@ -115,6 +122,7 @@ private:
         FString oldCategory, oldName, category, name;
     };
     using KeyRecords = std::vector<OPtr<GKeyCommand>>;
+    static constexpr uint32_t kLongestName = 255;  // of what comes out of a file; longer ones can't be read again
 
     void setFlag(int32_t flag, bool state) { managerFlags = state ? managerFlags | flag : managerFlags & ~flag; }
     GCommandCategory* categoryAt(int32_t index) const { return static_cast<GCommandCategory*>(categories.at(index)); }
@@ -122,19 +130,28 @@ private:
     GCommandCategory& categoryFor(const ConstString& name);
     void addToCategories(GCommand* command, const char* subCategory);
     void addDefaultKey(GCommand* command, const UKeyCode& key);
-    void wakeDormant(const GCommand& command);
+    void assignKey(const UKeyCode& key, const GCommand& command);
+    bool isNameOf(const GCommand& command, const GKeyCommand& record) const;
+    /** What was stored for a command that has come. */
+    void wakeDormant(GCommand& command);
+    /** The reverse, of one that goes. */
+    void keepDormant(const GCommand& command);
+    void removeCommand(GCommand* command);
+    /** Null: there is a command of this name. */
+    GMacroCommand* newMacro(const ConstString& name);
     /** A known command gets the key, for another one it is kept; no key takes all. */
     void takeKey(const GKeyCommand& record);
     int32_t tellHandlers(FMessage* message);
     int32_t fireNamed(const ConstString& category, const ConstString& name);
+    /** Texts to hand out. */
     const char* shown8(const FString& text);
     const tchar* shown16(const FString& text);
     /** All that is to be stored: no key for each command, then those that it has, then those of unknown commands. */
     KeyRecords keyRecords() const;
     void takeKeys(const KeyRecords& records);
     bool storeKeys(FAttributes& attributes) const;
-    bool storeMacros(FAttributes& attributes) const;
-    void restoreMacros(FAttributes& attributes);
+    void restoreMacro(GMacroCommand& macro, const FAttributes& attributes) const;
+    static bool isStorable(const ConstString& name);
 
     CmArray commands{0, -1};
     CmArray categories{0, -1};
@@ -144,7 +161,8 @@ private:
     std::vector<IActionHandler*> handlers;
     std::vector<OldName> oldNames;
     FString lastCategory, lastName;
-    FString text8, text16;  // handed out last
+    std::set<std::string> shownTexts8;  // all that were handed out
+    std::set<std::u16string> shownTexts16;
 };
 
 /** The manager of this copy of the framework, borrowed. */

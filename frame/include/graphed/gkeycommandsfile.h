@@ -5,7 +5,7 @@ namespace Tessarine {
 class FStream;
 class GCommandManager;
 
-/** The key commands of a manager as lines of text, in UTF-8 without a mark:
+/** Files that users exchange. The key commands of a manager are lines of text, in UTF-8 without a mark:
 
       # Key Commands File
       # Version: 1.1
@@ -18,8 +18,13 @@ enum Result : int32_t { kRead, kNotAKeyCommandsFile, kWrongVersion, kMalformed }
 /** The keys of the file instead of those that are set, if any command of it is known. A result that isn't kRead is shown to
     the user, and nothing has changed. */
 Result importFrom(FStream& stream, GCommandManager& manager);
-/** Commands or keys whose text has quotes or line ends are left out. false: something wasn't written. */
+/** Commands or keys whose text has quotes or line ends, or makes too long a line, are left out. false: something wasn't written. */
 bool exportTo(FStream& stream, const GCommandManager& manager);
+
+/** The macros alone, as XML in the root tag "MacroCommands"; they replace those of the same names. false: not written, or
+    not read wholly, or macros are off, and nothing has changed. */
+bool exportMacros(FStream& stream, const GCommandManager& manager);
+bool importMacros(FStream& stream, GCommandManager& manager);
 
 extern const FFileType keyCommandFileType;
 extern const FFileType macroCommandFileType;

@@ -6,6 +6,8 @@
 #include "pluginterfaces/base/ipersistent.h"
 #include "storage/ffilesystem.h"
 #include <algorithm>
+#include <cstring>
+#include <utility>
 
 namespace Tessarine {
 namespace {
@@ -36,13 +38,6 @@ void addInstanceTo(FModule* module, CmObject* instance) {
 void releaseInstanceOf(FModule* module, CmObject* instance) {
     module->releaseInstance(instance);
     module->release();
-}
-
-template <class Description>
-Description* detach(Description* description) {
-    if (description)
-        description->addRef();
-    return description;
 }
 
 bool initFComponentRegistry() {
@@ -76,6 +71,7 @@ void FComponentRegistry::unuse() {
         return;
     FComponentRegistry* ended = std::exchange(gComponentRegistry, nullptr);
     ended->removeAll();
+    ended->setScanned();  // whoever still has it finds nothing more
     ended->release();
     StandardPluginContext::setInstance(nullptr);
     gComponentHooks.createComponent = nullptr;  // instances that are left still count
@@ -307,8 +303,8 @@ void FComponentRegistry::callPluginInitHooks(FUnknown* component, FComponentDesc
 // --- views
 
 bool FComponentRegistry::registerView(FViewComponent* view) {
-    const OPtr<FViewComponent> owned(view);
-    return view && !isViewRegistered(view->getType(), view->getName().text16()) && views.add(detach(view));
+    OPtr<FViewComponent> owned(view);
+    return view && !isViewRegistered(view->getType(), view->getName().text16()) && views.add(owned.detach());
 }
 
 bool FComponentRegistry::unregisterView(const char* type, const tchar* name) {

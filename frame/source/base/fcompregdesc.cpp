@@ -10,23 +10,6 @@ template <class Char, size_t Size>
 ConstString textOf(const Char (&field)[Size]) {
     return ConstString(field, int32_t(Size));
 }
-
-/** Keeps a module loaded while something is made of it. */
-class ModulePin {
-public:
-    explicit ModulePin(FModule* module) : module(module) {
-        if (module)
-            module->addInstance(nullptr);
-    }
-    ~ModulePin() {
-        if (module)
-            module->releaseInstance(nullptr);
-    }
-    ModulePin(const ModulePin&) = delete;
-
-private:
-    FModule* module;
-};
 }  // namespace
 
 IMPLEMENT_CLASS(FComponentDescription, CmObject)
@@ -57,7 +40,9 @@ int32_t FComponentDescription::assignRuntimeID() {
 }
 
 int32_t FComponentDescription::compare(const CmObject* other) const {
-    const auto* description = static_cast<const FComponentDescription*>(other);
+    const auto* description = classCast<FComponentDescription>(other);
+    if (!description)
+        return CmObject::compare(other);
     const int32_t types = std::strcmp(getType(), description->getType());
     return types ? types : getName().compare(description->getName(), kIgnoreCase);
 }
@@ -91,7 +76,7 @@ FUnknown* FPluginComponent::createInstance() {
 }
 
 CmObject* FPluginComponent::create(CmObject* wrapperContext) {
-    const ModulePin pin(module);
+    const FModulePin pin(module);
     const OPtr<FUnknown> component(createInstance());
     if (!component)
         return nullptr;
@@ -102,7 +87,7 @@ CmObject* FPluginComponent::create(CmObject* wrapperContext) {
 FUnknown* FPluginComponent::createUnknown(bool counted) {
     if (counted)
         return create(nullptr);
-    const ModulePin pin(module);
+    const FModulePin pin(module);
     FUnknown* component = createInstance();
     if (component && module)
         module->addInstance(nullptr);

@@ -1,8 +1,8 @@
 #include "base/fcompreg.h"
 #include "storage/fpath.h"
 #include <algorithm>
-#include <iterator>
-#include <optional>
+#include <cstdio>
+#include <cstring>
 
 namespace Tessarine {
 namespace {
@@ -175,13 +175,13 @@ bool FComponentRegistry::onRegisterModule(FDefaults* defaults, FModuleBase* base
     auto* module = classCast<FModule>(base);
     if (!defaults || !module || !mayBeLoaded(*module))
         return false;
-    if (gComponentEventHooks.showStatus)
-        gComponentEventHooks.showStatus(FFullPathString(*module->getPath()).text16());
+    showComponentStatus(FFullPathString(*module->getPath()).text16());
+    const FModulePin pin(module);  // whoever hears of its classes may make an object at once
     IPluginFactory* factory = module->getFactory(true);
-    const bool taken = factory && registerClasses(*defaults, *module, *factory);
-    if (!taken || !module->staysLoaded())
-        module->unload();
-    return taken;
+    if (factory && registerClasses(*defaults, *module, *factory))
+        return true;
+    module->unload();
+    return false;
 }
 
 bool FComponentRegistry::registerClasses(FDefaults& defaults, FModule& module, IPluginFactory& factory) {

@@ -3,6 +3,8 @@
 #include "base/source/classfactory.h"
 #include "pluginterfaces/host/ihosttools.h"
 #include <cstdlib>
+#include <functional>
+#include <utility>
 #include <vector>
 
 namespace Tessarine {

@@ -1,7 +1,7 @@
 #include "base/fmodman.h"
 #include "gui/values/ustringvalue.h"
 #include "storage/ffilesystem.h"
-#include <algorithm>
+#include <utility>
 
 namespace Tessarine {
 namespace {
@@ -9,11 +9,6 @@ constexpr const char* kLastModified = "LastModified";
 constexpr const char* kBundleVersion = "BundleVersion";
 constexpr tchar kDelimiter[] = u"/";
 constexpr uint32_t kMacType = 0x424E444C;  // BNDL
-
-void showStatus(const tchar* text) {
-    if (gComponentEventHooks.showStatus)
-        gComponentEventHooks.showStatus(text);
-}
 
 const FFileType& moduleType() {
     static const FFileType type(u"Module", u"bundle", u"bundle", kMacType, nullptr, u"com.apple.bundle");
@@ -25,12 +20,18 @@ IMPLEMENT_ABSTRACT_CLASS(FModuleManager, CmObject)
 
 constinit ComponentEventHooks gComponentEventHooks;
 
+void showComponentStatus(const tchar* text) {
+    if (gComponentEventHooks.showStatus)
+        gComponentEventHooks.showStatus(text);
+}
+
 /** A module with its group of the cache, between looking at it and taking it. */
 struct FModuleManager::Entry {
     FString group;
     FBundleFacts facts;
-    FDefaults* defaults = nullptr;  // borrowed
-    int64_t storedTime = 0;
+    IPtr<FDefaults> defaults;
+    String version;                // the present one
+    bool isKnown = false;          // the group is of this date and version
 };
 
 FModuleManager::FModuleManager(const tchar* folderName) : folderName(folderName) {
@@ -71,11 +72,11 @@ bool FModuleManager::onRegisterModule(FDefaults* /*defaults*/, FModuleBase* /*mo
 int32_t FModuleManager::findModules() {
     if (isScanned)
         return 0;
-    showStatus(folderName.text16());
+    showComponentStatus(folderName.text16());
     isScanned = true;
     const FNPath folder(folderName.text16(), kApplicationFolder, kFolderPath, nullptr, false);
     const int32_t found = folder.isEmpty() ? 0 : findModules(folder, nullptr);
-    showStatus(nullptr);
+    showComponentStatus(nullptr);
     return found;
 }
 
@@ -87,7 +88,7 @@ int32_t FModuleManager::rescanModules() {
 int32_t FModuleManager::findModules(const FNPath& path, const FFileType* fileType) {
     if (!gFileSystem->dirExists(&path))
         return 0;
-    scanRoot = &path;
+    const FNPath* const outer = std::exchange(scanRoot, &path);
     int32_t found = 0;
     FNFileSystemScanner scanner(&path);
     for (const FPath* each = scanner.first(); each; each = scanner.next()) {
@@ -106,7 +107,7 @@ int32_t FModuleManager::findModules(const FNPath& path, const FFileType* fileTyp
         takeModule(createModule(static_cast<FPath*>(resolved->newCopy())));
         found += countModules() - before;
     }
-    scanRoot = nullptr;
+    scanRoot = outer;
     saveDefaults();
     return found;
 }
@@ -179,7 +180,7 @@ void FModuleManager::makeKey(FString& key, const ConstString& text) {
     key = FString();
     for (const tchar* each = wide.text16(); *each; ++each) {
         String unit;
-        if (ConstString::isCharAscii(*each))
+        if (ConstString::isCharAscii(*each) && !(each[0] == '%' && each[1] == 'u'))
             key.append(char(*each));
         else
             key.append(unit.printf("%%u%04X", unsigned(*each)));
@@ -206,7 +207,7 @@ void FModuleManager::makeGroupId(FString& id, const FPath* path) const {
 
 /** false: it can't run here, and leaves no group. */
 bool FModuleManager::openEntry(FModuleBase* module, Entry& entry) {
-    if (!module || !module->getPath() || !module->examine(entry.facts) || !entry.facts.runsHere())
+    if (!module || !module->getPath())
         return false;
     FString id;
     makeGroupId(id, module->getPath());
@@ -214,29 +215,30 @@ bool FModuleManager::openEntry(FModuleBase* module, Entry& entry) {
     entry.defaults = useCache()->getDefaults(entry.group.text8(), cacheVersion, true);
     if (!entry.defaults)
         return false;
+    if (!module->examine(entry.facts) || !entry.facts.runsHere())
+        return closeEntry(entry);
+    int64_t time = 0;
     String version;
-    entry.defaults->getLongLong(kLastModified, entry.storedTime);
+    entry.version.fromUTF8(entry.facts.version.c_str());
     entry.defaults->getString(kBundleVersion, version);
-    String present;
-    present.fromUTF8(entry.facts.version.c_str());
-    if (version != present)
-        entry.storedTime = 0;
+    entry.isKnown = entry.defaults->getLongLong(kLastModified, time) && time == entry.facts.modified &&
+                    version == entry.version;
     return true;
 }
 
-void FModuleManager::closeEntry(const Entry& entry) {
+/** The group goes; false for the caller to hand on. */
+bool FModuleManager::closeEntry(const Entry& entry) {
     cacheChanged = cacheChanged || !entry.defaults->isEmpty();
     useCache()->removeDefaults(entry.group.text8(), cacheVersion);
+    return false;
 }
 
 bool FModuleManager::restoreModule(FModuleBase* module) {
     Entry entry;
     if (!openEntry(module, entry))
         return false;
-    if (entry.storedTime != entry.facts.modified || !onRestoreModule(entry.defaults, module)) {
-        closeEntry(entry);
-        return false;
-    }
+    if (!entry.isKnown || !onRestoreModule(entry.defaults, module))
+        return closeEntry(entry);
     module->addRef();
     return modules.add(module);
 }
@@ -245,14 +247,11 @@ bool FModuleManager::registerModule(FModuleBase* module) {
     Entry entry;
     if (!openEntry(module, entry))
         return false;
-    if (!onRegisterModule(entry.defaults, module)) {
-        closeEntry(entry);
-        return false;
-    }
+    if (!onRegisterModule(entry.defaults, module))
+        return closeEntry(entry);
     entry.defaults->setLongLong(kLastModified, entry.facts.modified);
-    String version;
-    if (version.fromUTF8(entry.facts.version.c_str()) && !version.isEmpty())
-        entry.defaults->setString(kBundleVersion, version);
+    if (!entry.version.isEmpty())
+        entry.defaults->setString(kBundleVersion, entry.version);
     cacheChanged = true;
     module->addRef();
     return modules.add(module);

@@ -1,5 +1,6 @@
 #include "base/fmodule.h"
 #include "base/fhostclasses.h"
+#include <algorithm>
 
 namespace Tessarine {
 namespace {
@@ -42,7 +43,8 @@ void FModuleBase::addInstance(CmObject* /*instance*/) {
 
 void FModuleBase::releaseInstance(CmObject* /*instance*/) {
     FGuard guard(lock);
-    if (--instanceCount < 1 && !staysLoaded())
+    instanceCount = std::max(instanceCount - 1, 0);  // loading may have failed since, which ended them all
+    if (instanceCount == 0 && !staysLoaded())
         unload();
 }
 

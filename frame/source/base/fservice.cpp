@@ -103,8 +103,7 @@ bool FServiceManager::startService(FComponentDescription* description, FUnknown*
     const FUnknownPtr<IPluginBase> service(object.get());
     if (!service)
         return false;
-    if (gComponentEventHooks.showStatus)
-        gComponentEventHooks.showStatus(description->getName().text16());
+    showComponentStatus(description->getName().text16());
     if (service->initialize(context) == kResultOk)
         return services.prepend(new FServicePlug(service, object, description->getCID()));
     service->terminate();
@@ -117,7 +116,7 @@ void FServiceManager::terminate() {
 }
 
 bool FServiceManager::terminateService(const FUID& cid) {
-    FServicePlug* plug = findService(cid);
+    const IPtr<FServicePlug> plug(findService(cid));  // its end may end them all
     return plug && plug->end() && services.removeAbs(plug);
 }
 

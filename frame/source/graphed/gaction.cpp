@@ -15,9 +15,9 @@ constinit ActionHooks gActionHooks;
 constinit IActionDispatcher* GAction::dispatcher = nullptr;
 
 namespace {
-void appendLine(FString& all, IActionTarget& target) {
+void appendLine(FString& all, IActionTarget* target) {
     FString line;
-    if (!target.getDescription(line) || line.isEmpty())
+    if (!target->getDescription(line) || line.isEmpty())
         return;
     if (!all.isEmpty())
         all.append(u"\n");
@@ -69,15 +69,35 @@ GActionName::GActionName(const char* name) {
     *std::ranges::copy(source, place).out = 0;
 }
 
-GAction::GAction(const char* category, const char* name) : targets(0, -1), category(category), name(name) {}
+bool GActionTargets::add(IActionTarget* target) {
+    if (first)
+        return others.add(target);
+    first = target;
+    return true;
+}
+
+void GActionTargets::removeAt(int32_t index) {
+    if (index > 0) {
+        others.removeAt(index - 1);
+        return;
+    }
+    const IPtr<IActionTarget> removed(std::move(first));  // dies last: it may come back
+    first = others.at(0);
+    others.removeAt(0);
+}
+
+void GActionTargets::removeAll() {
+    const IPtr<IActionTarget> removed(std::move(first));
+    others.removeAll();
+}
+
+GAction::GAction(const char* category, const char* name) : category(category), name(name) {}
 
 bool GAction::addTarget(IActionTarget* target, bool addRef) {
     if (!target)
         return false;
-    if (targets.isEmpty()) {
+    if (targets.isEmpty())
         state = target->getState();
-        targets.resize(1);  // most have no other
-    }
     if (!targets.add(target))
         return false;
     if (!addRef)
@@ -88,7 +108,8 @@ bool GAction::addTarget(IActionTarget* target, bool addRef) {
 void GAction::transferTargetsFrom(GAction* other) {
     if (other == this)
         return;
-    targets.addAllFrom(other->targets);
+    for (int32_t i = 0, count = other->countTargets(); i < count; ++i)
+        targets.add(other->targets.at(i));
     other->targets.removeAll();
 }
 
@@ -110,15 +131,16 @@ bool GAction::applyFilter(CmObjectFilter& filter, IActionTarget::FilterTask task
     bool passes = filter.test(this);
     if (passes && task == IActionTarget::kCollect && found)
         found->add(IPtr<FUnknown>(this));
-    for (const IPtr<IActionTarget>& target : targets)
-        passes = target->applyFilter(filter, task, found) || passes;
+    for (int32_t i = 0; i < targets.total(); ++i)
+        passes = targets.at(i)->applyFilter(filter, task, found) || passes;
     return passes;
 }
 
 bool GAction::performAll(IActionTarget::Operation operation, IActionTarget::Operation opposite, bool backward) {
     const int32_t count = targets.total();
     const auto perform = [&](int32_t step, IActionTarget::Operation what) {
-        return targets.at(backward ? count - 1 - step : step)->performOperation(what);
+        const IPtr<IActionTarget> target(targets.at(backward ? count - 1 - step : step));
+        return !target || target->performOperation(what);  // another one may have taken it out
     };
     int32_t done = 0;
     while (done < count && perform(done, operation))
@@ -173,8 +195,8 @@ int32_t GAction::dispatch(bool perform) {
 bool GAction::getDescription(FString& text) const {
     FString all(description);
     if (all.isEmpty())
-        for (const IPtr<IActionTarget>& target : targets)
-            appendLine(all, *target);
+        for (int32_t i = 0; i < targets.total(); ++i)
+            appendLine(all, targets.at(i));
     if (all.isEmpty())
         return false;
     text = std::move(all);

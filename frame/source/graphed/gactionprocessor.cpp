@@ -22,6 +22,15 @@ const CmTime& timeOfPush() {
     latest = now;
     return timeOfLatest;
 }
+
+void tellExecuted(const GAction& action) {
+    if (!UValueHooks::anybody())
+        return;
+    FString description;
+    action.getDescription(description);
+    UValueHooks::tellActionExecuted(action.getCategory(), action.getName(), action.getTitle().text16(),
+                                    description.text16());
+}
 }  // namespace
 
 IMPLEMENT_ABSTRACT_CLASS(GActionProcessorBase, CmObject)
@@ -88,10 +97,10 @@ bool GActionProcessor::pushUndo(GAction* action) {
         macroAction->setState(action->getState());
         return true;
     }
-    const int32_t now = UTicks::now();
+    const int32_t now = UTicks::coarseNow();
     if (unitesWithTop(action, now))
         return true;
-    UValueHooks::tellActionExecuted(action->getCategory(), action->getName(), action->getTitle().text16());
+    tellExecuted(*action);
     doPushUndo(action, now);
     return true;
 }
@@ -338,7 +347,7 @@ bool GActionProcessor::finishMacro(const tchar* title) {
     if (macro->countTargets() == 0)
         return false;
     macro->setTitle(title);
-    doPushUndo(macro, UTicks::now());
+    doPushUndo(macro, UTicks::coarseNow());
     return true;
 }
 

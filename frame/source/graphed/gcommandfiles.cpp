@@ -109,7 +109,7 @@ bool GCommandManager::externalize(FArchive& archive) const {
 }
 
 bool GCommandManager::internalize(FArchive& archive) {
-    constexpr int64_t kSmallestRecord = sizeof(StoredKey);
+    constexpr int64_t kSmallestRecord = 2 * sizeof(int32_t) + sizeof(StoredKey);
     int32_t count = 0;
     const int64_t left = archive.getStream().bytesLeft() - int64_t(sizeof count);
     bool read = archive.getStream().readInt32(count) && count >= 0 && (left < 0 || count <= left / kSmallestRecord);
@@ -152,7 +152,7 @@ bool GCommandManager::storeMacros(FAttributes& attributes) const {
     bool stored = true;
     for (CmObject* each : commands) {
         const auto* macro = classCast<GMacroCommand>(each);
-        if (!macro || !areMacroCommandsEnabled())
+        if (!macro)
             continue;
         const OPtr<FAttributes> bag(new FAttributes);
         stored = stored && bag->set("Name", macro->name) && attributes.queueAttributes("Macros", bag);
@@ -194,17 +194,25 @@ void GCommandManager::restoreMacros(FAttributes& attributes) {
         if (!bag->get("Name", name))
             continue;
         GMacroCommand* known = findMacro(name);
-        macros.emplace_back(known ? known : addMacro(name), bag);
+        macros.emplace_back(known ? known : newMacro(name), bag);
     }
-    for (const auto& [macro, bag] : macros) {
-        if (!macro)
+    for (const auto& [macro, bag] : macros)
+        if (macro)
+            restoreMacro(*macro, *bag);
+}
+
+/** What isn't known yet stands in by its name. */
+void GCommandManager::restoreMacro(GMacroCommand& macro, const FAttributes& attributes) const {
+    macro.removeAllCommands();
+    while (const FAttributes* entry = attributes.unqueueAttributes("Commands")) {
+        FString category, name;
+        if (!entry->get("Category", category) || !entry->get("Name", name) || !isStorable(category) ||
+            !isStorable(name) || !GMacroCommand::isAllowed(category, name))
             continue;
-        macro->removeAllCommands();
-        while (const FAttributes* entry = bag->unqueueAttributes("Commands")) {
-            FString category, name;
-            if (entry->get("Category", category) && entry->get("Name", name))
-                macro->addCommand(findCommandWithHistory(category, name));
-        }
+        IPtr<GCommand> command(findCommandWithHistory(category, name));
+        if (!command)
+            command = OPtr<GCommand>(new GCommand(category, name));
+        macro.addCommand(command);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "gui/values/hooks.h"
 #include "pluginterfaces/base/identifiers.h"
 #include <algorithm>
+#include <initializer_list>
 
 namespace Tessarine {
 DEFINE_IID_ROW(IActionHandler, kIActionHandlerID);
@@ -13,6 +14,8 @@ IMPLEMENT_CLASS(GCommandManager, CmObject)
 constinit GCommandManager* gCommandManager = nullptr;
 
 namespace {
+constexpr tchar kResetQuestion[] = u"Do you want to reset all key commands?";
+
 CmObject* namedCommand(const char* category, const char* name) {
     return gCommandManager ? gCommandManager->findCommand(ConstString(category), ConstString(name)) : nullptr;
 }
@@ -88,12 +91,14 @@ void GCommandManager::addToCategories(GCommand* command, const char* subCategory
 void GCommandManager::addDefaultKey(GCommand* command, const UKeyCode& key) {
     if (key.toLong() == 0)
         return;
+    const bool wasStored = command->commandFlags & GCommand::kKeysWereStored;
     const GKeyCommand* present = findKeyCommand(key);
-    if (present && !present->isOf(command->category, command->name))
+    if (!wasStored && present && !present->isOf(command->category, command->name))
         return;  // the key stays with the other one
     if (!command->defaultKeys.contains(key))
         command->defaultKeys.add(key);
-    addKeyCommand(key, command->category, command->name);
+    if (!wasStored)
+        assignKey(key, *command);
 }
 
 void GCommandManager::addCommands(const GCommandDesc* descriptions, int32_t count) {
@@ -121,6 +126,8 @@ GCommand* GCommandManager::findCommandWithHistory(const ConstString& category, c
 
 void GCommandManager::addOldName(const char* oldCategory, const char* oldName, const char* category, const char* name) {
     oldNames.push_back({oldCategory, oldName, category, name});
+    if (GCommand* command = findCommand(ConstString(category), ConstString(name)))
+        wakeDormant(*command);
 }
 
 GCommandCategory* GCommandManager::findCategory(const ConstString& name) const {
@@ -167,8 +174,16 @@ std::vector<UKeyCode> GCommandManager::findKeyCommands(const ConstString& catego
 bool GCommandManager::addKeyCommand(const UKeyCode& key, const ConstString& category, const ConstString& name) {
     if (key.toLong() == 0)
         return false;
+    for (int32_t i = dormantKeyCommands.total() - 1; i >= 0; --i)
+        if (static_cast<GKeyCommand*>(dormantKeyCommands.at(i))->keyValue == key.toLong())
+            dormantKeyCommands.removeAt(i);
     removeKeyCommand(key);
     return keyCommands.add(new GKeyCommand(key, category, name));
+}
+
+void GCommandManager::assignKey(const UKeyCode& key, const GCommand& command) {
+    removeKeyCommand(key);
+    keyCommands.add(new GKeyCommand(key, command.category, command.name));
 }
 
 bool GCommandManager::removeKeyCommand(const UKeyCode& key) {
@@ -182,13 +197,19 @@ void GCommandManager::removeKeyCommands(const ConstString& category, const Const
             keyCommands.removeAt(i);
 }
 
-void GCommandManager::resetAllKeyCommands() {
+bool GCommandManager::resetAllKeyCommands() {
+    if (gActionHooks.ask && !gActionHooks.ask(kResetQuestion))
+        return false;
     removeAllKeyCommands();
+    dormantKeyCommands.removeAll();
     for (CmObject* each : commands) {
-        const auto* command = static_cast<GCommand*>(each);
+        auto* command = static_cast<GCommand*>(each);
+        command->commandFlags &= ~GCommand::kKeysWereStored;
         for (const UKeyCode& key : command->defaultKeys)
-            addKeyCommand(key, command->category, command->name);
+            if (!findKeyCommand(key))
+                assignKey(key, *command);
     }
+    return true;
 }
 
 void GCommandManager::getKeyCodesString(const GCommand& command, String& text) const {
@@ -202,30 +223,55 @@ void GCommandManager::getKeyCodesString(const GCommand& command, String& text) c
     }
 }
 
-void GCommandManager::wakeDormant(const GCommand& command) {
+bool GCommandManager::isNameOf(const GCommand& command, const GKeyCommand& record) const {
+    return record.isOf(command.category, command.name) || std::ranges::any_of(oldNames, [&](const OldName& old) {
+               return record.isOf(old.oldCategory, old.oldName) && command.isNamed(old.category, old.name);
+           });
+}
+
+void GCommandManager::wakeDormant(GCommand& command) {
     for (int32_t i = dormantKeyCommands.total() - 1; i >= 0; --i) {
         const IPtr<GKeyCommand> record(static_cast<GKeyCommand*>(dormantKeyCommands.at(i)));
-        if (!record->isOf(command.category, command.name))
+        if (!isNameOf(command, *record))
             continue;
         dormantKeyCommands.removeAt(i);
-        addKeyCommand(record->keyCode, command.category, command.name);
+        command.commandFlags |= GCommand::kKeysWereStored;
+        if (record->keyValue != 0)
+            assignKey(record->keyCode, command);
     }
+}
+
+void GCommandManager::keepDormant(const GCommand& command) {
+    dormantKeyCommands.add(new GKeyCommand(UKeyCode(), command.category, command.name));
+    for (const UKeyCode& key : findKeyCommands(command.category, command.name))
+        dormantKeyCommands.add(new GKeyCommand(key, command.category, command.name));
 }
 
 void GCommandManager::takeKey(const GKeyCommand& record) {
     const GCommand* command = findCommandWithHistory(record.category, record.name);
-    if (!command && record.keyValue != 0)
-        dormantKeyCommands.add(new GKeyCommand(record.keyCode, record.category, record.name));
-    else if (command && record.keyValue != 0)
-        addKeyCommand(record.keyCode, command->category, command->name);
+    if (command && record.keyValue != 0)
+        assignKey(record.keyCode, *command);
     else if (command)
         removeKeyCommands(command->category, command->name);
+    else if (isStorable(record.category) && isStorable(record.name))
+        dormantKeyCommands.add(new GKeyCommand(record.keyCode, record.category, record.name));
+}
+
+bool GCommandManager::isStorable(const ConstString& name) {
+    const String wide(name);
+    const std::u16string_view units(wide.text16());
+    return !units.empty() && units.size() <= kLongestName &&
+           std::ranges::none_of(units, [](tchar unit) { return unit < ' '; });
 }
 
 // --- macros
 
 GMacroCommand* GCommandManager::addMacro(const ConstString& name) {
-    if (!areMacroCommandsEnabled() || name.isEmpty() || findCommand(ConstString(GMacroCommand::kCategory), name))
+    return areMacroCommandsEnabled() ? newMacro(name) : nullptr;
+}
+
+GMacroCommand* GCommandManager::newMacro(const ConstString& name) {
+    if (!isStorable(name) || findCommand(ConstString(GMacroCommand::kCategory), name))
         return nullptr;
     auto* macro = new GMacroCommand(name);
     commands.add(macro);
@@ -239,13 +285,27 @@ GMacroCommand* GCommandManager::findMacro(const ConstString& name) const {
 }
 
 bool GCommandManager::removeMacro(const ConstString& name) {
-    const IPtr<GMacroCommand> macro(findMacro(name));
-    if (!macro)
-        return false;
+    GMacroCommand* macro = findMacro(name);
+    if (macro)
+        removeCommand(macro);
+    return macro != nullptr;
+}
+
+void GCommandManager::removeCommand(GCommand* command) {
+    const IPtr<GCommand> held(command);
+    const bool isMacro = classCast<GMacroCommand>(command);
+    if (!isMacro)
+        keepDormant(*command);  // its owner may come again
+    removeKeyCommands(command->category, command->name);
+    for (const ConstString& in : {ConstString(command->category), ConstString(command->subCategory)})
+        if (GCommandCategory* from = findCategory(in))
+            from->removeCommand(*command);
+    commands.removeAt(commands.indexAbs(command));
     for (CmObject* each : commands)
-        if (auto* other = classCast<GMacroCommand>(each))
-            while (other->removeCommand(macro)) {}
-    return removeAction(GMacroCommand::kCategory, FString(name).text8()) == kResultOk;
+        if (auto* macro = isMacro ? classCast<GMacroCommand>(each) : nullptr)
+            while (macro->removeCommand(command)) {}
+    if (isMacro)
+        static_cast<GMacroCommand*>(command)->removeAllCommands();  // it may hold itself
 }
 
 // --- dispatching
@@ -291,15 +351,10 @@ int32_t GCommandManager::addAction(const char* category, const char* name) {
 }
 
 int32_t GCommandManager::removeAction(const char* category, const char* name) {
-    const IPtr<GCommand> command(findCommand(ConstString(category), ConstString(name)));
-    if (!command)
-        return kResultFalse;
-    removeKeyCommands(command->category, command->name);
-    for (const ConstString& in : {ConstString(command->category), ConstString(command->subCategory)})
-        if (GCommandCategory* from = findCategory(in))
-            from->commands.removeAt(from->indexOf(command->name));
-    commands.removeAt(commands.indexAbs(command));
-    return kResultOk;
+    GCommand* command = findCommand(ConstString(category), ConstString(name));
+    if (command)
+        removeCommand(command);
+    return command ? kResultOk : kResultFalse;
 }
 
 int32_t GCommandManager::performAction(const char* category, const char* name) {
@@ -371,13 +426,13 @@ const char* GCommandManager::getActionTitle8(int32_t category, int32_t action) {
 }
 
 const char* GCommandManager::shown8(const FString& text) {
-    text8.assign(text);
-    return text8.text8();
+    FString copy(text);
+    return shownTexts8.emplace(copy.text8()).first->c_str();
 }
 
 const tchar* GCommandManager::shown16(const FString& text) {
-    text16.assign(text);
-    return text16.text16();
+    FString copy(text);
+    return shownTexts16.emplace(copy.text16()).first->c_str();
 }
 
 int32_t GCommandManager::getCategoryIndex(const char* category) {
@@ -394,8 +449,8 @@ int32_t GCommandManager::getLastPerformedAction(const char** category, const cha
         return kInvalidArgument;
     if (lastName.isEmpty())
         return kResultFalse;
-    *category = lastCategory.text8();
-    *name = lastName.text8();
+    *category = shown8(lastCategory);
+    *name = shown8(lastName);
     return kResultOk;
 }
 

@@ -2,6 +2,7 @@
 #include "graphed/gcommandmanager.h"
 #include "graphed/hooks.h"
 #include "storage/fbstream.h"
+#include "storage/fxmlarchive.h"
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -11,11 +12,12 @@
 
 namespace Tessarine {
 namespace {
-constexpr std::string_view kHeader = "# Key Commands File", kVersionLine = "# Version:";
+constexpr std::string_view kHeader = "# Key Commands File", kVersion = "Version:", kBlanks = " \t\r\n\v\f";
 constexpr char kWrittenHeader[] = "# Key Commands File\n# Version: 1.1\n";
 constexpr float kLatestVersion = 1.1f, kLastWithoutPads = 1.0f;
-constexpr size_t kLongestLine = 1023;      // what is longer comes in pieces
-constexpr size_t kLargestFile = 16 << 20;  // bytes; what is behind them isn't looked at
+constexpr char kMacrosTag[] = "MacroCommands";
+constexpr size_t kLongestLine = 1023;     // what is longer comes in pieces
+constexpr size_t kLargestFile = 1 << 20;  // bytes
 constexpr std::string_view kPadKeys[] = {"/", "*", "-", "+", "."};
 
 struct KeyLine {
@@ -24,10 +26,11 @@ struct KeyLine {
     bool hasKey;  // or a text that isn't one
 };
 
+/** More than the largest file may have, when it is larger. */
 std::string contentOf(FStream& stream) {
     std::string content;
     std::array<char, 0x4000> piece;
-    for (int64_t read = 1; read > 0 && content.size() < kLargestFile;) {
+    for (int64_t read = 1; read > 0 && content.size() <= kLargestFile;) {
         read = stream.readRaw(piece.data(), piece.size());
         content.append(piece.data(), size_t(std::max<int64_t>(read, 0)));
     }
@@ -43,14 +46,14 @@ std::string_view takeLine(std::string_view& text) {
 }
 
 std::string_view skipBlanks(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
     return text;
 }
 
 std::optional<float> versionOf(std::string_view line) {
-    if (!line.starts_with(kVersionLine))
+    if (!line.starts_with('#') || !skipBlanks(line.substr(1)).starts_with(kVersion))
         return {};
-    const std::string_view number = skipBlanks(line.substr(kVersionLine.size()));
+    const std::string_view number = skipBlanks(line.substr(line.find(kVersion) + kVersion.size()));
     float version = 0;
     const auto scanned = std::from_chars(number.data(), number.data() + number.size(), version);
     return scanned.ec == std::errc() ? std::optional(version) : std::nullopt;
@@ -92,7 +95,7 @@ KeyLine scanLine(std::string_view line, float version) {
 }
 
 GKeyCommandsFile::Result scan(std::string_view text, std::vector<KeyLine>& lines) {
-    if (text.empty() || !takeLine(text).starts_with(kHeader))
+    if (text.empty() || text.size() > kLargestFile || !takeLine(text).starts_with(kHeader))
         return GKeyCommandsFile::kNotAKeyCommandsFile;
     const float version = text.empty() ? 0 : versionOf(takeLine(text)).value_or(0);
     if (!(version > 0 && version <= kLatestVersion))
@@ -103,7 +106,8 @@ GKeyCommandsFile::Result scan(std::string_view text, std::vector<KeyLine>& lines
             continue;
         if (std::ranges::count(line, '"') % 2 != 0)
             return GKeyCommandsFile::kMalformed;
-        lines.push_back(scanLine(line, version));
+        if (KeyLine scanned = scanLine(line, version); !scanned.name.isEmpty())
+            lines.push_back(std::move(scanned));
     }
     return GKeyCommandsFile::kRead;
 }
@@ -155,8 +159,9 @@ void appendLines(std::string& file, const GCommand& command, const GCommandManag
         String text;
         each.keyCode2String(text);
         const auto key = quoted(text);
-        if (key)
-            file += *category + " " + *name + " " + *key + "\n";
+        const std::string line = key ? *category + " " + *name + " " + *key + "\n" : std::string();
+        if (line.size() <= kLongestLine)
+            file += line;
     }
 }
 }  // namespace
@@ -178,6 +183,20 @@ bool GKeyCommandsFile::exportTo(FStream& stream, const GCommandManager& manager)
     for (CmObject* each : manager.getCommands())
         appendLines(file, *static_cast<GCommand*>(each), manager);
     return stream.writeRaw(file.data(), int64_t(file.size())) == int64_t(file.size());
+}
+
+bool GKeyCommandsFile::exportMacros(FStream& stream, const GCommandManager& manager) {
+    FAttributes macros;
+    return manager.storeMacros(macros) && FXmlArchive(&stream, true).saveAttributes(kMacrosTag, macros);
+}
+
+bool GKeyCommandsFile::importMacros(FStream& stream, GCommandManager& manager) {
+    FXmlArchive archive(&stream, false);
+    FAttributes macros;
+    if (!manager.areMacroCommandsEnabled() || !archive.loadAttributes(kMacrosTag, macros) || !archive.isWhole())
+        return false;
+    manager.restoreMacros(macros);
+    return true;
 }
 
 }  // namespace Tessarine

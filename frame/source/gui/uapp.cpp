@@ -35,6 +35,7 @@ UpdateHandler* ownHandler = nullptr;  // made by the application, since there wa
 /** Undo and commands know neither application nor controller. */
 void installActionHooks() {
     gActionHooks.application = []() -> CmObject* { return gApplication; };
+    gActionHooks.isModal = [] { return gController && gController->isInModalMode(); };
     gActionHooks.isMainThread = [] { return !gController || gController->isInMainThread(); };
     gActionHooks.idle = [] {
         if (gController)

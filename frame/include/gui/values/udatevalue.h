@@ -4,7 +4,7 @@
 
 namespace Tessarine {
 
-/** A time of day or a span, in seconds, shown as 1:05:09. That form can be typed, and a number as into any integer. */
+/** A time of day or a span, in seconds: shown as 1:05:09, typed as any integer. */
 class USecondsValue : public UIntValue {
 public:
     DECLARE_CLASS(USecondsValue, UIntValue)
@@ -16,14 +16,13 @@ public:
     void setFormat(int32_t newFormat);
     using UIntValue::toString;
     void toString(FString& text) override;
-    void fromString(const tchar* text) override;
 
 protected:
     int32_t format = 0;
 };
 
-/** A day, as its Julian day number from 1 January 1601 to 31 December 32767; a new one holds today. A date in one of its
-    forms can be typed, and a day number as into any integer. */
+/** A day, as its Julian day number from 1 January 1601 to 31 December 32767; a new one holds today. Shown as a date, typed
+    as any integer. */
 class UDateValue : public UIntValue {
 public:
     DECLARE_CLASS(UDateValue, UIntValue)
@@ -40,7 +39,6 @@ public:
     void setFormat(int32_t newFormat);
     using UIntValue::toString;
     void toString(FString& text) override;
-    void fromString(const tchar* text) override;
 
 protected:
     int32_t format = CmDate::kIsoDate;

@@ -15,12 +15,13 @@ namespace UValueHooks {
 bool add(IApplicationEventHook* hook);
 /** false: it wasn't there. */
 bool remove(IApplicationEventHook* hook);
+/** Whether there is a hook. */
+bool anybody();
 /** A user has touched the value. */
 void tellValueChanged(IValue* value);
 /** title: as the user knows it, perhaps null. */
 void tellCommandFired(const char* category, const char* command, const tchar* title);
-void tellActionExecuted(const char* category, const char* action, const tchar* title);
-void tellEvent(const char* event, FUnknown* object);
+void tellActionExecuted(const char* category, const char* action, const tchar* title, const tchar* description);
 }  // namespace UValueHooks
 
 }  // namespace Tessarine

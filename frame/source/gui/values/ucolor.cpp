@@ -4,9 +4,10 @@
 #include "storage/fbstream.h"
 #include "storage/fpersistent.h"
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <string_view>
 #include <utility>
@@ -70,22 +71,14 @@ uint16_t fromByte(uint32_t byte) {
     return uint16_t((byte & 0xFF) << 8);
 }
 
-/** Two hexadecimal digits; false: others. */
-bool takeChannel(const char* digits, uint16_t& channel) {
-    uint8_t byte = 0;
-    const auto [end, error] = std::from_chars(digits, digits + 2, byte, 16);
-    channel = fromByte(byte);
-    return error == std::errc() && end == digits + 2;
-}
-
-bool fromDigits(std::string_view text, UColor& color) {
-    if (text.size() != 7 && text.size() != 9)
+/** Only the length can be wrong: from the first pair on that isn't hexadecimal, the channels are 0. */
+bool fromDigits(const char* text, UColor& color) {
+    const size_t length = std::strlen(text);
+    if (length != 7 && length != 9)
         return false;
-    UColor found(0, 0, 0, fromByte(0xFF));
-    for (size_t i = 0; 2 * i + 1 < text.size(); ++i)
-        if (!takeChannel(text.data() + 1 + 2 * i, found.*kChannels[i].field))
-            return false;
-    color = found;
+    uint32_t red = 0, green = 0, blue = 0, alpha = 0;
+    std::sscanf(text, "%*c%2x%2x%2x%2x", &red, &green, &blue, &alpha);
+    color = UColor(fromByte(red), fromByte(green), fromByte(blue), fromByte(length == 9 ? alpha : 0xFF));
     return true;
 }
 

@@ -1,6 +1,5 @@
 #include "gui/values/udatevalue.h"
 #include "base/source/fstring.h"
-#include "valuenumbers.h"
 
 namespace Tessarine {
 
@@ -17,16 +16,6 @@ void USecondsValue::setFormat(int32_t newFormat) {
 void USecondsValue::toString(FString& text) {
     if (!representAsText(text))
         CmTime(value).toString(text);
-}
-
-void USecondsValue::fromString(const tchar* text) {
-    CmTime time;
-    if (takeRepresentedText(text))
-        return;
-    if (time.fromString(text))
-        setTargetValue(time.getTotalSeconds());
-    else
-        setTargetValue(truncated(typedNumber(text, value, 0)));
 }
 
 UDateValue::UDateValue()
@@ -56,16 +45,6 @@ void UDateValue::setFormat(int32_t newFormat) {
 void UDateValue::toString(FString& text) {
     if (!representAsText(text))
         getDate().toString(text, format);
-}
-
-void UDateValue::fromString(const tchar* text) {
-    CmDate date;
-    if (takeRepresentedText(text))
-        return;
-    if (date.fromString(text))
-        setTargetValue(date.getJulianDay());
-    else
-        setTargetValue(truncated(typedNumber(text, value, 0)));
 }
 
 }  // namespace Tessarine

@@ -46,6 +46,10 @@ constexpr bool isLetter(tchar c) {
     return upper(c) >= 'A' && upper(c) <= 'Z';
 }
 
+bool hasCase(tchar c) {
+    return ConstString::toUpper(c) != ConstString::toLower(c);
+}
+
 /** kNoKey: the character stands for itself. */
 uint8_t virtualKeyOf(tchar character) {
     if (character == ' ')
@@ -125,7 +129,7 @@ void UKeyCode::normalize() {
         character = 0;
         return;
     }
-    if (character && !isLetter(character) && modifiers == kShift)
+    if (character && !hasCase(character) && modifiers == kShift)
         modifiers = 0;
     virtualKey = virtualKeyOf(character);
     if (virtualKey != kNoKey)

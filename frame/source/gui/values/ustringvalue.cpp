@@ -174,7 +174,8 @@ void UStringListValue::toString(FString& text) {
     if (representAsText(text))
         return;
     const int64_t index = int64_t(value) - min;
-    const CmString* selected = index < strings.total() ? stringOf(strings.at(int32_t(index))) : nullptr;
+    const bool isThere = index >= 0 && index < strings.total();
+    const CmString* selected = isThere ? stringOf(strings.at(int32_t(index))) : nullptr;
     text = selected ? ConstString(*selected) : ConstString();
 }
 
@@ -298,7 +299,7 @@ bool URecentStringListValue::restoreAttributes(FAttributes& attributes) {
 }
 
 bool URecentStringListValue::addString(const tchar* text) {
-    const CmString added(text);  // what is passed may be the string that goes
+    const FString added(text);  // what is passed may be the string that goes
     removeAt(getIndex(text));
     if (countStrings() == maxRecent)
         removeAt(maxRecent);  // one past the last: nothing goes

@@ -47,20 +47,21 @@ bool UValueHooks::remove(IApplicationEventHook* hook) {
     return true;
 }
 
+bool UValueHooks::anybody() {
+    return !hooks.empty();
+}
+
 void UValueHooks::tellValueChanged(IValue* value) {
     tellAll([value](IApplicationEventHook& hook) { hook.onValueChanged(value); });
 }
 
-void UValueHooks::tellActionExecuted(const char* category, const char* action, const tchar* title) {
-    tellAll([=](IApplicationEventHook& hook) { hook.onActionExecuted(category, action, title); });
+void UValueHooks::tellActionExecuted(const char* category, const char* action, const tchar* title,
+                                     const tchar* description) {
+    tellAll([=](IApplicationEventHook& hook) { hook.onActionExecuted(category, action, title, description); });
 }
 
 void UValueHooks::tellCommandFired(const char* category, const char* command, const tchar* title) {
     tellAll([=](IApplicationEventHook& hook) { hook.onCommandFired(category, command, title); });
-}
-
-void UValueHooks::tellEvent(const char* event, FUnknown* object) {
-    tellAll([=](IApplicationEventHook& hook) { hook.notifyEvent(event, object); });
 }
 
 }  // namespace Tessarine

@@ -18,11 +18,14 @@ protected:
 
 TEST_F(FHostClassesTest, MakesEachValueByItsOutsideFace) {
     const std::tuple<const char*, const FUID&, const char*, IValue::ValueType, uint32_t, bool> rows[] = {
-        {"on/off",  IHostOnOffValue_iid,      "UValue",           IValue::kOnOff,   0x201, false},
-        {"integer", IHostIntValue_iid,        "UIntDefValue",     IValue::kInteger, 0x202, true },
-        {"float",   IHostFloatValue_iid,      "UFloatDefValue",   IValue::kFloat,   0x202, true },
-        {"string",  IHostStringValue_iid,     "UStringValue",     IValue::kString,  0x201, false},
-        {"list",    IHostStringListValue_iid, "UStringListValue", IValue::kInteger, 0x202, true },
+        {"on/off",  IHostOnOffValue_iid,       "UValue",               IValue::kOnOff,   0x201,    false},
+        {"integer", IHostIntValue_iid,         "UIntDefValue",         IValue::kInteger, 0x202,    true },
+        {"float",   IHostFloatValue_iid,       "UFloatDefValue",       IValue::kFloat,   0x202,    true },
+        {"string",  IHostStringValue_iid,      "UStringValue",         IValue::kString,  0x201,    false},
+        {"list",    IHostStringListValue_iid,  "UStringListValue",     IValue::kInteger, 0x202,    true },
+        {"scaled",  IHostTransformerValue_iid, "UFloatTransformValue", IValue::kFloat,   0x202,    true },
+        {"proxy",   IHostValueProxy_iid,       "UValueProxy",          IValue::kOnOff,   0x200201, false},
+        {"alias",   IHostAliasValue_iid,       "UAliasValue",          IValue::kOnOff,   0x200201, false},
     };
     void* made = this;
     EXPECT_EQ(host->createClassInstance(IStringRepresentationTarget::iid, &made), kResultFalse);

@@ -326,8 +326,9 @@ struct Ears final : IActionProcessorHook {
 
 struct EventEars final : Uncounted<IApplicationEventHook> {
     void onCommandFired(const char*, const char*, const tchar*) override {}
-    void onActionExecuted(const char* category, const char* action, const tchar*) override {
-        heard += std::string(category) + "/" + action + " ";
+    void onActionExecuted(const char* category, const char* action, const tchar* title,
+                          const tchar* description) override {
+        heard += std::string(category) + "/" + action + FString(title).text8() + FString(description).text8() + " ";
     }
     void onValueChanged(IValue*) override {}
     void notifyEvent(const char*, FUnknown*) override {}
@@ -376,7 +377,7 @@ TEST_F(ActionTest, WhoHearsOfWhat) {
     gMessenger->killMessages(&menus);
     EXPECT_EQ(changes.str(), "1000 1000 1000 1001 1002 1 1003 2 ");
     EXPECT_EQ(ears.heard, "+a+b+c<>") << "before the macro takes it; the macro itself has no name";
-    EXPECT_EQ(events.heard, "Test/a Test/b ");
+    EXPECT_EQ(events.heard, "Test/aa Test/bb ") << "targets describe an action that has no description";
 }
 
 TEST_F(ActionTest, AFilteredViewUndoesItsOwnOnly) {
@@ -407,6 +408,11 @@ TEST_F(ActionTest, AFilteredViewUndoesItsOwnOnly) {
     processor->undo();
     perform(view, "yz");
     EXPECT_EQ(view.peekUndo(), nullptr);
+    ActionFilter isB([](GAction& each) { return isNamed(&each, "b"); });
+    EXPECT_TRUE(processor->peekUndoFiltered(isB, false));
+    EXPECT_FALSE(processor->peekUndoFiltered(isB, true)) << "beyond the fork";
+    ActionFilter isD([](GAction& each) { return isNamed(&each, "d"); });
+    EXPECT_TRUE(processor->peekUndoFiltered(isD, true)) << "the fork itself, or nobody could go on from there";
     processor.reset();
     EXPECT_FALSE(view.undo());
     EXPECT_FALSE(view.pushUndo(action("a")));
@@ -444,8 +450,104 @@ TEST_F(ActionTest, ACombinedViewFollowsItsParts) {
     EXPECT_EQ(nameOf(all.peekUndo()), "e");
     EXPECT_TRUE(all.undo());
     EXPECT_FALSE(all.undo());
+    all.setExecutionProcessor(&first);
     EXPECT_TRUE(all.removeActionProcessor(&first));
     EXPECT_FALSE(all.redo());
+    EXPECT_FALSE(all.pushUndo(action("n"))) << "nobody would tell when it goes";
+
+    GActionProcessor third;
+    for (GActionProcessor* part : {&first, &third})
+        all.addActionProcessor(part);
+    perform(third, "g");
+    Hears leaving([&](int32_t) { all.removeActionProcessor(&third); });
+    first.addDependent(&leaving);
+    all.removeAll();
+    first.removeDependent(&leaving);
+    EXPECT_EQ(history(third), "g|");
+}
+
+TEST_F(ActionTest, SoonAfterAnUndoAPushUnitesWithTheOlderOne) {
+    GActionProcessor::unificationTimeout = 100000;
+    GActionProcessor processor;
+    const OPtr<AddTarget> older(new AddTarget(log, "a"));
+    const OPtr<GAction> first(new GAction("Test", "a"));
+    first->addTarget(older, true);
+    processor.perform(first, nullptr);
+    perform(processor, "b");
+    processor.undo();
+    older->unites = true;
+    perform(processor, "c");
+    EXPECT_EQ(history(processor), "a|b") << "what can be redone stands";
+}
+
+/** Does something unexpected when it is undone, or dies. */
+struct Surprise final : GActionTarget {
+    explicit Surprise(std::function<void()> undone, std::function<void()> died = {})
+        : undone(std::move(undone)), died(std::move(died)) {}
+    ~Surprise() override {
+        if (died)
+            died();
+    }
+    bool execute() override { return true; }
+    bool undo() override { return undone ? (undone(), true) : true; }
+    bool redo() override { return true; }
+    std::function<void()> undone, died;
+};
+
+TEST_F(ActionTest, WhoComesBackFindsTheHistoryInOrder) {
+    const auto performSurprise = [](GActionProcessor& processor, Surprise* target) {
+        const OPtr<GAction> made(new GAction("Test", "s"));
+        made->addTarget(target, false);
+        EXPECT_TRUE(processor.perform(made, nullptr));
+    };
+    {
+        SCOPED_TRACE("a target that is trimmed away undoes");
+        GActionProcessorBase::maxUndoSteps = 2;
+        GActionProcessor processor;
+        performSurprise(processor, new Surprise({}, [&] { processor.undo(); }));
+        perform(processor, "ab");
+        EXPECT_EQ(history(processor), "a|b");
+        GActionProcessorBase::maxUndoSteps = -1;
+    }
+    {
+        SCOPED_TRACE("a target of a lost branch empties the history");
+        GActionProcessor::enableBranches(true);
+        GActionProcessor processor;
+        performSurprise(processor, new Surprise({}, [&] { processor.removeAll(); }));
+        processor.undo();
+        perform(processor, "ab");
+        GActionProcessor::enableBranches(false);
+        EXPECT_EQ(history(processor), "|");
+    }
+    {
+        SCOPED_TRACE("a target removes the action that many undos lead to");
+        GActionProcessor processor;
+        perform(processor, "abc");
+        ActionFilter isB([](GAction& each) { return isNamed(&each, "b"); });
+        performSurprise(processor, new Surprise([&] { processor.removeActions(isB); }));
+        EXPECT_TRUE(processor.undoMultiple(isB));
+        EXPECT_EQ(history(processor), "ca|s");
+    }
+    {
+        SCOPED_TRACE("targets leave while they are undone");
+        GActionProcessor processor;
+        const OPtr<GAction> made(new GAction("Test", "s"));
+        made->addTarget(new AddTarget(log, "first"), false);
+        made->addTarget(new Surprise([&] { made->removeAll(); }), false);
+        processor.perform(made, nullptr);
+        EXPECT_TRUE(processor.undo());
+    }
+    struct Mirror final : IActionProcessorHook {
+        void actionPushed(GAction* action) override { other.pushUndo(action); }
+        void actionUndone(GAction*) override {}
+        void actionRedone(GAction*) override {}
+        GActionProcessor other;
+    } mirror;
+    GActionProcessor processor;
+    processor.setHook(&mirror);
+    perform(processor, "ab");
+    EXPECT_EQ(history(processor), "|");
+    EXPECT_EQ(history(mirror.other), "ba|") << "an action has one place";
 }
 
 TEST_F(ActionTest, AVeryLongChainNeedsNoStack) {

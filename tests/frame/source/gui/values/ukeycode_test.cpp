@@ -25,13 +25,15 @@ TEST(KeyCode, NormalizesCharacters) {
         {UKeyCode(u'5', 0, 1), UKeyCode(0, '5' + 80), "5"},
         {UKeyCode(u' ', 0, 2), UKeyCode(0, 7, 2), "Alt+Space"},
         {UKeyCode(u'\u00e9', 0, 4), UKeyCode(u'\u00e9', 0, 4), nullptr},
+        {UKeyCode(u'\u00e9', 0, 1), UKeyCode(u'\u00e9', 0, 1), nullptr},
+        {UKeyCode(u'\u00f7', 0, 1), UKeyCode(u'\u00f7'), nullptr},
         {UKeyCode(u'4', 28), UKeyCode(0, 28), "Pad 4"},
         {UKeyCode(0, 11, 1), UKeyCode(0, 11, 1), "Shift+Left Arrow"},
         {UKeyCode(0, 200, 8), UKeyCode(0, 200, 8), "Super+Key 200"},
         {UKeyCode(0, 0, 4), UKeyCode(0, 0, 4), ""},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.text ? row.text : "e with an accent");
+        SCOPED_TRACE(row.text ? row.text : "beyond ASCII");
         UKeyCode key(row.key);
         key.normalize();
         EXPECT_EQ(key, row.normalized);

@@ -236,7 +236,7 @@ public:
     Hook(Log& log, std::string name) : log(log), name(std::move(name)) {}
     virtual ~Hook() { UValue::unregisterHook(this); }
     void onCommandFired(const char*, const char*, const tchar*) override {}
-    void onActionExecuted(const char*, const char*, const tchar*) override {}
+    void onActionExecuted(const char*, const char*, const tchar*, const tchar*) override {}
     void onValueChanged(IValue* value) override {
         log.push_back(name + " " + std::to_string(value->getTag()));
         if (toRemove)

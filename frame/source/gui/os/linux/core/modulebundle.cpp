@@ -72,6 +72,8 @@ int64_t timeOf(const fs::path& file) {
 /** As it stands in the property list, which programs write and not people. */
 std::string versionIn(const fs::path& propertyList) {
     std::error_code failure;
+    if (!fs::is_regular_file(propertyList, failure))  // a pipe would never answer
+        return "";
     std::string content(std::min<uintmax_t>(fs::file_size(propertyList, failure), kMaxPropertyList), 0);
     std::ifstream stream(propertyList, std::ios::binary);
     content.resize(size_t(stream.read(content.data(), std::streamsize(content.size())).gcount()));

@@ -35,7 +35,9 @@ constexpr MachineRow kMachines[] = {
 /** A file that closes itself; reads are whole or not at all. */
 class File {
 public:
-    explicit File(const char* path) : descriptor(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+    /** A device isn't even opened, which alone can do something to it. */
+    explicit File(const char* path)
+        : descriptor(isRegular(path) ? open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK) : -1) {}
     ~File() {
         if (descriptor >= 0)
             close(descriptor);
@@ -54,6 +56,11 @@ public:
     }
 
 private:
+    static bool isRegular(const char* path) {
+        struct stat status = {};
+        return stat(path, &status) == 0 && S_ISREG(status.st_mode);
+    }
+
     int descriptor;
 };
 

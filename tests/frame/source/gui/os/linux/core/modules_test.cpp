@@ -174,14 +174,12 @@ TEST_F(Modules, AClassThatMissesAKeyInTheCacheMakesTheModuleLoad) {
     const TestBundle made = bundle("Gate", "flags 16\n" + kOneService);
     gComponentRegistry->findModules();
     const std::string whole = cacheText();
-    for (const char* key : {"CID", "Cardinality", "Category", "Name", "digits", "number"}) {
-        SCOPED_TRACE(key);
-        const std::string name = std::string(key) == "digits"   ? "A0B1C2D3"
-                                 : std::string(key) == "number" ? "NumClasses"
-                                                                : std::string("Class 00 - ") + key;
+    for (const char* spoilt : {"Class 00 - CID", "Class 00 - Cardinality", "Class 00 - Category", "Class 00 - Name",
+                               "A0B1C2D3", "NumClasses"}) {
+        SCOPED_TRACE(spoilt);
         std::string text = whole;
-        ASSERT_NE(text.find(name), std::string::npos);
-        text.insert(text.find(name), "x");
+        ASSERT_NE(text.find(spoilt), std::string::npos);
+        text.insert(text.find(spoilt), 1, 'x');
         std::ofstream(cacheFile()) << text;
         const int loads = made.loads();
         EXPECT_EQ(restart().countComponentClasses("Service"), 1);
@@ -226,6 +224,31 @@ TEST_F(Modules, ThatAreOfNoUseAreRefusedWithoutHarm) {
     }
     EXPECT_NE(reported().find("no entry"), std::string::npos);
     EXPECT_EQ(reported().find("other"), std::string::npos) << "the loader never saw it";
+}
+
+TEST_F(Modules, OfOddNamesAreKnownAgain) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"quote \" & <tag> 'x'", "Plain"},
+        {" blanks  at both ends ", " two  blanks "},
+        {"back\\slash:colon", "a\\b:c"},
+        {"h\u00e4nde \U0001F3B9", "Plain"},
+        {"h%u00E4nde", "100%u00E4"},
+        {"line\nbreak\ttab", "bell\a \x1b escape"},
+        {"bell\a \x1b escape", "Plain"},
+        {".hidden", "Plain"},
+        {"two.dots", "Plain"},
+    };
+    std::vector<TestBundle> bundles;
+    int number = 0;
+    for (const auto& [name, className] : rows)
+        bundles.push_back(bundle(name, "flags 16\n" + classLine(++number, "Service", className)));
+    for (int start = 0; start < 3; ++start) {
+        restart().findModules();
+        for (const TestBundle& made : bundles)
+            EXPECT_EQ(made.loads(), 1) << start << ": " << made.path;
+        std::cerr << gComponentRegistry->countModules() << "\n";
+    }
+    std::cerr << cacheText() << reported();
 }
 
 TEST_F(Modules, OneThatIsNamedIsItsBundle) {
