@@ -1,6 +1,7 @@
 #include "host/channellinks.h"
 #include "pluginterfaces/gui/ivalue.h"
 #include <algorithm>
+#include <chrono>
 
 using namespace Tessarine;
 
@@ -23,12 +24,37 @@ class ChannelLinks::End : public UValue {
 public:
     End(ChannelLinks& links, const Place& place, bool allows48V) : links(links), place(place), allows48V(allows48V) {}
 
-    void setValueFloat(float level, bool /*update*/) override { links.push(place, level, allows48V); }
+    /** Of the master. */
+    void setValueFloat(float level, bool /*update*/) override {
+        const auto now = Clock::now();
+        std::erase_if(awaited, [now](const Awaited& each) { return now - each.since > kPatience; });
+        if (links.cause != kLine)
+            awaited.push_back({level, now});
+        else if (isAnswer(level))
+            return;
+        links.push(place, level, allows48V);
+    }
 
 private:
+    using Clock = std::chrono::steady_clock;
+    struct Awaited {
+        float level;
+        Clock::time_point since;
+    };
+    static constexpr std::chrono::seconds kPatience{5};
+
+    /** An old one, behind which newer ones are on their way, undoes nothing. */
+    bool isAnswer(float level) {
+        const auto found = std::ranges::find(awaited, level, &Awaited::level);
+        const bool isOne = found != awaited.end();
+        awaited.erase(awaited.begin(), isOne ? found + 1 : found);
+        return isOne;
+    }
+
     ChannelLinks& links;
     const Place place;
     const bool allows48V;
+    std::vector<Awaited> awaited;  // what this host has set the master to
 };
 
 // --- making and ending
@@ -59,9 +85,8 @@ void ChannelLinks::add(const Link& link, bool now) {
         pair.wires.push_back({&param, OPtr<UValueLinker>(new UValueLinker)});
         pair.wires.back().linker->addSlave(end);
     }
-    const bool wasOpen = std::exchange(isOpen, isOpen && now);
+    const Changing changing(*this, now ? kLine : kExactly);
     connect(pair);
-    isOpen = wasOpen;
 }
 
 bool ChannelLinks::remove(const ChannelAddress& one, const ChannelAddress& other) {
@@ -86,7 +111,7 @@ void ChannelLinks::connect(const Pair& pair) {
 }
 
 void ChannelLinks::deviceFound(int32_t device) {
-    const Pause pause(*this);
+    const Changing changing(*this, kExactly);
     for (const Pair& pair : pairs)
         if (pair.link.master.device == device)
             connect(pair);
@@ -96,8 +121,9 @@ void ChannelLinks::deviceFound(int32_t device) {
 
 bool ChannelLinks::push(const Place& target, float level, bool allows48V) {
     const IPtr<IValue> value = remote.getValue(target);
-    if (!isOpen || !value || (!allows48V && switches48VOn(remote, target, int32_t(level))))
+    if (cause == kExactly || !value || (!allows48V && switches48VOn(remote, target, int32_t(level))))
         return false;
+    const Changing changing(*this, kHost);
     value->setValueFloat(level, true);
     return true;
 }

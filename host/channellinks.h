@@ -44,16 +44,22 @@ public:
     /** Its values are listened to from now on. */
     void deviceFound(int32_t device);
 
-    /** As long as it lives, nothing follows. */
-    class Pause {
+    /** What changes values at the moment. */
+    enum Cause {
+        kLine,     // devices say so; an answer to what this host has set isn't passed on
+        kHost,     // this host
+        kExactly,  // this host, which knows what belongs to each channel: nothing follows
+    };
+    /** As long as it lives, that is the cause. */
+    class Changing {
     public:
-        explicit Pause(ChannelLinks& paused) : links(paused), wasOpen(std::exchange(paused.isOpen, false)) {}
-        ~Pause() { links.isOpen = wasOpen; }
-        Pause(const Pause&) = delete;
+        Changing(ChannelLinks& links, Cause cause) : links(links), before(std::exchange(links.cause, cause)) {}
+        ~Changing() { links.cause = before; }
+        Changing(const Changing&) = delete;
 
     private:
         ChannelLinks& links;
-        const bool wasOpen;
+        const Cause before;
     };
 
 private:
@@ -75,5 +81,5 @@ private:
 
     Remote& remote;
     std::list<Pair> pairs;
-    bool isOpen = true;
+    Cause cause = kLine;
 };

@@ -245,9 +245,9 @@ bool Commands::devices(const Words& /*words*/) {
         IValue* mode = remote.getValue({device, findParam("devMode"), -1});
         if (name && mode)
             list.push_back({
-                {"id", device},
-                {"name", textOf(name)},
-                {"mode", mode->getValueInt()},
+                {"id",      device                   },
+                {"name",    textOf(name)             },
+                {"mode",    mode->getValueInt()      },
                 {"channel", remote.getChannel(device)}
             });
     }

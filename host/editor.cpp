@@ -46,6 +46,7 @@ Editor::Result Editor::set(const Place& place, const Setting& setting) {
     if (place != std::exchange(lastSet, place))
         history.endGesture();
     result.made = recorded(links.group(place), [&] {
+        const ChannelLinks::Changing changing(links, ChannelLinks::kHost);
         done = putSetting(remote, place, setting);
         links.follow(place);
     });
@@ -92,7 +93,7 @@ Editor::Result Editor::turn(const Changes* step, Setting Change::*side, bool (Hi
         result.refusal = "no device " + std::to_string(step->front().place.device);
     if (!result.refusal.empty())
         return result;
-    const ChannelLinks::Pause pause(links);  // what followed is part of the step
+    const ChannelLinks::Changing changing(links, ChannelLinks::kExactly);  // what followed is part of the step
     (history.*go)();
     return result;
 }
@@ -150,11 +151,11 @@ std::vector<Place> Editor::changedBy(const std::vector<Scene::Entry>& entries) {
 
 Editor::Result Editor::recallScene(const std::string& name, bool allow48V) {
     Result result;
-    const Scene* scene = scenes.find(name, result.refusal);
+    const Scene* scene = scenes.open(name, result.refusal);
     if (!scene)
         return result;
     const std::vector<Scene::Entry> entries = differing(*scene, allow48V, result);
-    const ChannelLinks::Pause pause(links);  // the scene says itself what each channel has
+    const ChannelLinks::Changing changing(links, ChannelLinks::kExactly);  // the scene has the others too
     result.made = recorded(changedBy(entries), [&] {
         for (const Scene::Entry& entry : entries)
             putSetting(remote, entry.place, entry.setting);

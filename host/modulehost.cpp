@@ -51,7 +51,11 @@ std::string refusalOf(const std::string& path) {
     const OPtr<ModuleBundle> bundle(ModuleBundle::open(path, why));
     if (!bundle)
         return why;
-    return LoadReport::text().empty() ? bundle->getExecutablePath() + ": offers nothing for this host" : LoadReport::text();
+    if (!FNPath().fromPlatformPath(bundle->getPath()))
+        return path + ": not a name in UTF-8";
+    if (!LoadReport::text().empty())
+        return LoadReport::text();
+    return bundle->getExecutablePath() + ": offers nothing for this host";
 }
 
 FModule* moduleOf(FComponentDescription* description) {
@@ -106,12 +110,8 @@ bool ModuleHost::findModule(const std::string& given, std::string& error) {
         registry->findModules();
     } else {
         registry->setScanned();  // this one, and no other
-        std::error_code failure;
-        if (!named.fromPlatformPath(fs::absolute(given, failure).c_str())) {
-            error = given + ": not a name in UTF-8";
-            return false;
-        }
-        module = classCast<FModule>(registry->addModule(&named));
+        if (std::error_code failure; named.fromPlatformPath(fs::absolute(given, failure).c_str()))
+            module = classCast<FModule>(registry->addModule(&named));
     }
     if (given.empty() || module)
         service = serviceOf(module);

@@ -40,12 +40,14 @@ bool isControl(char c) {
 
 /** false: a file can't be called so, or isn't found under it again. */
 bool scanName(const std::string& name, String& wide, std::string& error) {
+    if (!name.empty() && name.size() <= kMaxName && name[0] != '.' && std::ranges::none_of(name, isControl) &&
+        wideOf(name, wide)) {
+        FString valid(wide);
+        if (!gFileSystem->makeValidName(valid))
+            return true;
+    }
     error = "a scene can't have this name";
-    if (name.empty() || name.size() > kMaxName || name[0] == '.' || std::ranges::any_of(name, isControl) ||
-        !wideOf(name, wide))
-        return false;
-    FString valid(wide);
-    return !gFileSystem->makeValidName(valid);
+    return false;
 }
 }  // namespace
 
@@ -102,27 +104,35 @@ FPresetList* Scenes::look() {
     return list;
 }
 
-int32_t Scenes::indexOf(const std::string& name, std::string& error) {
+int32_t Scenes::indexOf(const String& name) {
+    look();
+    for (int32_t i = 0; list && i < list->countPresets(false); ++i)
+        if (name == list->getPresetName(i))
+            return i;
+    return -1;
+}
+
+int32_t Scenes::find(const std::string& name, std::string& error) {
     String wide;
     if (!scanName(name, wide, error))
         return -1;
-    look();
-    for (int32_t i = 0; list && i < list->countPresets(false); ++i)
-        if (wide == list->getPresetName(i))
-            return i;
-    error = "no scene " + name;
-    return -1;
+    const int32_t index = indexOf(wide);
+    if (index < 0)
+        error = "no scene " + name;
+    return index;
 }
 
 bool Scenes::save(const std::string& name, Scene* scene, std::string& error) {
     String wide;
     if (!scanName(name, wide, error))
         return false;
-    const int32_t old = indexOf(name, error);
+    const int32_t old = indexOf(wide);
     scene->addRef();
     const int32_t made = list ? list->addPreset(scene, wide.text16(), true, -1) : -1;
+    if (made >= 0 && replace(old, made, wide))
+        return true;
     error = "the scene can't be written";
-    return made >= 0 && replace(old, made, wide);
+    return false;
 }
 
 /** The new one comes behind the old one, and has another name as long as that is there. */
@@ -136,19 +146,17 @@ bool Scenes::replace(int32_t old, int32_t made, const String& name) {
 }
 
 bool Scenes::remove(const std::string& name, std::string& error) {
-    const int32_t index = indexOf(name, error);
-    if (index < 0)
-        return false;
+    const int32_t index = find(name, error);
+    if (index < 0 || list->removePresetAt(index))
+        return index >= 0;
     error = "the scene can't be deleted";
-    return list->removePresetAt(index);
+    return false;
 }
 
-Scene* Scenes::find(const std::string& name, std::string& error) {
-    const int32_t index = indexOf(name, error);
+Scene* Scenes::open(const std::string& name, std::string& error) {
+    const int32_t index = find(name, error);
     auto* scene = index < 0 ? nullptr : classCast<Scene>(list->getPresetObject(index));
-    if (scene)
-        error.clear();
-    else if (index >= 0)
+    if (index >= 0 && !scene)
         error = "the scene can't be read";
     return scene;
 }

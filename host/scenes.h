@@ -27,7 +27,7 @@ private:
 
 /** The scenes of the user, each a file in the presets' folder "Scenes", which others may change meanwhile.
 
-    Names     at most 200 bytes in UTF-8, without a dot at the start, a blank at either end, control characters and "/*?".
+    Names     at most 200 bytes in UTF-8, without a dot at the start, a blank at either end, control characters, and any of / * ?
     Results   false or null, and error says why. */
 class Scenes {
 public:
@@ -35,13 +35,14 @@ public:
     bool save(const std::string& name, Scene* scene, std::string& error);
     bool remove(const std::string& name, std::string& error);
     /** Borrowed until the next call. */
-    Scene* find(const std::string& name, std::string& error);
+    Scene* open(const std::string& name, std::string& error);
     /** By name. */
     std::vector<std::string> names();
 
 private:
     Tessarine::FPresetList* look();
-    int32_t indexOf(const std::string& name, std::string& error);
+    int32_t indexOf(const Tessarine::String& name);
+    int32_t find(const std::string& name, std::string& error);
     bool replace(int32_t old, int32_t made, const Tessarine::String& name);
 
     Tessarine::FPresetList* list = nullptr;  // borrowed; null before the first look

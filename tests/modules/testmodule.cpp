@@ -2,6 +2,7 @@
 //
 //   flags N          of the factory               level N       1 to 3: how much of a factory it is
 //   initialize N     what its objects answer      terminate N
+//   factory 0        it has none
 //   class CID CARDINALITY CATEGORY NAME           up to the end of the line
 //
 // It adds a line to "loads" there each time it is entered.
@@ -18,7 +19,7 @@ using namespace Tessarine;
 
 namespace {
 struct Settings {
-    int32_t flags = 0, level = 3, initialize = kResultOk, terminate = kResultOk;
+    int32_t flags = 0, level = 3, initialize = kResultOk, terminate = kResultOk, factory = 1;
     std::vector<PClassInfo2> classes;
 };
 Settings settings;
@@ -96,6 +97,7 @@ void takeLine(const std::string& line) {
         {"level",      &settings.level     },
         {"initialize", &settings.initialize},
         {"terminate",  &settings.terminate },
+        {"factory",    &settings.factory   },
     };
     std::istringstream words(line);
     std::string word, cid, category, name;
@@ -127,5 +129,5 @@ MODULE_ENTRY bool bundleExit() {
 }
 
 MODULE_ENTRY IPluginFactory* GetPluginFactory() {
-    return &factory;
+    return settings.factory ? &factory : nullptr;
 }

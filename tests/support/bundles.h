@@ -21,9 +21,11 @@ public:
         fs::create_directories(path / "Contents/Resources");
         fs::remove(object);  // never written over: it may be loaded
         fs::copy_file(built(module), object);
-        std::ofstream(path / "Contents/Resources/module.txt") << text;
+        setText(text);
         setVersion(version);
     }
+    /** For the next time that it is entered. */
+    void setText(const std::string& text) const { std::ofstream(path / "Contents/Resources/module.txt") << text; }
     /** The date stays, so that only the text says that it is another one. */
     void setVersion(const std::string& version) const {
         const std::filesystem::path list = path / "Contents/Info.plist";

@@ -149,8 +149,8 @@ private:
 
 /** All classes that components can be made of: those of the program and those of the modules in the "Components" folder.
 
-    Found     by identifier, or by type and name; types as they are written, names in any case. Questions of type and
-              number scan the folder the first time.
+    Found     by identifier, or by type and name; types as they are written, names in any case. The first count of a type
+              scans the folder.
     Owns      its descriptions, which are handed out borrowed, until they are removed.
     Threads   the main thread. */
 class FComponentRegistry : public FModuleManager, public IComponentFactory {

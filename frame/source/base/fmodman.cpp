@@ -14,6 +14,20 @@ const FFileType& moduleType() {
     static const FFileType type(u"Module", u"bundle", u"bundle", kMacType, nullptr, u"com.apple.bundle");
     return type;
 }
+
+bool isOfType(const FPath& path, const FFileType& type) {
+    FString extension;
+    return path.getExtension(extension) && type.hasExtension(extension);
+}
+
+/** Of a link, what it leads to, if that is there. With one reference for the caller. */
+FNPath* targetOf(const FPath& entry) {
+    auto* target = new FNPath;
+    static_cast<FPath&>(*target) = entry;
+    if (entry.isLink())
+        gFileSystem->checkResolveLink(target);
+    return target;
+}
 }  // namespace
 
 IMPLEMENT_ABSTRACT_CLASS(FModuleManager, CmObject)
@@ -30,8 +44,8 @@ struct FModuleManager::Entry {
     FString group;
     FBundleFacts facts;
     IPtr<FDefaults> defaults;
-    String version;                // the present one
-    bool isKnown = false;          // the group is of this date and version
+    String version;        // the present one
+    bool isKnown = false;  // the group is of this date and version
 };
 
 FModuleManager::FModuleManager(const tchar* folderName) : folderName(folderName) {
@@ -45,8 +59,7 @@ const FFileType& FModuleManager::getFileType() const {
 }
 
 bool FModuleManager::isModule(const FPath* path) const {
-    FString extension;
-    return path && (path->isBundle() || (path->getExtension(extension) && getFileType().hasExtension(extension)));
+    return path && (path->isBundle() || isOfType(*path, getFileType()));
 }
 
 void FModuleManager::removeAll() {
@@ -89,27 +102,19 @@ int32_t FModuleManager::findModules(const FNPath& path, const FFileType* fileTyp
     if (!gFileSystem->dirExists(&path))
         return 0;
     const FNPath* const outer = std::exchange(scanRoot, &path);
-    int32_t found = 0;
+    const int32_t before = countModules();
     FNFileSystemScanner scanner(&path);
     for (const FPath* each = scanner.first(); each; each = scanner.next()) {
-        const OPtr<FNPath> resolved(new FNPath);
-        static_cast<FPath&>(*resolved) = *each;
-        FString extension;
-        if (each->isLink())
-            gFileSystem->checkResolveLink(resolved);
-        const bool isWanted =
-            fileType ? resolved->getExtension(extension) && fileType->hasExtension(extension) : isModule(resolved);
-        if (!isWanted)
+        OPtr<FNPath> target(targetOf(*each));
+        if (fileType ? !isOfType(*target, *fileType) : !isModule(target))
             continue;
         if (each->isFolder())
             scanner.skipFolder();
-        const int32_t before = countModules();
-        takeModule(createModule(static_cast<FPath*>(resolved->newCopy())));
-        found += countModules() - before;
+        takeModule(createModule(target.detach()));
     }
     scanRoot = outer;
     saveDefaults();
-    return found;
+    return countModules() - before;
 }
 
 FModuleBase* FModuleManager::takeModule(OPtr<FModuleBase> module) {
@@ -221,8 +226,8 @@ bool FModuleManager::openEntry(FModuleBase* module, Entry& entry) {
     String version;
     entry.version.fromUTF8(entry.facts.version.c_str());
     entry.defaults->getString(kBundleVersion, version);
-    entry.isKnown = entry.defaults->getLongLong(kLastModified, time) && time == entry.facts.modified &&
-                    version == entry.version;
+    entry.isKnown =
+        entry.defaults->getLongLong(kLastModified, time) && time == entry.facts.modified && version == entry.version;
     return true;
 }
 

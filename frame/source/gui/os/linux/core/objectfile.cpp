@@ -48,11 +48,10 @@ public:
         return descriptor >= 0 && offset <= INT64_MAX &&
                pread(descriptor, target, size, off_t(offset)) == ssize_t(size);
     }
-    /** 0 for what is no file. */
+    /** 0: there is no such file. */
     uint64_t size() const {
         struct stat status = {};
-        return descriptor >= 0 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) ? uint64_t(status.st_size)
-                                                                                             : 0;
+        return descriptor >= 0 && fstat(descriptor, &status) == 0 ? uint64_t(status.st_size) : 0;
     }
 
 private:
