@@ -109,10 +109,8 @@ bool isReadable(FResourceArchive& archive, FFileArchiveNode* node, std::vector<c
 
 std::string memberName(const FFileArchiveNode& node) {
     FPath path;
-    FString text;
     node.getPath(path);
-    path.getFullPath(text);
-    return utf8Of(text);
+    return utf8Of(path);
 }
 
 std::string findFault(const FResourceArchive& archive) {

@@ -101,7 +101,8 @@ public:
     bool close() override;
     /** An empty file, to be filled by addFolder and closed off by writeContent. compression null: the default engine. */
     virtual bool create(int32_t flags, const FUID* compression);
-    /** With all that a folder holds, hidden files too. A failure or a stop leaves no file. */
+    /** With all that a folder holds, hidden files too. A failure or a stop leaves no file; one that
+        was there and couldn't be opened to be written stays. false: the archive is open. */
     bool create(FPath* folder, int16_t flags, UProgressHook* hook, const FUID* compression) override;
     /** Without gaps, with the engine that it has if flags says kCompress. In its own place it is written beside first, with
         "~" before its name, and open again afterwards; what the cache folder held of it goes. */

@@ -7,13 +7,24 @@ namespace {
 // "Setup.xml.0123456789ABCDEF0123456789ABCDEF.aside"
 constexpr const tchar* kAsideEnding = u".aside";
 constexpr uint32_t kMarkLength = 32;
+constexpr uint32_t kMostOfName = 64;  // characters: with mark and ending, a name that disks take in any script
+
+/** What names aside begin with: the target's own name, or as much as leaves room for the rest. */
+FString stemOf(const FPath& target) {
+    FString stem(target.getName());
+    if (stem.length() <= kMostOfName)
+        return stem;
+    const bool halfPair = (stem.getChar16(kMostOfName) & 0xFC00) == 0xDC00;
+    stem.remove(halfPair ? kMostOfName - 1 : kMostOfName);
+    return stem;
+}
 
 FString newAsideName(const FPath& target) {
     char mark[kMarkLength + 1];
     FUID id;
     id.generate();
     id.toString(mark);
-    FString name(target.getName());
+    FString name = stemOf(target);
     name += u".";
     name += FString(mark);
     name += kAsideEnding;
@@ -29,10 +40,10 @@ bool isMark(const ConstString& text) {
     return true;
 }
 
-bool isAsideName(const ConstString& name, const ConstString& targetName) {
-    const uint32_t markAt = targetName.length() + 1;
+bool isAsideName(const ConstString& name, const ConstString& stem) {
+    const uint32_t markAt = stem.length() + 1;
     const ConstString ending(kAsideEnding);
-    return name.length() == markAt + kMarkLength + ending.length() && name.startsWith(targetName) &&
+    return name.length() == markAt + kMarkLength + ending.length() && name.startsWith(stem) &&
            name.getChar16(markAt - 1) == u'.' && isMark(ConstString(name, int32_t(markAt))) && name.endsWith(ending);
 }
 
@@ -75,8 +86,9 @@ void FAsideFile::removeStaleFiles() {
     const OPtr<FFileIterator> files(fileSystem->newIterator(&folder, true));
     if (!files)
         return;
+    const FString stem = stemOf(target);
     for (FPath* file = files->first(); file; file = files->next())
-        if (isAsideName(file->getName(), target.getName()))
+        if (isAsideName(file->getName(), stem))
             fileSystem->removeFile(file);
 }
 

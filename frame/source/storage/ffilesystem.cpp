@@ -1,5 +1,6 @@
 #include "storage/ffilesystem.h"
 #include "base/uprogresshook.h"
+#include "fnerrors.h"
 #include "ftreewalk.h"
 #include "storage/fbstream.h"
 #include "storage/ffstream.h"
@@ -7,6 +8,7 @@
 #include <cerrno>
 #include <iterator>
 #include <memory>
+#include <sys/stat.h>
 
 namespace Tessarine {
 namespace {
@@ -28,9 +30,29 @@ bool copyContent(FStream& source, FStream& target, int64_t total, UProgressHook*
     }
 }
 
+/** Two systems may lead to one file of the disk, which to create as the target would empty the source. */
+bool leadsTo(FFileSystem* system, FPath* path, FStream* stream) {
+    const QuietErrors quiet;
+    auto* const file = classCast<FFileStream>(stream);
+    FStream* const opened = file && system->fileExists(path) ? system->openFile(path, kOpenRead) : nullptr;
+    if (!opened)
+        return false;
+    auto* const other = classCast<FFileStream>(opened);
+    struct stat own, its;
+    const bool same = other && ::fstat(file->getFileRef(), &own) == 0 && ::fstat(other->getFileRef(), &its) == 0 &&
+                      own.st_dev == its.st_dev && own.st_ino == its.st_ino;
+    system->closeFile(opened);
+    return same;
+}
+
 void tellCode(int32_t* error, int32_t code) {
     if (error)
         *error = code;
+}
+
+/** A cut there would leave half a pair, which no disk can express. */
+bool endsInPair(const FString& text, uint32_t length) {
+    return (text.getChar16(length - 1) & 0xFC00) == 0xD800 && (text.getChar16(length) & 0xFC00) == 0xDC00;
 }
 
 /** Of two streams of which one has failed; without an error in either somebody stopped it. */
@@ -80,7 +102,7 @@ bool FFileSystem::makeValidName(FString& name, tchar replacement, bool trim) {
     if (trim)
         valid.trim();
     if (valid.length() > kMaxNameLength)
-        valid.remove(kMaxNameLength);
+        valid.remove(endsInPair(valid, kMaxNameLength) ? kMaxNameLength - 1 : kMaxNameLength);
     for (uint32_t i = 0; i < valid.length(); ++i)
         if (kForbidden.find(valid.getChar16(i)) != std::u16string_view::npos)
             valid.setChar16(i, replacement ? replacement : kStandIn);
@@ -116,6 +138,11 @@ bool FFileSystem::copyFile(FFileSystem* source, FPath* from, FFileSystem* target
     FStream* input = source->openFile(from, kOpenRead, error);
     if (!input)
         return false;
+    if (leadsTo(target, to, input)) {
+        tellCode(error, EINVAL);
+        source->closeFile(input);
+        return false;
+    }
     FStream* output = target->createFile(to, kOpenWrite, error);
     const bool copied = output && copyContent(*input, *output, source->getFileSize(from), hook);
     const int32_t code = copied ? EIO : errorOf(input, output);

@@ -34,6 +34,7 @@ constexpr TypeRow kFileSystems[] = {
     {"davfs",      kNetworkDrive  },
     {"fuse.sshfs", kNetworkDrive  },
     {"squashfs",   kUndefinedDrive},
+    {"zfs",        kHarddisk      },
 };
 constexpr std::string_view kDevices = "/dev/";
 
@@ -85,6 +86,8 @@ const FMount* mountOf(const std::vector<FMount>& mounts, const FPath* path) {
     std::unique_ptr<char, FreeText> name(::realpath(PlatformName(path), nullptr));
     for (FPath above(*path); !name && above.ascend();)
         name.reset(::realpath(PlatformName(&above), nullptr));
+    if (!name && !path->isEmpty() && !path->isAbsolute())
+        name.reset(::realpath(".", nullptr));
     const FMount* found = nullptr;
     for (const FMount& mount : mounts)
         if (name && isBelow(name.get(), mount.folder) && (!found || mount.folder.size() > found->folder.size()))

@@ -53,7 +53,7 @@ bool FNFileSystem::makeValidPath(FPath* path) {
     for (const std::u16string_view step : pathSteps(units16(text))) {
         FString name(step.data(), int32_t(step.size()));
         makeValidName(name);
-        valid += name;
+        valid += name.isEmpty() ? FString(u"_") : name;
         valid += u"/";
     }
     if (valid.length() > 1)

@@ -72,10 +72,11 @@ bool FNPath::toPlatformPath(void* bytes) const {
 }
 
 FUrl* FNPath::createURL() const {
-    if (!isAbsolute())
+    if (!isAbsolute() || *static_cast<const char*>(PlatformName(this)) == 0)
         return nullptr;
     FString file(fullTextOf(*this).text16() + 1);
     FUrl::urlEncode(file);
+    file.replace(ConstString(u"?"), ConstString(u"%3f"));  // it would begin a query
     if (isFolder() && !file.isEmpty())
         file += u"/";
     return new FUrl(u"file", u"", file.text16());

@@ -3,10 +3,10 @@
 #include "platformname.h"
 #include "storage/fbstream.h"
 #include "storage/furl.h"
+#include "storage/userfolders.h"
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -31,14 +31,9 @@ struct Trash {
     std::string pathsFrom;  // what paths of its info files are relative to; empty: they are absolute
 };
 
-std::string environmentFolder(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value && *value == '/' ? value : "";
-}
-
 std::string homeTrash() {
-    const std::string data = environmentFolder("XDG_DATA_HOME"), home = environmentFolder("HOME");
-    return !data.empty() ? data + "/Trash" : !home.empty() ? home + "/.local/share/Trash" : "";
+    const std::string data = environmentOrHome("XDG_DATA_HOME", ".local/share");
+    return data.empty() ? data : data + "/Trash";
 }
 
 bool makeFolders(const std::string& folder) {

@@ -144,16 +144,16 @@ bool FResourceArchive::create(int32_t flags, const FUID* compression) {
 }
 
 bool FResourceArchive::create(FPath* folder, int16_t flags, UProgressHook* hook, const FUID* compression) {
-    if (!folder)
+    if (!folder || isOpen())
         return false;
     bool cancel = false;
     if (create(flags, compression) && addFolder(getRoot(), folder, flags, hook, cancel) && writeContent() &&
         getStream()->flush())
         return true;
-    close();
     FPath place(getPath());
-    if (isNative())
+    if (isNative() && getStream())  // otherwise what is there isn't ours
         gFileSystem->removeFile(&place);
+    close();
     return false;
 }
 
@@ -265,16 +265,15 @@ bool FResourceArchive::compact(int32_t flags, FPath* target, UProgressHook* hook
         place.setName((name += own.getFileName()).text16());
         gFileSystem->removeFile(&place);  // a link of that name would lead elsewhere
     }
-    const bool made = writeCompacted(place, flags, hook);
-    if (made && inPlace)
-        copyRights(&own, &place);
-    const bool written = made && (!inPlace || gFileSystem->moveFile(&place, &own, true));
-    if (!written) {
+    if (!writeCompacted(place, flags, hook))
+        return false;
+    if (!inPlace)
+        return true;
+    copyRights(&own, &place);
+    if (!gFileSystem->moveFile(&place, &own, true)) {
         gFileSystem->removeFile(&place);
         return false;
     }
-    if (!inPlace)
-        return true;
     dropCache();
     return close() && open();
 }
@@ -284,8 +283,12 @@ bool FResourceArchive::writeCompacted(FPath& place, int32_t flags, UProgressHook
     const bool known = engine && engine->getCompressionCID(compression);
     const OPtr<FResourceArchive> copy(new FResourceArchive(&place));
     copy->setUtf8Names(utf8Names);
-    return copy->create(flags & kCompress, known ? &compression : nullptr) && compactFolder(*copy, hook) &&
-           copy->writeContent() && copy->getStream()->flush();
+    if (copy->create(flags & kCompress, known ? &compression : nullptr) && compactFolder(*copy, hook) &&
+        copy->writeContent() && copy->getStream()->flush())
+        return true;
+    if (copy->getStream())
+        gFileSystem->removeFile(&place);
+    return false;
 }
 
 bool FResourceArchive::compactFolder(FResourceArchive& target, UProgressHook* hook) {
@@ -329,7 +332,7 @@ FStream* FResourceArchive::openMember(FResourceEntry* entry) {
 }
 
 void FResourceArchive::dropCache() {
-    if (!(getFlags() & kWriteCached) || !getCacheFolder())
+    if (!(getFlags() & kWriteCached) || !hasCacheFolder())
         return;
     for (FFileArchiveNode* node = getRoot()->getFirstChild(); node; node = node->getNextBelow(getRoot())) {
         FPath cached;
@@ -342,6 +345,8 @@ void FResourceArchive::dropCache() {
 }
 
 bool FResourceArchive::replaceFileInArchive(FPath* archive, FPath* inner, FPath* file) {
+    if (isSameFile(archive, file))
+        return false;  // it would grow for ever
     FStream* source = gFileSystem->openFile(file, kOpenRead);
     const OPtr<FStream> stream(gFileSystem->openFile(archive, kOpenRead | kOpenWrite));
     const OPtr<FResourceArchive> opened(new FResourceArchive(stream.get()));

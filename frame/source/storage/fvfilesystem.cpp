@@ -3,6 +3,7 @@
 #include "ftreewalk.h"
 #include "pathsteps.h"
 #include "platformname.h"
+#include "samefile.h"
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -392,18 +393,34 @@ FPath* FVFileIterator::show(FPath* found) {
     return current();
 }
 
+namespace {
+/** Where on the disks a path of the file system lies; false: not there. */
+bool placeOnDisks(FFileSystem* fileSystem, const FPath& path, FPath& place) {
+    const auto* part = classCast<FVFileSystem>(fileSystem);
+    place = part ? part->translatePath(&path) : path;
+    if (place.isEmpty())
+        place.fromString(u".", kFolderPath);
+    return (part ? part->getTarget() : fileSystem) == gFileSystem;
+}
+
+/** What is copied would be met again as something to copy. */
+bool copiesIntoItself(FFileSystem* source, const FPath& from, FFileSystem* target) {
+    FPath outer, inner;
+    return placeOnDisks(source, from, outer) && placeOnDisks(target, FPath(), inner) && isWithin(inner, outer);
+}
+}  // namespace
+
 bool FCopyFileSystem(FFileSystem* source, FPath* from, FFileSystem* target, UProgressHook* hook) {
-    if (!source || !from || !target)
+    if (!source || !from || !target || copiesIntoItself(source, *from, target))
         return false;
     const int32_t total = hook ? source->countFiles(from, true, true) : 0;
     FTreeWalk walk(source, *from, true);
     int32_t done = 0;
     for (FPath* entry = walk.current(); entry; entry = walk.next()) {
-        if (entry->isLink() && !source->fileExists(entry))
-            continue;
         FPath copy = walk.relativePath();
+        const bool passedOver = entry->isLink() && !source->fileExists(entry);
         const bool copied = entry->isFolder() ? target->createDir(&copy)
-                                              : FFileSystem::copyFile(source, entry, target, &copy) &&
+                                              : (passedOver || FFileSystem::copyFile(source, entry, target, &copy)) &&
                                                     tellProgress(hook, ++done, total);
         if (!copied)
             return false;

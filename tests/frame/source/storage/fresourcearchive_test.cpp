@@ -259,6 +259,26 @@ TEST_F(ResourceArchive, ItIsNeitherItsOwnMemberNorLostUnderAnotherName) {
     EXPECT_EQ(contentOf(*archive), goldenContent());
 }
 
+TEST_F(ResourceArchive, WhatIsNotWrittenIsNotRemoved) {
+    TempFolder folder;
+    const std::string golden = goldenFile("resources-v3.srf");
+    std::filesystem::create_directory(folder / "t");
+    folder.write("x.srf", golden);
+    folder.write("old", "old");
+    FNPath tree = folder.at("t"), file = folder.at("x.srf"), old = folder.at("old");
+    FPath inner = pathOf("skin.xml");
+    FUID unknown;
+    unknown.generate();
+    EXPECT_FALSE(OPtr<FResourceArchive>(new FResourceArchive(&old))->create(&tree, 2, nullptr, &unknown));
+    const OPtr<FResourceArchive> archive(new FResourceArchive(&file));
+    ASSERT_TRUE(archive->open());
+    EXPECT_FALSE(archive->create(&tree, 0, nullptr, nullptr));
+    EXPECT_FALSE(FResourceArchive::replaceFileInArchive(&file, &inner, &file));
+    EXPECT_EQ(contentOf(*archive), goldenContent());
+    EXPECT_EQ(folder.read("x.srf"), golden);
+    EXPECT_EQ(folder.read("old"), "old");
+}
+
 TEST_F(ResourceArchive, NumbersThatVersion1CantHoldAreRefused) {
     for (const bool compresses : {false, true}) {
         FMemoryStream memory;

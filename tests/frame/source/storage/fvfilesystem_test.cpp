@@ -1,6 +1,7 @@
 #include "storage/fvfilesystem.h"
 #include "storage/fbstream.h"
 #include "tempfolder.h"
+#include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
 
@@ -181,6 +182,21 @@ TEST_F(VirtualDisk, CopiesWholeTreesAndKeepsThemInside) {
     int64_t size = 0;
     EXPECT_EQ(target.countFiles(&top, true, true, &size), 4);
     EXPECT_EQ(size, 6 * 3 + 5);
+}
+
+TEST_F(VirtualDisk, NoFileIsCopiedOverItselfByAnotherName) {
+    FVFileSystem source(&root), same(&root, true);
+    const FNPath below = temp.at("root/sub");
+    FVFileSystem inside(&below, true);
+    FPath top, file;
+    file.fromString(u"file", kFilePath);
+    int32_t error = 0;
+    EXPECT_FALSE(FFileSystem::copyFile(&source, &file, &same, &file, nullptr, &error));
+    EXPECT_EQ(error, EINVAL);
+    for (FVFileSystem* target : {&same, &inside})
+        EXPECT_FALSE(FCopyFileSystem(&source, &top, target));
+    EXPECT_EQ(temp.read("root/file") + temp.read("root/sub/file"), "insidebelow");
+    EXPECT_FALSE(fs::exists(temp / "root/sub/sub"));
 }
 
 const FFileType kBoxType(u"Box", u"box");
