@@ -13,7 +13,6 @@
 #include <cinttypes>
 #include <cstdio>
 #include <functional>
-#include <limits>
 #include <new>
 #include <nlohmann/json.hpp>
 #include <unistd.h>
@@ -25,7 +24,8 @@ using namespace Tessarine;
 
 namespace {
 constexpr uint32_t kStartUpSteps = 100;  // types, readers and the compression engine
-constexpr int64_t kMaxPlainBytes = INT32_MAX - 25;
+constexpr int64_t kNoBound = INT64_MAX;
+constexpr int64_t kMaxPlainBytes = INT32_MAX - FResourceArchive::kHeaderSize;
 constexpr int64_t kEntryCountFromEnd = 12, kLeastEntry = 13;  // bytes of the file
 constexpr int64_t kEntryBytes = 160;                          // of memory, about
 constexpr const tchar* kAsideName = u"srfpack";  // short: there is room for a mark, however long the file's own is
@@ -91,6 +91,18 @@ bool liesIn(const fs::path& file, const fs::path& folder) {
     return std::ranges::mismatch(outer, inner).in1 == outer.end();
 }
 
+/** What keeps a file from being made of a folder. */
+std::string targetObstacle(const std::string& fileName, const std::string& folderName) {
+    if (liesIn(fileName, folderName))
+        return printable(fileName) + ": lies in the folder that is packed";
+    std::error_code ignored;
+    const fs::file_status status = fs::status(fileName, ignored);
+    if (fs::is_directory(status) || fileName.ends_with('/'))
+        return systemError(fileName, EISDIR);
+    const bool replaceable = !fs::exists(status) || fs::is_regular_file(status);
+    return replaceable ? "" : printable(fileName) + ": isn't a file that can be replaced";
+}
+
 std::string create(const Options& options) {
     const std::string &folderName = options.operands[0], &fileName = options.operands[1];
     FNPath folder, file;
@@ -98,18 +110,12 @@ std::string create(const Options& options) {
         return notUtf8(folderName);
     if (!pathOf(fileName, kFilePath, file))
         return notUtf8(fileName);
-    const int64_t maxBytes = options.compress ? std::numeric_limits<int64_t>::max() : kMaxPlainBytes;
-    std::string fault = findObstacle(folderName, maxBytes);
-    if (!fault.empty())
-        return fault;
-    if (liesIn(fileName, folderName))
-        return printable(fileName) + ": lies in the folder that is packed";
-    std::error_code ignored;
-    const fs::file_status status = fs::status(fileName, ignored);
-    if (fs::is_directory(status) || fileName.ends_with('/'))
-        return systemError(fileName, EISDIR);
-    if (fs::exists(status) && !fs::is_regular_file(status))
-        return printable(fileName) + ": isn't a file that can be replaced";
+    const int64_t maxBytes = options.compress ? kNoBound : kMaxPlainBytes;
+    std::string obstacle = findObstacle(folderName, maxBytes);
+    if (obstacle.empty())
+        obstacle = targetObstacle(fileName, folderName);
+    if (!obstacle.empty())
+        return obstacle;
     const HeldSignals held;
     errno = 0;
     FAsideFile aside(gFileSystem, file);
@@ -200,6 +206,17 @@ bool rewrite(FPath& file, const std::function<bool(FPath& aside, UProgressHook* 
     return done;
 }
 
+/** What keeps a file from becoming a member; maxBytes: what there is room for. */
+std::string contentObstacle(const std::string& name, FNPath& content, int64_t maxBytes) {
+    int32_t error = 0;
+    if (!OPtr<FStream>(gFileSystem->openFile(&content, kOpenRead, &error)))
+        return systemError(name, error);
+    std::error_code ignored;
+    if (!fs::is_regular_file(name, ignored))
+        return printable(name) + ": isn't a file";  // a device can have no end
+    return gFileSystem->getFileSize(&content) > maxBytes ? tooMuch(name) : "";
+}
+
 std::string replace(const Options& options) {
     const std::string &fileName = options.operands[0], &innerName = options.operands[1], &name = options.operands[2];
     Opened opened = openArchive(fileName);
@@ -215,15 +232,11 @@ std::string replace(const Options& options) {
     const FFileArchiveNode* node = opened.archive->lookupNode(&inner);
     if (!node || node->isFolder())
         return printable(fileName) + ": " + printable(innerName) + (node ? " is a folder" : " isn't in it");
-    int32_t error = 0;
-    if (!OPtr<FStream>(gFileSystem->openFile(&content, kOpenRead, &error)))
-        return systemError(name, error);
-    std::error_code ignored;
-    if (!fs::is_regular_file(name, ignored))
-        return printable(name) + ": isn't a file";  // a device can have no end
     const int64_t others = opened.archive->getTableOffset() - node->getDataSize();
-    if (!opened.archive->getEngine() && gFileSystem->getFileSize(&content) > INT32_MAX - others)
-        return tooMuch(name);
+    const int64_t maxBytes = opened.archive->getEngine() ? kNoBound : INT32_MAX - others;
+    const std::string obstacle = contentObstacle(name, content, maxBytes);
+    if (!obstacle.empty())
+        return obstacle;
     opened.archive->close();
     const auto write = [&](FPath& aside, UProgressHook* hook) {
         return gFileSystem->copyFile(&opened.path, &aside, hook) &&

@@ -1,7 +1,6 @@
 #include "tools/srfpack/commands.h"
 #include "tools/srfpack/names.h"
 #include "tools/words/answer.h"
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 

@@ -46,11 +46,6 @@ bool makeFolderOf(const FPath& file) {
 bool standsOnDisk(FPath& path) {
     return gFileSystem->fileExists(&path) || gFileSystem->dirExists(&path);
 }
-
-bool makeEmptyFile(FPath* path, int32_t* error) {
-    FStream* file = gFileSystem->createFile(path, kOpenWrite, error);
-    return gFileSystem->closeFile(file);
-}
 }  // namespace
 
 IMPLEMENT_ABSTRACT_CLASS(FFileArchive, FFileSystem)
@@ -382,9 +377,6 @@ bool FFileArchive::copyMember(FPath* file, FFileArchiveNode* node, FPath* target
         tellCode(error, EINVAL);
         return false;
     }
-    FPath place;
-    if (!locateOutside(node, place) && node->getDataSize() == 0 && node->getUncompressedSize() == 0)
-        return makeEmptyFile(target, error);
     if (!copyFile(this, file, gFileSystem, target, hook, error))
         return false;
     if (gFileSystem->getFileSize(target) == getFileSize(file))

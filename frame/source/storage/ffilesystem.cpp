@@ -4,6 +4,7 @@
 #include "ftreewalk.h"
 #include "storage/fbstream.h"
 #include "storage/ffstream.h"
+#include "storage/fmstream.h"
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
@@ -48,6 +49,16 @@ bool leadsTo(FFileSystem* system, FPath* path, FStream* stream) {
 void tellCode(int32_t* error, int32_t code) {
     if (error)
         *error = code;
+}
+
+/** An archive opens no member without bytes. */
+FStream* openSource(FFileSystem* system, FPath* path, int32_t* error) {
+    int32_t code = EINVAL;
+    FStream* const opened = system->openFile(path, kOpenRead, &code);
+    if (!opened && code == ENODATA && system->getFileSize(path) == 0)
+        return new FMemoryStream;
+    tellCode(error, code);
+    return opened;
 }
 
 /** A cut there would leave half a pair, which no disk can express. */
@@ -135,7 +146,7 @@ bool FFileSystem::copyFile(FFileSystem* source, FPath* from, FFileSystem* target
     tellCode(error, EINVAL);
     if (!source || !target || !from || !to || (source == target && *from == *to))
         return false;
-    FStream* input = source->openFile(from, kOpenRead, error);
+    FStream* input = openSource(source, from, error);
     if (!input)
         return false;
     if (leadsTo(target, to, input)) {

@@ -302,10 +302,11 @@ bool FNFileSystem::removeDir(FPath* path, bool withContent) {
     if (!withContent)
         return told(::rmdir(name) == 0);
     struct stat status;
-    if (::lstat(name, &status) != 0 || !S_ISDIR(status.st_mode))
+    if (::lstat(name, &status) != 0)
         return told(false);
-    std::error_code error;
-    std::filesystem::remove_all(static_cast<const char*>(name), error);
+    std::error_code error = std::make_error_code(std::errc::not_a_directory);
+    if (S_ISDIR(status.st_mode))
+        std::filesystem::remove_all(static_cast<const char*>(name), error);
     errno = error.value();
     return told(!error);
 }

@@ -71,7 +71,7 @@ bool hasData(const FFileArchiveNode& node) {
 
 /** Where the last data below a folder ends, at least where data may begin; -1: some of it lies beyond the limit. */
 int64_t findEndOfDataSection(const FFileArchiveNode& folder, int64_t limit) {
-    int64_t end = int64_t(kResourceHeader.size());
+    int64_t end = FResourceArchive::kHeaderSize;
     for (const FFileArchiveNode* node = folder.getFirstChild(); node; node = node->getNextBelow(&folder)) {
         if (!hasData(*node))
             continue;
@@ -83,10 +83,10 @@ int64_t findEndOfDataSection(const FFileArchiveNode& folder, int64_t limit) {
     return end;
 }
 
-/** What lies behind a place moves. */
-void updateNodeOffsets(const FFileArchiveNode& folder, int64_t after, int64_t delta) {
+/** What begins at a place or behind it moves, empty files too. */
+void updateNodeOffsets(const FFileArchiveNode& folder, int64_t from, int64_t delta) {
     for (FFileArchiveNode* node = folder.getFirstChild(); node; node = node->getNextBelow(&folder))
-        if (hasData(*node) && node->getDataOffset() > after)
+        if (!node->isFolder() && node->getDataOffset() >= from)
             entryOf(node)->setDataOffset(node->getDataOffset() + delta);
 }
 
@@ -128,10 +128,10 @@ struct FResourceArchive::Packing {
 
 bool FResourceArchive::create(int32_t flags, const FUID* compression) {
     const OPtr<FCompressionEngine> made(flags & kCompress ? makeCompressionEngine(compression) : nullptr);
-    if ((flags & kCompress) && !made)
+    if (isOpen() || ((flags & kCompress) && !made))
         return false;
     FPath place(getPath());
-    if (!getStream())
+    if (isNative())
         setStream(OPtr<FStream>(gFileSystem->createFile(&place, kOpenRead | kOpenWrite)));
     FStream* stream = getStream();
     if (!stream)
@@ -225,11 +225,12 @@ bool FResourceArchive::copyInto(FStream* source, FStream* target, FResourceEntry
         return false;
     if (!shouldCompress(source, *entry)) {
         const int64_t size = copyPlain(*source, *target, hook);
-        entry->setData(begin, size);
+        entry->setData(begin, size, size);
         return size >= 0;
     }
+    entry->setCompressed(true);
     const bool copied = FCompressData(source, target, engine, gCompressionLevel, hook) && source->verify();
-    entry->setCompressedData(begin, target->tell() - begin, source->tell());
+    entry->setData(begin, target->tell() - begin, source->tell());
     return copied;
 }
 
@@ -362,16 +363,15 @@ bool FResourceArchive::replaceMember(FResourceEntry* entry, FStream* source) {
     int64_t end = findEndOfDataSection(*getRoot(), tableOffset);
     if (end < 0 || stream->seek(end, kFromStart) != end)
         return false;
-    const bool closesUp =
-        size > 0 && begin >= int64_t(kResourceHeader.size()) && isAlone(*getRoot(), entry, begin, begin + size);
-    entry->setData(end, 0);
+    const bool closesUp = size > 0 && begin >= kHeaderSize && isAlone(*getRoot(), entry, begin, begin + size);
+    entry->setCompressed(false);
     if (!copyInto(source, stream, entry, nullptr))
         return false;
     end = stream->tell();
     if (closesUp) {
         if (!moveDown(*stream, begin + size, end, begin))
             return false;
-        updateNodeOffsets(*getRoot(), begin, -size);
+        updateNodeOffsets(*getRoot(), begin + size, -size);
         end -= size;
     }
     return stream->seek(end, kFromStart) == end && writeContent() && cutFile(*stream);

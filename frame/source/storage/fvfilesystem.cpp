@@ -386,6 +386,7 @@ FPath* FVFileIterator::show(FPath* found) {
     FPath real;
     for (; found; found = inner->next()) {
         shown = fileSystem->reverseTranslate(found);
+        shown.setName(found->getName());  // of an archive it may be "..", which was followed
         if (!found->isLink() || fileSystem->reach(&shown, real))
             break;
     }

@@ -4,6 +4,7 @@
 #include "collect/cmdate.h"
 #include "storage/ffstream.h"
 #include "storage/fmstream.h"
+#include "storage/fvfilesystem.h"
 #include "tempfolder.h"
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -504,6 +505,45 @@ TEST_F(FileArchive, IteratesAndDumps) {
               "    \"b(0000)\" size = 3 Bytes, offset = 7\n"
               "    \"empty(0000)\" size = 0 Bytes, offset = 0\n"
               "    \".hidden(0000)\" size = 2 Bytes, offset = 1\n");
+}
+
+/** Two folders named x in each of them; what is in the second one can't be reached. */
+void addTwins(PieceArchive& archive) {
+    std::string folder;
+    for (int32_t depth = 0; depth < 40; ++depth, folder += folder.empty() ? "x" : "/x")
+        for (int32_t twin = 0; twin < 2; ++twin)
+            archive.add(folder.c_str(), u"x", PieceArchive::kIsFolder, 0);
+}
+
+/** Folders that lead back to the one that they lie in. */
+void addRings(PieceArchive& archive) {
+    archive.add("sub", u".", PieceArchive::kIsFolder, 0);
+    archive.add("sub", u"y", PieceArchive::kIsFolder, 0);
+    archive.add("sub/y", u"..", PieceArchive::kIsFolder, 0);
+}
+
+TEST_F(FileArchive, WalksByPathsEndWithTheTree) {
+    for (void (*add)(PieceArchive&) : {addTwins, addRings}) {
+        const OPtr<PieceArchive> archive = open(0);
+        add(*archive);
+        FPath top;
+        const OPtr<FVFileSystem> part(new FVFileSystem(archive.get()));
+        EXPECT_EQ(archive->countFiles(&top, true, true), -1);
+        EXPECT_EQ(part->countFiles(&top, true, true), -1);
+    }
+}
+
+TEST_F(FileArchive, IsCopiedWithItsEmptyMembers) {
+    const OPtr<PieceArchive> archive = open(0);
+    std::filesystem::create_directory(disk / "copy");
+    const FNPath copy = disk.at("copy");
+    const OPtr<FVFileSystem> target(new FVFileSystem(&copy, true));
+    FPath top;
+    EXPECT_TRUE(FCopyFileSystem(archive.get(), &top, target.get()));
+    EXPECT_EQ(disk.read("copy/a") + disk.read("copy/sub/b"), "ABCDEF");
+    EXPECT_TRUE(std::filesystem::is_empty(disk / "copy/sub/empty"));
+    archive->add("", u"negative", 4, -1);
+    EXPECT_FALSE(FCopyFileSystem(archive.get(), &top, target.get()));
 }
 }  // namespace
 }  // namespace Tessarine

@@ -294,6 +294,7 @@ TEST_F(Disk, RemovesTreesButNotWhatLinksLeadTo) {
     EXPECT_FALSE(gFileSystem->removeDir(&tree, false));
     EXPECT_FALSE(gFileSystem->removeDir(&linked, true));
     EXPECT_FALSE(gFileSystem->removeDir(&file, true));
+    EXPECT_EQ(errno, ENOTDIR);
     EXPECT_TRUE(gFileSystem->removeDir(&tree, true));
     EXPECT_EQ(temp.names(), (std::set<std::string>{"kept", "linked"}));
 }

@@ -132,8 +132,9 @@ TEST_F(ResourceArchive, WritesTheFormatToTheByteAndReadsItThroughTheDisk) {
     const int16_t all = FResourceArchive::kSubFolders;
     ASSERT_TRUE(OPtr<FResourceArchive>(new FResourceArchive(&file))->create(&tree, all, nullptr, nullptr));
     EXPECT_EQ(folder.read("made.srf"), golden);
-    ASSERT_TRUE(OPtr<FResourceArchive>(new FResourceArchive(&packed))
-                    ->create(&tree, all | FResourceArchive::kCompress, nullptr, nullptr));
+    const OPtr<FResourceArchive> again(new FResourceArchive(&packed));  // the second is shorter
+    for (const int16_t flags : {all, int16_t(all | FResourceArchive::kCompress)})
+        ASSERT_TRUE(again->create(&tree, flags, nullptr, nullptr));
     EXPECT_TRUE(folder.read("packed.srf").ends_with("SRF3"));
     const OPtr<FVFileSystem> disk(new FVFileSystem(&packed));
     FPath member = pathOf("skin.xml");
@@ -213,6 +214,8 @@ TEST_F(ResourceArchive, ReplacesInPlaceAndClosesUp) {
                 auto expected = goldenContent();
                 expected[member] = input;
                 EXPECT_EQ(contentOf(*archive), expected);
+                FPath empty = pathOf("nothing.txt");
+                EXPECT_LE(archive->lookupNode(&empty)->getDataOffset(), archive->getTableOffset());
                 const int64_t size = int64_t(folder.read("x.srf").size());
                 ASSERT_TRUE(archive->compact(archive->getEngine() ? 2 : 0, nullptr, nullptr));
                 EXPECT_EQ(contentOf(*archive), expected);
@@ -279,6 +282,21 @@ TEST_F(ResourceArchive, WhatIsNotWrittenIsNotRemoved) {
     EXPECT_EQ(folder.read("old"), "old");
 }
 
+TEST_F(ResourceArchive, WhatIsMarkedAsCompressedIsCopiedAsItIs) {
+    for (const bool marked : {false, true}) {
+        FMemoryStream memory, source;
+        source.setSize(1000);
+        const OPtr<FResourceArchive> archive(new FResourceArchive(&memory));
+        ASSERT_TRUE(archive->create(FResourceArchive::kCompress, nullptr));
+        const OPtr<FResourceEntry> entry(static_cast<FResourceEntry*>(archive->newNode(false)));
+        entry->setCompressed(marked);
+        ASSERT_TRUE(archive->copyInto(&source, &memory, entry, nullptr));
+        EXPECT_TRUE(entry->isCompressed());
+        EXPECT_EQ(entry->getDataSize() == 1000, marked);
+        EXPECT_EQ(entry->getUncompressedSize(), 1000);
+    }
+}
+
 TEST_F(ResourceArchive, NumbersThatVersion1CantHoldAreRefused) {
     for (const bool compresses : {false, true}) {
         FMemoryStream memory;
@@ -286,7 +304,7 @@ TEST_F(ResourceArchive, NumbersThatVersion1CantHoldAreRefused) {
         ASSERT_TRUE(archive->create(compresses ? 2 : 0, nullptr));
         auto* large = static_cast<FResourceEntry*>(archive->newNode(false));
         large->setFileName(u"large");
-        large->setData(int64_t(1) << 31, 1);
+        large->setData(int64_t(1) << 31, 1, 1);
         archive->getTree()->addChild(large);
         EXPECT_EQ(archive->writeContent(), compresses);
     }
