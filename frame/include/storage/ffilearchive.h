@@ -28,7 +28,7 @@ public:
     ~FFileArchiveNode() override;
 
     virtual bool isFolder() const = 0;
-    /** For people; here the name and the flags. */
+    /** For people; here the name. */
     virtual void getDisplayString(FString& text) const;
     /** In 16 bits, and kept so: several threads may ask. */
     virtual void getFileName(FString& name) const = 0;
@@ -77,7 +77,7 @@ public:
     /** The files below; recursive: in the folders too. withHidden: those too whose name begins with a dot. bytes, when not
         null, gets the sum of their uncompressed sizes. */
     int32_t countFiles(bool recursive, bool withHidden, uint64_t* bytes = nullptr) const;
-    /** A line for this and for each below, moved in by its level. */
+    /** A line for this and for each below, moved in by its level, with the flags behind the name. */
     void dump(FConsole* console, int32_t level) const;
 
     DECLARE_ABSTRACT_CLASS(FFileArchiveNode, CmILink)

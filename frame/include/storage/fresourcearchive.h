@@ -38,7 +38,6 @@ public:
     explicit FResourceEntry(int32_t entryFlags = 0) : entryFlags(entryFlags) {}
 
     bool isFolder() const override { return entryFlags & kFolderEntry; }
-    void getDisplayString(FString& text) const override { text = name; }
     void getFileName(FString& text) const override { text = name; }
     void setFileName(const ConstString& text) override;
     int64_t getDataOffset() const override { return dataOffset; }

@@ -17,12 +17,6 @@ constexpr size_t kUIDLength = 32;
 
 FObject* gInstance = nullptr;
 
-FString fullTextOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text;
-}
-
 FString textOf(std::u16string_view text) {
     return FString(text.data(), int32_t(text.size()));
 }

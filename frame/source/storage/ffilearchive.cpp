@@ -22,12 +22,6 @@ FStream* refuse(int32_t* error, int32_t code) {
     return nullptr;
 }
 
-FString fullTextOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text;
-}
-
 /** The names on the way, with one "/" between them; empty: the root. */
 FString resolvedTextOf(const FPath& path) {
     FString text = fullTextOf(path);

@@ -125,7 +125,6 @@ FFileArchiveNode::~FFileArchiveNode() {
 
 void FFileArchiveNode::getDisplayString(FString& text) const {
     text = nameOf(*this);
-    text += FString().printf("(%04X)", uint32_t(flags));
 }
 
 void FFileArchiveNode::setReference(const FNPath* outside) {
@@ -266,6 +265,7 @@ void FFileArchiveNode::writeLine(FConsole* console, int32_t level) const {
     FString line, text;
     line.assign(u' ', std::clamp(level, 0, FFileSystem::kMaxDepth) * kIndent);
     getDisplayString(text);
+    text += FString().printf("(%04X)", uint32_t(flags));
     if (!parent)
         line += u"root\n";
     else if (isFolder())

@@ -9,12 +9,6 @@
 
 namespace Tessarine {
 namespace {
-FString fullTextOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text;
-}
-
 /** As components take it. */
 FString innerTextOf(const FPath& path) {
     const FString text = fullTextOf(path);

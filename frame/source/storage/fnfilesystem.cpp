@@ -52,7 +52,9 @@ bool makeFolders(const FPath& path) {
     return errno == ENOENT && above.ascend() && makeFolders(above) && makeFolder(&path);
 }
 
-bool renameToFreeName(const char* from, const char* to) {
+bool renameOnDisk(const char* from, const char* to, bool overwrite) {
+    if (overwrite)
+        return std::rename(from, to) == 0;
     if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0)
         return true;
     struct stat status;  // some network disks don't know that call
@@ -237,7 +239,7 @@ bool FNFileSystem::renameFile(FPath* path, const tchar* newName) {
 
 bool FNFileSystem::moveFile(FPath* from, FPath* to, bool overwrite) {
     const PlatformName source(from), target(to);
-    const bool moved = overwrite ? std::rename(source, target) == 0 : renameToFreeName(source, target);
+    const bool moved = renameOnDisk(source, target, overwrite);
     return told(moved || (errno == EXDEV && moveToOtherDisk(from, to, overwrite)));
 }
 
@@ -250,7 +252,7 @@ bool FNFileSystem::moveToOtherDisk(FPath* from, FPath* to, bool overwrite) {
         return false;
     copyTimes(from, &aside);
     const PlatformName source(&aside), target(to);
-    const bool moved = overwrite ? std::rename(source, target) == 0 : renameToFreeName(source, target);
+    const bool moved = renameOnDisk(source, target, overwrite);
     if (moved && removeFile(from))
         return true;
     const int32_t code = errno;

@@ -18,12 +18,6 @@ constexpr const char* kKindKey = "Type";
 constexpr const char* kFileTypeKey = "FileType";
 constexpr const char* kFormKey = "PathType";
 
-FString fullTextOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text;
-}
-
 bool holdsAscent(const PathSteps& steps) {
     return std::ranges::find(steps, u"..") != steps.end();
 }

@@ -140,6 +140,7 @@ bool FResourceArchive::create(int32_t flags, const FUID* compression) {
     setTree(OPtr<FFileArchiveNode>(newNode(true)));
     stream->byteOrder = 0;
     stream->rewind();
+    cutFile(*stream);  // what stood behind the new ending would be taken for it
     return stream->writeString8(kResourceHeader.data(), false);
 }
 

@@ -1,5 +1,6 @@
 #include "storage/fresourcearchive.h"
 #include "archiveprobes.h"
+#include "base/fconsole.h"
 #include "base/source/finitializer.h"
 #include "base/uprogresshook.h"
 #include "storage/fcstream.h"
@@ -144,6 +145,24 @@ TEST_F(ResourceArchive, WritesTheFormatToTheByteAndReadsItThroughTheDisk) {
     disk->closeFile(stream);
     const OPtr<FStream> bytes(gFileSystem->openFile(&file, kOpenRead));
     EXPECT_EQ(FFileType::getTypeByStream(bytes), &srfFileType);
+}
+
+TEST_F(ResourceArchive, AStreamWithOldBytesHoldsOnlyTheNewOne) {
+    struct Lines : FConsole {
+        void deferWrite(const ConstString& line) override { text += utf8(line); }
+        std::string text;
+    };
+    TempFolder folder;
+    folder.write("a", "a");
+    FNPath tree = folder.self();
+    FMemoryStream memory;
+    ASSERT_TRUE(openBytes(goldenFile("resources-v3.srf"), memory));
+    ASSERT_TRUE(OPtr<FResourceArchive>(new FResourceArchive(&memory))->create(&tree, 0, nullptr, nullptr));
+    const OPtr<FResourceArchive> archive(new FResourceArchive(&memory));
+    const OPtr<Lines> console(new Lines);
+    ASSERT_TRUE(archive->open());
+    archive->dumpContent(console);
+    EXPECT_EQ(console->text, "root\n  \"a(0000)\" size = 1 Bytes, offset = 25\n");
 }
 
 TEST_F(ResourceArchive, FlagsAndFilterChooseWhatIsPacked) {

@@ -84,7 +84,7 @@ TEST_F(VirtualDisk, NoPathLeavesTheRoot) {
 }
 
 TEST_F(VirtualDisk, AnotherFolderInTheRootsPlaceIsntLeftEither) {
-    for (const bool removed : {true, false}) {
+    for (const bool removed : {false, true}) {
         FVFileSystem disk(&root, true);
         if (removed)
             fs::remove_all(temp / "root");
@@ -97,7 +97,27 @@ TEST_F(VirtualDisk, AnotherFolderInTheRootsPlaceIsntLeftEither) {
         EXPECT_EQ(readAll(disk, u"new"), "new");
         FPath path;
         path.fromString(u"new", kFilePath);
-        EXPECT_TRUE(disk.fileExists(&path) || !removed);
+        EXPECT_TRUE(disk.fileExists(&path));
+        EXPECT_EQ(disk.getFileSize(&path), 3);
+        path.fromString(u"file", kFilePath);
+        EXPECT_FALSE(disk.fileExists(&path));
+    }
+}
+
+TEST_F(VirtualDisk, ARootThatIsALinkLeadsWhereItDoesNow) {
+    fs::create_symlink("root", temp / "top");
+    const FNPath top = temp.at("top");
+    FVFileSystem disk(&top);
+    EXPECT_EQ(readAll(disk, u"nearfolder/file"), "below");
+    EXPECT_EQ(readAll(disk, u"far"), "");
+    fs::remove(temp / "top");
+    fs::create_symlink("outside", temp / "top");
+    fs::create_symlink("file", temp / "outside/near");
+    for (const tchar* name : {u"file", u"near"}) {
+        FPath path;
+        path.fromString(name, kFilePath);
+        EXPECT_EQ(readAll(disk, name), "secret");
+        EXPECT_TRUE(disk.fileExists(&path));
     }
 }
 
