@@ -234,7 +234,7 @@ std::string replace(const Options& options) {
         return printable(fileName) + ": " + printable(innerName) + (node ? " is a folder" : " isn't in it");
     const int64_t others = opened.archive->getTableOffset() - node->getDataSize();
     const int64_t maxBytes = opened.archive->getEngine() ? kNoBound : INT32_MAX - others;
-    const std::string obstacle = contentObstacle(name, content, maxBytes);
+    std::string obstacle = contentObstacle(name, content, maxBytes);
     if (!obstacle.empty())
         return obstacle;
     opened.archive->close();

@@ -117,7 +117,7 @@ std::string nameFor(const std::string& place) {
 /** Creates the info file under the first free name, which by that is taken. */
 std::string takeName(const Trash& trash, const std::string& wanted, const std::string& info) {
     for (int32_t number = 1; number < kMostNames; ++number) {
-        const std::string name = number == 1 ? wanted : wanted + '.' + std::to_string(number);
+        std::string name = number == 1 ? wanted : wanted + '.' + std::to_string(number);
         if (deviceOf(trash.folder + "/files/" + name))
             continue;  // somebody's leftover without an info file
         const std::string infoName = trash.folder + "/info/" + name + ".trashinfo";

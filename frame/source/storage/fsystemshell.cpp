@@ -32,7 +32,7 @@ std::string findProgram(const std::string& name) {
     std::istringstream folders(name.find('/') != std::string::npos ? "." : path ? path : _PATH_DEFPATH);
     for (std::string folder; std::getline(folders, folder, ':');) {
         std::error_code error;
-        const std::string place = std::filesystem::absolute(std::filesystem::path(folder) / name, error);
+        std::string place = std::filesystem::absolute(std::filesystem::path(folder) / name, error);
         if (isProgram(place))
             return place;
     }
