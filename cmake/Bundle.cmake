@@ -34,8 +34,8 @@ endfunction()
 function(tessarine_pack_resources name)
     set(file "${CMAKE_BINARY_DIR}/${TALV_BUNDLE_FOLDER}/Resources/${name}.srf")
     set(folder ${CMAKE_SOURCE_DIR}/resources/${name})
-    file(GLOB_RECURSE members CONFIGURE_DEPENDS ${folder}/*)
+    file(GLOB_RECURSE members CONFIGURE_DEPENDS LIST_DIRECTORIES true ${folder}/*)  # a folder changes when a member goes
     add_custom_command(OUTPUT "${file}" COMMAND srfpack create --compress ${folder} "${file}"
-                       DEPENDS srfpack ${members} VERBATIM)
+                       DEPENDS srfpack ${folder} ${members} VERBATIM)
     add_custom_target(${name}_resources ALL DEPENDS "${file}")
 endfunction()

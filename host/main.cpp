@@ -8,6 +8,7 @@
 #include "host/screentext.h"
 #include "host/settingsport.h"
 #include "pluginglue/uplugapp.h"
+#include "tools/words/answer.h"
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
@@ -91,9 +92,10 @@ int main(int count, char** arguments) {
     Options options;
     std::string text;
     const Options::Result scanned = scanOptions(count, arguments, options, text);
-    std::fputs(text.c_str(), scanned == Options::kRefused ? stderr : stdout);
-    if (scanned != Options::kRun)
-        return scanned == Options::kAnswered ? 0 : kBadUsage;
+    if (scanned == Options::kRefused)
+        return std::fputs(text.c_str(), stderr), kBadUsage;
+    if (scanned == Options::kAnswered)
+        return (text = printAnswer(text)).empty() ? 0 : fail(text);
     std::signal(SIGPIPE, SIG_IGN);
     holdQuitSignals();
     if (!useUserFolder(options.userFolder, text))

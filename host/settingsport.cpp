@@ -72,9 +72,8 @@ struct Range {
     size_t first, last;
 };
 
-/** The start tag of an element in well-formed text, or nothing at npos. */
-Range findStartTag(const std::string& text, std::string_view name) {
-    size_t at = 0;
+/** The first start tag of an element from a place on in well-formed text, or nothing at npos. */
+Range findStartTag(const std::string& text, std::string_view name, size_t at = 0) {
     while ((at = text.find('<', at)) != std::string::npos) {
         const std::string_view here = std::string_view(text).substr(at);
         const auto skipped =
@@ -98,6 +97,17 @@ std::string portTag(const std::string& port, bool isEmpty) {
     std::string tag("<");
     tag.append(kPortElement).append(" str=\"").append(escaped.data(), escaped.getFillSize());
     return tag.append(isEmpty ? "\"/>" : "\">");
+}
+
+/** All of them: of several the extension takes the last. false: there is none. */
+bool replacePorts(std::string& text, const std::string& port) {
+    bool found = false;
+    for (Range old = findStartTag(text, kPortElement); old.first != std::string::npos; found = true) {
+        const std::string tag = portTag(port, text[old.last - 2] == '/');
+        text.replace(old.first, old.last - old.first, tag);
+        old = findStartTag(text, kPortElement, old.first + tag.size());
+    }
+    return found;
 }
 
 std::string newSettings(const std::string& port) {
@@ -135,11 +145,8 @@ std::string settingsWithPort(const std::string& settings, const std::string& por
     if (!isSettingsText(settings))
         return "";
     std::string text = settings;
-    const Range old = findStartTag(text, kPortElement);
-    if (old.first != std::string::npos) {
-        const bool isEmpty = text[old.last - 2] == '/';
-        return text.replace(old.first, old.last - old.first, portTag(port, isEmpty));
-    }
+    if (replacePorts(text, port))
+        return text;
     const Range root = findStartTag(text, kRoot);
     // 16-bit text and a subset before the root are past finding; an empty root has no room
     if (root.first == std::string::npos || text[root.last - 2] == '/')

@@ -3,9 +3,12 @@ import json
 import os
 import pathlib
 import pty
+import resource
+import signal
 import struct
 import subprocess
 import tempfile
+import time
 import unittest
 import xml.etree.ElementTree
 import zlib
@@ -108,6 +111,18 @@ class Packing(FolderTest):
         self.assertEqual(self.file.stat().st_mode & 0o777, 0o640)
         self.assertEqual(sorted(path.name for path in self.folder.glob("*srf*")), ["link.srf", "x.srf"])
 
+    def test_only_the_file_itself_is_rewritten(self):
+        file = self.folder / ("n" * 250 + ".srf")
+        mine = self.folder / "~x.srf"
+        mine.write_bytes(b"mine")
+        for path in (file, self.file):
+            path.write_bytes((GOLDEN / "resources-v3.srf").read_bytes())
+            run("replace", path, "skin.xml", GOLDEN / "bag.xml")
+            run("compact", path)
+            run("verify", path)
+        self.assertEqual(self.names(), sorted(path.name for path in (mine, file, self.file)))
+        self.assertEqual(mine.read_bytes(), b"mine")
+
     def test_what_cannot_be_packed_is_named_and_nothing_written(self):
         def obstacle_name(tree):
             os.close(os.open(os.fsencode(tree) + b"/\xff", os.O_CREAT))
@@ -125,7 +140,8 @@ class Packing(FolderTest):
                 self.assertFalse(self.file.exists())
                 subprocess.run(["rm", "-r", tree], check=True)
         tree, pipe = self.tree(), self.folder / "pipe"
-        for words in (("no-folder", self.file), (self.folder, self.file), (tree, self.folder / "no" / "x.srf")):
+        for words in (("no-folder", self.file), (self.folder, self.file), (tree, self.folder / "no" / "x.srf"),
+                      (tree, f"{self.folder}/no/")):
             run("create", *words, code=1)
         os.mkfifo(pipe)
         run("create", tree, pipe, code=1)
@@ -138,6 +154,46 @@ class Packing(FolderTest):
         os.close(terminal)
         self.assertEqual((done.returncode, b"100%" in os.read(host, 1000)), (0, True))
         os.close(host)
+
+    def test_a_signal_leaves_nothing_half_written(self):
+        tree, size = self.tree(a=b""), 1 << 29
+        os.truncate(tree / "a", size)
+        table = struct.pack("<3i", 10, 25, size) + b"a\0"
+        with self.file.open("wb") as file:
+            file.write(HEADER)
+            file.seek(25 + size)
+            file.write(table + struct.pack("<3i", len(table), 1, 16) + b"SRFF")
+        before, stamp = self.names(), self.file.stat()
+        for words in (("create", tree, self.file), ("extract", self.file, self.folder / "out"),
+                      ("compact", self.file), ("replace", self.file, "a", tree / "a")):
+            with self.subTest(words[0]):
+                running = subprocess.Popen([BIN / "srfpack", *words], stderr=subprocess.PIPE)
+                while running.poll() is None and not [name for name in self.names() if name not in (*before, "out")]:
+                    time.sleep(0.001)
+                running.terminate()
+                said = running.communicate(timeout=60)[1]
+                self.assertEqual((running.returncode, said), (-signal.SIGTERM, b""))
+                self.assertEqual([name for name in self.names() if name != "out"], before)
+                self.assertEqual(self.file.stat().st_ino, stamp.st_ino)
+
+    def test_a_full_disk_is_named_and_leaves_nothing(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (100_000, 100_000))
+
+        tree = self.tree(a=bytes(200_000))
+        run("create", tree, self.file)
+        old, names = self.file.read_bytes(), self.names()
+        for words in (("create", tree, self.file), ("extract", self.file, self.folder), ("compact", self.file),
+                      ("replace", self.file, "a", tree / "a")):
+            with self.subTest(words[0]):
+                self.assertIn(b": File too large", run(*words, code=1, preexec_fn=limit))
+                self.assertEqual((self.names(), self.file.read_bytes()), (names, old))
+        with open("/dev/full", "wb") as full:
+            for words in (("srfpack", "--help"), ("srfpack", "list", self.file), ("srfpack", "list", "--json", self.file),
+                          ("talv-sim", "--help"), ("talv-host", "--help")):
+                done = subprocess.run([BIN / words[0], *words[1:]], stdout=full, stderr=subprocess.PIPE, timeout=60)
+                why = f"{words[0]}: standard output: No space left on device\n".encode()
+                self.assertEqual((done.returncode, done.stderr), (1, why))
 
     def test_bad_usage(self):
         for words in ((), ("pack",), ("a\nb",), ("list",), ("list", "a", "b"), ("list", "--compress", "a"), ("--bogus",), ("verify", "")):
@@ -206,15 +262,33 @@ class Hostile(FolderTest):
                 (out / name).parent.mkdir(parents=True)
                 (out / name).symlink_to(target)
                 said = run("extract", self.file, out, code=1)
-                self.assertIn(f"{out / name}: ".encode(), said)
+                self.assertIn(f"{out / name}: a link".encode(), said)
                 self.assertEqual((elsewhere / "a").read_bytes(), b"old")
+        (self.folder / "out" / "f").mkdir(parents=True)
+        (self.folder / "out" / "f" / "a").hardlink_to(elsewhere / "a")
+        run("extract", self.file, self.folder / "out")
+        self.assertEqual((elsewhere / "a").read_bytes(), b"old")
+
+    @unittest.skipUnless(os.sysconf("SC_PHYS_PAGES") * os.sysconf("SC_PAGE_SIZE") < 48 << 30, "it has memory for that")
+    def test_a_table_that_no_memory_holds_is_refused(self):
+        count = (2**31 - 1) // 13
+        with self.file.open("wb") as file:
+            file.write(HEADER)
+            file.seek(25 + count * 13)
+            file.write(struct.pack("<3i", count * 13, count, 16) + b"SRFF")
+        self.assertIn(b"memory", run("list", self.file, code=1))
 
     def test_a_failure_keeps_the_old_file(self):
         self.file.write_bytes(archive(entry(b"a")))
         old = self.file.read_bytes()
-        for words in (["b", self.file], ["a", self.folder / "missing"], ["a", self.folder]):
+        for words in (["b", self.file], ["a", self.folder / "missing"], ["a", self.folder], ["a", "/dev/zero"]):
             run("replace", self.file, *words, code=1)
         self.assertEqual((self.names(), self.file.read_bytes()), (["x.srf"], old))
+        large = self.folder / "large"
+        large.touch()
+        os.truncate(large, 2**31 - 26)
+        self.file.write_bytes(archive(entry(b"a", size=1), entry(b"b", offset=26, size=2), engine=bytes(32)))
+        self.assertIn(b"2 GiB", run("replace", self.file, "a", large, code=1))
 
 
 if __name__ == "__main__":

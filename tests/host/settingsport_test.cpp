@@ -32,6 +32,7 @@ constexpr SettingsRow kSettings[] = {
     {"in an attribute",   "<R><a b='<Port'/><Port str='a'/></R>",              ""                                   },
     {"a quoted angle",    "<R><a b='>'/><Port str='a>b'/></R>",                "<R><a b='>'/>@</R>"                 },
     {"a longer name",     "<R><Ports str='x'/><Port\tstr='a' /></R>",          "<R><Ports str='x'/>@</R>"           },
+    {"twice",             "<R><Port str='a'/><Port str='b'/></R>",             "<R>@@</R>"                          },
     {"with an end tag",   "<R><Port str='a'></Port></R>",                      "<R>#</Port></R>"                    },
 };
 

@@ -10,7 +10,6 @@ namespace SrfPack {
 using namespace Tessarine;
 
 namespace {
-constexpr int64_t kHeaderBytes = 25;
 constexpr int64_t kBlockBytes = 0x10000;
 
 struct Range {
@@ -36,7 +35,7 @@ std::string placeFault(const FResourceEntry& entry, const FResourceArchive& arch
         return "is compressed, and the file doesn't say how";
     if (size < 0 || entry.getUncompressedSize() < 0 || (size == 0 && entry.getUncompressedSize() > 0))
         return "has no proper size";
-    const bool within = offset >= kHeaderBytes && size <= archive.getTableOffset() - offset;
+    const bool within = offset >= FResourceArchive::kHeaderSize && size <= archive.getTableOffset() - offset;
     return size == 0 || within ? "" : "lies outside the data";
 }
 
@@ -109,10 +108,8 @@ bool isReadable(FResourceArchive& archive, FFileArchiveNode* node, std::vector<c
 
 std::string memberName(const FFileArchiveNode& node) {
     FPath path;
-    FString text;
     node.getPath(path);
-    path.getFullPath(text);
-    return utf8Of(text);
+    return utf8Of(path);
 }
 
 std::string findFault(const FResourceArchive& archive) {
@@ -135,7 +132,7 @@ std::string findFault(const FResourceArchive& archive) {
 std::string findUnreadable(FResourceArchive& archive, UProgressHook* hook) {
     std::vector<char> block(size_t(kBlockBytes + 1));
     FFileArchiveNode* root = archive.getTree();
-    const int64_t total = archive.getTableOffset() - kHeaderBytes;
+    const int64_t total = archive.getTableOffset() - FResourceArchive::kHeaderSize;
     int64_t done = 0;
     for (FFileArchiveNode* node = root->getFirstChild(); node; node = node->getNextBelow(root)) {
         if (node->isFolder())

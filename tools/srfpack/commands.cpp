@@ -4,15 +4,19 @@
 #include "storage/hooks.h"
 #include "tools/srfpack/check.h"
 #include "tools/srfpack/folder.h"
+#include "tools/srfpack/heldsignals.h"
 #include "tools/srfpack/names.h"
 #include "tools/srfpack/progress.h"
+#include "tools/words/answer.h"
 #include <algorithm>
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
-#include <limits>
+#include <functional>
 #include <new>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
+#include <utility>
 
 namespace SrfPack {
 namespace fs = std::filesystem;
@@ -20,7 +24,12 @@ using namespace Tessarine;
 
 namespace {
 constexpr uint32_t kStartUpSteps = 100;  // types, readers and the compression engine
-constexpr int64_t kMaxPlainBytes = INT32_MAX - 25;
+constexpr int64_t kNoBound = INT64_MAX;
+constexpr int64_t kMaxPlainBytes = INT32_MAX - FResourceArchive::kHeaderSize;
+constexpr int64_t kEntryCountFromEnd = 12, kLeastEntry = 13;  // bytes of the file
+constexpr int64_t kEntryBytes = 160;                          // of memory, about
+constexpr const tchar* kAsideName = u"srfpack";  // short: there is room for a mark, however long the file's own is
+
 std::string gReason;  // what the archive says to the user
 
 /** An archive that is open and without a fault, or why there is none. */
@@ -32,6 +41,15 @@ struct Opened {
 
 std::string notUtf8(const std::string& name) {
     return printable(name) + ": the name isn't UTF-8";
+}
+
+/** The number of entries stands at one place in each version. Who takes more memory than there is is ended by the system. */
+bool isTooMuchForMemory(FStream& file) {
+    int32_t entries = 0;
+    file.byteOrder = 0;
+    const int64_t place = file.seek(-kEntryCountFromEnd, kFromEnd);
+    return place >= 0 && file.readInt32(entries) && entries <= place / kLeastEntry &&
+           entries > ::sysconf(_SC_PHYS_PAGES) / 2 * ::sysconf(_SC_PAGESIZE) / kEntryBytes;
 }
 
 Opened openArchive(const std::string& name) {
@@ -46,6 +64,10 @@ Opened openArchive(const std::string& name) {
     const OPtr<FStream> file(gFileSystem->openFile(&opened.path, kOpenRead, &error));
     if (!file) {
         opened.fault = systemError(name, error);
+        return opened;
+    }
+    if (isTooMuchForMemory(*file)) {
+        opened.fault = systemError(name, ENOMEM);
         return opened;
     }
     opened.archive = OPtr<FResourceArchive>(new FResourceArchive(&opened.path));
@@ -69,6 +91,18 @@ bool liesIn(const fs::path& file, const fs::path& folder) {
     return std::ranges::mismatch(outer, inner).in1 == outer.end();
 }
 
+/** What keeps a file from being made of a folder. */
+std::string targetObstacle(const std::string& fileName, const std::string& folderName) {
+    if (liesIn(fileName, folderName))
+        return printable(fileName) + ": lies in the folder that is packed";
+    std::error_code ignored;
+    const fs::file_status status = fs::status(fileName, ignored);
+    if (fs::is_directory(status) || fileName.ends_with('/'))
+        return systemError(fileName, EISDIR);
+    const bool replaceable = !fs::exists(status) || fs::is_regular_file(status);
+    return replaceable ? "" : printable(fileName) + ": isn't a file that can be replaced";
+}
+
 std::string create(const Options& options) {
     const std::string &folderName = options.operands[0], &fileName = options.operands[1];
     FNPath folder, file;
@@ -76,18 +110,13 @@ std::string create(const Options& options) {
         return notUtf8(folderName);
     if (!pathOf(fileName, kFilePath, file))
         return notUtf8(fileName);
-    const int64_t maxBytes = options.compress ? std::numeric_limits<int64_t>::max() : kMaxPlainBytes;
-    std::string fault = findObstacle(folderName, maxBytes);
-    if (!fault.empty())
-        return fault;
-    if (liesIn(fileName, folderName))
-        return printable(fileName) + ": lies in the folder that is packed";
-    std::error_code ignored;
-    const fs::file_status status = fs::status(fileName, ignored);
-    if (fs::is_directory(status))
-        return systemError(fileName, EISDIR);
-    if (fs::exists(status) && !fs::is_regular_file(status))
-        return printable(fileName) + ": isn't a file that can be replaced";
+    const int64_t maxBytes = options.compress ? kNoBound : kMaxPlainBytes;
+    std::string obstacle = findObstacle(folderName, maxBytes);
+    if (obstacle.empty())
+        obstacle = targetObstacle(fileName, folderName);
+    if (!obstacle.empty())
+        return obstacle;
+    const HeldSignals held;
     errno = 0;
     FAsideFile aside(gFileSystem, file);
     if (!aside.getStream())
@@ -119,20 +148,24 @@ Json jsonOf(const FFileArchiveNode& node) {
     };
 }
 
+/** One at a time: a table can have more entries than there is memory for their texts. */
+void printJson(const FFileArchiveNode& node, const char* before) {
+    std::printf("%s%s", before, jsonOf(node).dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
+}
+
 std::string list(const Options& options) {
     const Opened opened = openArchive(options.operands[0]);
     if (!opened.fault.empty())
         return opened.fault;
     const FFileArchiveNode* root = opened.archive->getTree();
-    Json entries = Json::array();
-    for (const FFileArchiveNode* node = root->getFirstChild(); node; node = node->getNextBelow(root))
+    const char* before = "[";
+    for (const FFileArchiveNode* node = root->getFirstChild(); node; node = node->getNextBelow(root)) {
         if (options.json)
-            entries.push_back(jsonOf(*node));
+            printJson(*node, std::exchange(before, ","));
         else
             printEntry(*node);
-    if (options.json)
-        std::puts(entries.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
-    return std::fflush(stdout) == 0 && !std::ferror(stdout) ? "" : systemError("standard output", errno);
+    }
+    return printAnswer(!options.json ? "" : root->getFirstChild() ? "]\n" : "[]\n");
 }
 
 std::string extract(const Options& options) {
@@ -144,22 +177,44 @@ std::string extract(const Options& options) {
     FNPath folder;
     if (!pathOf(folderName, kFolderPath, folder))
         return notUtf8(folderName);
+    const HeldSignals held;
     const OPtr<TerminalProgress> progress(new TerminalProgress);
+    errno = 0;
     if (opened.archive->extractAll(&folder, progress))
         return {};
     const std::string member = utf8Of(progress->getCurrent());
     const std::string place = member.empty() ? folderName : (fs::path(folderName) / member).native();
-    return printable(place) + ": can't be written, or a link lies in the way";
+    fault = writeError(place);
+    std::error_code ignored;
+    return member.empty() || !fs::is_symlink(place, ignored) ? fault : printable(place) + ": a link lies in the way";
 }
 
-std::string replaceIn(FPath& file, FPath& inner, FPath& content) {
+/** What write makes aside takes the place of the file, all at once. false: errno may say why. */
+bool rewrite(FPath& file, const std::function<bool(FPath& aside, UProgressHook* hook)>& write) {
+    const HeldSignals held;
+    const OPtr<TerminalProgress> progress(new TerminalProgress);
+    errno = 0;
     FPath aside(file);
-    if (!aside.makeUnique() || !gFileSystem->copyFile(&file, &aside))
-        return "can't be copied aside";
-    if (FResourceArchive::replaceFileInArchive(&aside, &inner, &content) && gFileSystem->moveFile(&aside, &file, true))
-        return {};
-    gFileSystem->removeFile(&aside);
-    return "can't be written";
+    aside.setName(kAsideName);
+    if (!aside.makeUnique())
+        return false;
+    const bool done = write(aside, progress) && !HeldSignals::hasCome() && gFileSystem->moveFile(&aside, &file, true);
+    const int code = errno;
+    if (!done)
+        gFileSystem->removeFile(&aside);
+    errno = code;
+    return done;
+}
+
+/** What keeps a file from becoming a member; maxBytes: what there is room for. */
+std::string contentObstacle(const std::string& name, FNPath& content, int64_t maxBytes) {
+    int32_t error = 0;
+    if (!OPtr<FStream>(gFileSystem->openFile(&content, kOpenRead, &error)))
+        return systemError(name, error);
+    std::error_code ignored;
+    if (!fs::is_regular_file(name, ignored))
+        return printable(name) + ": isn't a file";  // a device can have no end
+    return gFileSystem->getFileSize(&content) > maxBytes ? tooMuch(name) : "";
 }
 
 std::string replace(const Options& options) {
@@ -177,23 +232,38 @@ std::string replace(const Options& options) {
     const FFileArchiveNode* node = opened.archive->lookupNode(&inner);
     if (!node || node->isFolder())
         return printable(fileName) + ": " + printable(innerName) + (node ? " is a folder" : " isn't in it");
-    int32_t error = 0;
-    if (!OPtr<FStream>(gFileSystem->openFile(&content, kOpenRead, &error)))
-        return systemError(name, error);
+    const int64_t others = opened.archive->getTableOffset() - node->getDataSize();
+    const int64_t maxBytes = opened.archive->getEngine() ? kNoBound : INT32_MAX - others;
+    std::string obstacle = contentObstacle(name, content, maxBytes);
+    if (!obstacle.empty())
+        return obstacle;
     opened.archive->close();
-    const std::string fault = replaceIn(opened.path, inner, content);
-    return fault.empty() ? "" : printable(fileName) + ": " + fault;
+    const auto write = [&](FPath& aside, UProgressHook* hook) {
+        return gFileSystem->copyFile(&opened.path, &aside, hook) &&
+               FResourceArchive::replaceFileInArchive(&aside, &inner, &content);
+    };
+    return rewrite(opened.path, write) ? "" : writeError(fileName);
 }
 
 std::string compact(const Options& options) {
     const std::string& name = options.operands[0];
-    const Opened opened = openArchive(name);
+    Opened opened = openArchive(name);
     std::string fault = opened.fault.empty() ? readAll(name, *opened.archive) : opened.fault;
     if (!fault.empty())
         return fault;
-    const OPtr<TerminalProgress> progress(new TerminalProgress);
+    uint64_t bytes = 0;
+    opened.archive->getTree()->countFiles(true, true, &bytes);
+    if (!opened.archive->getEngine() && bytes > uint64_t(kMaxPlainBytes))
+        return tooMuch(name);
     const int32_t flags = opened.archive->getEngine() ? FResourceArchive::kCompress : 0;
-    return opened.archive->compact(flags, nullptr, progress) ? "" : printable(name) + ": can't be written anew";
+    const auto write = [&](FPath& aside, UProgressHook* hook) {
+        if (!opened.archive->compact(flags, &aside, hook))
+            return false;
+        std::error_code ignored;  // some disks know no rights
+        fs::permissions(utf8Of(aside), fs::status(name, ignored).permissions(), ignored);
+        return true;
+    };
+    return rewrite(opened.path, write) ? "" : writeError(name);
 }
 
 std::string verify(const Options& options) {

@@ -31,10 +31,7 @@ std::string contentObstacle(const fs::directory_entry& entry, int64_t& left) {
         return systemError(entry.path(), errno);
     const uintmax_t size = entry.file_size(error);
     if (error || size > uintmax_t(left))
-        return error ? systemError(entry.path(), error.value())
-                     : printable(entry.path()) +
-                           ": is too much: without "
-                           "compression, numbers end at 2 GiB";
+        return error ? systemError(entry.path(), error.value()) : tooMuch(entry.path());
     left -= int64_t(size);
     return {};
 }
@@ -52,9 +49,13 @@ std::string findObstacle(const fs::path& folder, int64_t maxBytes) {
         if (!obstacle.empty())
             return obstacle;
         last = entries->path();
-        if (entries.depth() >= FFileSystem::kMaxDepth)
+        if (entries.depth() + entries->is_directory(error) >= FFileSystem::kMaxDepth)
             return printable(last) + ": lies too deep";
     }
     return error ? systemError(last, error.value()) : "";
+}
+
+std::string tooMuch(const std::string& name) {
+    return printable(name) + ": is too much: without compression, numbers end at 2 GiB";
 }
 }  // namespace SrfPack

@@ -1,4 +1,5 @@
 #include "tools/srfpack/names.h"
+#include <cerrno>
 #include <cstring>
 
 namespace SrfPack {
@@ -16,6 +17,12 @@ std::string utf8Of(const FString& text) {
     FString bytes(text);
     bytes.toMultiByte(kCodePageUTF8);
     return bytes.text8();
+}
+
+std::string utf8Of(const FPath& path) {
+    FString text;
+    path.getFullPath(text);
+    return utf8Of(text);
 }
 
 std::string printable(const std::string& text) {
@@ -45,5 +52,9 @@ bool pathOf(const std::filesystem::path& name, int32_t kind, FNPath& path) {
 
 std::string systemError(const std::string& name, int code) {
     return printable(name) + ": " + (code != 0 ? std::strerror(code) : "can't be used");
+}
+
+std::string writeError(const std::string& name) {
+    return errno != 0 && errno != ENOENT ? systemError(name, errno) : printable(name) + ": can't be written";
 }
 }  // namespace SrfPack

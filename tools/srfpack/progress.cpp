@@ -1,4 +1,5 @@
 #include "tools/srfpack/progress.h"
+#include "tools/srfpack/heldsignals.h"
 #include <cstdio>
 #include <unistd.h>
 
@@ -16,6 +17,6 @@ bool TerminalProgress::setProgress(int32_t percent) {
         std::fflush(stderr);
         shown = percent;
     }
-    return true;
+    return !HeldSignals::hasCome();
 }
 }  // namespace SrfPack

@@ -3,7 +3,7 @@
 #include "base/uprogresshook.h"
 
 namespace SrfPack {
-/** Shows how far the work is, on standard error if that is a terminal, and leaves nothing there. */
+/** Shows how far the work is, on standard error if that is a terminal, and leaves nothing there. A signal stops the work. */
 class TerminalProgress : public Tessarine::UProgressHook {
 public:
     TerminalProgress();

@@ -1,4 +1,5 @@
 #include "tools/talv-sim/simulator.h"
+#include "tools/words/answer.h"
 #include <cstdio>
 
 int main(int count, char** words) {
@@ -9,9 +10,11 @@ int main(int count, char** words) {
         std::fprintf(stderr, "talv-sim: %s\n", error.c_str());
         return 2;
     }
-    if (!options->answer.empty())
-        return std::fputs(options->answer.c_str(), stdout) < 0 || std::fflush(stdout) != 0;
-    const int status = TalvSim::Simulator(*options).run(error);
+    int status = 0;
+    if (options->answer.empty())
+        status = TalvSim::Simulator(*options).run(error);
+    else if (!(error = printAnswer(options->answer)).empty())
+        status = 1;
     if (status != 0)
         std::fprintf(stderr, "talv-sim: %s\n", error.c_str());
     return status;

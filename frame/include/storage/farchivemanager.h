@@ -12,7 +12,8 @@ namespace Tessarine {
 
     Protocols  end with ":". An identifier is without "/", and stands for one file system whatever the protocol.
     On demand  a "vfs:" or "srf:" path whose identifier nobody has registered is that of a file, encoded as a whole: its
-               content is mounted, by the handlers of virtual file systems or by a component, and registered.
+               content is mounted, by the handlers of virtual file systems or by a component, and registered, once for both
+               protocols.
     Owns       shares the file systems.
     Results    file systems come with a reference for the caller.
     Threads    any. Nothing is mounted or unmounted, and no file system called, with the lock held. */
@@ -77,6 +78,7 @@ private:
 
     FArchiveManager();
     ~FArchiveManager() override;
+    FFileSystem* lookupMounted(const FString& uid);
     FFileSystem* mountOnDemand(const FString& protocol, const FString& uid);
     template <class Test>
     FileSystems takeOut(Test test);

@@ -28,7 +28,7 @@ public:
     ~FFileArchiveNode() override;
 
     virtual bool isFolder() const = 0;
-    /** For people; here the name and the flags. */
+    /** For people; here the name. */
     virtual void getDisplayString(FString& text) const;
     /** In 16 bits, and kept so: several threads may ask. */
     virtual void getFileName(FString& name) const = 0;
@@ -77,7 +77,7 @@ public:
     /** The files below; recursive: in the folders too. withHidden: those too whose name begins with a dot. bytes, when not
         null, gets the sum of their uncompressed sizes. */
     int32_t countFiles(bool recursive, bool withHidden, uint64_t* bytes = nullptr) const;
-    /** A line for this and for each below, moved in by its level. */
+    /** A line for this and for each below, moved in by its level, with the flags behind the name. */
     void dump(FConsole* console, int32_t level) const;
 
     DECLARE_ABSTRACT_CLASS(FFileArchiveNode, CmILink)
@@ -91,7 +91,7 @@ private:
 
     FFileArchiveNode* findNamed(std::u16string_view name, bool folder) const;
     const NameIndex* nameIndex() const;
-    void childrenChanged();
+    void dropIndex();
     void writeLine(FConsole* console, int32_t level) const;
 
     FFileArchiveNode* parent = nullptr;  // borrowed
@@ -157,11 +157,12 @@ public:
         then, and has nodes for those that it lacked. */
     virtual bool checkUpdatedNodes(bool create);
     /** A member becomes a file of the disk; false: it can't be read whole, or the hook stopped it, and there is no file; or
-        the target is the archive itself. */
+        the target is the archive itself, or the file outside that the member's bytes are in. */
     virtual bool extractFile(FPath* path, FPath* target, UProgressHook* hook);
     /** What a folder holds appears below a folder of the disk, and nowhere else: a name that leads elsewhere or a link
-        below the target ends it, as the first failure and the hook do. What was made before stays. The hook hears each
-        member's path as its text, before the member is made. */
+        below the target ends it, as the first failure and the hook do. What was made before stays. A file that stands in the
+        way goes, and keeps its bytes where it has another name. The hook hears each member's path as its text, before the
+        member is made. */
     virtual bool extractFolder(FPath* path, FPath* target, UProgressHook* hook);
     /** The member stands for a file outside from now on, and is made if it is missing. */
     virtual bool createFileReference(FPath* path, const FNPath* outside);
@@ -171,7 +172,7 @@ public:
     virtual FStream* openSubStream(FFileArchiveNode* node);
 
     bool extractAll(FPath* target, UProgressHook* hook);
-    /** Null: beside the archive again. */
+    /** Null: beside the archive again. A link is followed now. */
     void setCacheFolder(const FNPath* folder);
     /** Without a set one the archive's own name with "~Cache" behind it; it appears with the first file. Borrowed; null: the
         archive isn't in a file. */
@@ -181,8 +182,8 @@ public:
     bool makeCachedPath(FPath* path, const FFileArchiveNode* node) const;
     /** Null: there is none. */
     FFileArchiveNode* lookupNode(const FPath* path) const;
-    /** The node, made with the folders above it if they are missing. Null: a file stands in the way, or it would lie deeper
-        than kMaxDepth. */
+    /** The node, made with the folders above it if they are missing. Null, and nothing is made: a file stands in the way, or it
+        would lie deeper than kMaxDepth. */
     FFileArchiveNode* createNode(const FPath* path);
     /** The root; null when it is closed. */
     FFileArchiveNode* getTree() const { return root; }
@@ -202,15 +203,21 @@ protected:
     void setStream(FStream* newStream) { stream = newStream; }
     /** Shares it. */
     void setTree(FFileArchiveNode* newRoot) { root = newRoot; }
+    /** There may be files in it; a link in its place is none. */
+    bool hasCacheFolder() const;
 
 private:
     friend class FFileArchiveSubStream;
 
+    bool canHold(const FPath& file) const;
+    FFileArchiveNode* createFileNode(const FPath& file);
     FFileArchiveNode* enterOrMake(FFileArchiveNode* folder, std::u16string_view name, bool onTheWay, bool makeFolder);
     bool findCached(const FPath* path, FPath& cached) const;
     bool copyMember(FPath* path, FFileArchiveNode* node, FPath* target, UProgressHook* hook, int32_t* error);
     /** Its content isn't in the archive; place is where it is, empty: out of reach. */
     bool locateOutside(const FFileArchiveNode* node, FPath& place) const;
+    /** That file is where the node's content comes from. */
+    bool isSourceOf(const FFileArchiveNode* node, const FPath* target) const;
     FStream* openMissing(FPath* path, int32_t mode, int32_t* error);
     FStream* openToWrite(FPath* path, FFileArchiveNode* node, int32_t mode, int32_t* error);
     bool extractNode(FFileArchiveNode* node, const FFileArchiveNode* top, const FPath& target, UProgressHook* hook);
@@ -224,13 +231,13 @@ private:
     bool opened = false;
 };
 
-/** Walks over the children of a node, which is shared. */
+/** Walks over the children of a node, which is shared. The one at hand may be removed meanwhile. */
 class FFileArchiveIterator : public FFileIterator {
 public:
     FFileArchiveIterator(FFileArchiveNode* folder, bool withHidden);
 
     FPath* first() override { return show(folder->getFirstChild()); }
-    FPath* next() override { return node ? show(node->getNext()) : nullptr; }
+    FPath* next() override;
     FPath* current() override { return node ? &shown : nullptr; }
     FFileArchiveNode* currentNode() const { return node; }
 
@@ -240,6 +247,7 @@ private:
     FPath* show(FFileArchiveNode* found);
 
     IPtr<FFileArchiveNode> folder, node;
+    IPtr<FFileArchiveNode> following;  // where node is gone
     bool withHidden;
     FPath shown;
 };

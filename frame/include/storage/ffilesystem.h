@@ -102,9 +102,9 @@ public:
     bool removeFile(FPath* path) override;
     bool fileExists(FPath* path) override;
     bool renameFile(FPath* path, const tchar* newName) override;
-    /** From disk to disk it is copied beside the target first. */
+    /** From disk to disk it is copied beside the target first, which folders are not. */
     bool moveFile(FPath* from, FPath* to, bool overwrite) override;
-    /** With its rights, where the disk knows them. */
+    /** With its rights, where the disk knows them. Not from or to a device. */
     bool copyFile(FPath* from, FPath* to, UProgressHook* hook = nullptr, int32_t* error = nullptr) override;
     bool createDir(FPath* path) override;
     /** Of the whole process. */
@@ -161,7 +161,7 @@ public:
 
     /** This user may write there: to the file, into the folder. */
     bool canWrite(const FPath* path);
-    /** Gives or takes the owner's right to write. */
+    /** Gives the owner the right to write, or takes it from all. */
     bool enableWrite(const FPath* path, bool state);
     /** Its name begins with a dot. */
     bool isHidden(const FPath* path);

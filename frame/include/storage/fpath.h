@@ -140,7 +140,7 @@ public:
     bool fromPlatformPath(const void* bytes);
     /** The reverse, into kPlatformPathLength bytes; false, and an empty name: it doesn't fit, or can't be expressed. */
     bool toPlatformPath(void* bytes) const;
-    /** A "file" URL, with one reference for the caller; null for a relative path. */
+    /** A "file" URL, with one reference for the caller; null for a relative path, or one that no disk can have. */
     FUrl* createURL() const;
     /** Of the file, in bytes; -1: there is none. */
     int64_t getSize() const;

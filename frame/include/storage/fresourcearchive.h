@@ -38,7 +38,6 @@ public:
     explicit FResourceEntry(int32_t entryFlags = 0) : entryFlags(entryFlags) {}
 
     bool isFolder() const override { return entryFlags & kFolderEntry; }
-    void getDisplayString(FString& text) const override { text = name; }
     void getFileName(FString& text) const override { text = name; }
     void setFileName(const ConstString& text) override;
     int64_t getDataOffset() const override { return dataOffset; }
@@ -48,9 +47,10 @@ public:
     int32_t getEntryFlags() const { return entryFlags; }
     bool isCompressed() const { return entryFlags & kCompressedEntry; }
     void setDataOffset(int64_t offset) { dataOffset = offset; }
-    /** Plain data. */
-    void setData(int64_t offset, int64_t size);
-    void setCompressedData(int64_t offset, int64_t size, int64_t uncompressed);
+    void setData(int64_t offset, int64_t size, int64_t uncompressed);
+    void setCompressed(bool state) {
+        entryFlags = state ? entryFlags | kCompressedEntry : entryFlags & ~kCompressedEntry;
+    }
 
     /** The record of a content table; false: it is cut off. What is malformed in UTF-8 is no name at all. */
     bool read(FMemoryStream& table, int32_t version);
@@ -90,8 +90,9 @@ public:
         kCompress = 2,
         kDropEmptyFolders = 4,  // those that hold no file
     };
-    static int32_t gFormatVersion;   // 4 and above: what is written, whatever it holds
-    static float gCompressionLevel;  // 0 (fastest) to 1 (smallest)
+    static constexpr int64_t kHeaderSize = 25;  // bytes, behind which data may begin
+    static int32_t gFormatVersion;              // 4 and above: what is written, whatever it holds
+    static float gCompressionLevel;             // 0 (fastest) to 1 (smallest)
 
     explicit FResourceArchive(const FPath* path, int32_t flags = 0) : FFileArchive(path, flags) {}
     /** In a stream, which is shared and begins where the archive does. */
@@ -99,9 +100,11 @@ public:
 
     bool open() override;
     bool close() override;
-    /** An empty file, to be filled by addFolder and closed off by writeContent. compression null: the default engine. */
+    /** An empty file, to be filled by addFolder and closed off by writeContent. compression null: the default engine.
+        false: the archive is open. */
     virtual bool create(int32_t flags, const FUID* compression);
-    /** With all that a folder holds, hidden files too. A failure or a stop leaves no file. */
+    /** With all that a folder holds, hidden files too. A failure or a stop leaves no file; one that
+        was there and couldn't be opened to be written stays. false: the archive is open. */
     bool create(FPath* folder, int16_t flags, UProgressHook* hook, const FUID* compression) override;
     /** Without gaps, with the engine that it has if flags says kCompress. In its own place it is written beside first, with
         "~" before its name, and open again afterwards; what the cache folder held of it goes. */
@@ -118,8 +121,9 @@ public:
     /** Adds what a folder of the disk holds, in the order of its iterator. Links to files are read, links to folders passed
         over. flags: of PackFlags. false: something can't be read or written, or the hook stopped it, and cancel is true. */
     bool addFolder(FResourceEntry* entry, FPath* path, int32_t flags, UProgressHook* hook, bool& cancel);
-    /** All of the source, at the target's place, as a fresh entry. It is compressed if there is an engine and a sample gets
-        smaller by it; an engine that enciphers has it all. */
+    /** All of the source, at the target's place. It is compressed if there is an engine and a sample gets smaller by it; an
+        engine that enciphers has it all. An entry that is marked as compressed takes the bytes as they are, and their number
+        as its size: to pack a member again, begin with a fresh one. */
     virtual bool copyInto(FStream* source, FStream* target, FResourceEntry* entry, UProgressHook* hook);
 
     /** Both borrowed; null: everything, and as it comes. */

@@ -94,8 +94,9 @@ private:
     bool present = false;
 };
 
-/** Copies all that lies below a folder of one file system to the top of another: folders, then their files. Links to files
-    become files, others are passed over. hook hears of the files one by one. false: something couldn't be copied, or the hook stopped it; what was copied stays. An FVFileSystem as
+/** Copies all that lies below a folder of one file system to the top of another: folders, then their files. Links to
+    files become files, others are passed over. hook hears of the files one by one. false: something couldn't be
+    copied, the hook stopped it, or the target lies within the source; what was copied stays. An FVFileSystem as
     target keeps what the source calls its files inside a folder. */
 bool FCopyFileSystem(FFileSystem* source, FPath* from, FFileSystem* target, UProgressHook* hook = nullptr);
 

@@ -37,7 +37,7 @@ extern const std::array<XmlEntity8, kNumEntities8> gEntityTable8Mac;
 /** By byte: the row of gEntityTable8Mac to write instead, or null. */
 extern const std::array<const XmlEntity8*, 256> gAsciiEncodeTable;
 
-/** Appends text in UTF-8, without a terminator. false: not convertible; nothing is appended. */
+/** Appends text in UTF-8; its terminator stands behind the fill size. false: no memory; nothing is appended. */
 bool appendUtf8(Buffer& target, const tchar* text, size_t length);
 
 /** A line under construction: a buffer that most appending to needs no call for. */
@@ -115,8 +115,8 @@ public:
     bool outputLine(const char* text, int32_t depth);
     bool newLine();
 
-    /** Appends text with entities in UTF-8, without a terminator. false: null, or not convertible; nothing is
-        appended. */
+    /** Appends text with entities in UTF-8; its terminator stands behind the fill size. false: null, or no memory;
+        nothing is appended. */
     static bool encodeString(Buffer& target, const tchar* text);
     /** Appends 8-bit text with entities. With utf8 only markup is escaped. Otherwise all of gAsciiEncodeTable is, by
         names that other XML readers don't know: a file with `&dollar;` in it ends there for FXmlParser2. What else isn't

@@ -17,12 +17,6 @@ constexpr size_t kUIDLength = 32;
 
 FObject* gInstance = nullptr;
 
-FString fullTextOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text;
-}
-
 FString textOf(std::u16string_view text) {
     return FString(text.data(), int32_t(text.size()));
 }
@@ -202,6 +196,8 @@ FFileIterator* FArchiveManager::newIterator(const FPath* path, bool withHidden) 
     if (!fileSystem)
         return nullptr;
     const FPath inner = getPath(*path);
+    if (inner.isEmpty() && !isRoot(*path))
+        return nullptr;
     FString root;
     FFileIterator* found = fileSystem->newIterator(&inner, withHidden);
     return found && getRootPath(*path, root) ? new FFileIteratorUrlWrapper(found, root) : found;
@@ -312,7 +308,15 @@ bool FArchiveManager::getUIDFromString(const ConstString& text, FUID& uid) {
 
 bool FArchiveManager::isRoot(const FPath& path) {
     const UrlParts parts(path);
-    return !parts.uid.empty() && pathSteps(parts.inner).empty();
+    return !parts.uid.empty() && resolvedSteps(parts.inner).empty();
+}
+
+/** What was mounted on demand, by whatever protocol. */
+FFileSystem* FArchiveManager::lookupMounted(const FString& uid) {
+    for (const tchar* protocol : kOnDemand)
+        if (FFileSystem* known = lookupArchive(protocol, uid))
+            return known;
+    return nullptr;
 }
 
 /** Whoever is first registers his; the other's is dropped, with no lock held. */
@@ -321,10 +325,14 @@ FFileSystem* FArchiveManager::mountOnDemand(const FString& protocol, const FStri
     if (std::ranges::find(kOnDemand, units16(protocol), units) == std::end(kOnDemand) || !FUrl::urlDecode(file))
         return nullptr;
     const FNPath path(file.text16(), kFilePath);
-    OPtr<FFileSystem> made(path.isAbsolute() ? createVirtualFileSystem(&path) : nullptr);
-    if (!made || registerArchive(made, protocol, uid))
+    const FString ownUID = getContainerUID(path);  // however the other was written
+    FFileSystem* known = lookupMounted(ownUID);
+    if (known || !path.isAbsolute())
+        return known;
+    OPtr<FFileSystem> made(createVirtualFileSystem(&path));
+    if (!made || registerArchive(made, protocol, ownUID))
         return made.detach();
-    return lookupArchive(protocol, uid);
+    return lookupMounted(ownUID);
 }
 
 /** Whatever passes the test is registered no more. */

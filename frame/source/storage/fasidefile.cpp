@@ -1,20 +1,22 @@
 #include "storage/fasidefile.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/fbstream.h"
-#include <algorithm>
 
 namespace Tessarine {
 namespace {
 // "Setup.xml.0123456789ABCDEF0123456789ABCDEF.aside"
 constexpr const tchar* kAsideEnding = u".aside";
 constexpr uint32_t kMarkLength = 32;
-constexpr uint32_t kMaxStem = 72;  // characters of the target's name: with the rest at most 255 bytes, which disks take
+constexpr uint32_t kMostOfName = 64;  // characters: with mark and ending, a name that disks take in any script
 
-ConstString stemOf(const FPath& target) {
-    const ConstString name(target.getName());
-    const uint32_t length = std::min(name.length(), kMaxStem);
-    const bool splitsPair = length < name.length() && (name.getChar16(length - 1) & 0xFC00) == 0xD800;
-    return ConstString(target.getName(), int32_t(length - splitsPair));
+/** What names aside begin with: the target's own name, or as much as leaves room for the rest. */
+FString stemOf(const FPath& target) {
+    FString stem(target.getName());
+    if (stem.length() <= kMostOfName)
+        return stem;
+    const bool halfPair = (stem.getChar16(kMostOfName) & 0xFC00) == 0xDC00;
+    stem.remove(halfPair ? kMostOfName - 1 : kMostOfName);
+    return stem;
 }
 
 FString newAsideName(const FPath& target) {
@@ -22,7 +24,7 @@ FString newAsideName(const FPath& target) {
     FUID id;
     id.generate();
     id.toString(mark);
-    FString name(stemOf(target));
+    FString name = stemOf(target);
     name += u".";
     name += FString(mark);
     name += kAsideEnding;
@@ -84,8 +86,9 @@ void FAsideFile::removeStaleFiles() {
     const OPtr<FFileIterator> files(fileSystem->newIterator(&folder, true));
     if (!files)
         return;
+    const FString stem = stemOf(target);
     for (FPath* file = files->first(); file; file = files->next())
-        if (isAsideName(file->getName(), stemOf(target)))
+        if (isAsideName(file->getName(), stem))
             fileSystem->removeFile(file);
 }
 

@@ -22,12 +22,6 @@ FStream* refuse(int32_t* error, int32_t code) {
     return nullptr;
 }
 
-FString fullTextOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text;
-}
-
 /** The names on the way, with one "/" between them; empty: the root. */
 FString resolvedTextOf(const FPath& path) {
     FString text = fullTextOf(path);
@@ -43,9 +37,8 @@ bool makeFolderOf(const FPath& file) {
     return !folder.ascend() || gFileSystem->createDir(&folder);
 }
 
-bool makeEmptyFile(FPath* path, int32_t* error) {
-    FStream* file = gFileSystem->createFile(path, kOpenWrite, error);
-    return gFileSystem->closeFile(file);
+bool standsOnDisk(FPath& path) {
+    return gFileSystem->fileExists(&path) || gFileSystem->dirExists(&path);
 }
 }  // namespace
 
@@ -73,17 +66,13 @@ FStream* FFileArchive::createFile(FPath* file, int32_t mode, int32_t* error) {
     if (known && known->isFolder())
         return refuse(error, EISDIR);
     FPath cached(*file);
-    if (!makeCachedPath(&cached, nullptr) || !makeFolderOf(cached))
+    if (!canHold(*file) || !makeCachedPath(&cached, nullptr) || !makeFolderOf(cached))
         return refuse(error, ENOTDIR);
     FStream* made = gFileSystem->createFile(&cached, mode, error);
-    FFileArchiveNode* node = made ? createNode(file) : nullptr;
+    FFileArchiveNode* node = made ? createFileNode(*file) : nullptr;
     if (node) {
         node->setReference(nullptr);
         node->setCached(true);
-    } else if (made) {
-        gFileSystem->closeFile(made);
-        gFileSystem->removeFile(&cached);
-        return refuse(error, ENOTDIR);
     }
     return made;
 }
@@ -139,10 +128,12 @@ bool FFileArchive::renameFile(FPath* file, const tchar* newName) {
     if (!node || !node->getParent() || !(flags & kWriteCached) || !isPlainStep(units16(renamed.getFileName())) ||
         node->getParent()->findChild(units16(renamed.getFileName())))
         return false;
-    FPath cached;
-    const bool known = makeCachedPath(&cached, node);
-    if (known && (gFileSystem->fileExists(&cached) || gFileSystem->dirExists(&cached)) &&
-        !gFileSystem->renameFile(&cached, newName))
+    FPath cached, target;
+    node->getPath(target);
+    target.setName(newName);
+    if (makeCachedPath(&target, nullptr) && standsOnDisk(target))
+        return false;
+    if (makeCachedPath(&cached, node) && standsOnDisk(cached) && !gFileSystem->renameFile(&cached, newName))
         return false;
     node->setFileName(newName);
     return true;
@@ -151,7 +142,7 @@ bool FFileArchive::renameFile(FPath* file, const tchar* newName) {
 bool FFileArchive::getFileTimes(FPath* file, CmTime& created, CmTime& modified) {
     const FFileArchiveNode* node = lookupNode(file);
     FPath place;
-    if (node && locateOutside(node, place))
+    if (node ? locateOutside(node, place) : findCached(file, place))
         return gFileSystem->getFileTimes(&place, created, modified);
     return node && isNative() && gFileSystem->getFileTimes(&path, created, modified);
 }
@@ -161,7 +152,7 @@ int64_t FFileArchive::getFileSize(FPath* file) {
     FPath place;
     if (node ? locateOutside(node, place) : findCached(file, place))
         return gFileSystem->getFileSize(&place);
-    return node && !node->isFolder() ? node->getUncompressedSize() : -1;
+    return node && !node->isFolder() ? std::max<int64_t>(node->getUncompressedSize(), -1) : -1;
 }
 
 int64_t FFileArchive::getFileSize(FStream* opened) {
@@ -202,7 +193,7 @@ bool FFileArchive::close() {
 }
 
 bool FFileArchive::checkUpdatedNodes(bool create) {
-    if (!cacheFolder || !root)
+    if (!hasCacheFolder() || !root)
         return false;
     const int32_t begin = int32_t(fullTextOf(*cacheFolder).length()) + 1;
     const OPtr<FNFileSystemScanner> scanner(new FNFileSystemScanner(cacheFolder.get(), true));
@@ -243,7 +234,7 @@ bool FFileArchive::extractFolder(FPath* folder, FPath* target, UProgressHook* ho
 }
 
 bool FFileArchive::createFileReference(FPath* file, const FNPath* outside) {
-    FFileArchiveNode* node = file && outside ? createNode(file) : nullptr;
+    FFileArchiveNode* node = file && outside ? createFileNode(*file) : nullptr;
     if (!node || node->isFolder())
         return false;
     node->setCached(false);
@@ -268,16 +259,16 @@ bool FFileArchive::extractAll(FPath* target, UProgressHook* hook) {
 }
 
 void FFileArchive::setCacheFolder(const FNPath* folder) {
-    FString beside = fullTextOf(path);
-    beside += kCacheEnding;
-    if (folder)
-        cacheFolder = std::make_unique<FNPath>(*folder);
-    else
-        cacheFolder = isNative() ? std::make_unique<FNPath>(beside.text16(), kFolderPath) : nullptr;
+    FString place = fullTextOf(folder ? static_cast<const FPath&>(*folder) : path);
+    if (!folder)
+        place += kCacheEnding;
+    cacheFolder = folder || isNative() ? std::make_unique<FNPath>(place.text16(), kFolderPath) : nullptr;
+    if (folder && gFileSystem->isSymlink(cacheFolder.get()))
+        gFileSystem->checkResolveLink(cacheFolder.get());
 }
 
 bool FFileArchive::makeCachedPath(FPath* place, const FFileArchiveNode* node) const {
-    if (!cacheFolder || !place)
+    if (!hasCacheFolder() || !place)
         return false;
     FPath member(*place);
     if (node)
@@ -308,11 +299,9 @@ FFileArchiveNode* FFileArchive::lookupNode(const FPath* file) const {
 }
 
 FFileArchiveNode* FFileArchive::createNode(const FPath* file) {
-    if (!file || !root)
+    if (!file || !root || !canHold(*file))
         return nullptr;
     const FString text = resolvedTextOf(*file);
-    if (text.countOccurences(u'/') >= kMaxDepth)
-        return nullptr;
     FFileArchiveNode* node = root;
     for (std::u16string_view rest = units16(text); node && !rest.empty();) {
         const std::u16string_view step = takeStep(rest);
@@ -326,14 +315,37 @@ void FFileArchive::dumpContent(FConsole* console) const {
         root->dump(console, 0);
 }
 
-/** The child of that name, made if there is none; null: it should be a folder, and is a file. */
+bool FFileArchive::hasCacheFolder() const {
+    return cacheFolder && !gFileSystem->isSymlink(cacheFolder.get());
+}
+
+/** No file stands where the way to it needs a folder, and the way isn't too long. */
+bool FFileArchive::canHold(const FPath& file) const {
+    const FString text = resolvedTextOf(file);
+    const FFileArchiveNode* node = root;
+    std::u16string_view rest = units16(text);
+    std::u16string_view step = takeStep(rest);
+    for (; node && !rest.empty(); step = takeStep(rest)) {
+        const FFileArchiveNode* below = node->getSubFolder(step);
+        if (!below && node->findChild(step))
+            return false;
+        node = below;
+    }
+    return text.countOccurences(u'/') < kMaxDepth;
+}
+
+FFileArchiveNode* FFileArchive::createFileNode(const FPath& file) {
+    FPath member(file);
+    member.setKind(kFilePath);
+    return createNode(&member);
+}
+
+/** The child of that name, made if there is none. */
 FFileArchiveNode* FFileArchive::enterOrMake(FFileArchiveNode* folder, std::u16string_view name, bool onTheWay,
                                             bool makeFolder) {
-    FFileArchiveNode* known = onTheWay ? folder->getSubFolder(name) : nullptr;
-    if (!known)
-        known = folder->findChild(name);
+    FFileArchiveNode* known = onTheWay ? folder->getSubFolder(name) : folder->findChild(name);
     if (known)
-        return onTheWay && !known->isFolder() ? nullptr : known;
+        return known;
     const OPtr<FFileArchiveNode> made(newNode(onTheWay || makeFolder));
     if (!made)
         return nullptr;
@@ -355,13 +367,10 @@ bool FFileArchive::findCached(const FPath* file, FPath& cached) const {
 
 /** Checked against what the table says: a member that was cut off is none. */
 bool FFileArchive::copyMember(FPath* file, FFileArchiveNode* node, FPath* target, UProgressHook* hook, int32_t* error) {
-    if (isNative() && isSameFile(&path, target)) {
+    if (isSourceOf(node, target)) {
         tellCode(error, EINVAL);
         return false;
     }
-    FPath place;
-    if (!locateOutside(node, place) && node->getDataSize() == 0 && node->getUncompressedSize() == 0)
-        return makeEmptyFile(target, error);
     if (!copyFile(this, file, gFileSystem, target, hook, error))
         return false;
     if (gFileSystem->getFileSize(target) == getFileSize(file))
@@ -379,11 +388,16 @@ bool FFileArchive::locateOutside(const FFileArchiveNode* node, FPath& place) con
     return node->isReference() || node->isCached();
 }
 
+bool FFileArchive::isSourceOf(const FFileArchiveNode* node, const FPath* target) const {
+    FPath place;
+    return (isNative() && isSameFile(&path, target)) || (locateOutside(node, place) && isSameFile(&place, target));
+}
+
 FStream* FFileArchive::openMissing(FPath* file, int32_t mode, int32_t* error) {
     FPath cached;
     if (!findCached(file, cached))
         return mode & kOpenCreate ? createFile(file, mode, error) : refuse(error, ENOENT);
-    FFileArchiveNode* node = createNode(file);
+    FFileArchiveNode* node = createFileNode(*file);
     if (!node)
         return refuse(error, ENOTDIR);
     node->setCached(true);
@@ -415,7 +429,11 @@ bool FFileArchive::extractNode(FFileArchiveNode* node, const FFileArchiveNode* t
     place.descend(name.text16() + begin, member.getKind());
     if (gFileSystem->isSymlink(&place))
         return false;
-    return node->isFolder() ? gFileSystem->createDir(&place) : copyMember(&member, node, &place, hook, nullptr);
+    if (node->isFolder())
+        return gFileSystem->createDir(&place);
+    if (isSourceOf(node, &place) || (gFileSystem->fileExists(&place) && !gFileSystem->removeFile(&place)))
+        return false;
+    return copyMember(&member, node, &place, hook, nullptr);
 }
 
 FFileArchiveIterator::FFileArchiveIterator(FFileArchiveNode* walked, bool withHidden)
@@ -424,6 +442,12 @@ FFileArchiveIterator::FFileArchiveIterator(FFileArchiveNode* walked, bool withHi
     walked->getPath(base);
     if (!base.isEmpty())
         shown.setPathName(fullTextOf(base).text16());
+}
+
+FPath* FFileArchiveIterator::next() {
+    if (!node)
+        return nullptr;
+    return show(node->getParent() == folder ? node->getNext() : following.get());
 }
 
 /** The first from there on that may be seen. */
@@ -437,6 +461,7 @@ FPath* FFileArchiveIterator::show(FFileArchiveNode* found) {
             break;
     }
     node = found;
+    following = found ? found->getNext() : nullptr;
     if (!found)
         return nullptr;
     shown.setName(name.text16());

@@ -29,17 +29,30 @@ class FFileArchiveNode::NameIndex {
 public:
     explicit NameIndex(const FFileArchiveNode& folder) {
         entries.reserve(size_t(folder.countChildren()));
-        for (FFileArchiveNode* child = folder.getFirstChild(); child; child = child->getNext()) {
-            const FString name = nameOf(*child);
-            entries.push_back({hashOf(units16(name)), names.size(), name.length(), child});
-            names += units16(name);
-        }
+        for (FFileArchiveNode* child = folder.getFirstChild(); child; child = child->getNext())
+            entries.push_back(entryOf(child));
         std::ranges::stable_sort(entries, {}, [this](const Entry& entry) { return keyOf(entry); });
     }
 
+    /** At the end of the folder. */
+    void add(FFileArchiveNode* child) {
+        const Entry added = entryOf(child);
+        entries.insert(entriesOf(keyOf(added)).end(), added);
+    }
+
+    /** false: this one is worn out. */
+    bool remove(const FFileArchiveNode* child) {
+        const FString name = nameOf(*child);
+        const auto same = entriesOf({hashOf(units16(name)), units16(name)});
+        const auto entry = std::ranges::find(same, child, &Entry::node);
+        if (entry == same.end())
+            return false;
+        entries.erase(entry);
+        return ++gone <= entries.size();
+    }
+
     FFileArchiveNode* find(std::u16string_view name, bool folder) const {
-        const auto same = std::ranges::equal_range(entries, Key(hashOf(name), name), {},
-                                                   [this](const Entry& entry) { return keyOf(entry); });
+        const auto same = entriesOf({hashOf(name), name});
         const auto fits =
             std::ranges::find_if(same, [=](const Entry& entry) { return !folder || entry.node->isFolder(); });
         return fits == same.end() ? nullptr : fits->node;
@@ -52,6 +65,7 @@ private:
         FFileArchiveNode* node;
     };
     using Key = std::pair<size_t, std::u16string_view>;
+    using Entries = std::ranges::subrange<std::vector<Entry>::const_iterator>;
 
     static size_t hashOf(std::u16string_view name) { return std::hash<std::u16string_view>()(name); }
     Key keyOf(const Entry& entry) const {
@@ -59,9 +73,19 @@ private:
             entry.hash, {names.data() + entry.begin, entry.length}
         };
     }
+    Entry entryOf(FFileArchiveNode* child) {
+        const FString name = nameOf(*child);
+        const size_t begin = names.size();
+        names += units16(name);
+        return {hashOf(units16(name)), begin, name.length(), child};
+    }
+    Entries entriesOf(const Key& key) const {
+        return std::ranges::equal_range(entries, key, {}, [this](const Entry& entry) { return keyOf(entry); });
+    }
 
     std::u16string names;
     std::vector<Entry> entries;
+    size_t gone = 0;  // how many were removed, whose names are still there
 };
 
 struct FFileArchiveNode::Folder {
@@ -69,7 +93,7 @@ struct FFileArchiveNode::Folder {
     ~Folder() { delete index.load(); }
 
     CmILinkedList children;
-    std::atomic<const NameIndex*> index{nullptr};  // made by who first needs it, on any thread
+    std::atomic<NameIndex*> index{nullptr};  // made by who first needs it, on any thread
 };
 
 IMPLEMENT_ABSTRACT_CLASS(FFileArchiveNode, CmILink)
@@ -101,7 +125,6 @@ FFileArchiveNode::~FFileArchiveNode() {
 
 void FFileArchiveNode::getDisplayString(FString& text) const {
     text = nameOf(*this);
-    text += FString().printf("(%04X)", uint32_t(flags));
 }
 
 void FFileArchiveNode::setReference(const FNPath* outside) {
@@ -146,7 +169,8 @@ bool FFileArchiveNode::addChild(FFileArchiveNode* child) {
     if (!content->children.append(child))
         return false;
     child->parent = this;
-    childrenChanged();
+    if (NameIndex* index = content->index)
+        index->add(child);
     return true;
 }
 
@@ -154,7 +178,8 @@ bool FFileArchiveNode::remove(FFileArchiveNode* child) {
     if (!child || child->parent != this)
         return false;
     child->parent = nullptr;
-    childrenChanged();
+    if (NameIndex* index = content->index; index && !index->remove(child))
+        dropIndex();
     return content->children.removeAbs(child);
 }
 
@@ -190,7 +215,7 @@ int32_t FFileArchiveNode::countFiles(bool recursive, bool withHidden, uint64_t* 
         const bool counts = withHidden || !isHidden(*node);
         if (counts && !node->isFolder()) {
             ++count;
-            sum += uint64_t(std::max<int64_t>(node->getUncompressedSize(), 0));
+            sum += std::min(uint64_t(std::max<int64_t>(node->getUncompressedSize(), 0)), UINT64_MAX - sum);
         }
         node = recursive && counts ? node->getNextBelow(this) : node->getNextBeyond(this);
     }
@@ -209,7 +234,7 @@ void FFileArchiveNode::dump(FConsole* console, int32_t level) const {
 
 void FFileArchiveNode::nameChanged() {
     if (parent)
-        parent->childrenChanged();
+        parent->dropIndex();
 }
 
 FFileArchiveNode* FFileArchiveNode::findNamed(std::u16string_view name, bool folder) const {
@@ -225,22 +250,22 @@ FFileArchiveNode* FFileArchiveNode::findNamed(std::u16string_view name, bool fol
 const FFileArchiveNode::NameIndex* FFileArchiveNode::nameIndex() const {
     if (countChildren() <= kFewChildren)
         return nullptr;
-    const NameIndex* known = content->index.load(std::memory_order_acquire);
+    NameIndex* known = content->index.load(std::memory_order_acquire);
     if (known)
         return known;
-    auto made = std::make_unique<const NameIndex>(*this);
+    auto made = std::make_unique<NameIndex>(*this);
     return content->index.compare_exchange_strong(known, made.get()) ? made.release() : known;
 }
 
-void FFileArchiveNode::childrenChanged() {
-    if (content->index.load(std::memory_order_relaxed))
-        delete content->index.exchange(nullptr);
+void FFileArchiveNode::dropIndex() {
+    delete content->index.exchange(nullptr);
 }
 
 void FFileArchiveNode::writeLine(FConsole* console, int32_t level) const {
     FString line, text;
-    line.assign(u' ', std::max(level, 0) * kIndent);
+    line.assign(u' ', std::clamp(level, 0, FFileSystem::kMaxDepth) * kIndent);
     getDisplayString(text);
+    text += FString().printf("(%04X)", uint32_t(flags));
     if (!parent)
         line += u"root\n";
     else if (isFolder())

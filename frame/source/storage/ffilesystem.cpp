@@ -1,12 +1,15 @@
 #include "storage/ffilesystem.h"
 #include "base/uprogresshook.h"
+#include "fnerrors.h"
 #include "ftreewalk.h"
 #include "storage/fbstream.h"
 #include "storage/ffstream.h"
+#include "storage/fmstream.h"
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
 #include <memory>
+#include <sys/stat.h>
 
 namespace Tessarine {
 namespace {
@@ -28,9 +31,39 @@ bool copyContent(FStream& source, FStream& target, int64_t total, UProgressHook*
     }
 }
 
+/** Two systems may lead to one file of the disk, which to create as the target would empty the source. */
+bool leadsTo(FFileSystem* system, FPath* path, FStream* stream) {
+    const QuietErrors quiet;
+    auto* const file = classCast<FFileStream>(stream);
+    FStream* const opened = file && system->fileExists(path) ? system->openFile(path, kOpenRead) : nullptr;
+    if (!opened)
+        return false;
+    auto* const other = classCast<FFileStream>(opened);
+    struct stat own, its;
+    const bool same = other && ::fstat(file->getFileRef(), &own) == 0 && ::fstat(other->getFileRef(), &its) == 0 &&
+                      own.st_dev == its.st_dev && own.st_ino == its.st_ino;
+    system->closeFile(opened);
+    return same;
+}
+
 void tellCode(int32_t* error, int32_t code) {
     if (error)
         *error = code;
+}
+
+/** An archive opens no member without bytes. */
+FStream* openSource(FFileSystem* system, FPath* path, int32_t* error) {
+    int32_t code = EINVAL;
+    FStream* const opened = system->openFile(path, kOpenRead, &code);
+    if (!opened && code == ENODATA && system->getFileSize(path) == 0)
+        return new FMemoryStream;
+    tellCode(error, code);
+    return opened;
+}
+
+/** A cut there would leave half a pair, which no disk can express. */
+bool endsInPair(const FString& text, uint32_t length) {
+    return (text.getChar16(length - 1) & 0xFC00) == 0xD800 && (text.getChar16(length) & 0xFC00) == 0xDC00;
 }
 
 /** Of two streams of which one has failed; without an error in either somebody stopped it. */
@@ -80,7 +113,7 @@ bool FFileSystem::makeValidName(FString& name, tchar replacement, bool trim) {
     if (trim)
         valid.trim();
     if (valid.length() > kMaxNameLength)
-        valid.remove(kMaxNameLength);
+        valid.remove(endsInPair(valid, kMaxNameLength) ? kMaxNameLength - 1 : kMaxNameLength);
     for (uint32_t i = 0; i < valid.length(); ++i)
         if (kForbidden.find(valid.getChar16(i)) != std::u16string_view::npos)
             valid.setChar16(i, replacement ? replacement : kStandIn);
@@ -113,9 +146,14 @@ bool FFileSystem::copyFile(FFileSystem* source, FPath* from, FFileSystem* target
     tellCode(error, EINVAL);
     if (!source || !target || !from || !to || (source == target && *from == *to))
         return false;
-    FStream* input = source->openFile(from, kOpenRead, error);
+    FStream* input = openSource(source, from, error);
     if (!input)
         return false;
+    if (leadsTo(target, to, input)) {
+        tellCode(error, EINVAL);
+        source->closeFile(input);
+        return false;
+    }
     FStream* output = target->createFile(to, kOpenWrite, error);
     const bool copied = output && copyContent(*input, *output, source->getFileSize(from), hook);
     const int32_t code = copied ? EIO : errorOf(input, output);

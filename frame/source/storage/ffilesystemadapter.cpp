@@ -9,12 +9,6 @@
 
 namespace Tessarine {
 namespace {
-FString fullTextOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text;
-}
-
 /** As components take it. */
 FString innerTextOf(const FPath& path) {
     const FString text = fullTextOf(path);
@@ -100,11 +94,12 @@ FStream* FFileSystemAdapter::createFile(FPath* path, int32_t mode, int32_t* erro
 }
 
 FStream* FFileSystemAdapter::openFile(FPath* path, int32_t mode, int32_t* error) {
-    const bool able = mode & (kOpenWrite | kOpenCreate) ? canWrite : canRead;
+    const bool writes = mode & (kOpenWrite | kOpenCreate), reads = (mode & kOpenRead) || !writes;
+    const bool able = (canRead || !reads) && (canWrite || !writes);
     FStream* opened = nullptr;
     ask(path, able, [&](const tchar* inner) {
         IBStream* given = nullptr;
-        const bool done = component->openFile(inner, mode, &given) == kResultOk;
+        const bool done = component->openFile(inner, mode & ~kOpenShared, &given) == kResultOk;
         const OPtr<IBStream> bytes(given);
         opened = done && bytes ? new FPluginStreamProxy(this, bytes) : nullptr;
         return opened != nullptr;

@@ -227,13 +227,12 @@ int64_t FBufferStream::readRaw(void* target, int64_t count) {
 
 int64_t FBufferStream::writeRaw(const void* source, int64_t count) {
     const uint32_t oldFill = buffer.getFillSize();
-    if (count <= 0)
+    if (failed || count <= 0)
         return 0;
-    failed |= count > UINT32_MAX || cursor > UINT32_MAX - count || !fillTo(uint32_t(cursor)) ||
-              !buffer.put(source, uint32_t(count));
-    if (!failed)
-        cursor += count;
-    buffer.setFillSize(std::max(oldFill, buffer.getFillSize()));
+    failed = count > UINT32_MAX || cursor > UINT32_MAX - count || !fillTo(uint32_t(cursor)) ||
+             !buffer.put(source, uint32_t(count));
+    buffer.setFillSize(failed ? oldFill : std::max(oldFill, buffer.getFillSize()));
+    cursor += failed ? 0 : count;
     return failed ? 0 : count;
 }
 

@@ -6,7 +6,6 @@
 #include "storage/hooks.h"
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -34,6 +33,7 @@ constexpr TypeRow kFileSystems[] = {
     {"davfs",      kNetworkDrive  },
     {"fuse.sshfs", kNetworkDrive  },
     {"squashfs",   kUndefinedDrive},
+    {"zfs",        kHarddisk      },
 };
 constexpr std::string_view kDevices = "/dev/";
 
@@ -45,9 +45,6 @@ static_assert(std::size(kTypeNames) == kUndefinedDrive + 1, "each type has its n
 
 struct CloseTable {
     void operator()(FILE* table) const { ::endmntent(table); }
-};
-struct FreeText {
-    void operator()(char* text) const { std::free(text); }
 };
 
 /** What the kernel says of the medium; a partition is asked for the whole. */
@@ -82,9 +79,11 @@ bool isBelow(std::string_view path, std::string_view folder) {
 const FMount* mountOf(const std::vector<FMount>& mounts, const FPath* path) {
     if (!path)
         return nullptr;
-    std::unique_ptr<char, FreeText> name(::realpath(PlatformName(path), nullptr));
+    RealName name = realNameOf(PlatformName(path));
     for (FPath above(*path); !name && above.ascend();)
-        name.reset(::realpath(PlatformName(&above), nullptr));
+        name = realNameOf(PlatformName(&above));
+    if (!name && !path->isEmpty() && !path->isAbsolute())
+        name = realNameOf(".");
     const FMount* found = nullptr;
     for (const FMount& mount : mounts)
         if (name && isBelow(name.get(), mount.folder) && (!found || mount.folder.size() > found->folder.size()))

@@ -44,8 +44,10 @@ constexpr UTranslatedString kUnexpected("An unexpected error occurred. The syste
 constinit std::atomic<bool> showsErrors{false};
 }  // namespace
 
+thread_local int32_t QuietErrors::depth = 0;
+
 bool told(bool done) {
-    if (done || !showsErrors || !gStorageHooks.showError)
+    if (done || QuietErrors::stand() || !showsErrors || !gStorageHooks.showError)
         return done;
     const int32_t code = errno;
     FString text;

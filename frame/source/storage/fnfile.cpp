@@ -5,10 +5,8 @@
 #include "storage/ffilesystem.h"
 #include "storage/fsystemshell.h"
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,10 +23,6 @@ bool fitsOnDisk(const FString& name) {
     const size_t bytes = std::strlen(PlatformName(units16(name)));
     return bytes > 0 && bytes <= NAME_MAX;
 }
-
-struct FreeText {
-    void operator()(char* text) const { std::free(text); }
-};
 }  // namespace
 
 bool FNFileSystem::makeSystemName(FString& name) {
@@ -53,7 +47,7 @@ bool FNFileSystem::makeValidPath(FPath* path) {
     for (const std::u16string_view step : pathSteps(units16(text))) {
         FString name(step.data(), int32_t(step.size()));
         makeValidName(name);
-        valid += name;
+        valid += name.isEmpty() ? FString(u"_") : name;
         valid += u"/";
     }
     if (valid.length() > 1)
@@ -143,7 +137,7 @@ bool FNFileSystem::createLink(const FPath* link, const FPath* target) {
 }
 
 bool FNFileSystem::checkResolveLink(FNPath* path) {
-    const std::unique_ptr<char, FreeText> name(::realpath(PlatformName(path), nullptr));
+    const RealName name = realNameOf(PlatformName(path));
     if (!name || !path->fromPlatformPath(name.get()))
         return false;
     path->setKind(dirExists(path) ? kFolderPath : kFilePath);

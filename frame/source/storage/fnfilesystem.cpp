@@ -22,6 +22,7 @@ namespace Tessarine {
 namespace {
 constexpr mode_t kNewFolderRights = 0777;  // less what the user's mask takes away
 constexpr mode_t kRights = 0777;
+constexpr const tchar* kAsideName = u"moved";  // short: there is room for the mark, however long the file's own is
 
 bool statusOf(const FPath* path, struct stat& status) {
     return ::stat(PlatformName(path), &status) == 0;
@@ -32,9 +33,15 @@ bool fileStatusOf(const FPath* path, struct stat& status) {
     return statusOf(path, status) && !S_ISDIR(status.st_mode);
 }
 
+/** It stands there; false: errno says why it couldn't be made. */
 bool makeFolder(const FPath* path) {
+    if (::mkdir(PlatformName(path), kNewFolderRights) == 0)
+        return true;
+    const int code = errno;
     struct stat status;
-    return ::mkdir(PlatformName(path), kNewFolderRights) == 0 || (statusOf(path, status) && S_ISDIR(status.st_mode));
+    const bool stands = statusOf(path, status) && S_ISDIR(status.st_mode);
+    errno = code;
+    return stands;
 }
 
 /** With those above it that are missing. */
@@ -45,11 +52,27 @@ bool makeFolders(const FPath& path) {
     return errno == ENOENT && above.ascend() && makeFolders(above) && makeFolder(&path);
 }
 
-bool renameToFreeName(const char* from, const char* to) {
+bool renameOnDisk(const char* from, const char* to, bool overwrite) {
+    if (overwrite)
+        return std::rename(from, to) == 0;
     if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0)
         return true;
     struct stat status;  // some network disks don't know that call
     return errno == EINVAL && ::lstat(to, &status) != 0 && errno == ENOENT && std::rename(from, to) == 0;
+}
+
+/** Bytes go from it and to it without an end, and its rights are the system's. */
+bool isDevice(const FPath* path) {
+    struct stat status;
+    return statusOf(path, status) && (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode));
+}
+
+void copyTimes(const FPath* from, const FPath* to) {
+    struct stat status;
+    if (::lstat(PlatformName(from), &status) != 0)
+        return;
+    const timespec times[] = {status.st_atim, status.st_mtim};
+    ::utimensat(AT_FDCWD, PlatformName(to), times, AT_SYMLINK_NOFOLLOW);
 }
 
 /** The link itself, not what it leads to. */
@@ -95,7 +118,7 @@ private:
         FString text;
         int32_t kind;
     };
-    void addEntry(int folderFile, const char* name);
+    void addEntry(int folderFile, const dirent& found);
     FPath* show();
 
     FNPath folder;
@@ -112,11 +135,17 @@ bool FNFileIterator::readFolder() {
     const std::unique_ptr<DIR, int (*)(DIR*)> opened(::opendir(PlatformName(&folder)), ::closedir);
     if (!opened)
         return false;
-    while (const dirent* found = ::readdir(opened.get()))
-        addEntry(::dirfd(opened.get()), found->d_name);
+    errno = 0;
+    while (const dirent* found = ::readdir(opened.get())) {
+        addEntry(::dirfd(opened.get()), *found);
+        errno = 0;
+    }
+    const bool whole = errno == 0;
+    if (!whole)
+        entries.clear();  // half of a folder would pass for all of it
     std::ranges::sort(entries, {}, &Entry::name);
     position = entries.size();
-    return true;
+    return whole;
 }
 
 FPath* FNFileIterator::first() {
@@ -131,15 +160,19 @@ FPath* FNFileIterator::next() {
     return show();
 }
 
-void FNFileIterator::addEntry(int folderFile, const char* name) {
+void FNFileIterator::addEntry(int folderFile, const dirent& found) {
     struct stat status;
+    const char* name = found.d_name;
     Entry entry{name, {}, kFilePath};
     const bool dots = entry.name == "." || entry.name == "..";
     const bool hidden = *name == '.';
     if (dots || (hidden && !withHidden) || !entry.text.fromUTF8(name))
         return;
-    if (::fstatat(folderFile, name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+    const bool known = ::fstatat(folderFile, name, &status, AT_SYMLINK_NOFOLLOW) == 0;
+    if (!known && errno == ENOENT)
         return;  // gone meanwhile
+    if (!known)
+        status.st_mode = DTTOIF(found.d_type);  // a folder that may be listed, and not entered
     entry.kind = S_ISDIR(status.st_mode) ? kFolderPath : S_ISLNK(status.st_mode) ? kLinkPath : kFilePath;
     entry.kind |= hidden ? kHiddenPath : 0;
     entries.push_back(std::move(entry));
@@ -206,32 +239,42 @@ bool FNFileSystem::renameFile(FPath* path, const tchar* newName) {
 
 bool FNFileSystem::moveFile(FPath* from, FPath* to, bool overwrite) {
     const PlatformName source(from), target(to);
-    const bool moved = overwrite ? std::rename(source, target) == 0 : renameToFreeName(source, target);
+    const bool moved = renameOnDisk(source, target, overwrite);
     return told(moved || (errno == EXDEV && moveToOtherDisk(from, to, overwrite)));
 }
 
 /** Through a copy beside the target, so that there too it appears in one step. */
 bool FNFileSystem::moveToOtherDisk(FPath* from, FPath* to, bool overwrite) {
+    const QuietErrors quiet;
     FPath aside(*to);
+    aside.setName(kAsideName);
     if (!aside.makeUnique() || !(isSymlink(from) ? copyLink(from, &aside) : copyFile(from, &aside)))
         return false;
+    copyTimes(from, &aside);
     const PlatformName source(&aside), target(to);
-    const bool moved = overwrite ? std::rename(source, target) == 0 : renameToFreeName(source, target);
-    if (!moved)
-        removeFile(&aside);
-    return moved && removeFile(from);
+    const bool moved = renameOnDisk(source, target, overwrite);
+    if (moved && removeFile(from))
+        return true;
+    const int32_t code = errno;
+    if (!moved || !overwrite)  // what was overwritten doesn't come back
+        removeFile(moved ? to : &aside);
+    errno = code;
+    return false;
 }
 
 bool FNFileSystem::copyFile(FPath* from, FPath* to, UProgressHook* hook, int32_t* error) {
-    if (isSameFile(from, to)) {
-        if (error)
-            *error = EINVAL;
-        return false;
+    int32_t code = EINVAL;
+    bool copied = !isSameFile(from, to) && !isDevice(from) && !isDevice(to);
+    if (copied) {
+        const QuietErrors quiet;
+        copied = FFileSystem::copyFile(from, to, hook, &code);
     }
-    if (!FFileSystem::copyFile(from, to, hook, error))
-        return false;
-    copyRights(from, to);
-    return true;
+    if (error)
+        *error = code;
+    if (copied)
+        copyRights(from, to);
+    errno = code;
+    return told(copied || code == ECANCELED) && copied;
 }
 
 bool FNFileSystem::createDir(FPath* path) {
@@ -245,9 +288,11 @@ bool FNFileSystem::changeDir(FPath* path) {
 bool FNFileSystem::getDirName(FPath* path, FString& name) {
     if (!path)
         return false;
-    FNPath folder;
+    FNPath folder, current(u".", kFolderPath);
     static_cast<FPath&>(folder) = *path;
-    folder = folder.createAbsolutePath(nullptr);
+    if (!folder.isAbsolute() && !checkResolveLink(&current))
+        return false;
+    folder = folder.createAbsolutePath(&current);
     if (!dirExists(&folder) && !folder.ascend())
         return false;
     name = folder.isRootDir() ? u"/" : folder.getName();
@@ -259,10 +304,11 @@ bool FNFileSystem::removeDir(FPath* path, bool withContent) {
     if (!withContent)
         return told(::rmdir(name) == 0);
     struct stat status;
-    if (::lstat(name, &status) != 0 || !S_ISDIR(status.st_mode))
+    if (::lstat(name, &status) != 0)
         return told(false);
-    std::error_code error;
-    std::filesystem::remove_all(static_cast<const char*>(name), error);
+    std::error_code error = std::make_error_code(std::errc::not_a_directory);
+    if (S_ISDIR(status.st_mode))
+        std::filesystem::remove_all(static_cast<const char*>(name), error);
     errno = error.value();
     return told(!error);
 }

@@ -1,6 +1,7 @@
 #include "base/uprogresshook.h"
 #include "ftreewalk.h"
 #include "platformname.h"
+#include "samefile.h"
 #include "storage/ffilesystem.h"
 #include <algorithm>
 #include <cerrno>
@@ -23,11 +24,6 @@ FNPath realPlaceOf(const FPath& path) {
     return place;
 }
 
-bool isWithin(const FPath& path, const FPath& folder) {
-    const FNPath inner = realPlaceOf(path), outer = realPlaceOf(folder);
-    return inner == outer || inner.isInDir(&outer);
-}
-
 /** What lies below a folder, files only if they are to be copied too. */
 bool copyBelow(const FPath& from, const FPath& to, bool withFiles, UProgressHook* hook) {
     if (isWithin(to, from))
@@ -45,12 +41,17 @@ bool copyBelow(const FPath& from, const FPath& to, bool withFiles, UProgressHook
         copy.descend(below.text16(), entry->getKind());
         if (entry->isFolder())
             good = gFileSystem->createDir(&copy);
-        else if (withFiles && !entry->isLink())
-            good = gFileSystem->copyFile(entry, &copy) && tellProgress(hook, ++done, total);
+        else if (withFiles)
+            good = (entry->isLink() || gFileSystem->copyFile(entry, &copy)) && tellProgress(hook, ++done, total);
     }
     return good && !walk.hasFailed();
 }
 }  // namespace
+
+bool isWithin(const FPath& path, const FPath& folder) {
+    const FNPath inner = realPlaceOf(path), outer = realPlaceOf(folder);
+    return inner == outer || inner.isInDir(&outer);
+}
 
 bool FNFileSystem::dirExists(const FPath* path) {
     struct stat status;

@@ -18,12 +18,6 @@ constexpr const char* kKindKey = "Type";
 constexpr const char* kFileTypeKey = "FileType";
 constexpr const char* kFormKey = "PathType";
 
-FString fullTextOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text;
-}
-
 bool holdsAscent(const PathSteps& steps) {
     return std::ranges::find(steps, u"..") != steps.end();
 }
@@ -72,10 +66,11 @@ bool FNPath::toPlatformPath(void* bytes) const {
 }
 
 FUrl* FNPath::createURL() const {
-    if (!isAbsolute())
+    if (!isAbsolute() || *static_cast<const char*>(PlatformName(this)) == 0)
         return nullptr;
     FString file(fullTextOf(*this).text16() + 1);
     FUrl::urlEncode(file);
+    file.replace(ConstString(u"?"), ConstString(u"%3f"));  // it would begin a query
     if (isFolder() && !file.isEmpty())
         file += u"/";
     return new FUrl(u"file", u"", file.text16());

@@ -3,10 +3,10 @@
 #include "platformname.h"
 #include "storage/fbstream.h"
 #include "storage/furl.h"
+#include "storage/userfolders.h"
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -31,14 +31,9 @@ struct Trash {
     std::string pathsFrom;  // what paths of its info files are relative to; empty: they are absolute
 };
 
-std::string environmentFolder(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value && *value == '/' ? value : "";
-}
-
 std::string homeTrash() {
-    const std::string data = environmentFolder("XDG_DATA_HOME"), home = environmentFolder("HOME");
-    return !data.empty() ? data + "/Trash" : !home.empty() ? home + "/.local/share/Trash" : "";
+    const std::string data = environmentOrHome("XDG_DATA_HOME", ".local/share");
+    return data.empty() ? data : data + "/Trash";
 }
 
 bool makeFolders(const std::string& folder) {
@@ -122,7 +117,7 @@ std::string nameFor(const std::string& place) {
 /** Creates the info file under the first free name, which by that is taken. */
 std::string takeName(const Trash& trash, const std::string& wanted, const std::string& info) {
     for (int32_t number = 1; number < kMostNames; ++number) {
-        const std::string name = number == 1 ? wanted : wanted + '.' + std::to_string(number);
+        std::string name = number == 1 ? wanted : wanted + '.' + std::to_string(number);
         if (deviceOf(trash.folder + "/files/" + name))
             continue;  // somebody's leftover without an info file
         const std::string infoName = trash.folder + "/info/" + name + ".trashinfo";

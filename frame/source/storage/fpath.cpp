@@ -1,4 +1,5 @@
 #include "storage/fpath.h"
+#include "pathsteps.h"
 #include <algorithm>
 
 namespace Tessarine {
@@ -22,12 +23,6 @@ bool dropLastSeparators(FString& text) {
 
 bool hasExtensions(const FFileType& type) {
     return !type.getDosType().isEmpty() || !type.getUnixType().isEmpty();
-}
-
-FString fullTextOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text;
 }
 
 /** The end of a text is below "/", and this below all others. */

@@ -82,7 +82,8 @@ bool FResourceArchive::close() {
 FStream* FResourceArchive::openFile(FPath* path, int32_t mode, int32_t* error) {
     const bool reads = !(mode & (kOpenWrite | kOpenCreate));
     auto* entry = static_cast<FResourceEntry*>(engine && reads ? lookupNode(path) : nullptr);
-    if (!entry || !entry->isCompressed() || entry->isFolder() || entry->isReference() || entry->isCached())
+    if (!entry || !entry->isCompressed() || entry->isFolder() || entry->isReference() || entry->isCached() ||
+        entry->getDataSize() == 0)
         return FFileArchive::openFile(path, mode, error);
     FStream* opened = openCompressed(entry);
     if (error)

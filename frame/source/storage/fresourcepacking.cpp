@@ -71,7 +71,7 @@ bool hasData(const FFileArchiveNode& node) {
 
 /** Where the last data below a folder ends, at least where data may begin; -1: some of it lies beyond the limit. */
 int64_t findEndOfDataSection(const FFileArchiveNode& folder, int64_t limit) {
-    int64_t end = int64_t(kResourceHeader.size());
+    int64_t end = FResourceArchive::kHeaderSize;
     for (const FFileArchiveNode* node = folder.getFirstChild(); node; node = node->getNextBelow(&folder)) {
         if (!hasData(*node))
             continue;
@@ -83,10 +83,10 @@ int64_t findEndOfDataSection(const FFileArchiveNode& folder, int64_t limit) {
     return end;
 }
 
-/** What lies behind a place moves. */
-void updateNodeOffsets(const FFileArchiveNode& folder, int64_t after, int64_t delta) {
+/** What begins at a place or behind it moves, empty files too. */
+void updateNodeOffsets(const FFileArchiveNode& folder, int64_t from, int64_t delta) {
     for (FFileArchiveNode* node = folder.getFirstChild(); node; node = node->getNextBelow(&folder))
-        if (hasData(*node) && node->getDataOffset() > after)
+        if (!node->isFolder() && node->getDataOffset() >= from)
             entryOf(node)->setDataOffset(node->getDataOffset() + delta);
 }
 
@@ -128,10 +128,10 @@ struct FResourceArchive::Packing {
 
 bool FResourceArchive::create(int32_t flags, const FUID* compression) {
     const OPtr<FCompressionEngine> made(flags & kCompress ? makeCompressionEngine(compression) : nullptr);
-    if ((flags & kCompress) && !made)
+    if (isOpen() || ((flags & kCompress) && !made))
         return false;
     FPath place(getPath());
-    if (!getStream())
+    if (isNative())
         setStream(OPtr<FStream>(gFileSystem->createFile(&place, kOpenRead | kOpenWrite)));
     FStream* stream = getStream();
     if (!stream)
@@ -140,20 +140,21 @@ bool FResourceArchive::create(int32_t flags, const FUID* compression) {
     setTree(OPtr<FFileArchiveNode>(newNode(true)));
     stream->byteOrder = 0;
     stream->rewind();
+    cutFile(*stream);  // what stood behind the new ending would be taken for it
     return stream->writeString8(kResourceHeader.data(), false);
 }
 
 bool FResourceArchive::create(FPath* folder, int16_t flags, UProgressHook* hook, const FUID* compression) {
-    if (!folder)
+    if (!folder || isOpen())
         return false;
     bool cancel = false;
     if (create(flags, compression) && addFolder(getRoot(), folder, flags, hook, cancel) && writeContent() &&
         getStream()->flush())
         return true;
-    close();
     FPath place(getPath());
-    if (isNative())
+    if (isNative() && getStream())  // otherwise what is there isn't ours
         gFileSystem->removeFile(&place);
+    close();
     return false;
 }
 
@@ -225,11 +226,12 @@ bool FResourceArchive::copyInto(FStream* source, FStream* target, FResourceEntry
         return false;
     if (!shouldCompress(source, *entry)) {
         const int64_t size = copyPlain(*source, *target, hook);
-        entry->setData(begin, size);
+        entry->setData(begin, size, size);
         return size >= 0;
     }
+    entry->setCompressed(true);
     const bool copied = FCompressData(source, target, engine, gCompressionLevel, hook) && source->verify();
-    entry->setCompressedData(begin, target->tell() - begin, source->tell());
+    entry->setData(begin, target->tell() - begin, source->tell());
     return copied;
 }
 
@@ -265,16 +267,15 @@ bool FResourceArchive::compact(int32_t flags, FPath* target, UProgressHook* hook
         place.setName((name += own.getFileName()).text16());
         gFileSystem->removeFile(&place);  // a link of that name would lead elsewhere
     }
-    const bool made = writeCompacted(place, flags, hook);
-    if (made && inPlace)
-        copyRights(&own, &place);
-    const bool written = made && (!inPlace || gFileSystem->moveFile(&place, &own, true));
-    if (!written) {
+    if (!writeCompacted(place, flags, hook))
+        return false;
+    if (!inPlace)
+        return true;
+    copyRights(&own, &place);
+    if (!gFileSystem->moveFile(&place, &own, true)) {
         gFileSystem->removeFile(&place);
         return false;
     }
-    if (!inPlace)
-        return true;
     dropCache();
     return close() && open();
 }
@@ -284,8 +285,12 @@ bool FResourceArchive::writeCompacted(FPath& place, int32_t flags, UProgressHook
     const bool known = engine && engine->getCompressionCID(compression);
     const OPtr<FResourceArchive> copy(new FResourceArchive(&place));
     copy->setUtf8Names(utf8Names);
-    return copy->create(flags & kCompress, known ? &compression : nullptr) && compactFolder(*copy, hook) &&
-           copy->writeContent() && copy->getStream()->flush();
+    if (copy->create(flags & kCompress, known ? &compression : nullptr) && compactFolder(*copy, hook) &&
+        copy->writeContent() && copy->getStream()->flush())
+        return true;
+    if (copy->getStream())
+        gFileSystem->removeFile(&place);
+    return false;
 }
 
 bool FResourceArchive::compactFolder(FResourceArchive& target, UProgressHook* hook) {
@@ -329,7 +334,7 @@ FStream* FResourceArchive::openMember(FResourceEntry* entry) {
 }
 
 void FResourceArchive::dropCache() {
-    if (!(getFlags() & kWriteCached) || !getCacheFolder())
+    if (!(getFlags() & kWriteCached) || !hasCacheFolder())
         return;
     for (FFileArchiveNode* node = getRoot()->getFirstChild(); node; node = node->getNextBelow(getRoot())) {
         FPath cached;
@@ -342,6 +347,8 @@ void FResourceArchive::dropCache() {
 }
 
 bool FResourceArchive::replaceFileInArchive(FPath* archive, FPath* inner, FPath* file) {
+    if (isSameFile(archive, file))
+        return false;  // it would grow for ever
     FStream* source = gFileSystem->openFile(file, kOpenRead);
     const OPtr<FStream> stream(gFileSystem->openFile(archive, kOpenRead | kOpenWrite));
     const OPtr<FResourceArchive> opened(new FResourceArchive(stream.get()));
@@ -357,16 +364,15 @@ bool FResourceArchive::replaceMember(FResourceEntry* entry, FStream* source) {
     int64_t end = findEndOfDataSection(*getRoot(), tableOffset);
     if (end < 0 || stream->seek(end, kFromStart) != end)
         return false;
-    const bool closesUp =
-        size > 0 && begin >= int64_t(kResourceHeader.size()) && isAlone(*getRoot(), entry, begin, begin + size);
-    entry->setData(end, 0);
+    const bool closesUp = size > 0 && begin >= kHeaderSize && isAlone(*getRoot(), entry, begin, begin + size);
+    entry->setCompressed(false);
     if (!copyInto(source, stream, entry, nullptr))
         return false;
     end = stream->tell();
     if (closesUp) {
         if (!moveDown(*stream, begin + size, end, begin))
             return false;
-        updateNodeOffsets(*getRoot(), begin, -size);
+        updateNodeOffsets(*getRoot(), begin + size, -size);
         end -= size;
     }
     return stream->seek(end, kFromStart) == end && writeContent() && cutFile(*stream);

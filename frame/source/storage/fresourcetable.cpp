@@ -9,6 +9,7 @@ constexpr int32_t kIdDigits = 32;
 constexpr int32_t kMagicBytes = 4;
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr const tchar* kClosingName = u"..";
+static_assert(kResourceHeader.size() == FResourceArchive::kHeaderSize);
 
 bool hasWideNumbers(int32_t version) {
     return version >= 3;
@@ -73,14 +74,7 @@ void FResourceEntry::setFileName(const ConstString& text) {
     nameChanged();
 }
 
-void FResourceEntry::setData(int64_t offset, int64_t size) {
-    entryFlags &= ~kCompressedEntry;
-    dataOffset = offset;
-    dataSize = uncompressedSize = size;
-}
-
-void FResourceEntry::setCompressedData(int64_t offset, int64_t size, int64_t uncompressed) {
-    entryFlags |= kCompressedEntry;
+void FResourceEntry::setData(int64_t offset, int64_t size, int64_t uncompressed) {
     dataOffset = offset;
     dataSize = size;
     uncompressedSize = uncompressed;
@@ -120,7 +114,7 @@ bool ResourceFileEnding::read(FStream& file, int64_t fileSize) {
         return false;
     version = FResourceArchive::getFormatVersion(magic);
     const int32_t ownSize = sizeOfVersion(version);
-    const int64_t room = fileSize - int64_t(kResourceHeader.size()) - ownSize;
+    const int64_t room = fileSize - FResourceArchive::kHeaderSize - ownSize;
     if (version == 0 || room < 0)
         return false;
     char id[kIdDigits + 1] = {};

@@ -2,8 +2,14 @@
 #include "platformname.h"
 #include "storage/ffilesystem.h"
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <paths.h>
 #include <spawn.h>
+#include <sstream>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -12,11 +18,30 @@ namespace Tessarine {
 namespace {
 constexpr const char* kOpener = "xdg-open";
 constexpr const char* kShell = "/bin/sh";
-// a child of the shell is a grandchild of ours, which nobody has to wait for; not found: the shell fails
-constexpr const char* kStart = "command -v -- \"$1\" >/dev/null && { \"$@\" </dev/null >/dev/null 2>&1 & }";
+// a child of the shell is a grandchild of ours, which nobody has to wait for
+constexpr const char* kStart = "\"$@\" </dev/null >/dev/null 2>&1 &";
+
+bool isProgram(const std::string& place) {
+    struct stat status;
+    return ::stat(place.c_str(), &status) == 0 && S_ISREG(status.st_mode) && ::access(place.c_str(), X_OK) == 0;
+}
+
+/** Its absolute place, so that the shell takes it for none of its own commands; empty: there is none. */
+std::string findProgram(const std::string& name) {
+    const char* path = std::getenv("PATH");
+    std::istringstream folders(name.find('/') != std::string::npos ? "." : path ? path : _PATH_DEFPATH);
+    for (std::string folder; std::getline(folders, folder, ':');) {
+        std::error_code error;
+        std::string place = std::filesystem::absolute(std::filesystem::path(folder) / name, error);
+        if (isProgram(place))
+            return place;
+    }
+    return "";
+}
 
 /** The program and its arguments as bytes. */
-bool start(const std::vector<std::string>& command) {
+bool start(std::vector<std::string> command) {
+    command.front() = findProgram(command.front());
     if (std::ranges::any_of(command, [](const std::string& part) { return part.empty(); }))
         return false;
     std::vector<const char*> arguments = {kShell, "-c", kStart, kShell};
@@ -27,7 +52,9 @@ bool start(const std::vector<std::string>& command) {
     if (::posix_spawn(&child, kShell, nullptr, nullptr, const_cast<char* const*>(arguments.data()), environ) != 0)
         return false;
     int status = -1;
-    return TEMP_FAILURE_RETRY(::waitpid(child, &status, 0)) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    if (TEMP_FAILURE_RETRY(::waitpid(child, &status, 0)) != child)
+        return errno == ECHILD;  // a process that doesn't want to hear of its children
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 /** What begins with "-" would be an option. */

@@ -9,15 +9,14 @@ FTreeWalk::FTreeWalk(FFileSystem* fileSystem, const FPath& base, bool withHidden
 }
 
 FPath* FTreeWalk::current() const {
-    return levels.empty() ? nullptr : levels.back()->current();
+    return levels.empty() ? nullptr : levels.back().entries->current();
 }
 
 FPath* FTreeWalk::next() {
     if (levels.empty())
         return nullptr;
-    const FPath* entry = current();
-    if (!enter || !entry->isFolder() || !open(*entry))
-        levels.back()->next();
+    if (!enterFolder())
+        levels.back().entries->next();
     enter = true;
     settle();
     return current();
@@ -26,8 +25,18 @@ FPath* FTreeWalk::next() {
 FPath FTreeWalk::relativePath() const {
     FPath path;
     for (const auto& level : levels)
-        path.descend(level->current()->getName(), level->current()->getKind());
+        path.descend(level.entries->current()->getName(), level.entries->current()->getKind());
     return path;
+}
+
+bool FTreeWalk::enterFolder() {
+    const FPath* entry = current();
+    if (!enter || !entry->isFolder())
+        return false;
+    if (levels.back().entered.insert(entry->getName()).second)
+        return open(*entry);
+    failed = true;
+    return false;
 }
 
 bool FTreeWalk::open(const FPath& folder) {
@@ -38,7 +47,7 @@ bool FTreeWalk::open(const FPath& folder) {
         return false;
     }
     entries->first();
-    levels.push_back(entries);
+    levels.push_back({entries, {}});
     return true;
 }
 
@@ -47,7 +56,7 @@ void FTreeWalk::settle() {
     while (!levels.empty() && !current()) {
         levels.pop_back();
         if (!levels.empty())
-            levels.back()->next();
+            levels.back().entries->next();
     }
     if (levels.empty() || isPlainStep(current()->getName()))
         return;

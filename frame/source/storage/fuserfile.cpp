@@ -54,8 +54,8 @@ FNPath createUserFile(const char* name, const FFileType& type, bool ask) {
 FStream* openUserFile(const char* name, const FFileType& type) {
     for (const int32_t folder : {kUserFolder, kCommonFolder}) {
         FNPath path = userFilePath(name, type, folder, false);
-        if (path.isEmpty())
-            continue;
+        if (path.isEmpty() || !gFileSystem->fileExists(&path))
+            continue;  // which is no failure to be shown
         if (FStream* stream = gFileSystem->openFile(&path, kOpenRead))
             return stream;
     }

@@ -3,10 +3,9 @@
 #include "ftreewalk.h"
 #include "pathsteps.h"
 #include "platformname.h"
+#include "samefile.h"
 #include <algorithm>
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -37,12 +36,6 @@ FFileSystem* openByHandler(const FPath& file) {
     return row != vfsHandlers().end() ? row->create(&path) : nullptr;
 }
 
-FString fullTextOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text;
-}
-
 /** Of the steps below it. */
 FPath pathBelow(const FPath& folder, const FString& steps, const FPath& like) {
     FPath path(folder);
@@ -69,13 +62,12 @@ bool hasEnded() {
     return errno == ENOENT || errno == ENOTDIR;
 }
 
-struct FreeText {
-    void operator()(char* text) const { std::free(text); }
-};
-using RealName = std::unique_ptr<char, FreeText>;
-
-RealName realNameOf(const char* name) {
-    return RealName(::realpath(name, nullptr));
+/** Names what lies there; -1: see errno. */
+int openWithoutLinks(const std::string& name) {
+    open_how how = {};
+    how.flags = O_PATH | O_CLOEXEC;
+    how.resolve = RESOLVE_NO_SYMLINKS;
+    return int(::syscall(SYS_openat2, AT_FDCWD, name.c_str(), &how, sizeof how));
 }
 
 /** Absolute, so that it stays the same wherever relative paths begin later. */
@@ -87,98 +79,68 @@ FPath folderOfDisks(const FPath& path) {
 }
 }  // namespace
 
-/** A folder of the disks that is not to be left. */
+/** A folder of the disks that is not to be left, by its name: whatever has that name at the moment is meant, as it is by those
+    who open files there. */
 struct FVFileSystem::DiskRoot {
-    explicit DiskRoot(const FPath& path)
-        : rootName(PlatformName(&path)), realName(realNameOf(rootName.c_str())),
-          folder(::open(rootName.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {}
-    ~DiskRoot() {
-        if (folder >= 0)
-            ::close(folder);
-    }
-    DiskRoot(const DiskRoot&) = delete;
-    DiskRoot& operator=(const DiskRoot&) = delete;
+    explicit DiskRoot(const FPath& path) : rootName(PlatformName(&path)) {}
 
-    /** Names no link on the way leads out; path is below the root, relative to it. */
+    /** No link on the way leads out; path is below the root, relative to it and resolved. */
     bool holds(const FString& path) const;
     /** Of a file without links on the way; -1: there is none; kUnknownSize: there are links. */
     int64_t sizeOf(const FString& path) const;
 
 private:
-    int open(const char* path) const;
-    bool isInPlace() const;
-    bool isGone() const;
-    bool holdsLinks(const std::string& path) const;
-    bool holdsTarget(const std::string& path) const;
+    std::string nameOf(const FString& path) const;
+    bool holdsLinks(const std::string& name) const;
+    bool holdsTarget(const std::string& name) const;
 
     std::string rootName;
-    RealName realName;
-    int folder;  // owned
 };
 
 bool FVFileSystem::DiskRoot::holds(const FString& path) const {
-    const PlatformName name(units16(path));
-    if (!realName || path.isEmpty() || *name == 0)
-        return realName && path.isEmpty();
-    if (!isInPlace())
-        return holdsLinks(static_cast<const char*>(name));
-    const int file = open(name);
+    if (path.isEmpty())
+        return true;
+    const std::string name = nameOf(path);
+    const int file = openWithoutLinks(name);
     if (file >= 0)
         ::close(file);
-    return file >= 0 || hasEnded() || holdsLinks(static_cast<const char*>(name));
+    return file >= 0 || (!name.empty() && (hasEnded() || holdsLinks(name)));
 }
 
 int64_t FVFileSystem::DiskRoot::sizeOf(const FString& path) const {
-    const PlatformName name(units16(path));
     struct stat status;
-    const int file = *name ? open(name) : -1;
+    const int file = openWithoutLinks(nameOf(path));
     if (file < 0)
-        return *name == 0 || (hasEnded() && !isGone()) ? -1 : kUnknownSize;
+        return hasEnded() ? -1 : kUnknownSize;
     const bool known = ::fstat(file, &status) == 0 && !S_ISDIR(status.st_mode);
     ::close(file);
     return known ? int64_t(status.st_size) : -1;
 }
 
-/** Names what lies there, without links; -1: see errno. */
-int FVFileSystem::DiskRoot::open(const char* path) const {
-    open_how how = {};
-    how.flags = O_PATH | O_CLOEXEC;
-    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
-    return int(::syscall(SYS_openat2, folder, path, &how, sizeof how));
+/** Empty, where nothing can be: the path can't be expressed. */
+std::string FVFileSystem::DiskRoot::nameOf(const FString& path) const {
+    const PlatformName below(units16(path));
+    return *below ? rootName + '/' + static_cast<const char*>(below) : std::string();
 }
 
-/** Its name, by which files are opened, still leads to the folder. */
-bool FVFileSystem::DiskRoot::isInPlace() const {
-    struct stat own, named;
-    return ::fstat(folder, &own) == 0 && ::stat(rootName.c_str(), &named) == 0 && own.st_dev == named.st_dev &&
-           own.st_ino == named.st_ino;
-}
-
-/** It was removed; another one may have taken its place. */
-bool FVFileSystem::DiskRoot::isGone() const {
-    struct stat own;
-    return ::fstat(folder, &own) != 0 || own.st_nlink == 0;
-}
-
-/** Goes down step by step, up to the first link. */
-bool FVFileSystem::DiskRoot::holdsLinks(const std::string& path) const {
-    for (size_t end = 0; end != std::string::npos;) {
-        end = path.find('/', end + 1);
+/** Goes down from the root step by step, up to the first link. */
+bool FVFileSystem::DiskRoot::holdsLinks(const std::string& name) const {
+    for (size_t end = rootName.size(); end != std::string::npos;) {
+        end = name.find('/', end + 1);
         struct stat status;
-        const std::string upTo = rootName + '/' + path.substr(0, end);
-        if (::lstat(upTo.c_str(), &status) != 0)
+        if (::lstat(name.substr(0, end).c_str(), &status) != 0)
             return errno == ENOENT;
         if (S_ISLNK(status.st_mode))
-            return holdsTarget(path);
+            return holdsTarget(name);
     }
     return true;
 }
 
 /** What isn't there, behind a link, counts as outside. */
-bool FVFileSystem::DiskRoot::holdsTarget(const std::string& path) const {
-    const RealName target = realNameOf((rootName + '/' + path).c_str());
-    const size_t length = std::strlen(realName.get());
-    if (!target || std::strncmp(target.get(), realName.get(), length) != 0)
+bool FVFileSystem::DiskRoot::holdsTarget(const std::string& name) const {
+    const RealName target = realNameOf(name.c_str()), top = realNameOf(rootName.c_str());
+    const size_t length = top ? std::strlen(top.get()) : 0;
+    if (!target || !top || std::strncmp(target.get(), top.get(), length) != 0)
         return false;
     const char next = target.get()[length];
     return next == '/' || next == 0 || length == 1;
@@ -385,6 +347,7 @@ FPath* FVFileIterator::show(FPath* found) {
     FPath real;
     for (; found; found = inner->next()) {
         shown = fileSystem->reverseTranslate(found);
+        shown.setName(found->getName());  // of an archive it may be "..", which was followed
         if (!found->isLink() || fileSystem->reach(&shown, real))
             break;
     }
@@ -392,18 +355,34 @@ FPath* FVFileIterator::show(FPath* found) {
     return current();
 }
 
+namespace {
+/** Where on the disks a path of the file system lies; false: not there. */
+bool placeOnDisks(FFileSystem* fileSystem, const FPath& path, FPath& place) {
+    const auto* part = classCast<FVFileSystem>(fileSystem);
+    place = part ? part->translatePath(&path) : path;
+    if (place.isEmpty())
+        place.fromString(u".", kFolderPath);
+    return (part ? part->getTarget() : fileSystem) == gFileSystem;
+}
+
+/** What is copied would be met again as something to copy. */
+bool copiesIntoItself(FFileSystem* source, const FPath& from, FFileSystem* target) {
+    FPath outer, inner;
+    return placeOnDisks(source, from, outer) && placeOnDisks(target, FPath(), inner) && isWithin(inner, outer);
+}
+}  // namespace
+
 bool FCopyFileSystem(FFileSystem* source, FPath* from, FFileSystem* target, UProgressHook* hook) {
-    if (!source || !from || !target)
+    if (!source || !from || !target || copiesIntoItself(source, *from, target))
         return false;
     const int32_t total = hook ? source->countFiles(from, true, true) : 0;
     FTreeWalk walk(source, *from, true);
     int32_t done = 0;
     for (FPath* entry = walk.current(); entry; entry = walk.next()) {
-        if (entry->isLink() && !source->fileExists(entry))
-            continue;
         FPath copy = walk.relativePath();
+        const bool passedOver = entry->isLink() && !source->fileExists(entry);
         const bool copied = entry->isFolder() ? target->createDir(&copy)
-                                              : FFileSystem::copyFile(source, entry, target, &copy) &&
+                                              : (passedOver || FFileSystem::copyFile(source, entry, target, &copy)) &&
                                                     tellProgress(hook, ++done, total);
         if (!copied)
             return false;

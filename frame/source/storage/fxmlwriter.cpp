@@ -258,14 +258,13 @@ IMPLEMENT_CLASS(FXmlAttribute, CmObject)
 IMPLEMENT_CLASS(FXmlWriter, CmObject)
 
 bool appendUtf8(Buffer& target, const tchar* text, size_t length) {
-    if (length == 0)
-        return true;
     const uint32_t begin = target.getFillSize();
     const uint64_t room = uint64_t(kMaxUtf8PerUnit) * length;
-    if (begin + room > UINT32_MAX || !target.grow(uint32_t(begin + room)))
+    if (begin + room >= UINT32_MAX || !target.grow(uint32_t(begin + room + 1)))
         return false;
-    const int64_t written = encodeText({text, length}, target + begin, room, kCodePageUTF8);
-    return written > 0 && target.setFillSize(begin + uint32_t(written));
+    const auto end = begin + uint32_t(encodeText({text, length}, target + begin, room, kCodePageUTF8));
+    target.data()[end] = 0;
+    return target.setFillSize(end);
 }
 
 template <class Text>

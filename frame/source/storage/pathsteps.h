@@ -1,5 +1,5 @@
 #pragma once
-#include "base/source/fstring.h"
+#include "storage/fpath.h"
 #include <algorithm>
 #include <span>
 #include <string_view>
@@ -10,6 +10,12 @@
 namespace Tessarine {
 
 using PathSteps = std::vector<std::u16string_view>;
+
+inline FString fullTextOf(const FPath& path) {
+    FString text;
+    path.getFullPath(text);
+    return text;
+}
 
 /** A name that leads into its folder and nowhere else. */
 inline bool isPlainStep(std::u16string_view name) {

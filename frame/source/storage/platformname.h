@@ -1,5 +1,6 @@
 #pragma once
 #include "storage/fpath.h"
+#include <cstdlib>
 #include <memory>
 #include <string_view>
 
@@ -29,5 +30,15 @@ private:
     std::unique_ptr<char[]> block;  // of longer names
     char* name = room;
 };
+
+struct FreeName {
+    void operator()(char* name) const { std::free(name); }
+};
+using RealName = std::unique_ptr<char, FreeName>;
+
+/** Of what is there, absolute and without links; null: nothing is. */
+inline RealName realNameOf(const char* name) {
+    return RealName(::realpath(name, nullptr));
+}
 
 }  // namespace Tessarine

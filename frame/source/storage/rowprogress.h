@@ -13,8 +13,8 @@ public:
         : hook(hook), total(int64_t(std::min<uint64_t>(total, INT64_MAX))) {}
 
     void begin(int64_t bytes) { size = std::max<int64_t>(bytes, 0); }
-    bool setProgress(int32_t percent) override { return tell(done + size / 100 * percent); }
-    bool end() { return tell(done += std::min(size, INT64_MAX - done)); }
+    bool setProgress(int32_t percent) override { return tell(from(size / 100 * percent)); }
+    bool end() { return tell(done = from(size)); }
     void setText(const ConstString& text) override {
         if (hook)
             hook->setText(text);
@@ -23,6 +23,7 @@ public:
     bool isStopped() const { return stopped; }
 
 private:
+    int64_t from(int64_t bytes) const { return done + std::min(bytes, INT64_MAX - done); }
     bool tell(int64_t bytes) {
         stopped = stopped || !tellProgress(hook, bytes, total);
         return !stopped;

@@ -5,9 +5,11 @@
 #include "pluginterfaces/base/fvariant.h"
 #include "storage/ffilesystemadapter.h"
 #include "storage/fmstream.h"
+#include "storage/fresourcearchive.h"
 #include "storage/furl.h"
 #include "tempfolder.h"
 #include <atomic>
+#include <cerrno>
 #include <future>
 #include <gtest/gtest.h>
 #include <map>
@@ -67,7 +69,8 @@ public:
     FORWARD_REFCOUNT(FObject)
 
     int32_t describe(IAttributes* attributes) override {
-        attributes->set(kCanRead, FVariant(int64_t(1)));
+        attributes->set(kCanRead, FVariant(int64_t(reads)));
+        attributes->set(kCanWrite, FVariant(int64_t(writes)));
         attributes->set(kCanIterate, FVariant(int64_t(1)));
         attributes->queue(kFileTypes, FVariant(u"mxf"));
         attributes->queue(kFileTypes, FVariant(u"lines"));
@@ -92,7 +95,8 @@ public:
         --mounted;
         return kResultOk;
     }
-    int32_t openFile(const tchar* path, int32_t, IBStream** stream) override {
+    int32_t openFile(const tchar* path, int32_t mode, IBStream** stream) override {
+        lastMode = mode;
         const auto found = files.find(utf8(path));
         if (found == files.end())
             return kResultFalse;
@@ -102,8 +106,15 @@ public:
         *stream = memory;
         return kResultOk;
     }
-    int32_t removeFile(const tchar*) override { return kResultOk; }
-    int32_t renameFile(const tchar*, const tchar*) override { return kResultOk; }
+    int32_t removeFile(const tchar* path) override { return files.erase(utf8(path)) ? kResultOk : kResultFalse; }
+    int32_t renameFile(const tchar* path, const tchar* newName) override {
+        auto taken = files.extract(utf8(path));
+        if (taken.empty())
+            return kResultFalse;
+        taken.key() = utf8(newName);
+        files.insert(std::move(taken));
+        return kResultOk;
+    }
     int32_t getFileInfo(const tchar* path, VirtualFileInfo* info) override {
         const auto found = files.find(utf8(path));
         if (found == files.end())
@@ -119,7 +130,8 @@ public:
     }
 
     std::map<std::string, std::string> files;
-    static inline std::atomic<int32_t> living = 0, mounted = 0;
+    static inline std::atomic<int32_t> living = 0, mounted = 0, lastMode = 0;
+    static inline bool reads = true, writes = false;
 };
 FCompiledInClass gLineSystem = {IVirtualFileSystem::kCategory, "Lines", {}, [] { return (FObject*)new LineSystem; }};
 
@@ -130,6 +142,8 @@ protected:
         FArchiveManager::terminate();
         EXPECT_EQ(LineSystem::living, 0);
         EXPECT_EQ(LineSystem::mounted, 0);
+        LineSystem::reads = true;
+        LineSystem::writes = false;
     }
     std::string urlOf(const char* file) const {
         return "vfs://" + utf8(FArchiveManager::getContainerUID(disk.at(file)));
@@ -146,6 +160,7 @@ constexpr UrlRow kUrls[] = {
     {"srf://ID/a/b.png",        "srf:",     "ID",   "srf://ID",     "a/b.png",  false},
     {"srf://ID",                "srf:",     "ID",   "srf://ID",     "",         true },
     {"archive://ID/./",         "archive:", "ID",   "archive://ID", ".",        true },
+    {"archive://ID/a/..",       "archive:", "ID",   "archive://ID", "a/..",     true },
     {"vfs://%2fx/a%20b%2Fc%zz", "vfs:",     "%2fx", "vfs://%2fx",   "a b/c%zz", false},
     {"vfs://x/a%00b",           "vfs:",     "x",    "vfs://x",      "",         false},
     {"srf:///a",                "srf:",     "",     "",             "a",        false},
@@ -206,7 +221,8 @@ TEST_F(ArchiveManager, MountsWhatAComponentTakes) {
         EXPECT_EQ(OPtr<FFileSystem>(manager->getFileSystem(&path)), nullptr) << file;
     }
     const std::string root = urlOf("box.MXF");
-    const FPath top = at(root.c_str()), plain = at("/x");
+    const FPath top = at(root.c_str()), plain = at("/x"), broken = at((root + "/%00").c_str());
+    const FPath upper = at(("vfs://%2F" + root.substr(root.find("%2f") + 3)).c_str());
     EXPECT_EQ(OPtr<FFileSystem>(manager->getFileSystem(&plain)).get(), gFileSystem);
     std::map<std::string, std::string> found;
     {
@@ -232,6 +248,67 @@ TEST_F(ArchiveManager, MountsWhatAComponentTakes) {
     };
     EXPECT_EQ(found, expected);
     EXPECT_EQ(LineSystem::mounted, 1);
+    EXPECT_EQ(OPtr<FFileIterator>(manager->newIterator(&broken)), nullptr) << "not the root instead";
+    for (const FPath& same : {at(("srf" + root.substr(3)).c_str()), upper})
+        EXPECT_EQ(OPtr<FFileSystem>(manager->getFileSystem(&same)), OPtr<FFileSystem>(manager->getFileSystem(&top)));
+    EXPECT_EQ(LineSystem::mounted, 1) << "one file, once";
+}
+
+struct AbilityRow {
+    bool reads, writes;
+    int32_t mode;
+    bool opens;
+};
+constexpr AbilityRow kAbilities[] = {
+    {true,  false, kOpenRead,               true },
+    {true,  false, kOpenWrite,              false},
+    {false, true,  kOpenRead,               false},
+    {false, true,  kOpenWrite,              true },
+    {false, true,  kOpenRead | kOpenWrite,  false},
+    {true,  true,  kOpenRead | kOpenShared, true },
+    {true,  true,  0,                       true },
+};
+
+TEST_F(ArchiveManager, AsksAComponentForWhatItCan) {
+    for (const AbilityRow& row : kAbilities) {
+        SCOPED_TRACE(testing::Message() << row.reads << row.writes << row.mode);
+        LineSystem::reads = row.reads;
+        LineSystem::writes = row.writes;
+        disk.write("box.lines", "one=1st\ntwo=2nd\n");
+        FNPath file = disk.at("box.lines");
+        const OPtr<FFileSystemAdapter> box(FFileSystemAdapter::mount(&file));
+        ASSERT_TRUE(box);
+        FPath one = at("/x/../one"), two = at("two"), renamed = at("uno");
+        int32_t error = -1;
+        FStream* stream = box->openFile(&one, row.mode, &error);
+        EXPECT_EQ(stream != nullptr, row.opens);
+        EXPECT_EQ(error, row.opens ? 0 : EACCES);
+        EXPECT_EQ(box->closeFile(stream), row.opens);
+        EXPECT_TRUE(!row.opens || LineSystem::lastMode == (row.mode & ~kOpenShared));
+        EXPECT_FALSE(box->renameFile(&one, u"../uno"));
+        EXPECT_EQ(box->renameFile(&one, u"uno"), row.writes);
+        EXPECT_EQ(box->fileExists(&renamed), row.writes);
+        EXPECT_EQ(box->removeFile(&two), row.writes);
+        EXPECT_EQ(box->fileExists(&two), !row.writes);
+        stream = box->createFile(&renamed, kOpenWrite, &error);
+        EXPECT_EQ(stream != nullptr, row.writes);
+        EXPECT_EQ(stream && stream->writeRaw("new", 3) == 3 && box->closeFile(stream), row.writes);
+    }
+}
+
+TEST_F(ArchiveManager, MountsResourceFiles) {
+    FResourceArchive::doInits();
+    std::filesystem::create_directory(disk / "in");
+    disk.write("in/a b", "text");
+    FNPath folder = disk.at("in"), file = disk.at("pack.srf");
+    ASSERT_TRUE(OPtr<FResourceArchive>(new FResourceArchive(&file))->create(&folder, 0, nullptr, nullptr));
+    const FPath path = at(("srf" + urlOf("pack.srf").substr(3) + "/a%20b").c_str());
+    FPath inner = FArchiveManager::getPath(path);
+    const OPtr<FFileSystem> pack(manager->getFileSystem(&path));
+    ASSERT_TRUE(pack);
+    EXPECT_EQ(pack->getFileSize(&inner), 4);
+    EXPECT_TRUE(manager->isRegisteredURL(path));
+    EXPECT_TRUE(manager->isBitwiseCopyable(&path));
 }
 
 TEST_F(ArchiveManager, UnmountsOnlyWhatNobodyUses) {
@@ -243,6 +320,9 @@ TEST_F(ArchiveManager, UnmountsOnlyWhatNobodyUses) {
     FStream* stream = box->openFile(&inner, kOpenRead);
     manager->unmountUnusedVirtualFileSystems();
     EXPECT_EQ(LineSystem::mounted, 1);
+    EXPECT_FALSE(
+        manager->unregisterArchive(wide("vfs:"), FArchiveManager::getContainerUID(disk.at("box.lines")), true));
+    EXPECT_TRUE(manager->isRegisteredURL(path));
     EXPECT_FALSE(static_cast<FRemovableFileSystem*>(box.get())->unmount());
     EXPECT_TRUE(box->closeFile(stream));
     manager->unmountUnusedVirtualFileSystems();

@@ -53,6 +53,17 @@ protected:
     FNPath path = temp.at("Setup.xml");
 };
 
+TEST_F(AsideFile, SavesUnderAnyNameThatTheDiskTakes) {
+    std::string faces = "x";
+    while (faces.size() < 250)
+        faces += "\xF0\x9F\x98\x80";
+    for (const std::string& name : {std::string(255, 'x'), faces}) {
+        EXPECT_TRUE(save(temp.at(name)));
+        EXPECT_EQ(temp.read(name), newContent());
+    }
+    EXPECT_EQ(temp.names().size(), 3u);
+}
+
 TEST_F(AsideFile, ReplacesTheOldFileOnCommitOnly) {
     {
         FAsideFile file(gFileSystem, path);

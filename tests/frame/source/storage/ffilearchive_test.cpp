@@ -1,8 +1,10 @@
 #include "storage/ffilearchive.h"
 #include "base/fconsole.h"
 #include "base/uprogresshook.h"
+#include "collect/cmdate.h"
 #include "storage/ffstream.h"
 #include "storage/fmstream.h"
+#include "storage/fvfilesystem.h"
 #include "tempfolder.h"
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -139,8 +141,9 @@ TEST_F(FileArchive, OpensWhatLiesInTheFileAndNothingElse) {
             EXPECT_EQ(contentOf(*archive, row.path, &error), row.content);
             EXPECT_EQ(error, row.error);
         }
-        FPath path = at("a");
+        FPath path = at("a"), negative = at("negative");
         int32_t error = 0;
+        EXPECT_EQ(archive->getFileSize(&negative), -1);
         EXPECT_EQ(archive->openFile(&path, kOpenRead | kOpenWrite, &error), nullptr);
         EXPECT_EQ(error, EROFS);
     }
@@ -241,6 +244,11 @@ TEST_F(FileArchive, TakesOverTheCacheOfAnEarlierRun) {
     const OPtr<PieceArchive> readOnly = open(0), archive = open(FFileArchive::kWriteCached);
     EXPECT_EQ(contentOf(*readOnly, "sub/found"), "(none)");
     EXPECT_EQ(contentOf(*archive, "sub/found"), "found");
+    FString text;
+    disk.at("pack.bin~Cache").getFullPath(text);
+    FNPath cache;
+    cache.setPathName(text.text16());  // without a name, as folders may be
+    archive->setCacheFolder(&cache);
     EXPECT_TRUE(archive->checkUpdatedNodes(false));
     EXPECT_EQ(contentOf(*archive, "a"), "ABC");
     EXPECT_TRUE(archive->checkUpdatedNodes(true));
@@ -250,6 +258,51 @@ TEST_F(FileArchive, TakesOverTheCacheOfAnEarlierRun) {
     FPath link = at("link");
     EXPECT_EQ(archive->createFile(&link, kOpenWrite), nullptr);
     EXPECT_EQ(disk.read("outside"), "secret");
+}
+
+TEST_F(FileArchive, KnowsFilesThatOnlyTheCacheHolds) {
+    std::filesystem::create_directories(disk / "pack.bin~Cache/folder");
+    disk.write("pack.bin~Cache/found", "found");
+    const OPtr<PieceArchive> archive = open(FFileArchive::kWriteCached);
+    FPath a = at("a"), sub = at("sub"), found = at("found"), asFolder = at("found/");
+    CmTime created, modified;
+    EXPECT_FALSE(archive->renameFile(&a, u"found"));
+    EXPECT_FALSE(archive->renameFile(&sub, u"folder"));
+    EXPECT_EQ(archive->getFileSize(&found), 5);
+    EXPECT_TRUE(archive->getFileTimes(&found, created, modified));
+    EXPECT_EQ(contentOf(*archive, "found/"), "found");
+    EXPECT_TRUE(archive->lookupNode(&asFolder) && !archive->lookupNode(&asFolder)->isFolder());
+}
+
+TEST_F(FileArchive, MakesNothingBelowAFile) {
+    const OPtr<PieceArchive> archive = open(FFileArchive::kWriteCached);
+    const FNPath other = disk.at("pack.bin");
+    FPath below = at("a/b/c"), a = at("a"), asFolder = at("new/"), late = at("late/");
+    int32_t error = 0;
+    EXPECT_EQ(archive->createFile(&below, kOpenWrite, &error), nullptr);
+    EXPECT_EQ(error, ENOTDIR);
+    EXPECT_FALSE(archive->createFileReference(&below, &other));
+    EXPECT_EQ(disk.names(), (std::set<std::string>{"pack.bin"}));
+    EXPECT_TRUE(archive->closeFile(archive->createFile(&a, kOpenWrite))) << "it can still be written";
+    EXPECT_TRUE(archive->closeFile(archive->createFile(&late, kOpenWrite)));
+    EXPECT_TRUE(archive->fileExists(&late));
+    EXPECT_TRUE(archive->createFileReference(&asFolder, &other));
+    EXPECT_TRUE(archive->fileExists(&asFolder));
+}
+
+TEST_F(FileArchive, ALinkIsNoCacheFolderUnlessItIsSet) {
+    std::filesystem::create_directory(disk / "elsewhere");
+    disk.write("elsewhere/x", "secret");
+    ASSERT_EQ(::symlink((disk / "elsewhere").c_str(), (disk / "pack.bin~Cache").c_str()), 0);
+    const OPtr<PieceArchive> archive = open(FFileArchive::kWriteCached);
+    FPath a = at("a");
+    EXPECT_EQ(contentOf(*archive, "x"), "(none)");
+    EXPECT_FALSE(archive->checkUpdatedNodes(true));
+    EXPECT_EQ(archive->openFile(&a, kOpenWrite), nullptr);
+    EXPECT_FALSE(std::filesystem::exists(disk / "elsewhere/a"));
+    const FNPath link = disk.at("pack.bin~Cache");
+    archive->setCacheFolder(&link);
+    EXPECT_EQ(contentOf(*archive, "x"), "secret");
 }
 
 TEST_F(FileArchive, CachedPathsStayInTheCacheFolder) {
@@ -268,12 +321,18 @@ TEST_F(FileArchive, CachedPathsStayInTheCacheFolder) {
 TEST_F(FileArchive, ReferencesLeadOutside) {
     disk.write("other", "elsewhere");
     const OPtr<PieceArchive> archive = open(0);
-    const FNPath other = disk.at("other");
+    FNPath other = disk.at("other");
     FPath made = at("x/ref"), known = at("sub");
     EXPECT_TRUE(archive->createFileReference(&made, &other));
     EXPECT_FALSE(archive->createFileReference(&known, &other));
     EXPECT_EQ(contentOf(*archive, "x/ref"), "elsewhere");
     EXPECT_EQ(archive->getFileSize(&made), 9);
+    EXPECT_FALSE(archive->extractFile(&made, &other, nullptr)) << "onto itself";
+    FPath folder = at("y"), same = at("y/other");
+    FNPath here = disk.self();
+    EXPECT_TRUE(archive->createFileReference(&same, &other));
+    EXPECT_FALSE(archive->extractFolder(&folder, &here, nullptr)) << "onto itself";
+    EXPECT_EQ(disk.read("other"), "elsewhere");
 }
 
 class StopAfter : public UProgressHook {
@@ -301,6 +360,24 @@ TEST_F(FileArchive, ExtractsTheTree) {
     EXPECT_EQ(disk.read("inner/b"), "DEF");
     EXPECT_FALSE(archive->extractAll(&stopped, few));
     EXPECT_FALSE(std::filesystem::exists(disk / "stopped/sub"));
+}
+
+TEST_F(FileArchive, ProgressBearsAnySizes) {
+    const OPtr<PieceArchive> archive = open(FFileArchive::kWriteCached);
+    for (const tchar* name : {u"x", u"y", u"z"}) {
+        FPath path = at(utf8(name).c_str());
+        archive->add("", name, 4, INT64_MAX);
+        FStream* stream = archive->createFile(&path, kOpenWrite);
+        EXPECT_EQ(stream->writeRaw("new", 3), 3);
+        EXPECT_TRUE(archive->closeFile(stream));
+    }
+    FNPath target = disk.at("out");
+    const OPtr<StopAfter> all(new StopAfter(1000));
+    uint64_t bytes = 0;
+    EXPECT_EQ(archive->getTree()->countFiles(true, true, &bytes), 6);
+    EXPECT_EQ(bytes, UINT64_MAX);
+    EXPECT_TRUE(archive->extractAll(&target, all));
+    EXPECT_EQ(all->last, 100);
 }
 
 TEST_F(FileArchive, ExtractsNothingOutsideAndNothingCutOff) {
@@ -410,6 +487,17 @@ TEST_F(FileArchive, IteratesAndDumps) {
     }
     const OPtr<Lines> console(new Lines);
     archive->dumpContent(console);
+    const OPtr<FFileIterator> entries(archive->newIterator(nullptr, true));
+    FPath later = at("later");
+    EXPECT_EQ(*entries->first(), at("a"));
+    EXPECT_TRUE(archive->getTree()->remove(archive->lookupNode(&sub)));
+    EXPECT_TRUE(archive->createNode(&later));
+    EXPECT_EQ(*entries->next(), later) << "what comes is as it is by then";
+    for (FPath* each = entries->first(); each; each = entries->next()) {
+        FFileArchiveNode* node = archive->lookupNode(each);
+        EXPECT_TRUE(node && archive->getTree()->remove(node));
+    }
+    EXPECT_EQ(archive->getTree()->countChildren(), 0) << "what the walk has shown may go";
     EXPECT_EQ(console->text,
               "root\n"
               "  \"a(0000)\" size = 3 Bytes, offset = 4\n"
@@ -417,6 +505,45 @@ TEST_F(FileArchive, IteratesAndDumps) {
               "    \"b(0000)\" size = 3 Bytes, offset = 7\n"
               "    \"empty(0000)\" size = 0 Bytes, offset = 0\n"
               "    \".hidden(0000)\" size = 2 Bytes, offset = 1\n");
+}
+
+/** Two folders named x in each of them; what is in the second one can't be reached. */
+void addTwins(PieceArchive& archive) {
+    std::string folder;
+    for (int32_t depth = 0; depth < 40; ++depth, folder += folder.empty() ? "x" : "/x")
+        for (int32_t twin = 0; twin < 2; ++twin)
+            archive.add(folder.c_str(), u"x", PieceArchive::kIsFolder, 0);
+}
+
+/** Folders that lead back to the one that they lie in. */
+void addRings(PieceArchive& archive) {
+    archive.add("sub", u".", PieceArchive::kIsFolder, 0);
+    archive.add("sub", u"y", PieceArchive::kIsFolder, 0);
+    archive.add("sub/y", u"..", PieceArchive::kIsFolder, 0);
+}
+
+TEST_F(FileArchive, WalksByPathsEndWithTheTree) {
+    for (void (*add)(PieceArchive&) : {addTwins, addRings}) {
+        const OPtr<PieceArchive> archive = open(0);
+        add(*archive);
+        FPath top;
+        const OPtr<FVFileSystem> part(new FVFileSystem(archive.get()));
+        EXPECT_EQ(archive->countFiles(&top, true, true), -1);
+        EXPECT_EQ(part->countFiles(&top, true, true), -1);
+    }
+}
+
+TEST_F(FileArchive, IsCopiedWithItsEmptyMembers) {
+    const OPtr<PieceArchive> archive = open(0);
+    std::filesystem::create_directory(disk / "copy");
+    const FNPath copy = disk.at("copy");
+    const OPtr<FVFileSystem> target(new FVFileSystem(&copy, true));
+    FPath top;
+    EXPECT_TRUE(FCopyFileSystem(archive.get(), &top, target.get()));
+    EXPECT_EQ(disk.read("copy/a") + disk.read("copy/sub/b"), "ABCDEF");
+    EXPECT_TRUE(std::filesystem::is_empty(disk / "copy/sub/empty"));
+    archive->add("", u"negative", 4, -1);
+    EXPECT_FALSE(FCopyFileSystem(archive.get(), &top, target.get()));
 }
 }  // namespace
 }  // namespace Tessarine

@@ -16,6 +16,8 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <pthread.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -153,10 +155,17 @@ TEST_F(Disk, MakesFoldersUnlessAFileIsInTheWay) {
     EXPECT_FALSE(gFileSystem->removeFile(&deep));
     for (FNPath* path : {&blocked, &file, &empty})
         EXPECT_FALSE(gFileSystem->createDir(path));
+    std::filesystem::create_symlink("nowhere", temp / "link");
+    FNPath link = temp.at("link");
+    EXPECT_FALSE(gFileSystem->createDir(&link));
+    EXPECT_EQ(errno, EEXIST) << "why it wasn't made, not what was looked at after that";
 }
 
 TEST_F(Disk, ListsNamesAsTheyAre) {
-    for (const char* name : {"b", "a\xC3\xA4", "\xE6\xA9\x9F", ".hidden", "not utf-8 \xFF"})
+    for (const char* name : {"b", "a\xC3\xA4", "\xE6\xA9\x9F",
+                             "\xEF\xBB\xBF"
+                             "b",
+                             ".hidden", "not utf-8 \xFF"})
         temp.write(name, "");
     std::filesystem::create_directory(temp / "folder");
     std::filesystem::create_symlink("nowhere", temp / "link");
@@ -171,7 +180,8 @@ TEST_F(Disk, ListsNamesAsTheyAre) {
         EXPECT_EQ(file->isVisible(), found.back() != u".hidden");
         gFileSystem->removeFile(file);  // a walk isn't disturbed by it
     }
-    EXPECT_EQ(found, (std::vector<std::u16string>{u".hidden", u"a\u00E4", u"b", u"folder", u"link", u"\u6A5F"}));
+    EXPECT_EQ(found,
+              (std::vector<std::u16string>{u".hidden", u"a\u00E4", u"b", u"folder", u"link", u"\u6A5F", u"\uFEFFb"}));
     const OPtr<FFileIterator> rest(gFileSystem->newIterator(&self, false));
     ASSERT_TRUE(rest->first());
     EXPECT_EQ(std::u16string(rest->current()->getName()), u"folder");
@@ -180,11 +190,34 @@ TEST_F(Disk, ListsNamesAsTheyAre) {
     EXPECT_EQ(gFileSystem->newIterator(&missing, true), nullptr);
 }
 
+TEST_F(Disk, ListsFoldersThatCantBeEntered) {
+    std::filesystem::create_directories(temp / "listed/sub");
+    temp.write("listed/file", "");
+    for (const auto& [name, rights] : {std::pair("", 0755), std::pair("listed", 0744)})
+        ::chmod((temp / name).c_str(), mode_t(rights));
+    const uid_t user = ::geteuid();
+    const FNPath listed = temp.at("listed"), copy = temp.at("copy");
+    ASSERT_EQ(::seteuid(user == 0 ? 65534 : user), 0);  // root may enter all of them
+    ::chmod((temp / "listed").c_str(), 0444);
+    const OPtr<FFileIterator> files(gFileSystem->newIterator(&listed, true));
+    std::string found;
+    for (const FPath* each = files->first(); each; each = files->next())
+        found += FString(each->getName()).text8() + std::string(each->isFolder() ? "/ " : " ");
+    EXPECT_EQ(found, "file sub/ ");
+    EXPECT_EQ(gFileSystem->countFiles(&listed, true, true), -1);
+    ASSERT_EQ(::seteuid(user), 0);
+    ::chmod((temp / "listed").c_str(), 0755);
+}
+
 /** Stops after so many steps. */
 class StoppingHook : public UProgressHook {
 public:
     explicit StoppingHook(int32_t steps) : left(steps) {}
-    bool setProgress(int32_t) override { return left-- > 0; }
+    bool setProgress(int32_t percent) override {
+        reached = percent;
+        return left-- > 0;
+    }
+    int32_t reached = 0;
 
 private:
     int32_t left;
@@ -195,7 +228,7 @@ TEST_F(Disk, CopiesWholeFilesOrNone) {
     ::chmod((temp / "a").c_str(), 0751);
     std::filesystem::create_hard_link(temp / "a", temp / "same");
     FNPath a = temp.at("a"), b = temp.at("b"), same = temp.at("same"), missing = temp.at("missing"),
-           blocked = temp.at("a/b");
+           blocked = temp.at("a/b"), device(u"/dev/null", kFilePath);
     int32_t error = -1;
     EXPECT_TRUE(gFileSystem->copyFile(&a, &b, nullptr, &error));
     EXPECT_EQ(error, 0);
@@ -207,6 +240,7 @@ TEST_F(Disk, CopiesWholeFilesOrNone) {
         {&missing, &b,       nullptr, ENOENT   },
         {&a,       &blocked, nullptr, ENOTDIR  },
         {&a,       &same,    nullptr, EINVAL   },
+        {&device,  &b,       nullptr, EINVAL   },
         {&a,       &a,       nullptr, EINVAL   },
     };
     for (const auto& [from, to, progress, expected] : failures) {
@@ -235,7 +269,9 @@ TEST_F(Disk, WalksTreesWithoutFollowingLinks) {
     FNPath behindLink = temp.at("alias/new/copy");
     EXPECT_FALSE(gFileSystem->copyFolderAndFileStructure(&from, &inside));
     EXPECT_FALSE(gFileSystem->copyFolderAndFileStructure(&from, &behindLink));
-    EXPECT_TRUE(gFileSystem->copyFolderAndFileStructure(&from, &to));
+    StoppingHook hook(99);
+    EXPECT_TRUE(gFileSystem->copyFolderAndFileStructure(&from, &to, &hook));
+    EXPECT_EQ(hook.reached, 100);
     EXPECT_TRUE(gFileSystem->copyFolderStructure(&from, &bare));
     EXPECT_EQ(gFileSystem->countFiles(&to, true, true), 4);
     EXPECT_EQ(gFileSystem->countFiles(&bare, true, true), 0);
@@ -258,6 +294,7 @@ TEST_F(Disk, RemovesTreesButNotWhatLinksLeadTo) {
     EXPECT_FALSE(gFileSystem->removeDir(&tree, false));
     EXPECT_FALSE(gFileSystem->removeDir(&linked, true));
     EXPECT_FALSE(gFileSystem->removeDir(&file, true));
+    EXPECT_EQ(errno, ENOTDIR);
     EXPECT_TRUE(gFileSystem->removeDir(&tree, true));
     EXPECT_EQ(temp.names(), (std::set<std::string>{"kept", "linked"}));
 }
@@ -292,6 +329,7 @@ TEST_F(Disk, NamesThatAreFreeAndValid) {
         {u" *?\\: ", u'-', true, u"--\\:"},
         {u" a ", 0, false, u" a "},
         {std::u16string(1025, u'x'), 0, true, std::u16string(1024, u'x')},
+        {std::u16string(1023, u'x') + u"\U0001F600", 0, true, std::u16string(1023, u'x')},
     };
     for (const auto& [name, replacement, trim, expected] : rows) {
         FString text(name.c_str());
@@ -312,10 +350,32 @@ TEST_F(Disk, NamesThatAreFreeAndValid) {
         EXPECT_TRUE(gFileSystem->makeSystemName(name));
         EXPECT_EQ(std::u16string(name.text16()), expected);
     }
+    FNPath blank(u"/a?/ / b", kFilePath);
+    FString valid;
+    EXPECT_TRUE(gFileSystem->makeValidPath(&blank));
+    blank.getFullPath(valid);
+    EXPECT_STREQ(valid.text8(), "/a_/_/b");
     FNPath half(u"a\xD800", kFilePath);
     temp.write("a?", "");
     half = FNPath(u"a\xD800", &static_cast<const FNPath&>(temp.self()), kFilePath);
     EXPECT_FALSE(gFileSystem->fileExists(&half));  // which isn't "a?"
+}
+
+TEST_F(Disk, FolderNamesAreThoseOfThePlace) {
+    const std::filesystem::path here = std::filesystem::current_path();
+    const std::pair<const char16_t*, std::string> rows[] = {
+        {u".",           here.filename()              },
+        {u"..",          here.parent_path().filename()},
+        {u"missing",     here.filename()              },
+        {u"/a/../b/x.y", "b"                          },
+    };
+    for (const auto& [text, expected] : rows) {
+        FNPath path(text, kFilePath), root;
+        FString name;
+        EXPECT_TRUE(gFileSystem->getDirName(&path, name));
+        EXPECT_EQ(name.text8(), expected);
+        EXPECT_TRUE(gFileSystem->getRootDir(&path, root));
+    }
 }
 
 TEST_F(Disk, TellsTimesRightsAndRoom) {
@@ -382,6 +442,69 @@ TEST_F(Disk, TrashCanBeRestored) {
     EXPECT_TRUE(info.starts_with("[Trash Info]\nPath=" + (temp / "a%20b") + "\nDeletionDate=2")) << info;
 }
 
+/** A small disk of its own. */
+class OtherDisk : public Disk {
+protected:
+    void SetUp() override {
+        std::filesystem::create_directory(folder);
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+            GTEST_SKIP() << "mounting wants rights that this user doesn't have";
+        mounted = ::mount("none", folder.c_str(), "tmpfs", 0, "size=64k") == 0;
+        ASSERT_TRUE(mounted);
+        gStorageHooks.showError = [](const FString& text) { (shown += FString(text).text8()) += "\n"; };
+        shown.clear();
+        gFileSystem->showPlatformErrors(true);
+    }
+    void TearDown() override {
+        gFileSystem->showPlatformErrors(false);
+        gStorageHooks = {};
+        if (mounted)
+            ::umount(folder.c_str());
+    }
+    const std::string folder = temp / "disk";
+    bool mounted = false;
+    static inline std::string shown;
+};
+
+TEST_F(OtherDisk, MovesAsOnOneDiskOrNotAtAll) {
+    const std::string longest(NAME_MAX, 'x');
+    temp.write(longest, "content");
+    const timespec old[] = {
+        {1000, 0},
+        {2000, 0}
+    };
+    ::utimensat(AT_FDCWD, (temp / longest).c_str(), old, 0);
+    FNPath from = temp.at(longest), there = temp.at("disk/" + longest), back = temp.at("back");
+    EXPECT_TRUE(gFileSystem->moveFile(&from, &there, false));
+    EXPECT_FALSE(gFileSystem->fileExists(&from));
+    CmTime created, modified;
+    int64_t seconds = 0;
+    EXPECT_TRUE(gFileSystem->getFileTimes(&there, created, modified) && modified.toUnixTime(seconds));
+    EXPECT_EQ(seconds, 2000);
+    EXPECT_EQ(::mount("", folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);  // so it can't be taken away
+    EXPECT_FALSE(gFileSystem->moveFile(&there, &back, false));
+    EXPECT_EQ(temp.names(), (std::set<std::string>{"disk"}));
+    EXPECT_EQ(shown, "This disk is read only.\n");
+    EXPECT_EQ(::mount("", folder.c_str(), nullptr, MS_REMOUNT, nullptr), 0);
+    EXPECT_TRUE(gFileSystem->trashFile(&there));
+    const std::string trash = "disk/.Trash-" + std::to_string(::getuid());
+    const std::string kept = longest.substr(std::string_view(".9999.trashinfo").size());
+    EXPECT_EQ(temp.read(trash + "/files/" + kept), "content");
+    EXPECT_TRUE(temp.read(trash + "/info/" + kept + ".trashinfo").starts_with("[Trash Info]\nPath=" + longest + "\n"));
+}
+
+TEST_F(OtherDisk, TellsOnceThatItIsFull) {
+    temp.write("big", std::string(200000, 'x'));
+    FNPath big = temp.at("big"), copy = temp.at("disk/copy");
+    int32_t error = 0;
+    EXPECT_FALSE(gFileSystem->copyFile(&big, &copy, nullptr, &error));
+    EXPECT_EQ(error, ENOSPC);
+    EXPECT_FALSE(gFileSystem->moveFile(&big, &copy, false));
+    EXPECT_EQ(shown, "This disk is full.\nThis disk is full.\n");
+    EXPECT_TRUE(std::filesystem::is_empty(folder));
+    EXPECT_EQ(gFileSystem->getFileSize(&big), 200000);
+}
+
 TEST_F(Disk, TellsSubscribersOfDrives) {
     class Subscriber : public CmObject {
     public:
@@ -407,14 +530,17 @@ TEST_F(Disk, FindsMimeTypes) {
     FFileType::registerType(&registered);
     std::filesystem::create_directories(temp / "mime");
     temp.write("mime/globs2",
-               "# comment\n80:text/x-a:*.abc\n50:text/x-b:*.abc\n50:text/x-c:abcd\n50:text/x-d:*.d:cs\n");
+               "# comment\n80:text/x-a:*.abc\n50:text/x-b:*.abc\n50:text/x-c:abcd\n50:text/x-d:*.d:cs\n"
+               "50:text/x-big:*.E:cs\n50:text/x-big:*.E\n50:text/x-small:*.e:cs\n50:text/x-small:*.e\n");
     ::setenv("XDG_DATA_HOME", (temp / "").c_str(), 1);
     const std::tuple<const char*, bool, const char*> rows[] = {
-        {"ABC",  true,  "text/x-a"},
-        {"d",    true,  "text/x-d"},
-        {"zzz",  true,  "text/z"  },
-        {"abcd", false, ""        },
-        {"",     false, ""        },
+        {"ABC",  true,  "text/x-a"    },
+        {"d",    true,  "text/x-d"    },
+        {"E",    true,  "text/x-big"  },
+        {"e",    true,  "text/x-small"},
+        {"zzz",  true,  "text/z"      },
+        {"abcd", false, ""            },
+        {"",     false, ""            },
     };
     for (const auto& [extension, known, type] : rows) {
         FString found;
@@ -428,7 +554,12 @@ TEST_F(Disk, StartsProgramsAndWaitsForNone) {
     const FString arguments[] = {FString("-c"), FString("echo \"$0\" > \"$1\""), FString("a; b $c"),
                                  FString((temp / "out").c_str())};
     EXPECT_TRUE(FSystemShell::execute(FNPath(u"sh", kFilePath), arguments));
-    EXPECT_FALSE(FSystemShell::execute(FNPath(u"no-such-program", kFilePath)));
+    for (const char16_t* name :
+         {u"no-such-program", u"eval", u"", u"-c", u"/bin", u"/dev/null"})  // eval: the shell's own
+        EXPECT_FALSE(FSystemShell::execute(FNPath(name, kFilePath), arguments));
+    const auto before = ::signal(SIGCHLD, SIG_IGN);  // the host's choice
+    EXPECT_TRUE(FSystemShell::execute(FNPath(u"true", kFilePath)));
+    ::signal(SIGCHLD, before);
     for (int32_t tries = 0; tries < 500 && temp.read("out").empty(); ++tries)
         ::usleep(10000);
     EXPECT_EQ(temp.read("out"), "a; b $c\n");

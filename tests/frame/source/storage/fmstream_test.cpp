@@ -73,8 +73,12 @@ TEST(StreamsInMemory, PlacesAndFailuresAreBounded) {
         EXPECT_EQ(stream->writeRaw("c", kFar), 0);
         EXPECT_FALSE(stream->verify() || stream->flush());
     }
-    memory.rewind();
-    EXPECT_FALSE(memory.writeRaw("c", 1) || memory.writeInt32(1));  // the error is kept
+    for (FStream* stream : {static_cast<FStream*>(&memory), static_cast<FStream*>(&overBuffer)}) {
+        stream->rewind();
+        EXPECT_FALSE(stream->writeRaw("c", 1) || stream->writeInt32(1));  // the error is kept, and so is what stands
+    }
+    EXPECT_TRUE(static_cast<const Buffer&>(buffer) == Buffer("ab", 2));
+    EXPECT_FALSE(memory.writeInt32(1));  // the inlined path
     memory.setSize(0);
     EXPECT_TRUE(memory.writeInt32(1));
 }

@@ -1,5 +1,6 @@
 #include "storage/fresourcearchive.h"
 #include "archiveprobes.h"
+#include "base/fconsole.h"
 #include "base/source/finitializer.h"
 #include "base/uprogresshook.h"
 #include "storage/fcstream.h"
@@ -132,8 +133,9 @@ TEST_F(ResourceArchive, WritesTheFormatToTheByteAndReadsItThroughTheDisk) {
     const int16_t all = FResourceArchive::kSubFolders;
     ASSERT_TRUE(OPtr<FResourceArchive>(new FResourceArchive(&file))->create(&tree, all, nullptr, nullptr));
     EXPECT_EQ(folder.read("made.srf"), golden);
-    ASSERT_TRUE(OPtr<FResourceArchive>(new FResourceArchive(&packed))
-                    ->create(&tree, all | FResourceArchive::kCompress, nullptr, nullptr));
+    const OPtr<FResourceArchive> again(new FResourceArchive(&packed));  // the second is shorter
+    for (const int16_t flags : {all, int16_t(all | FResourceArchive::kCompress)})
+        ASSERT_TRUE(again->create(&tree, flags, nullptr, nullptr));
     EXPECT_TRUE(folder.read("packed.srf").ends_with("SRF3"));
     const OPtr<FVFileSystem> disk(new FVFileSystem(&packed));
     FPath member = pathOf("skin.xml");
@@ -143,6 +145,24 @@ TEST_F(ResourceArchive, WritesTheFormatToTheByteAndReadsItThroughTheDisk) {
     disk->closeFile(stream);
     const OPtr<FStream> bytes(gFileSystem->openFile(&file, kOpenRead));
     EXPECT_EQ(FFileType::getTypeByStream(bytes), &srfFileType);
+}
+
+TEST_F(ResourceArchive, AStreamWithOldBytesHoldsOnlyTheNewOne) {
+    struct Lines : FConsole {
+        void deferWrite(const ConstString& line) override { text += utf8(line); }
+        std::string text;
+    };
+    TempFolder folder;
+    folder.write("a", "a");
+    FNPath tree = folder.self();
+    FMemoryStream memory;
+    ASSERT_TRUE(openBytes(goldenFile("resources-v3.srf"), memory));
+    ASSERT_TRUE(OPtr<FResourceArchive>(new FResourceArchive(&memory))->create(&tree, 0, nullptr, nullptr));
+    const OPtr<FResourceArchive> archive(new FResourceArchive(&memory));
+    const OPtr<Lines> console(new Lines);
+    ASSERT_TRUE(archive->open());
+    archive->dumpContent(console);
+    EXPECT_EQ(console->text, "root\n  \"a(0000)\" size = 1 Bytes, offset = 25\n");
 }
 
 TEST_F(ResourceArchive, FlagsAndFilterChooseWhatIsPacked) {
@@ -213,6 +233,8 @@ TEST_F(ResourceArchive, ReplacesInPlaceAndClosesUp) {
                 auto expected = goldenContent();
                 expected[member] = input;
                 EXPECT_EQ(contentOf(*archive), expected);
+                FPath empty = pathOf("nothing.txt");
+                EXPECT_LE(archive->lookupNode(&empty)->getDataOffset(), archive->getTableOffset());
                 const int64_t size = int64_t(folder.read("x.srf").size());
                 ASSERT_TRUE(archive->compact(archive->getEngine() ? 2 : 0, nullptr, nullptr));
                 EXPECT_EQ(contentOf(*archive), expected);
@@ -259,6 +281,41 @@ TEST_F(ResourceArchive, ItIsNeitherItsOwnMemberNorLostUnderAnotherName) {
     EXPECT_EQ(contentOf(*archive), goldenContent());
 }
 
+TEST_F(ResourceArchive, WhatIsNotWrittenIsNotRemoved) {
+    TempFolder folder;
+    const std::string golden = goldenFile("resources-v3.srf");
+    std::filesystem::create_directory(folder / "t");
+    folder.write("x.srf", golden);
+    folder.write("old", "old");
+    FNPath tree = folder.at("t"), file = folder.at("x.srf"), old = folder.at("old");
+    FPath inner = pathOf("skin.xml");
+    FUID unknown;
+    unknown.generate();
+    EXPECT_FALSE(OPtr<FResourceArchive>(new FResourceArchive(&old))->create(&tree, 2, nullptr, &unknown));
+    const OPtr<FResourceArchive> archive(new FResourceArchive(&file));
+    ASSERT_TRUE(archive->open());
+    EXPECT_FALSE(archive->create(&tree, 0, nullptr, nullptr));
+    EXPECT_FALSE(FResourceArchive::replaceFileInArchive(&file, &inner, &file));
+    EXPECT_EQ(contentOf(*archive), goldenContent());
+    EXPECT_EQ(folder.read("x.srf"), golden);
+    EXPECT_EQ(folder.read("old"), "old");
+}
+
+TEST_F(ResourceArchive, WhatIsMarkedAsCompressedIsCopiedAsItIs) {
+    for (const bool marked : {false, true}) {
+        FMemoryStream memory, source;
+        source.setSize(1000);
+        const OPtr<FResourceArchive> archive(new FResourceArchive(&memory));
+        ASSERT_TRUE(archive->create(FResourceArchive::kCompress, nullptr));
+        const OPtr<FResourceEntry> entry(static_cast<FResourceEntry*>(archive->newNode(false)));
+        entry->setCompressed(marked);
+        ASSERT_TRUE(archive->copyInto(&source, &memory, entry, nullptr));
+        EXPECT_TRUE(entry->isCompressed());
+        EXPECT_EQ(entry->getDataSize() == 1000, marked);
+        EXPECT_EQ(entry->getUncompressedSize(), 1000);
+    }
+}
+
 TEST_F(ResourceArchive, NumbersThatVersion1CantHoldAreRefused) {
     for (const bool compresses : {false, true}) {
         FMemoryStream memory;
@@ -266,7 +323,7 @@ TEST_F(ResourceArchive, NumbersThatVersion1CantHoldAreRefused) {
         ASSERT_TRUE(archive->create(compresses ? 2 : 0, nullptr));
         auto* large = static_cast<FResourceEntry*>(archive->newNode(false));
         large->setFileName(u"large");
-        large->setData(int64_t(1) << 31, 1);
+        large->setData(int64_t(1) << 31, 1, 1);
         archive->getTree()->addChild(large);
         EXPECT_EQ(archive->writeContent(), compresses);
     }

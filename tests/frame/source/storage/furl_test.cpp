@@ -115,11 +115,12 @@ TEST(FUrl, EncodesBytesOfUtf8) {
 }
 
 TEST(FUrl, StandsForAPathOfTheDisks) {
-    const FNPath path(u"/a b/\u00E4#", kFilePath), relative(u"a", kFilePath);
+    const FNPath path(u"/a b/\u00E4#?", kFilePath), relative(u"a", kFilePath), half(u"/a\xD800", kFilePath);
     const OPtr<FUrl> url(path.createURL());
     ASSERT_TRUE(url);
-    EXPECT_EQ(textOf(*url), u"file:///a%20b/%c3%a4%23");
+    EXPECT_EQ(textOf(*url), u"file:///a%20b/%c3%a4%23%3f");
     EXPECT_EQ(relative.createURL(), nullptr);
+    EXPECT_EQ(half.createURL(), nullptr);
 }
 
 }  // namespace

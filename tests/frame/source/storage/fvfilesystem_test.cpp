@@ -1,6 +1,7 @@
 #include "storage/fvfilesystem.h"
 #include "storage/fbstream.h"
 #include "tempfolder.h"
+#include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
 
@@ -83,7 +84,7 @@ TEST_F(VirtualDisk, NoPathLeavesTheRoot) {
 }
 
 TEST_F(VirtualDisk, AnotherFolderInTheRootsPlaceIsntLeftEither) {
-    for (const bool removed : {true, false}) {
+    for (const bool removed : {false, true}) {
         FVFileSystem disk(&root, true);
         if (removed)
             fs::remove_all(temp / "root");
@@ -96,7 +97,27 @@ TEST_F(VirtualDisk, AnotherFolderInTheRootsPlaceIsntLeftEither) {
         EXPECT_EQ(readAll(disk, u"new"), "new");
         FPath path;
         path.fromString(u"new", kFilePath);
-        EXPECT_TRUE(disk.fileExists(&path) || !removed);
+        EXPECT_TRUE(disk.fileExists(&path));
+        EXPECT_EQ(disk.getFileSize(&path), 3);
+        path.fromString(u"file", kFilePath);
+        EXPECT_FALSE(disk.fileExists(&path));
+    }
+}
+
+TEST_F(VirtualDisk, ARootThatIsALinkLeadsWhereItDoesNow) {
+    fs::create_symlink("root", temp / "top");
+    const FNPath top = temp.at("top");
+    FVFileSystem disk(&top);
+    EXPECT_EQ(readAll(disk, u"nearfolder/file"), "below");
+    EXPECT_EQ(readAll(disk, u"far"), "");
+    fs::remove(temp / "top");
+    fs::create_symlink("outside", temp / "top");
+    fs::create_symlink("file", temp / "outside/near");
+    for (const tchar* name : {u"file", u"near"}) {
+        FPath path;
+        path.fromString(name, kFilePath);
+        EXPECT_EQ(readAll(disk, name), "secret");
+        EXPECT_TRUE(disk.fileExists(&path));
     }
 }
 
@@ -181,6 +202,21 @@ TEST_F(VirtualDisk, CopiesWholeTreesAndKeepsThemInside) {
     int64_t size = 0;
     EXPECT_EQ(target.countFiles(&top, true, true, &size), 4);
     EXPECT_EQ(size, 6 * 3 + 5);
+}
+
+TEST_F(VirtualDisk, NoFileIsCopiedOverItselfByAnotherName) {
+    FVFileSystem source(&root), same(&root, true);
+    const FNPath below = temp.at("root/sub");
+    FVFileSystem inside(&below, true);
+    FPath top, file;
+    file.fromString(u"file", kFilePath);
+    int32_t error = 0;
+    EXPECT_FALSE(FFileSystem::copyFile(&source, &file, &same, &file, nullptr, &error));
+    EXPECT_EQ(error, EINVAL);
+    for (FVFileSystem* target : {&same, &inside})
+        EXPECT_FALSE(FCopyFileSystem(&source, &top, target));
+    EXPECT_EQ(temp.read("root/file") + temp.read("root/sub/file"), "insidebelow");
+    EXPECT_FALSE(fs::exists(temp / "root/sub/sub"));
 }
 
 const FFileType kBoxType(u"Box", u"box");

@@ -2,6 +2,7 @@
 #include "archiveprobes.h"
 #include "base/source/classfactory.h"
 #include "storage/fxmlparser.h"
+#include <cstring>
 #include <map>
 
 namespace Tessarine {
@@ -15,7 +16,9 @@ std::string encoded(const char* text, bool utf8) {
 
 std::string encoded(const tchar* text) {
     Buffer buffer("|", 1);
+    buffer.fillup('?');
     EXPECT_TRUE(FXmlWriter::encodeString(buffer, text));
+    EXPECT_EQ(std::strlen(buffer.data()), buffer.getFillSize());
     return {buffer.data(), buffer.getFillSize()};
 }
 
@@ -39,6 +42,7 @@ TEST(XmlEncoding, EightBitText) {
 TEST(XmlEncoding, SixteenBitTextBecomesUtf8) {
     EXPECT_EQ(encoded(u"$ '\u00E4' <\u6A5F> \U0001F600 & \""),
               "|$ '\xC3\xA4' &lt;\xE6\xA9\x9F&gt; \xF0\x9F\x98\x80 &amp; &quot;");
+    EXPECT_EQ(encoded(u""), "|");
     Buffer buffer;
     EXPECT_FALSE(FXmlWriter::encodeString(buffer, static_cast<const tchar*>(nullptr)));
 }

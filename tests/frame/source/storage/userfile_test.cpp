@@ -1,3 +1,4 @@
+#include "storage/ffilesystem.h"
 #include "storage/fmstream.h"
 #include "storage/fnewarchive.h"
 #include "storage/fxmlarchive.h"
@@ -87,7 +88,10 @@ TEST_F(UserFiles, AreManagedByName) {
     EXPECT_TRUE(FXmlArchive::renameObjectArchive("Setup", "Other") && FXmlArchive::objectArchiveExists("Other"));
     EXPECT_FALSE(FXmlArchive::objectArchiveExists("Setup") || FXmlArchive::unbackupObjectArchive("Other"));
     std::filesystem::rename(user / "Other.xml", common / "Setup.xml");
+    gStorageHooks.showError = [](const FString&) { ADD_FAILURE() << "that there is none of the user's is no failure"; };
+    gFileSystem->showPlatformErrors(true);
     EXPECT_EQ(stored(), 1) << "of all users";
+    gFileSystem->showPlatformErrors(false);
     EXPECT_FALSE(FXmlArchive::objectArchiveExists("Setup") || FXmlArchive::removeObjectArchive("Setup"));
     EXPECT_TRUE(store(4));
     EXPECT_EQ(stored(), 4) << "the user's own";

@@ -1,35 +1,11 @@
 #include "folders.h"
-#include <cstdlib>
+#include "storage/userfolders.h"
 #include <filesystem>
-#include <pwd.h>
 #include <string>
-#include <unistd.h>
 
 namespace Tessarine {
 namespace {
 namespace fs = std::filesystem;
-
-/** An absolute path out of the environment; the desktop's rule is to ignore a relative one. */
-std::string environmentFolder(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value && value[0] == '/' ? value : "";
-}
-
-std::string homeFolder() {
-    std::string home = environmentFolder("HOME");
-    if (!home.empty())
-        return home;
-    const passwd* user = getpwuid(getuid());
-    return user && user->pw_dir ? user->pw_dir : "";
-}
-
-std::string environmentOrHome(const char* variable, const char* belowHome) {
-    std::string folder = environmentFolder(variable);
-    if (!folder.empty())
-        return folder;
-    const std::string home = homeFolder();
-    return home.empty() ? home : (fs::path(home) / belowHome).string();
-}
 
 std::string temporaryFolder() {
     const std::string folder = environmentFolder("TMPDIR");
