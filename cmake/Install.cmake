@@ -8,8 +8,9 @@ set(_include ${CMAKE_INSTALL_INCLUDEDIR}/tessarine)
 set(_package ${CMAKE_INSTALL_LIBDIR}/cmake/Tessarine)
 
 install(TARGETS talv-host talv-sim srfpack RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(DIRECTORY "${CMAKE_BINARY_DIR}/${TESSARINE_COMPONENTS}/" DESTINATION ${TESSARINE_COMPONENTS}
-        USE_SOURCE_PERMISSIONS)
+foreach(_folder ${TESSARINE_COMPONENTS} ${TESSARINE_ENGINES})
+    install(DIRECTORY "${CMAKE_BINARY_DIR}/${_folder}/" DESTINATION ${_folder} USE_SOURCE_PERMISSIONS)
+endforeach()
 file(GLOB _pages CONFIGURE_DEPENDS man/*.1)
 install(FILES ${_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
@@ -24,7 +25,10 @@ foreach(_object IN LISTS _objects)
         target_sources(tessarine PRIVATE $<TARGET_OBJECTS:${_object}>)
     endif()
 endforeach()
-install(TARGETS tessarine ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# what secures connections, for those who want it
+add_library(tessarine_openssl STATIC $<TARGET_OBJECTS:tessarine_network_openssl>)
+set_target_properties(tessarine_openssl PROPERTIES LINKER_LANGUAGE CXX)
+install(TARGETS tessarine tessarine_openssl ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
 install(DIRECTORY pluginterfaces DESTINATION ${_include} FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY base/source DESTINATION ${_include}/base FILES_MATCHING PATTERN "*.h")

@@ -20,6 +20,7 @@ set_property(SOURCE tools/talv-sim/options.cpp tools/srfpack/options.cpp host/op
 
 set(TESSARINE_BIN_DIR ${CMAKE_BINARY_DIR}/bin)
 set(TESSARINE_COMPONENTS lib/talv-host/Components)  # below the build folder and below the prefix
+set(TESSARINE_ENGINES lib/tessarine/Components)     # components for any program that wants them
 
 add_compile_options(-Wall -Wextra -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Werror)
 # paths in the products are those of the tree, whoever built them

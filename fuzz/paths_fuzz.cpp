@@ -1,9 +1,9 @@
-// Paths and URLs as text. An input is a byte of options, a byte that says how long the first text is, and two texts: bytes of
+// Paths as text. An input is a byte of options, a byte that says how long the first text is, and two texts: bytes of
 // UTF-8, or 16-bit units with kAnyUnits, half surrogate pairs among them.
 #include "demand.h"
 #include "storage/ffilesystem.h"
-#include "storage/furl.h"
 #include "storage/fvfilesystem.h"
+#include "unitsof.h"
 #include <algorithm>
 #include <string>
 
@@ -11,20 +11,6 @@ using namespace Tessarine;
 
 namespace {
 enum Options : uint8_t { kAnyUnits = 1, kAsFolder = 2 };
-
-using Bytes = std::basic_string_view<uint8_t>;
-
-std::u16string unitsOf(Bytes bytes, bool any) {
-    std::u16string text;
-    if (any) {
-        for (size_t i = 0; i + 1 < bytes.size(); i += 2)
-            text += tchar(std::max(1, bytes[i] << 8 | bytes[i + 1]));
-        return text;
-    }
-    FString parsed;
-    parsed.fromUTF8(std::string(bytes.begin(), bytes.end()).c_str());
-    return parsed.text16();
-}
 
 std::u16string textOf(const FPath& path) {
     FString text;
@@ -39,17 +25,6 @@ size_t countOf(const std::u16string& text, char16_t c) {
 /** Two "/" in a row, or one at the end, of which a path keeps none or not all. */
 bool isTidy(const std::u16string& text) {
     return text.find(u"//") == text.npos && (text.size() < 2 || text.back() != u'/');
-}
-
-bool hasHalfPairs(const std::u16string& text) {
-    bool open = false;
-    for (const char16_t c : text) {
-        const bool high = (c & 0xFC00) == 0xD800, low = (c & 0xFC00) == 0xDC00;
-        if (open != low)
-            return true;
-        open = high;
-    }
-    return open;
 }
 
 void checkPath(const std::u16string& text, const std::u16string& name, int32_t kind) {
@@ -83,27 +58,6 @@ void checkWays(const std::u16string& from, const std::u16string& to) {
            -FPathCompare::compareTreeStyle(to.c_str(), from.c_str()));
 }
 
-void checkUrl(const std::u16string& text, const std::u16string& name, int32_t kind) {
-    FUrl url, again;
-    if (url.setUrl(text.c_str())) {
-        const std::u16string printed = textOf(url);
-        demand(again.setUrl(printed.c_str()) && textOf(again) == printed);
-        demand(again.getFile() == url.getFile() && again.getHost() == url.getHost() &&
-               again.getPort() == url.getPort());
-        url.descend(name.c_str(), kind);
-        for (size_t levels = countOf(textOf(url), u'/') + 1; url.ascend(); --levels)
-            demand(levels > 0);
-        demand(url.isRootDir());
-    }
-    FString coded(text.c_str());
-    FUrl::urlEncode(coded);
-    demand(coded.isAsciiString());
-    demand(FUrl::urlDecode(coded));
-    demand(hasHalfPairs(text) || std::u16string(coded.text16()) == text);
-    FString decoded(text.c_str());
-    FUrl::urlDecode(decoded);
-}
-
 void checkRoot(const std::u16string& text) {
     static const FNPath root(u"/usr/share", kFolderPath);
     static FVFileSystem disk(&root);
@@ -132,7 +86,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int32_t kind = data[0] & kAsFolder ? kFolderPath : kFilePath;
     checkPath(text, name, kind);
     checkWays(text, name);
-    checkUrl(text, name, kind);
     checkRoot(text);
     return 0;
 }

@@ -82,6 +82,13 @@ inline constexpr FUIDWords kIMemoryStreamID = {0x0EFEC079, 0x30534387, 0xBDEF1E4
 inline constexpr FUIDWords kIVirtualFileSystemID = {0x78947604, 0x13424C58, 0x82501A9D, 0xE7034D75};
 inline constexpr FUIDWords kIVirtualFileIteratorID = {0x11FA09D3, 0x68474C6F, 0x93443669, 0xE124E268};
 
+// scripts
+inline constexpr FUIDWords kIScriptObjectID = {0xE73D8248, 0x86986AB6, 0x6CB5B4BE, 0x77F2846D};
+inline constexpr FUIDWords kIScriptContextID = {0xDF79BE69, 0x5C752E2E, 0x92C03A3D, 0xB6AAF23F};
+inline constexpr FUIDWords kIScriptErrorHookID = {0x697F1643, 0x694D5737, 0x927F1563, 0x0719A235};
+inline constexpr FUIDWords kIScriptConsoleID = {0x81981C6D, 0x24B0C0F3, 0x81B7FDAD, 0x7DD4CEAA};
+inline constexpr FUIDWords kIScriptEngineID = {0x830D8D28, 0x8946AB38, 0x57CFE90F, 0xBD19A2B1};
+
 // undo and commands
 inline constexpr FUIDWords kIActionTargetID = {0x38D8747E, 0x93F44FC3, 0x9754CA51, 0xC31C8019};
 inline constexpr FUIDWords kIActionDispatcherID = {0xA3266E20, 0x2FBE4BF6, 0x993AD7EF, 0x53B0F995};

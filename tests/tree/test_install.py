@@ -9,22 +9,24 @@ BUILD = os.environ.get("TALV_BUILD_DIR", "")
 CMAKE = """
 cmake_minimum_required(VERSION 3.25)
 project(Consumer CXX)
-find_package(Tessarine REQUIRED)
+find_package(Tessarine REQUIRED COMPONENTS openssl)
 add_executable(consumer main.cpp)
-target_link_libraries(consumer PRIVATE Tessarine::tessarine)
+target_link_libraries(consumer PRIVATE Tessarine::openssl)
 """
 MAIN = """
 #include "base/fmessage.h"
 #include "base/source/classfactory.h"
 #include "gui/os/linux/core/platformcore.h"
+#include "network/openssl/securenetwork.h"
 #include "pluginglue/uplugapp.h"
 int main() {
     Tessarine::installTessarinePlatformCore();
     auto* application = new Tessarine::UPluginApplication("consumer");
     const bool started = application->initPlugin();
     const bool known = Tessarine::ClassFactory::instance(true)->getMetaClassByName("UStringListValue");
+    const bool secure = Tessarine::installTessarineSecureNetwork();
     application->release();
-    return started && known ? 0 : 1;
+    return started && known && secure ? 0 : 1;
 }
 """
 

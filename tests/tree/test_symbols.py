@@ -45,6 +45,14 @@ class Symbols(unittest.TestCase):
                      "TALV::TALV_PrmAccessor::totalDevices() const", "vtable for TALV::TALV_Manager"):
             self.assertIn(each, [shown for _, shown in symbols])
 
+    def test_the_script_engine_shows_its_entries_alone(self):
+        [engine] = BUILD.glob("lib/tessarine/Components/*.bundle/Contents/*/*.so")
+        self.assertEqual({name for name, _ in exported(engine)}, {"GetPluginFactory", "bundleEntry", "bundleExit"})
+
+    def test_nobody_else_needs_the_interpreter(self):
+        for file in (self.module, *(BUILD / "bin" / name for name in ("talv-host", "talv-sim", "srfpack"))):
+            self.assertEqual([name for name in loaded_by(file) if name.startswith("liblua")], [], file.name)
+
     def test_a_program_shows_nothing_of_ours(self):
         for program in ("talv-host", "talv-sim", "srfpack"):
             found = [shown for name, shown in exported(BUILD / "bin" / program)

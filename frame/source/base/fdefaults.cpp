@@ -1,5 +1,6 @@
 #include "base/fdefaults.h"
 #include "collect/cmbuffer.h"
+#include "network/hooks.h"
 #include "storage/fpath.h"
 #include "storage/fxmlarchive.h"
 #include "storage/fxmlwriter.h"
@@ -367,6 +368,7 @@ FDefaultPool* FDefaultPool::use() {
         gDefaults = new FDefaultPool;
     gStorageHooks.storeDefault = storeDefaultPath;
     gStorageHooks.loadDefault = loadDefaultPath;
+    gNetworkHooks.defaultPool = []() -> IDefaultPool3* { return gDefaults; };
     return gDefaults;
 }
 
@@ -375,6 +377,7 @@ void FDefaultPool::unuse() {
         return;
     gStorageHooks.storeDefault = nullptr;
     gStorageHooks.loadDefault = nullptr;
+    gNetworkHooks.defaultPool = nullptr;
     gDefaults->terminate();
     gDefaults->release();
     gDefaults = nullptr;

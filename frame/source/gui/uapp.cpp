@@ -8,6 +8,7 @@
 #include "graphed/hooks.h"
 #include "gui/hooks.h"
 #include "gui/uctrler.h"
+#include "network/hooks.h"
 #include "storage/fpreset.h"
 #include <cstring>
 
@@ -37,6 +38,7 @@ void installActionHooks() {
     gActionHooks.application = []() -> CmObject* { return gApplication; };
     gActionHooks.isModal = [] { return gController && gController->isInModalMode(); };
     gActionHooks.isMainThread = [] { return !gController || gController->isInMainThread(); };
+    gNetworkHooks.isMainThread = gActionHooks.isMainThread;
     gActionHooks.idle = [] {
         if (gController)
             gController->onIdle(false);

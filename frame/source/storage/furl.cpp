@@ -1,9 +1,16 @@
 #include "storage/furl.h"
+#include "base/fcompiledinclass.h"
+#include "base/source/finitializer.h"
+#include "base/source/fthread.h"
+#include "furltext.h"
 #include "storage/fpersistent.h"
+#include "storage/furlhandler.h"
 #include <algorithm>
-#include <charconv>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace Tessarine {
 namespace {
@@ -12,24 +19,57 @@ using Text = std::u16string_view;
 constexpr Text kProtocolMark = u"://";
 constexpr const tchar* kFileProtocol = u"file";
 constexpr std::string_view kAllowedMarks =
-    "$-_.+!*'(),;/?:@=&~";  // what a URL has as it is, besides letters and digits
+    "$-_.+!*'(),;/?:@=&~";           // what a URL has as it is, besides letters and digits
+constexpr size_t kEscapeLength = 3;  // "%" and two digits
 
-struct PortRow {
-    Text protocol;
-    uint16_t port;
-};
-constexpr PortRow kPorts[] = {
-    {u"file",  0  },
-    {u"http",  80 },
-    {u"https", 443},
+struct Protocol {
+    uint16_t port = 0;
+    FUrl::MakeHandler make = nullptr;  // null: nobody knows it
 };
 
-const PortRow* portRowOf(const FString& protocol) {
-    const auto row = std::ranges::find_if(kPorts, [&](const PortRow& each) {
-        return protocol.compare(ConstString(each.protocol.data(), int32_t(each.protocol.size())), kIgnoreCase) == 0;
-    });
-    return row != std::end(kPorts) ? row : nullptr;
-}
+/** What is known of protocols, from its first use on. */
+class Protocols {
+public:
+    static Protocols& instance() {
+        static Protocols all;
+        return all;
+    }
+    Protocol find(const FString& name) {
+        FGuard guard(lock);
+        begin();
+        const Row* row = rowOf(name);
+        return row ? row->known : Protocol();
+    }
+    void set(const FString& name, const Protocol& known) {
+        FGuard guard(lock);
+        begin();
+        if (Row* row = rowOf(name))
+            row->known = known;
+        else
+            rows.push_back({name, known});
+    }
+
+private:
+    struct Row {
+        FString name;
+        Protocol known;
+    };
+    void begin() {
+        if (std::exchange(begun, true))
+            return;
+        for (const auto init : {initFUrlFileHandler, initFUrlHttpHandler, initFUrlHttpsHandler})
+            init();
+    }
+    Row* rowOf(const FString& name) {
+        const auto row =
+            std::ranges::find_if(rows, [&](const Row& each) { return each.name.compare(name, kIgnoreCase) == 0; });
+        return row != rows.end() ? &*row : nullptr;
+    }
+
+    FLock lock;  // guards what follows
+    bool begun = false;
+    std::vector<Row> rows;
+};
 
 void assign(FString& target, Text text) {
     target.assign(text.data(), int32_t(text.size()));
@@ -46,15 +86,15 @@ Text takeUpTo(Text& text, Text mark) {
     return taken;
 }
 
-/** An empty one is 0. */
-bool scanPort(Text text, uint16_t& port) {
-    const std::string digits(text.begin(), text.end());
-    const bool plain = std::ranges::all_of(text, [](tchar c) { return ConstString::isCharDigit(c); });
-    port = 0;
-    if (text.empty())
-        return true;
-    const auto scanned = std::from_chars(digits.data(), digits.data() + digits.size(), port);
-    return plain && scanned.ec == std::errc();
+/** Digits alone, of 16 bits. */
+std::optional<uint16_t> scanPort(Text text) {
+    uint32_t number = 0;
+    for (const tchar c : text) {
+        if (!ConstString::isCharDigit(c) || number > UINT16_MAX)
+            return std::nullopt;
+        number = number * 10 + (c - u'0');
+    }
+    return number <= UINT16_MAX ? std::optional(uint16_t(number)) : std::nullopt;
 }
 
 /** Where the host ends and ":" with the port begins; the end without a port. */
@@ -62,6 +102,39 @@ size_t endOfHost(Text text) {
     const size_t bracket = text.starts_with(u'[') ? text.find(u']') : Text::npos;
     const size_t end = text.find(u':', bracket == Text::npos ? 0 : bracket);
     return std::min(end, text.size());
+}
+
+/** What a text is made of; views of it. */
+struct Parts {
+    Text protocol = kFileProtocol, user, password, host, file;
+    std::optional<uint16_t> port;  // none is written there
+};
+
+bool splitAuthority(Text text, Parts& parts) {
+    const size_t at = text.rfind(u'@');
+    if (at != Text::npos) {
+        parts.password = text.substr(0, at);
+        parts.user = takeUpTo(parts.password, u":");
+        text.remove_prefix(at + 1);
+    }
+    const size_t end = endOfHost(text);
+    parts.host = text.substr(0, end);
+    if (end + 1 >= text.size())
+        return true;
+    parts.port = scanPort(text.substr(end + 1));
+    return parts.port.has_value();
+}
+
+bool split(Text text, Parts& parts) {
+    if (text.find(kProtocolMark) == Text::npos) {
+        text.remove_prefix(text.starts_with(u'/'));
+        parts.file = text;
+        return true;
+    }
+    parts.protocol = takeUpTo(text, kProtocolMark);
+    const Text authority = takeUpTo(text, u"/");
+    parts.file = text;
+    return splitAuthority(authority, parts);
 }
 
 bool isPlain(uint8_t byte) {
@@ -76,22 +149,41 @@ int32_t hexDigitOf(tchar c) {
 
 /** The byte of "%" and two digits at the start; -1: it begins in another way. */
 int32_t escapedByte(std::string_view text) {
-    if (text.size() < 3 || text[0] != '%')
+    if (text.size() < kEscapeLength || text[0] != '%')
         return -1;
     const int32_t high = hexDigitOf(uint8_t(text[1])), low = hexDigitOf(uint8_t(text[2]));
     return high < 0 || low < 0 ? -1 : high << 4 | low;
 }
 
-std::string utf8Of(const String& text) {
-    FString bytes;
-    bytes.assign(text);
-    bytes.toWideString();
-    bytes.toMultiByte(kCodePageUTF8);
-    return std::string(units8(bytes));
+void appendEncoded(std::string& target, char c) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    const auto byte = uint8_t(c);
+    if (isPlain(byte))
+        target += c;
+    else
+        target.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
 }
+
+constinit FCompiledInClass gConverterRecord{FObjectConverter::kCategory, "UrlPathConverter",
+                                            FUID(0x9B1C40E7, 0x2D5F4A83, 0xB06E71C8, 0x53FA9D24),
+                                            [] { return static_cast<FObject*>(new UrlPathConverter); }};
+
+const OneTimeProcedure UrlPathConverterInitializer(
+    true,
+    [] {
+        FUrl::registerObjectFilter();
+        return true;
+    },
+    "UrlPathConverter", 0);
 }  // namespace
 
 IMPLEMENT_CLASS(FUrl, FPath)
+
+void FUrlHandlerSlot::take(FUrlHandler* made) {
+    if (handler)
+        handler->release();
+    handler = made;
+}
 
 FUrl::FUrl(const tchar* text) {
     setUrl(text);
@@ -110,36 +202,18 @@ FUrl::FUrl(const tchar* protocol, const tchar* host, uint16_t port, const tchar*
 }
 
 bool FUrl::setUrl(const tchar* text) {
-    Text rest = textOf(text);
-    FUrl parsed;
-    if (rest.find(kProtocolMark) == Text::npos) {
-        parsed.protocol = kFileProtocol;
-        rest.remove_prefix(rest.starts_with(u'/'));
-    } else {
-        assign(parsed.protocol, takeUpTo(rest, kProtocolMark));
-        if (!parsed.parseAuthority(takeUpTo(rest, u"/")))
-            return false;
-    }
-    assign(parsed.file, rest);
-    parsed.setFileType(getFileType());
-    *this = parsed;
+    const std::u16string own(textOf(text));  // the text may be a part of this URL
+    Parts parts;
+    if (!split(own, parts))
+        return false;
+    assign(protocol, parts.protocol);
+    assign(user, parts.user);
+    assign(password, parts.password);
+    assign(host, parts.host);
+    assign(file, parts.file);
+    port = parts.port ? *parts.port : Protocols::instance().find(protocol).port;
     updatePath();
     return true;
-}
-
-bool FUrl::parseAuthority(Text text) {
-    const size_t at = text.rfind(u'@');
-    if (at != Text::npos) {
-        Text login = text.substr(0, at);
-        assign(user, takeUpTo(login, u":"));
-        assign(password, login);
-        text.remove_prefix(at + 1);
-    }
-    const size_t end = endOfHost(text);
-    assign(host, text.substr(0, end));
-    text.remove_prefix(std::min(text.size(), end + 1));
-    guessDefaultPort();
-    return text.empty() || scanPort(text, port);
 }
 
 void FUrl::getUrl(FString& text) const {
@@ -152,9 +226,8 @@ void FUrl::getUrl(FString& text) const {
         text += u"@";
     }
     text += host;
-    const PortRow* row = portRowOf(protocol);
     FString number;
-    if (port != (row ? row->port : 0))
+    if (!hasDefaultPort())
         text += number.printf(":%d", port);
     text += u"/";
     text += file;
@@ -181,10 +254,21 @@ void FUrl::updatePath() {
 }
 
 bool FUrl::guessDefaultPort() {
-    const PortRow* row = portRowOf(protocol);
-    if (row)
-        port = row->port;
-    return row != nullptr;
+    const Protocol known = Protocols::instance().find(protocol);
+    if (known.make)
+        port = known.port;
+    return known.make != nullptr;
+}
+
+bool FUrl::hasDefaultPort() const {
+    return port == Protocols::instance().find(protocol).port;
+}
+
+void FUrl::setLogin(const tchar* plainUser, const tchar* plainPassword) {
+    user = plainUser;
+    password = plainPassword;
+    urlEncode(user);
+    urlEncode(password);
 }
 
 void FUrl::getFullPath(FString& text) const {
@@ -218,14 +302,22 @@ void FUrl::fromString(const tchar* text, int32_t kind) {
 }
 
 void FUrl::urlEncode(String& text) {
-    constexpr char kDigits[] = "0123456789abcdef";
     std::string encoded;
-    for (const char c : utf8Of(text)) {
-        const auto byte = uint8_t(c);
-        if (isPlain(byte))
-            encoded += c;
+    for (const char c : utf8Of(text))
+        appendEncoded(encoded, c);
+    text.fromUTF8(encoded.c_str());
+}
+
+void FUrl::getRequestFile(FString& text) const {
+    const std::string bytes = utf8Of(file);
+    std::string encoded;
+    for (std::string_view rest = std::string_view(bytes).substr(0, bytes.find('#')); !rest.empty();) {
+        const bool isEscape = escapedByte(rest) >= 0;
+        if (isEscape)
+            encoded += rest.substr(0, kEscapeLength);
         else
-            encoded.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
+            appendEncoded(encoded, rest.front());
+        rest.remove_prefix(isEscape ? kEscapeLength : 1);
     }
     text.fromUTF8(encoded.c_str());
 }
@@ -236,9 +328,31 @@ bool FUrl::urlDecode(String& text) {
     for (std::string_view rest = encoded; !rest.empty();) {
         const int32_t byte = escapedByte(rest);
         decoded += byte < 0 ? rest.front() : char(byte);
-        rest.remove_prefix(byte < 0 ? 1 : 3);
+        rest.remove_prefix(byte < 0 ? 1 : kEscapeLength);
     }
     return decoded.find('\0') == std::string::npos && text.fromUTF8(decoded.c_str());
+}
+
+FUrlHandler* FUrl::makeHandler() {
+    const Protocol known = Protocols::instance().find(protocol);
+    handler.take(known.make ? known.make(*this) : nullptr);
+    return handler.get();
+}
+
+bool FUrl::openStream(IBStream** stream) {
+    FUrlHandler* made = makeHandler();
+    *stream = made && made->open() ? made->getStream() : nullptr;
+    if (*stream)
+        (*stream)->addRef();
+    return *stream != nullptr;
+}
+
+void FUrl::registerHandler(const FString& protocol, uint16_t port, MakeHandler make) {
+    Protocols::instance().set(protocol, {port, make});
+}
+
+void FUrl::registerObjectFilter() {
+    FCompiledInClass::registerClass(gConverterRecord);
 }
 
 bool FUrl::storeAttributes(FAttributes& attributes) const {

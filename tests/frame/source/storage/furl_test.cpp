@@ -1,5 +1,9 @@
 #include "storage/furl.h"
+#include "base/fcompiledinclass.h"
 #include "storage/fpersistent.h"
+#include "storage/furlhandler.h"
+#include "tests/support/testfolder.h"
+#include <fstream>
 #include <gtest/gtest.h>
 
 namespace Tessarine {
@@ -121,6 +125,60 @@ TEST(FUrl, StandsForAPathOfTheDisks) {
     EXPECT_EQ(textOf(*url), u"file:///a%20b/%c3%a4%23%3f");
     EXPECT_EQ(relative.createURL(), nullptr);
     EXPECT_EQ(half.createURL(), nullptr);
+}
+
+TEST(FUrlFileHandler, OpensFilesOfThisMachine) {
+    const TemporaryFolder folder;
+    std::ofstream(folder.path / "a b#") << "abc";
+    const std::string path = folder.path.string();
+    const std::tuple<std::string, NError> rows[] = {
+        {"file://" + path + "/a%20b%23",          NError::kNone       },
+        {"FILE://LocalHost" + path + "/a b%23",   NError::kNone       },
+        {path + "/a b%23",                        NError::kNone       },
+        {"file://elsewhere" + path + "/a%20b%23", NError::kBadUrl     },
+        {"file://" + path + "/a%00",              NError::kBadUrl     },
+        {"file://" + path + "/none",              NError::kUnreachable},
+        {"file://" + path,                        NError::kUnreachable},
+        {"file://",                               NError::kUnreachable},
+    };
+    for (const auto& [text, error] : rows) {
+        SCOPED_TRACE(text);
+        FUrl url(std::u16string(text.begin(), text.end()).c_str());
+        FUrlHandler* handler = url.makeHandler();
+        ASSERT_TRUE(handler);
+        EXPECT_EQ(handler->open(), error == NError::kNone);
+        EXPECT_EQ(int32_t(handler->getError()), int32_t(error));
+        EXPECT_EQ(handler->getLength(), error == NError::kNone ? 3 : -1);
+        EXPECT_EQ(handler->getStream() != nullptr, error == NError::kNone);
+    }
+}
+
+TEST(FUrl, LearnsProtocols) {
+    EXPECT_EQ(FUrl(u"line://h/x").makeHandler(), nullptr);
+    FUrl::registerHandler(u"line", 77, [](FUrl& url) -> FUrlHandler* { return new FUrlFileHandler(url); });
+    FUrl url(u"LINE://h/x");
+    EXPECT_EQ(url.getPort(), 77);
+    EXPECT_EQ(textOf(url), u"LINE://h/x");
+    FUrlHandler* handler = url.makeHandler();
+    ASSERT_TRUE(handler);
+    EXPECT_FALSE(handler->open());
+}
+
+TEST(UrlPathConverter, IsFoundAndConvertsBothWays) {
+    FUrl::registerObjectFilter();
+    const FCompiledInClass* found = FCompiledInClass::find(FObjectConverter::kCategory, "UrlPathConverter");
+    ASSERT_TRUE(found);
+    const OPtr<FObject> made(found->create());
+    auto& converter = static_cast<FObjectConverter&>(*made);
+    const FNPath path(u"/a b/c#", kFilePath);
+    const OPtr<CmObject> url(converter.convert(path, "FUrl"));
+    ASSERT_TRUE(classCast<FUrl>(url.get()));
+    const OPtr<CmObject> back(converter.convert(*url, "FNPath"));
+    ASSERT_TRUE(classCast<FNPath>(back.get()));
+    EXPECT_TRUE(*classCast<FNPath>(back.get()) == path);
+    EXPECT_EQ(converter.convert(path, "FPath"), nullptr);
+    EXPECT_EQ(converter.convert(FUrl(u"http://h/x"), "FNPath"), nullptr);
+    EXPECT_EQ(converter.convert(converter, "FUrl"), nullptr);
 }
 
 }  // namespace

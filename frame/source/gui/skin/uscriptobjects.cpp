@@ -1,0 +1,255 @@
+#include "gui/skin/uscriptobjects.h"
+#include "base/fmessage.h"
+#include "base/utimer.h"
+#include "graphed/gcommandmanager.h"
+#include "gui/skin/uiscripts.h"
+#include "gui/uapp.h"
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <limits>
+
+namespace Tessarine {
+
+IMPLEMENT_ABSTRACT_CLASS(USTimer, FScriptObject)
+IMPLEMENT_ABSTRACT_CLASS(USRect, FScriptObject)
+IMPLEMENT_ABSTRACT_CLASS(USConsole, FScriptObject)
+IMPLEMENT_ABSTRACT_CLASS(USApplication, FScriptObject)
+
+namespace {
+bool isNumber(const FVariant* value) {
+    return value && (value->getType() & (FVariant::kInteger | FVariant::kFloat));
+}
+
+/** Truncated, and at the bounds of the type. */
+int32_t wholeOf(const FVariant& value) {
+    constexpr double kMin = std::numeric_limits<int32_t>::min(), kMax = std::numeric_limits<int32_t>::max();
+    const double number = value.getType() == FVariant::kInteger ? double(value.getInteger()) : value.getFloat();
+    return std::isnan(number) ? 0 : int32_t(std::clamp(number, kMin, kMax));
+}
+}  // namespace
+
+// --- timers
+
+namespace {
+enum TimerProperty : char { kPeriod, kOnTimer };
+enum TimerMethod : int32_t { kStart, kKill };
+constexpr const char* kTimerProperties[] = {"period", "onTimer"};
+constexpr SMethod kTimerMethods[] = {
+    {kStart, "start", 0},
+    {kKill,  "kill",  0},
+};
+constexpr const char* kNotAssigned = "Timer::onTimer not assigned!\n";
+int32_t runningTimers = 0;
+}  // namespace
+
+const SClassInfo USTimer::__classInfo = {"Timer",          USTimer::__constructor,   std::size(kTimerProperties),
+                                         kTimerProperties, std::size(kTimerMethods), kTimerMethods};
+
+IScriptObject* USTimer::__constructor(SArgs& args) {
+    const OPtr<USTimer> made(new USTimer(0));
+    if (args.count != 1 || !made->setPeriod(args.variants[0]))
+        return nullptr;
+    return IPtr<USTimer>(made).detach();
+}
+
+bool USTimer::setPeriod(const FVariant& value) {
+    const int32_t milliseconds = isNumber(&value) ? wholeOf(value) : 0;
+    if (milliseconds <= 0)
+        return false;
+    period = uint32_t(milliseconds);
+    if (timer)
+        timer->restart(period);
+    return true;
+}
+
+int32_t USTimer::getProperty(char index, SVariant& value, IScriptContext* scriptContext) {
+    if (index != kPeriod)
+        return FScriptObject::getProperty(index, value, scriptContext);
+    value.setInteger(period);
+    return kResultOk;
+}
+
+int32_t USTimer::setProperty(char index, FVariant& value, IScriptContext* scriptContext) {
+    if (index == kPeriod)
+        return setPeriod(value) ? kResultOk : kInvalidArgument;
+    if (index != kOnTimer || (value.getType() != FVariant::kObject && !value.isEmpty()))
+        return kInvalidArgument;
+    context = scriptContext;
+    return FScriptObject::setProperty(index, value, scriptContext);
+}
+
+int32_t USTimer::invoke(char index, SArgs& /*args*/, SVariant& result) {
+    if (index == kStart)
+        result.setInteger(start());
+    else
+        kill();
+    return kResultOk;
+}
+
+bool USTimer::start() {
+    if (timer)
+        return true;
+    if (!getObjectProperty(kOnTimer)) {
+        IScriptContext* where = !context && gUIScriptContext ? gUIScriptContext->getEngineContext() : context.get();
+        if (where)
+            where->writeConsole(kNotAssigned);
+        return false;
+    }
+    if (runningTimers >= kMaxRunning)
+        return false;
+    timer = new UTimer(this, 0, period);
+    addRef();
+    ++runningTimers;
+    if (!timer->isAlive())
+        kill();
+    return timer;
+}
+
+void USTimer::kill() {
+    if (!timer)
+        return;
+    timer->kill();
+    timer = nullptr;
+    --runningTimers;
+    release();
+}
+
+int32_t USTimer::notify(FMessage* message) {
+    if (!timer || !message || !message->isType("Timer"))
+        return FScriptObject::notify(message);
+    const IPtr<USTimer> kept(this);
+    if (!tick())
+        kill();
+    return 1;
+}
+
+bool USTimer::tick() {
+    const IPtr<FUnknown> function(getObjectProperty(kOnTimer));
+    SArgs none = {0, nullptr};
+    SVariant value;
+    value.init();
+    const bool called = function && context->invoke(function, nullptr, none, value) == kResultOk;
+    const bool stops = value.getType() == FVariant::kInteger && value.value.integer == 0;
+    value.sempty();
+    return called && !stops;
+}
+
+// --- rectangles
+
+namespace {
+enum RectProperty : char { kLeft, kTop, kRight, kBottom, kWidth, kHeight };
+constexpr const char* kRectProperties[] = {"left", "top", "right", "bottom", "width", "height"};
+constexpr SMethod kRectMethods[] = {
+    {0, "set", 4},
+};
+}  // namespace
+
+const SClassInfo USRect::__classInfo = {"Rect",          USRect::__constructor,   std::size(kRectProperties),
+                                        kRectProperties, std::size(kRectMethods), kRectMethods};
+
+IScriptObject* USRect::__constructor(SArgs& args) {
+    const OPtr<USRect> made(new USRect);
+    if (args.count != 0 && !made->set(args))
+        return nullptr;
+    return IPtr<USRect>(made).detach();
+}
+
+bool USRect::set(const SArgs& args) {
+    if (args.count != int32_t(std::size(edges)) ||
+        !std::all_of(args.variants, args.variants + args.count, [](const FVariant& each) { return isNumber(&each); }))
+        return false;
+    std::transform(args.variants, args.variants + args.count, edges, wholeOf);
+    return true;
+}
+
+int32_t USRect::getProperty(char index, SVariant& value, IScriptContext* /*context*/) {
+    if (index < kWidth)
+        value.setInteger(edges[int32_t(index)]);
+    else
+        value.setInteger(int64_t(edges[index - kWidth + kRight]) - edges[index - kWidth]);
+    return kResultOk;
+}
+
+int32_t USRect::setProperty(char index, FVariant& value, IScriptContext* /*context*/) {
+    if (!isNumber(&value))
+        return kInvalidArgument;
+    if (index < kWidth) {
+        edges[int32_t(index)] = wholeOf(value);
+        return kResultOk;
+    }
+    const FVariant edge(double(edges[index - kWidth]) + wholeOf(value));
+    edges[index - kWidth + kRight] = wholeOf(edge);
+    return kResultOk;
+}
+
+int32_t USRect::invoke(char /*index*/, SArgs& args, SVariant& /*result*/) {
+    return set(args) ? kResultOk : kInvalidArgument;
+}
+
+// --- console
+
+namespace {
+constexpr SMethod kConsoleMethods[] = {
+    {0, "print", 1},
+};
+}  // namespace
+
+const SClassInfo USConsole::__classInfo = {"console", nullptr, 0, nullptr, std::size(kConsoleMethods), kConsoleMethods};
+
+int32_t USConsole::invoke(char /*index*/, SArgs& args, SVariant& /*result*/) {
+    String text;
+    if (args.count != 1 || !CmVariant(args.variants[0]).getString(text))
+        return kInvalidArgument;
+    if (FConsole* console = context ? context->getConsole() : nullptr)
+        console->deferWrite(text);
+    return kResultOk;
+}
+
+// --- application
+
+namespace {
+enum ApplicationProperty : char { kName, kVersion };
+constexpr const char* kApplicationProperties[] = {"name", "version"};
+constexpr SMethod kApplicationMethods[] = {
+    {0, "command", 3},
+};
+
+void setText(SVariant& value, const ConstString& text) {
+    String wide(text);
+    value.setString16(wide.text16());
+}
+}  // namespace
+
+const SClassInfo USApplication::__classInfo = {"theApp",
+                                               nullptr,
+                                               std::size(kApplicationProperties),
+                                               kApplicationProperties,
+                                               std::size(kApplicationMethods),
+                                               kApplicationMethods};
+
+int32_t USApplication::getProperty(char index, SVariant& value, IScriptContext* /*context*/) {
+    FVariant version;
+    if (!gApplication)
+        return kResultFalse;
+    if (index == kName)
+        setText(value, gApplication->getName());
+    else if (gApplication->getFeatureValue(kVersionFeature, version) == kResultOk)
+        setText(value, ConstString(version));
+    else
+        return kResultFalse;
+    return kResultOk;
+}
+
+int32_t USApplication::invoke(char /*index*/, SArgs& args, SVariant& result) {
+    String category(textOf(args.at(0))), name(textOf(args.at(1)));
+    if (category.isEmpty() || name.isEmpty())
+        return kInvalidArgument;
+    const FVariant* flag = args.at(2);
+    const bool onlyChecks = flag && flag->getType() == FVariant::kInteger && flag->getInteger() == 0;
+    const auto act = onlyChecks ? &GCommandManager::canPerformAction : &GCommandManager::performAction;
+    result.setInteger(gCommandManager && (gCommandManager->*act)(category.text8(), name.text8()) == kResultOk);
+    return kResultOk;
+}
+
+}  // namespace Tessarine

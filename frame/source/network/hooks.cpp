@@ -1,0 +1,7 @@
+#include "network/hooks.h"
+
+namespace Tessarine {
+
+constinit NetworkHooks gNetworkHooks;
+
+}  // namespace Tessarine
