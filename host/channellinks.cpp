@@ -2,6 +2,7 @@
 #include "pluginterfaces/gui/ivalue.h"
 #include <algorithm>
 #include <chrono>
+#include <deque>
 
 using namespace Tessarine;
 
@@ -27,7 +28,8 @@ public:
     /** Of the master. */
     void setValueFloat(float level, bool /*update*/) override {
         const auto now = Clock::now();
-        std::erase_if(awaited, [now](const Awaited& each) { return now - each.since > kPatience; });
+        while (!awaited.empty() && now - awaited.front().since > kPatience)
+            awaited.pop_front();
         if (links.cause != kLine)
             awaited.push_back({level, now});
         else if (isAnswer(level))
@@ -54,7 +56,7 @@ private:
     ChannelLinks& links;
     const Place place;
     const bool allows48V;
-    std::vector<Awaited> awaited;  // what this host has set the master to
+    std::deque<Awaited> awaited;  // what this host has set the master to, in order
 };
 
 // --- making and ending
@@ -90,10 +92,7 @@ void ChannelLinks::add(const Link& link, bool now) {
 }
 
 bool ChannelLinks::remove(const ChannelAddress& one, const ChannelAddress& other) {
-    return std::erase_if(pairs, [&](const Pair& each) {
-               const Link& link = each.link;
-               return (link.master == one && link.slave == other) || (link.master == other && link.slave == one);
-           }) > 0;
+    return std::erase_if(pairs, [&](const Pair& each) { return each.link.joins(one) && each.link.joins(other); }) > 0;
 }
 
 std::vector<ChannelLinks::Link> ChannelLinks::all() const {

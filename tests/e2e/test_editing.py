@@ -182,6 +182,10 @@ class Linked(EditingTest):
         self.assertEqual(len(host.ask("unlink 2 0 1 0")["links"]), 1)
         host.ask("set 1 gain 0 11")
         self.assertEqual((host.value(2, "gain", 0), host.value(2, "gain", 1)), (10, 11))
+        host.ask("link 2 1 2 7")
+        self.assertFalse(host.command("unlink 2 1 2")["ok"])
+        self.assertEqual(host.ask("unlink 2 1")["links"], [], "as a slave and as a master")
+        self.assertFalse(host.command("unlink 2 1")["ok"])
         self.assertEqual(host.quit(), 0)
 
 

@@ -329,6 +329,8 @@ TEST_F(EditorTest, AFolderThatIsInTheWayIsNoScene) {
     fs::copy(scenes / "Show.xml", scenes / "Copy.xml");  // by somebody else
     EXPECT_TRUE(isDone("scene recall Copy"));
     EXPECT_EQ(channelsOf("gain"), "5 0 0");
+    fs::copy(scenes / "Show.xml", scenes / (std::string(230, 'x') + ".xml"));
+    EXPECT_EQ(ask("scenes")["scenes"], Json::array({"Copy", "Show"})) << "those that can be recalled";
     fs::remove_all(scenes);
     std::ofstream(scenes) << "no folder";
     EXPECT_FALSE(isDone("scene save Show"));

@@ -3,11 +3,14 @@
 //   flags N          of the factory               level N       1 to 3: how much of a factory it is
 //   initialize N     what its objects answer      terminate N
 //   factory 0        it has none
+//   uses N           one of its own components, when it hears of its host: 1 for a moment, 2 until it is left
 //   class CID CARDINALITY CATEGORY NAME           up to the end of the line
 //
 // It adds a line to "loads" there each time it is entered.
 #include "pluginterfaces/base/imodulebundle.h"
 #include "pluginterfaces/base/ipluginbase.h"
+#include "pluginterfaces/base/smartpointer.h"
+#include "pluginterfaces/host/icomponentfactory.h"
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -19,10 +22,11 @@ using namespace Tessarine;
 
 namespace {
 struct Settings {
-    int32_t flags = 0, level = 3, initialize = kResultOk, terminate = kResultOk, factory = 1;
+    int32_t flags = 0, level = 3, initialize = kResultOk, terminate = kResultOk, factory = 1, uses = 0;
     std::vector<PClassInfo2> classes;
 };
 Settings settings;
+OPtr<FUnknown> ownComponent;
 
 class Component : public IPluginBase {
 public:
@@ -45,6 +49,16 @@ public:
 private:
     int32_t references = 1;
 };
+
+void useOwnComponent(FUnknown* context) {
+    const FUnknownPtr<IHostClasses> host(context);
+    const FInstancePtr<IComponentFactory> components(host);
+    const PClassInfo2& row = settings.classes.front();
+    if (components && settings.uses)
+        ownComponent = components->createClassInstance(row.category, components->getClassName(row.category, 0));
+    if (settings.uses == 1)
+        ownComponent = nullptr;
+}
 
 class Factory : public IPluginFactory3 {
 public:
@@ -77,7 +91,10 @@ public:
         info->fromAscii(settings.classes[size_t(index)]);
         return kResultOk;
     }
-    int32_t setHostContext(FUnknown* context) override { return context ? kResultOk : kInvalidArgument; }
+    int32_t setHostContext(FUnknown* context) override {
+        useOwnComponent(context);
+        return context ? kResultOk : kInvalidArgument;
+    }
     int32_t createInstance(const char* cid, const char* iid, void** obj) override {
         for (const PClassInfo2& row : settings.classes)
             if (FUID::same(row.cid, cid)) {
@@ -98,6 +115,7 @@ void takeLine(const std::string& line) {
         {"initialize", &settings.initialize},
         {"terminate",  &settings.terminate },
         {"factory",    &settings.factory   },
+        {"uses",       &settings.uses      },
     };
     std::istringstream words(line);
     std::string word, cid, category, name;
@@ -125,6 +143,7 @@ MODULE_ENTRY bool bundleEntry(void* bundleRef) {
 }
 
 MODULE_ENTRY bool bundleExit() {
+    ownComponent = nullptr;
     return true;
 }
 

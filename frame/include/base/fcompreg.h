@@ -45,6 +45,8 @@ public:
 
     /** A number that no other description of this run has. */
     int32_t getRuntimeID() { return runtimeID < 0 ? assignRuntimeID() : runtimeID; }
+    /** It has this one already. */
+    bool hasRuntimeID(int32_t number) const { return number >= 0 && number == runtimeID; }
     bool isAvailable() const { return available; }
     void setAvailable(bool state) { available = state; }
     /** It is there for good: its module stays loaded, or it has none. */

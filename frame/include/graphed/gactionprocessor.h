@@ -182,6 +182,7 @@ private:
 
     bool isMine(const GActionNode* node) const { return node->isBehind(&rootNode); }
     bool canTurn(const GAction* action, GAction::State state) const;
+    void moveBehindCurrent(GActionNode* node);
     void turned(GAction* action, GActionNode* newCurrent, int32_t steps, int32_t change,
                 void (IActionProcessorHook::*tell)(GAction*));
     GAction* nearest(int32_t mode, CmObjectFilter& filter, bool stopAtBranch) const;

@@ -8,7 +8,7 @@ namespace Tessarine {
 class FMessage;
 class GAction;
 
-/** A user action with a name, which menus and keys can fire. Main thread. */
+/** A user action with a name, which menus and keys can fire. Its names stay while a manager has it. Main thread. */
 class GCommand : public CmObject {
 public:
     DECLARE_CLASS(GCommand, CmObject)

@@ -5,6 +5,7 @@
 #include "graphed/gmacrocommand.h"
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Tessarine {
@@ -122,13 +123,15 @@ private:
         FString oldCategory, oldName, category, name;
     };
     using KeyRecords = std::vector<OPtr<GKeyCommand>>;
+    using KeysByCommand = std::unordered_map<const GCommand*, std::vector<const GKeyCommand*>>;  // null: unknown ones
     static constexpr uint32_t kLongestName = 255;  // of what comes out of a file; longer ones can't be read again
 
     void setFlag(int32_t flag, bool state) { managerFlags = state ? managerFlags | flag : managerFlags & ~flag; }
     GCommandCategory* categoryAt(int32_t index) const { return static_cast<GCommandCategory*>(categories.at(index)); }
     GCommand* commandAt(int32_t category, int32_t action) const;
     GCommandCategory& categoryFor(const ConstString& name);
-    void addToCategories(GCommand* command, const char* subCategory);
+    /** Takes over the reference. */
+    void takeCommand(GCommand* command);
     void addDefaultKey(GCommand* command, const UKeyCode& key);
     void assignKey(const UKeyCode& key, const GCommand& command);
     bool isNameOf(const GCommand& command, const GKeyCommand& record) const;
@@ -146,14 +149,21 @@ private:
     /** Texts to hand out. */
     const char* shown8(const FString& text);
     const tchar* shown16(const FString& text);
-    /** All that is to be stored: no key for each command, then those that it has, then those of unknown commands. */
+    /** In the order of the keys, then the dormant ones. */
+    KeysByCommand keysByCommand() const;
+    /** All that is to be stored: no key for each command, then those that it has, then those of unknown commands. Names that
+        can't be read again are left out. */
     KeyRecords keyRecords() const;
     void takeKeys(const KeyRecords& records);
     bool storeKeys(FAttributes& attributes) const;
     void restoreMacro(GMacroCommand& macro, const FAttributes& attributes) const;
     static bool isStorable(const ConstString& name);
+    static bool isStorable(const ConstString& category, const ConstString& name) {
+        return isStorable(category) && isStorable(name);
+    }
 
     CmArray commands{0, -1};
+    std::unordered_map<std::u16string, GCommand*> byName;  // each of the commands
     CmArray categories{0, -1};
     CmArray dormantKeyCommands{0, -1};
     CmOrderedArray keyCommands{0, -1};

@@ -6,6 +6,8 @@
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/ffiletype.h"
 #include "storage/fpath.h"
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Tessarine {
@@ -335,14 +337,18 @@ public:
 
 private:
     static TArray<Function>& postLoaders();
+    FPresetList* findRAMList(const tchar* id) const;
+    FPresetList* findFileList(const tchar* id) const;
+    void addRAMList(FPresetList* list);
     void merge(FPresetList* list);
     bool loadFile(FNPath& path, const char* root, CmObject& object);
     bool loadOwnFile(FNPath& path);
     bool keepSpoilt(const FNPath& folder);
 
-    CmLinkedList ramLists;       // of FPresetList
-    CmLinkedList fileLists;      // of FFilePresetList
-    std::vector<FNPath> spoilt;  // files that are there, and couldn't be read
+    CmLinkedList ramLists;                                 // of FPresetList; none ever leaves
+    CmLinkedList fileLists;                                // of FFilePresetList
+    std::vector<FNPath> spoilt;                            // files that are there, and couldn't be read
+    std::unordered_map<std::u16string, FPresetList*> ids;  // of ramLists, the first of an id
 };
 
 /** Makes gPresetPool and loads it: from the user's "Presets", which begin as a copy of the application's. */

@@ -262,11 +262,11 @@ FDefaults* FDefaultPool::findDefaults(const char* group) const {
 }
 
 FDefaults* FDefaultPool::getDefaults(const char* group, int32_t version, bool create) {
-    FDefaults* defaults = findDefaults(group);
+    const IPtr<FDefaults> defaults(findDefaults(group));
     if (defaults && defaults->getVersion() == version)
         return defaults;
     if (defaults)
-        removeEntry(defaults);
+        removeEntry(defaults);  // it lives on: the name may be its own
     if (!create || isTerminated || !isKey(group))
         return nullptr;
     addEntry(new FDefaults(group, version));
@@ -313,12 +313,14 @@ FDefaultPool::Functions& FDefaultPool::postLoaders() {
 void FDefaultPool::postInit() {
     if (isInitialized || isTerminated)
         return;
-    for (CmLinkedListIterator each(autoSavers); pendingAutoSavers && !each.done();) {
+    const OPtr<FAttributes> pending(std::move(pendingAutoSavers));
+    const CmLinkedList present(autoSavers);  // who is restored may take others away
+    for (CmLinkedListIterator each(present); pending && !each.done();) {
         CmObject* saver = each.next();
-        if (FAttributes* stored = pendingAutoSavers->getAttributes(persistentNameOf(*saver)))
+        FAttributes* stored = pending->getAttributes(persistentNameOf(*saver));
+        if (stored && autoSavers.containsAbs(saver))
             saver->restoreAttributes(*stored);
     }
-    pendingAutoSavers = nullptr;
     for (int32_t i = 0; i < postLoaders().total(); ++i)
         postLoaders().at(i)();
     isInitialized = true;
@@ -410,8 +412,10 @@ bool FDefaultPool::restoreAttributes(FAttributes& attributes) {
     std::ranges::sort(groups, precedes);
     if (isTerminated || std::ranges::adjacent_find(groups, areEqual) != groups.end())
         return false;
+    std::vector<OPtr<FDefaults>> dropped;  // they die when all is in order again: who dies may come back
     index.clear();
-    entries.removeAll();
+    while (!entries.isEmpty())
+        dropped.emplace_back(static_cast<FDefaults*>(entries.removeFirst()));
     for (OPtr<FDefaults>& group : groups) {
         index.emplace(group->getGroup(), group);
         entries.append(group.detach());

@@ -219,7 +219,7 @@ bool FModuleManager::openEntry(FModuleBase* module, Entry& entry) {
     makeKey(entry.group, id);
     entry.defaults = useCache()->getDefaults(entry.group.text8(), cacheVersion, true);
     if (!entry.defaults)
-        return false;
+        entry.defaults = OPtr<FDefaults>(new FDefaults);  // its name is too long for the file
     if (!module->examine(entry.facts) || !entry.facts.runsHere())
         return closeEntry(entry);
     int64_t time = 0;
@@ -252,6 +252,8 @@ bool FModuleManager::registerModule(FModuleBase* module) {
     Entry entry;
     if (!openEntry(module, entry))
         return false;
+    cacheChanged = cacheChanged || !entry.defaults->isEmpty();
+    entry.defaults->getValues().removeAll();
     if (!onRegisterModule(entry.defaults, module))
         return closeEntry(entry);
     entry.defaults->setLongLong(kLastModified, entry.facts.modified);

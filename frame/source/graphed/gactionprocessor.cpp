@@ -201,10 +201,8 @@ bool GActionProcessor::undoThisAction(GAction* action) {
     GActionNode* node = action->getNode();
     if (!node)
         return true;  // a target has removed it
-    if (node != currentNode) {
-        node->moveBehind(currentNode);
-        branchesHaveChanged();
-    }
+    if (node != currentNode)
+        moveBehindCurrent(node);
     turned(action, node->getParent(), -1, kActionUndone, &IActionProcessorHook::actionUndone);
     return true;
 }
@@ -216,12 +214,17 @@ bool GActionProcessor::redoThisAction(GAction* action) {
     GActionNode* node = action->getNode();
     if (!node)
         return true;
-    if (node != currentNode->getActiveSuccessor()) {
-        node->moveBehind(currentNode);
-        branchesHaveChanged();
-    }
+    if (node != currentNode->getActiveSuccessor())
+        moveBehindCurrent(node);
     turned(action, node, 1, kActionRedone, &IActionProcessorHook::actionRedone);
     return true;
+}
+
+/** Where it stood, before or behind, says nothing: others may have turned the action. */
+void GActionProcessor::moveBehindCurrent(GActionNode* node) {
+    pathLength = kUnknownLength;
+    node->moveBehind(currentNode);
+    branchesHaveChanged();
 }
 
 void GActionProcessor::turned(GAction* action, GActionNode* newCurrent, int32_t steps, int32_t change,

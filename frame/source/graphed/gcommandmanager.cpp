@@ -16,6 +16,13 @@ constinit GCommandManager* gCommandManager = nullptr;
 namespace {
 constexpr tchar kResetQuestion[] = u"Do you want to reset all key commands?";
 
+/** The same for names that are the same, whether they have 8 or 16 bits. */
+std::u16string fullName(const ConstString& category, const ConstString& name) {
+    std::u16string full(String(category).text16());
+    full.push_back(0);
+    return full.append(String(name).text16());
+}
+
 CmObject* namedCommand(const char* category, const char* name) {
     return gCommandManager ? gCommandManager->findCommand(ConstString(category), ConstString(name)) : nullptr;
 }
@@ -72,20 +79,21 @@ GCommand* GCommandManager::addCommand(const char* category, const char* name, co
     if (!command) {
         command = new GCommand(ConstString(category), ConstString(name), title);
         command->subCategory.assign(subCategory);
-        commands.add(command);
-        addToCategories(command, subCategory);
-        wakeDormant(*command);
+        takeCommand(command);
     }
     addDefaultKey(command, key);
     return command;
 }
 
-void GCommandManager::addToCategories(GCommand* command, const char* subCategory) {
+void GCommandManager::takeCommand(GCommand* command) {
+    commands.add(command);
+    byName.emplace(fullName(command->category, command->name), command);
     categoryFor(command->category).commands.add(command);
-    if (!subCategory || !*subCategory)
-        return;
-    const OPtr<CmObject> copy(command->newCopy());
-    categoryFor(ConstString(subCategory)).commands.add(copy);
+    if (!command->subCategory.isEmpty()) {
+        const OPtr<CmObject> copy(command->newCopy());
+        categoryFor(command->subCategory).commands.add(copy);
+    }
+    wakeDormant(*command);
 }
 
 void GCommandManager::addDefaultKey(GCommand* command, const UKeyCode& key) {
@@ -109,10 +117,8 @@ void GCommandManager::addCommands(const GCommandDesc* descriptions, int32_t coun
 }
 
 GCommand* GCommandManager::findCommand(const ConstString& category, const ConstString& name) const {
-    for (CmObject* each : commands)
-        if (auto* command = static_cast<GCommand*>(each); command->isNamed(category, name))
-            return command;
-    return nullptr;
+    const auto found = byName.find(fullName(category, name));
+    return found == byName.end() ? nullptr : found->second;
 }
 
 GCommand* GCommandManager::findCommandWithHistory(const ConstString& category, const ConstString& name) const {
@@ -253,7 +259,7 @@ void GCommandManager::takeKey(const GKeyCommand& record) {
         assignKey(record.keyCode, *command);
     else if (command)
         removeKeyCommands(command->category, command->name);
-    else if (isStorable(record.category) && isStorable(record.name))
+    else if (isStorable(record.category, record.name))
         dormantKeyCommands.add(new GKeyCommand(record.keyCode, record.category, record.name));
 }
 
@@ -274,9 +280,7 @@ GMacroCommand* GCommandManager::newMacro(const ConstString& name) {
     if (!isStorable(name) || findCommand(ConstString(GMacroCommand::kCategory), name))
         return nullptr;
     auto* macro = new GMacroCommand(name);
-    commands.add(macro);
-    categoryFor(macro->category).commands.add(macro);
-    wakeDormant(*macro);
+    takeCommand(macro);
     return macro;
 }
 
@@ -300,10 +304,11 @@ void GCommandManager::removeCommand(GCommand* command) {
     for (const ConstString& in : {ConstString(command->category), ConstString(command->subCategory)})
         if (GCommandCategory* from = findCategory(in))
             from->removeCommand(*command);
+    byName.erase(fullName(command->category, command->name));
     commands.removeAt(commands.indexAbs(command));
     for (CmObject* each : commands)
         if (auto* macro = isMacro ? classCast<GMacroCommand>(each) : nullptr)
-            while (macro->removeCommand(command)) {}
+            macro->removeCommands(command->category, command->name);
     if (isMacro)
         static_cast<GMacroCommand*>(command)->removeAllCommands();  // it may hold itself
 }

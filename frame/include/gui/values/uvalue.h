@@ -27,6 +27,7 @@ public:
         kStyleMask = 0xF,
         kSilentUntilObserved = 0x10,  // nobody is told until the first addDependent
         kOwnerOwned = 0x20,
+        kOwnerAway = 0x40,  // a text is being read that the owner doesn't hear of
         kStateOn = 0x100,
         kStateActive = 0x200,
         kStateLocked = 0x400,  // in an edit session
@@ -211,6 +212,7 @@ protected:
     IPtr<IValueStringRepresentation> stringRepresentation;
 
 private:
+    class OwnerAway;
     void releaseOwner();
     bool tellOwnerOfEdit(const char* messageID);
     template <class Move>

@@ -149,7 +149,7 @@ public:
     void delegateTo(UValue* value) override { redirect(value, false); }
 };
 
-/** Stands in for one of several values: the one whose index the selector holds, or for none when that is out of range. */
+/** Stands in for one of several values: the one whose index the selector holds, or none when that is out of range. */
 class UValueSelector : public UValueProxy {
 public:
     DECLARE_CLASS(UValueSelector, UValueProxy)

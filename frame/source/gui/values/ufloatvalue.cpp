@@ -127,7 +127,7 @@ void UFloatValue::setValueFloat(float newValue, bool update) {
 }
 
 void UFloatValue::setFloatMin(float newMin) {
-    if (newMin == min)
+    if (newMin == min || std::isnan(newMin))
         return;
     min = newMin;
     if (newMin > max)
@@ -139,7 +139,7 @@ void UFloatValue::setFloatMin(float newMin) {
 }
 
 void UFloatValue::setFloatMax(float newMax) {
-    if (newMax == max)
+    if (newMax == max || std::isnan(newMax))
         return;
     max = newMax;
     if (value > newMax)
@@ -208,11 +208,12 @@ void UFloatTransformValue::setNormalized(float position) {
 }
 
 void UFloatTransformValue::setTransformer(IValueTransformer* newTransformer) {
-    transformer = newTransformer;
-    if (!transformer)
+    const IPtr<IValueTransformer> scale(newTransformer);  // who hears of the range may exchange it
+    transformer = scale;
+    if (!scale)
         return;
-    setFloatMin(transformer->normalizedToValue(0.f));
-    setFloatMax(transformer->normalizedToValue(1.f));
+    setFloatMin(scale->normalizedToValue(0.f));
+    setFloatMax(scale->normalizedToValue(1.f));
 }
 
 }  // namespace Tessarine

@@ -19,9 +19,11 @@ public:
     bool storeAttributes(FAttributes& attributes) const override { return attributes.set("n", number); }
     bool restoreAttributes(FAttributes& attributes) override {
         steps += "restored ";
+        FDefaultPool::removeGlobalAutoSaver(takesAway);
         return attributes.get("n", number);
     }
     int32_t number = 0;
+    CmObject* takesAway = nullptr;
 };
 
 class Defaults : public testing::Test {
@@ -156,6 +158,7 @@ TEST_F(Defaults, AnotherVersionDropsTheGroup) {
     int32_t value = 9;
     EXPECT_FALSE(gDefaults->findDefaults("new")->initLong("init", value));
     EXPECT_EQ(numberOf("new", "init"), 9);
+    EXPECT_STREQ(gDefaults->getDefaults(gDefaults->findDefaults("new")->getGroup(), 1, true)->getGroup(), "new");
 }
 
 TEST_F(Defaults, AutoSaversAreRestoredBeforeThePostLoaders) {
@@ -175,6 +178,7 @@ TEST_F(Defaults, AutoSaversAreRestoredBeforeThePostLoaders) {
     saver->number = 0;
     restart();
     FDefaultPool::addGlobalAutoSaver(saver);
+    FDefaultPool::addGlobalAutoSaver(saver->takesAway = OPtr<CmObject>(new Saver));
     gDefaults->postInit();
     gDefaults->postInit();
     EXPECT_EQ(steps, "restored loaded ");

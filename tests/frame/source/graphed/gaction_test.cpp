@@ -537,6 +537,17 @@ TEST_F(ActionTest, WhoComesBackFindsTheHistoryInOrder) {
         processor.perform(made, nullptr);
         EXPECT_TRUE(processor.undo());
     }
+    {
+        SCOPED_TRACE("others have undone what is done again");
+        GActionProcessorBase::maxUndoSteps = 1;
+        GActionProcessor processor;
+        perform(processor, "a");
+        for (int32_t i = 0; i < 3; ++i)
+            EXPECT_TRUE(processor.peekUndo()->undo() && processor.redoThisAction(processor.peekUndo()));
+        perform(processor, "b");
+        EXPECT_EQ(history(processor), "b|");
+    }
+    GActionProcessorBase::maxUndoSteps = -1;
     struct Mirror final : IActionProcessorHook {
         void actionPushed(GAction* action) override { other.pushUndo(action); }
         void actionUndone(GAction*) override {}

@@ -90,7 +90,11 @@ TEST_F(UValueProxies, FollowOwnerAndTagOfTheirDelegate) {
     value->connect(&second, 5, false);
     value->changed();
     EXPECT_EQ(flush(), Log{"view 1"});
-    EXPECT_EQ(connectionOf(proxy), std::pair(static_cast<CmObject*>(&second), 5));
+    value->setStraightUpdate(true);
+    value->fromString2(u"7", false);
+    EXPECT_EQ(take(), Log{"view 1"});
+    EXPECT_EQ(connectionOf(proxy), std::pair(static_cast<CmObject*>(&second), 5));  // was only away
+    value->setStraightUpdate(false);
     proxy->delegateTo(other);
     EXPECT_EQ(connectionOf(proxy), std::pair(static_cast<CmObject*>(&second), 2));
     value->setValue(1);
@@ -207,6 +211,26 @@ TEST_F(UValueProxies, OwnersMayExchangeTheDelegateMeanwhile) {
     value = nullptr;
     proxy->connect(nullptr, 0, false);
     EXPECT_EQ(proxy->getValueObject(), nullptr);
+}
+
+TEST_F(UValueProxies, MayEndWhenTheyAreHeardOf) {
+    struct Leaving : FObject {
+        ~Leaving() override { UpdateHandler::instance()->removeDependent(nullptr, this); }
+        void update(FUnknown*, int32_t) override { proxy = nullptr; }
+        OPtr<UValueProxy> proxy;
+    };
+    OPtr<UValue> value(new UValue);
+    for (const bool isAlias : {false, true})
+        for (const auto act : {+[](UValueProxy&, UValue& of) { of.setValue(!of.getValue()); },
+                               +[](UValueProxy& proxy, UValue&) { proxy.delegateTo(nullptr); }}) {
+            Leaving view;
+            view.proxy = isAlias ? new UAliasValue(value) : new UValueProxy(value);
+            view.proxy->setStraightUpdate(true);
+            view.proxy->UValue::addDependent(&view);
+            act(*view.proxy, *value);
+            EXPECT_EQ(view.proxy.get(), nullptr);
+        }
+    EXPECT_EQ(referencesOf(value), 1u);
 }
 
 TEST_F(UValueProxies, TellAtOnceWhileUpdatesAreBroughtOut) {
