@@ -44,6 +44,7 @@ public:
         kStopAfterMainTag = 16,
         kWidenAttributes = 32,  // values that aren't ASCII become 16-bit text
         kWindowsEntities = 64,  // instead of those of the Mac
+        kLongValues = 128,      // attributes have no limit but memory, their names apart
     };
 
     /** Unbuffered, it reads no byte more than it needs. */

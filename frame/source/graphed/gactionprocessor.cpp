@@ -12,10 +12,13 @@ namespace Tessarine {
 namespace {
 constexpr int32_t kTickMask = 0x7FFFFFFF;  // where ticks begin anew
 
-/** The time now, whose date is worked out once a second at most. */
-const CmTime& timeOfPush() {
+/** The time now, which is asked for once a tick and whose date is worked out once a second at most. */
+const CmTime& timeOfPush(int32_t ticks) {
+    static int32_t latestTicks = -1;
     static time_t latest = -1;
     static CmTime timeOfLatest;
+    if (std::exchange(latestTicks, ticks) == ticks)
+        return timeOfLatest;
     const time_t now = time(nullptr);
     if (now != latest)
         timeOfLatest = CmTime::fromUnixTime(now);
@@ -125,7 +128,7 @@ bool GActionProcessor::doPushUndo(GAction* action, int32_t now) {
     if (action->getNode())
         return false;  // who was told of it has put it somewhere
     lastPushTicks = now;
-    action->time = timeOfPush();
+    action->time = timeOfPush(now);
     GActionNode* node = GActionNode::make(action);
     if (!gAllowBranches)
         currentNode->removeSuccessors();
