@@ -28,12 +28,14 @@ public:
     /** Of the master. */
     void setValueFloat(float level, bool /*update*/) override {
         const auto now = Clock::now();
-        while (!awaited.empty() && now - awaited.front().since > kPatience)
+        while (!awaited.empty() && (awaited.size() >= kMostAwaited || isOverdue(now)))
             awaited.pop_front();
-        if (links.cause != kLine)
+        if (links.cause != kLine) {
             awaited.push_back({level, now});
-        else if (isAnswer(level))
+        } else if (isAnswer(level)) {
+            lastAnswer = now;
             return;
+        }
         links.push(place, level, allows48V);
     }
 
@@ -44,6 +46,12 @@ private:
         Clock::time_point since;
     };
     static constexpr std::chrono::seconds kPatience{5};
+    static constexpr size_t kMostAwaited = 4096;  // more than a line holds back
+
+    /** The oldest one, while no answer comes. */
+    bool isOverdue(Clock::time_point now) const {
+        return now - std::max(awaited.front().since, lastAnswer) > kPatience;
+    }
 
     /** An old one, behind which newer ones are on their way, undoes nothing. */
     bool isAnswer(float level) {
@@ -57,6 +65,7 @@ private:
     const Place place;
     const bool allows48V;
     std::deque<Awaited> awaited;  // what this host has set the master to, in order
+    Clock::time_point lastAnswer = {};
 };
 
 // --- making and ending
