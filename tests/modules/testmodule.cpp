@@ -4,6 +4,7 @@
 //   initialize N     what its objects answer      terminate N
 //   factory 0        it has none
 //   uses N           one of its own components, when it hears of its host: 1 for a moment, 2 until it is left
+//   adds 1           makes its own factory known as well then
 //   class CID CARDINALITY CATEGORY NAME           up to the end of the line
 //
 // It adds a line to "loads" there each time it is entered.
@@ -22,7 +23,7 @@ using namespace Tessarine;
 
 namespace {
 struct Settings {
-    int32_t flags = 0, level = 3, initialize = kResultOk, terminate = kResultOk, factory = 1, uses = 0;
+    int32_t flags = 0, level = 3, initialize = kResultOk, terminate = kResultOk, factory = 1, uses = 0, adds = 0;
     std::vector<PClassInfo2> classes;
 };
 Settings settings;
@@ -50,12 +51,11 @@ private:
     int32_t references = 1;
 };
 
-void useOwnComponent(FUnknown* context) {
-    const FUnknownPtr<IHostClasses> host(context);
-    const FInstancePtr<IComponentFactory> components(host);
-    const PClassInfo2& row = settings.classes.front();
-    if (components && settings.uses)
-        ownComponent = components->createClassInstance(row.category, components->getClassName(row.category, 0));
+/** The first class, as the host knows it. */
+void useOwnComponent(IComponentFactory& components) {
+    const char* category = settings.classes.front().category;
+    if (components.countClasses(category) > 0)
+        ownComponent = components.createClassInstance(category, components.getClassName(category, 0));
     if (settings.uses == 1)
         ownComponent = nullptr;
 }
@@ -92,7 +92,12 @@ public:
         return kResultOk;
     }
     int32_t setHostContext(FUnknown* context) override {
-        useOwnComponent(context);
+        const FUnknownPtr<IHostClasses> host(context);
+        const FInstancePtr<IComponentFactory> components(host);
+        if (components && settings.uses)
+            useOwnComponent(*components);
+        if (components && settings.adds)
+            components->addComponentClasses(this, nullptr);
         return context ? kResultOk : kInvalidArgument;
     }
     int32_t createInstance(const char* cid, const char* iid, void** obj) override {
@@ -116,6 +121,7 @@ void takeLine(const std::string& line) {
         {"terminate",  &settings.terminate },
         {"factory",    &settings.factory   },
         {"uses",       &settings.uses      },
+        {"adds",       &settings.adds      },
     };
     std::istringstream words(line);
     std::string word, cid, category, name;

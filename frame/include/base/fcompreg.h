@@ -164,6 +164,7 @@ public:
     ~FComponentRegistry() override;
 
     // FModuleManager
+    /** The classes of all factories go first: any of them may be code of a module. */
     void removeAll() override;
     FModuleBase* createModule(FPath* path) override;
     bool onRestoreModule(FDefaults* defaults, FModuleBase* module) override;

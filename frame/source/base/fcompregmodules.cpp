@@ -43,11 +43,14 @@ public:
         number = uint32_t(bits);
         return found;
     }
+    bool restore(const char* name, FUID& cid) {
+        return defaults.getString8(keyOf(name), scratch) && cid.fromString(scratch.text8());
+    }
 
 private:
     template <class Char, size_t Size>
     bool copy(const Char* text, Char (&field)[Size]) const {
-        std::copy_n(text, std::min<size_t>(scratch.length(), Size - 1), field);
+        std::copy_n(text, std::min<size_t>(scratch.length(), Size), field);
         return true;
     }
     const char* keyOf(const char* name) {
@@ -127,9 +130,8 @@ void storeClass(FDefaults& defaults, int32_t index, const PClassInfoW& info) {
 bool restoreClass(FDefaults& ofClass, int32_t index, PClassInfoW& info) {
     Fields fields(ofClass, index);
     const auto restore = [&fields](const char* name, auto& field) { return fields.restore(name, field); };
-    char digits[2 * FUID::kSize + 2] = {};  // one more than there should be, so that it shows
     FUID cid;
-    if (!restore(kClassID, digits) || !cid.fromString(digits) || !visitNeeded(info, restore))
+    if (!restore(kClassID, cid) || !visitNeeded(info, restore))
         return false;
     cid.toTUID(info.cid);
     visitOptional(info, restore);
@@ -180,10 +182,12 @@ FModuleBase* FComponentRegistry::createModule(FPath* path) {
 }
 
 void FComponentRegistry::removeAll() {
-    const Sorted all = sorted;
-    for (FComponentDescription* each : all)
-        if (const auto* component = classCast<FPluginComponent>(each); component && component->getModule())
-            forget(each);
+    {
+        const std::vector<IPtr<FComponentDescription>> all(sorted.begin(), sorted.end());
+        for (FComponentDescription* each : all)
+            if (classCast<FPluginComponent>(each))
+                forget(each);
+    }
     FModuleManager::removeAll();
 }
 

@@ -1,6 +1,7 @@
 #include "base/fmodman.h"
 #include "gui/values/ustringvalue.h"
 #include "storage/ffilesystem.h"
+#include <algorithm>
 #include <utility>
 
 namespace Tessarine {
@@ -122,7 +123,13 @@ FModuleBase* FModuleManager::takeModule(OPtr<FModuleBase> module) {
         return nullptr;
     if (CmObject* known = modules.lookup(module))
         return static_cast<FModuleBase*>(known);
-    return restoreModule(module) || registerModule(module) ? module.get() : nullptr;
+    const auto isIt = [&module](const FModuleBase* each) { return each->isEqual(module); };
+    if (std::ranges::any_of(beingTaken, isIt))
+        return nullptr;
+    beingTaken.push_back(module);
+    const bool isTaken = restoreModule(module) || registerModule(module);
+    beingTaken.pop_back();
+    return isTaken ? module.get() : nullptr;
 }
 
 FModuleBase* FModuleManager::addModule(const FNPath* path) {

@@ -197,8 +197,10 @@ protected:
     /** The representation's text or parse; false: there is none, or it failed. */
     bool representAsText(FString& text);
     bool takeRepresentedText(const tchar* text);
+    /** The owner, who hears of it three times, may let go of the value. */
     template <class Change>
     void changeInSession(Change change) {
+        const IPtr<UValue> kept(this);
         if (canAutomate())
             beginEdit();
         change();
@@ -213,7 +215,7 @@ protected:
 
 private:
     class OwnerAway;
-    void releaseOwner();
+    OPtr<CmObject> detachOwner();
     bool tellOwnerOfEdit(const char* messageID);
     template <class Move>
     void showMoved(Move moveAndShow);

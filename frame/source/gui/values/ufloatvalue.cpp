@@ -213,7 +213,8 @@ void UFloatTransformValue::setTransformer(IValueTransformer* newTransformer) {
     if (!scale)
         return;
     setFloatMin(scale->normalizedToValue(0.f));
-    setFloatMax(scale->normalizedToValue(1.f));
+    if (transformer == scale)
+        setFloatMax(scale->normalizedToValue(1.f));
 }
 
 }  // namespace Tessarine

@@ -3,6 +3,7 @@
 #include "storage/farchive.h"
 #include "storage/fbstream.h"
 #include "storage/fpersistent.h"
+#include <algorithm>
 
 namespace Tessarine {
 namespace {
@@ -308,7 +309,8 @@ bool URecentStringListValue::addString(const tchar* text) {
 
 void URecentStringListValue::setMaxRecent(int32_t count) {
     maxRecent = count;
-    while (countStrings() > maxRecent && removeAt(countStrings() - 1)) {}
+    const int32_t firstTooMany = std::max(count, 0);  // the last one would be a walk through the whole list each time
+    while (countStrings() > count && removeAt(firstTooMany)) {}
 }
 
 }  // namespace Tessarine

@@ -62,7 +62,7 @@ UValue::UValue(const UValue& source)
 
 UValue::~UValue() {
     stringRepresentation = nullptr;
-    releaseOwner();
+    detachOwner();
     UpdateHandler* handler = UpdateHandler::instance();
     if (!handler)
         return;
@@ -71,12 +71,12 @@ UValue::~UValue() {
     handler->cancelUpdates(self);
 }
 
-void UValue::releaseOwner() {
-    CmObject* old = has(kOwnerOwned) ? owner : nullptr;
-    owner = nullptr;
+/** The value's reference on its owner, if it had one. */
+OPtr<CmObject> UValue::detachOwner() {
+    CmObject* old = std::exchange(owner, nullptr);
+    const bool wasOwned = has(kOwnerOwned);
     set(kOwnerOwned | kOwnerAway, false);
-    if (old)
-        old->release();
+    return wasOwned ? old : nullptr;
 }
 
 int32_t UValue::queryInterface(const char* iid, void** obj) {
@@ -136,7 +136,7 @@ void UValue::addDependent(IDependent* dependent) {
 }
 
 void UValue::connect(CmObject* newOwner, int32_t newTag, bool owned) {
-    releaseOwner();
+    const OPtr<CmObject> old = detachOwner();  // goes last: its end may connect the value once more
     owner = newOwner;
     tag = newTag;
     set(kOwnerOwned, owned && newOwner);

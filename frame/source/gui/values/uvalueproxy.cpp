@@ -55,8 +55,8 @@ auto UValueProxy::act(Operation operation) -> decltype(operation(*delegate)) {
 void UValueProxy::connect(CmObject* newOwner, int32_t newTag, bool owned) {
     const IPtr<UValueProxy> kept(this);
     const IPtr<UValue> target(delegate);
-    UValue::connect(newOwner, newTag, owned && !target);
     isOwnOwner = !owned;
+    UValue::connect(newOwner, newTag, owned && !target);
     if (target)
         target->connect(newOwner, newTag, owned);
     CmObject::changed();

@@ -165,6 +165,7 @@ TEST_F(UFloatTransformNews, TakesItsRangeAndPlacesFromTheTransformer) {
         watched->setTransformer(&squares);
         watched->removeDependent(&view);
         EXPECT_EQ(squares.references, 1);
+        EXPECT_EQ(watched->getFloatMax(), 1.f);  // not of a transformer that is gone
     }
     EXPECT_EQ(squares.references, 0);
 }

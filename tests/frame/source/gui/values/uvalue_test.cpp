@@ -143,6 +143,17 @@ TEST_F(UValueOwner, IsReleasedOnlyWhenOwned) {
     EXPECT_EQ(value->getState(), uint32_t(UValue::kStateActive | 1));
     EXPECT_EQ(Owner::living, 1);
     value->connect(second, 2, true);
+    struct Leaving : CmObject {
+        ~Leaving() override { value->connect(next, 5, true); }
+        UValue* value = nullptr;
+        CmObject* next = nullptr;
+    };
+    auto* leaving = new Leaving;
+    leaving->value = value;
+    leaving->next = new Owner(log);
+    value->connect(leaving, 4, true);
+    value->connect(nullptr, 0, false);
+    EXPECT_EQ(value->getTag(), 5);  // its end has the last word
     value = nullptr;
     EXPECT_EQ(Owner::living, 0);
 }
@@ -245,6 +256,13 @@ TEST_F(UValueSession, EndsWellWhenTheOwnerFailsOrDropsTheValue) {
     UValue* dropped = value.detach();
     owner.held = OPtr<UValue>(dropped);
     dropped->endEdit(false);
+    EXPECT_EQ(owner.held.get(), nullptr);
+
+    auto* reset = new UIntDefValue(0, 9, 5);
+    reset->canAutomate(true);
+    reset->connect(&owner, 0, false);
+    owner.held = OPtr<UValue>(reset);
+    EXPECT_TRUE(reset->resetToDefaultValue());
     EXPECT_EQ(owner.held.get(), nullptr);
 }
 

@@ -160,6 +160,7 @@ TEST_F(UValueProxies, ForgetAnOwnerThatWasTheDelegates) {
             proxy->connect(new Owner(log), 2, true);
         value->connect(nullptr, 0, false);  // ends the owner, which the proxy doesn't hear of yet
         ASSERT_EQ(Owner::living, 0);
+        EXPECT_EQ(proxy->getOwner(), nullptr);
         proxy->setTargetValue(value->getValue() + 1);
         proxy->updateTarget();
         EXPECT_EQ(take(), kNothing);
@@ -211,6 +212,23 @@ TEST_F(UValueProxies, OwnersMayExchangeTheDelegateMeanwhile) {
     value = nullptr;
     proxy->connect(nullptr, 0, false);
     EXPECT_EQ(proxy->getValueObject(), nullptr);
+
+    struct Delegating : CmObject {
+        ~Delegating() override { proxy->delegateTo(value); }
+        UValueProxy* proxy = nullptr;
+        UValue* value = nullptr;
+    };
+    auto* delegating = new Delegating;
+    OPtr<UValue> next(new UValue);
+    next->connect(new Owner(log), 3, true);
+    delegating->proxy = proxy;
+    delegating->value = next;
+    proxy->connect(delegating, 1, true);
+    proxy->connect(nullptr, 0, false);
+    EXPECT_EQ(proxy->getValueObject(), next.get());
+    next->connect(nullptr, 0, false);  // ends the owner that the proxy took over
+    proxy->setTargetValue(1);
+    EXPECT_EQ(take(), kNothing);
 }
 
 TEST_F(UValueProxies, MayEndWhenTheyAreHeardOf) {

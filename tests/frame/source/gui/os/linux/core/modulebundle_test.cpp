@@ -109,6 +109,9 @@ TEST_F(ModuleBundleTest, RefusesWhatIsNoModuleForThisMachine) {
          {fs::file_size(object) / 2, uintmax_t(sizeof(Elf64_Ehdr)), uintmax_t(sizeof(Elf64_Ehdr) - 1)}) {
         fs::resize_file(object, size);  // the loader would map what isn't there
         expectRefusal(object, kForeign);
+        fs::resize_file(object, fs::file_size(someLibrary()));  // and would follow a table of zeros
+        expectRefusal(object, kForeign);
+        install();
     }
 }
 

@@ -331,14 +331,28 @@ TEST_F(Modules, LiveAsLongAsTheirInstances) {
 TEST_F(Modules, StayWhileTheyAreEnteredAndLeft) {
     for (const char* uses : {"1", "2"}) {
         SCOPED_TRACE(uses);
-        bundle("Busy", "flags 16\nuses " + std::string(uses) + "\n" + kOneService);
-        restart().findModules();
-        const IPtr<FModuleBase> module(gComponentRegistry->getModule(0));
+        const TestBundle made = bundle("Busy", "flags 16\nuses " + std::string(uses) + "\n" + kOneService);
+        fs::remove(cacheFile());
+        const FNPath path = pathOf(made.path);
+        const int loads = made.loads();
+        const IPtr<FModuleBase> module(restart().addModule(&path));
+        ASSERT_TRUE(module);
+        EXPECT_EQ(made.loads(), loads + 1) << "it has its own folder scanned when it is entered";
+        EXPECT_EQ(gComponentRegistry->countModules(), 1);
         EXPECT_TRUE(module->load());
         EXPECT_TRUE(module->getProcAddress("bundleExit"));
         module->unload();
         EXPECT_FALSE(module->isLoaded());
     }
+}
+
+TEST_F(Modules, GoBehindTheClassesOfTheirOwnFactories) {
+    bundle("Adder", "flags 24\nadds 1\n" + kOneService);
+    ASSERT_EQ(restart().countComponentClasses("Service"), 1);
+    EXPECT_TRUE(OPtr<CmObject>(gComponentRegistry->createComponent("Service", 0)));
+    gComponentRegistry->removeAll();
+    EXPECT_EQ(isMapped("Adder.so"), kSanitized);
+    EXPECT_FALSE(gComponentRegistry->getComponentDescription("Service", 0)) << "its factory was in there";
 }
 
 TEST_F(Modules, MayBeUsedWhileTheyAreScannedAndAfterTheRegistry) {
