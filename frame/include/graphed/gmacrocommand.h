@@ -3,9 +3,9 @@
 
 namespace Tessarine {
 
-/** Commands that are fired one after the other, and undone as one. They are looked up by name when they are fired, so that
-    some may come later than the macro. Macros may hold macros; one that is met again while it runs, or too deep inside of
-    others, does nothing, and there is an end to what one may fire. */
+/** Commands that are fired one after the other, and undone as one. They are looked up by name when they are fired, so
+    that some may come later than the macro. Macros may hold macros; one that is met again while it runs, or too deep
+    inside of others, does nothing, and there is an end to what one may fire. */
 class GMacroCommand : public GCommand {
 public:
     DECLARE_CLASS(GMacroCommand, GCommand)

@@ -76,12 +76,14 @@ GCommand* GCommandManager::addCommand(const char* category, const char* name, co
     if (!category || !name || !*category || !*name)
         return nullptr;
     GCommand* command = findCommand(ConstString(category), ConstString(name));
-    if (!command) {
+    const bool isNew = !command;
+    if (isNew) {
         command = new GCommand(ConstString(category), ConstString(name), title);
         command->subCategory.assign(subCategory);
         takeCommand(command);
     }
-    addDefaultKey(command, key);
+    if (key.toLong() != 0)
+        addDefaultKey(*command, key, isNew);
     return command;
 }
 
@@ -96,17 +98,16 @@ void GCommandManager::takeCommand(GCommand* command) {
     wakeDormant(*command);
 }
 
-void GCommandManager::addDefaultKey(GCommand* command, const UKeyCode& key) {
-    if (key.toLong() == 0)
-        return;
-    const bool wasStored = command->commandFlags & GCommand::kKeysWereStored;
+void GCommandManager::addDefaultKey(GCommand& command, const UKeyCode& key, bool isNew) {
+    const bool wasStored = command.commandFlags & GCommand::kKeysWereStored;
     const GKeyCommand* present = findKeyCommand(key);
-    if (!wasStored && present && !present->isOf(command->category, command->name))
-        return;  // the key stays with the other one
-    if (!command->defaultKeys.contains(key))
-        command->defaultKeys.add(key);
-    if (!wasStored)
-        assignKey(key, *command);
+    const bool isTaken = present && !present->isOf(command.category, command.name);
+    if (isNew && isTaken && !wasStored)
+        return;
+    if (!command.defaultKeys.contains(key))
+        command.defaultKeys.add(key);
+    if (!isTaken && !wasStored)
+        assignKey(key, command);
 }
 
 void GCommandManager::addCommands(const GCommandDesc* descriptions, int32_t count) {
@@ -126,7 +127,8 @@ GCommand* GCommandManager::findCommandWithHistory(const ConstString& category, c
         return command;
     for (const OldName& old : oldNames)
         if (old.oldName.compare(name) == 0 && old.oldCategory.compare(category) == 0)
-            return findCommand(old.category, old.name);
+            if (GCommand* command = findCommand(old.category, old.name))
+                return command;
     return nullptr;
 }
 
@@ -180,16 +182,20 @@ std::vector<UKeyCode> GCommandManager::findKeyCommands(const ConstString& catego
 bool GCommandManager::addKeyCommand(const UKeyCode& key, const ConstString& category, const ConstString& name) {
     if (key.toLong() == 0)
         return false;
+    OPtr<GKeyCommand> added(new GKeyCommand(key, category, name));  // first: the names may be those of one that goes
     for (int32_t i = dormantKeyCommands.total() - 1; i >= 0; --i)
         if (static_cast<GKeyCommand*>(dormantKeyCommands.at(i))->keyValue == key.toLong())
             dormantKeyCommands.removeAt(i);
-    removeKeyCommand(key);
-    return keyCommands.add(new GKeyCommand(key, category, name));
+    return putKeyCommand(added.detach());
 }
 
 void GCommandManager::assignKey(const UKeyCode& key, const GCommand& command) {
-    removeKeyCommand(key);
-    keyCommands.add(new GKeyCommand(key, command.category, command.name));
+    putKeyCommand(new GKeyCommand(key, command.category, command.name));
+}
+
+bool GCommandManager::putKeyCommand(GKeyCommand* added) {
+    removeKeyCommand(added->keyCode);
+    return keyCommands.add(added);
 }
 
 bool GCommandManager::removeKeyCommand(const UKeyCode& key) {
@@ -198,8 +204,9 @@ bool GCommandManager::removeKeyCommand(const UKeyCode& key) {
 }
 
 void GCommandManager::removeKeyCommands(const ConstString& category, const ConstString& name) {
+    const FString ofCategory(category), ofName(name);  // copies: they may be the names of one that goes
     for (int32_t i = keyCommands.total() - 1; i >= 0; --i)
-        if (static_cast<GKeyCommand*>(keyCommands.at(i))->isOf(category, name))
+        if (static_cast<GKeyCommand*>(keyCommands.at(i))->isOf(ofCategory, ofName))
             keyCommands.removeAt(i);
 }
 
@@ -236,14 +243,15 @@ bool GCommandManager::isNameOf(const GCommand& command, const GKeyCommand& recor
 }
 
 void GCommandManager::wakeDormant(GCommand& command) {
-    for (int32_t i = dormantKeyCommands.total() - 1; i >= 0; --i) {
+    for (int32_t i = 0; i < dormantKeyCommands.total();) {
         const IPtr<GKeyCommand> record(static_cast<GKeyCommand*>(dormantKeyCommands.at(i)));
-        if (!isNameOf(command, *record))
+        if (!isNameOf(command, *record)) {
+            ++i;
             continue;
+        }
         dormantKeyCommands.removeAt(i);
         command.commandFlags |= GCommand::kKeysWereStored;
-        if (record->keyValue != 0)
-            assignKey(record->keyCode, command);
+        giveStoredKey(*record, command);
     }
 }
 
@@ -254,13 +262,17 @@ void GCommandManager::keepDormant(const GCommand& command) {
 }
 
 void GCommandManager::takeKey(const GKeyCommand& record) {
-    const GCommand* command = findCommandWithHistory(record.category, record.name);
-    if (command && record.keyValue != 0)
-        assignKey(record.keyCode, *command);
-    else if (command)
-        removeKeyCommands(command->category, command->name);
+    if (const GCommand* command = findCommandWithHistory(record.category, record.name))
+        giveStoredKey(record, *command);
     else if (isStorable(record.category, record.name))
         dormantKeyCommands.add(new GKeyCommand(record.keyCode, record.category, record.name));
+}
+
+void GCommandManager::giveStoredKey(const GKeyCommand& record, const GCommand& command) {
+    if (record.keyValue != 0)
+        assignKey(record.keyCode, command);
+    else
+        removeKeyCommands(command.category, command.name);
 }
 
 bool GCommandManager::isStorable(const ConstString& name) {
@@ -304,7 +316,7 @@ void GCommandManager::removeCommand(GCommand* command) {
     for (const ConstString& in : {ConstString(command->category), ConstString(command->subCategory)})
         if (GCommandCategory* from = findCategory(in))
             from->removeCommand(*command);
-    byName.erase(fullName(command->category, command->name));
+    std::erase_if(byName, [command](const auto& each) { return each.second == command; });  // whatever its names became
     commands.removeAt(commands.indexAbs(command));
     for (CmObject* each : commands)
         if (auto* macro = isMacro ? classCast<GMacroCommand>(each) : nullptr)

@@ -100,8 +100,9 @@ bool GMacroCommand::addCommand(GCommand* command) {
 }
 
 void GMacroCommand::removeCommands(const ConstString& ofCategory, const ConstString& ofName) {
+    const GCommand wanted(ofCategory, ofName);  // a copy: they may be the names of one that goes
     for (int32_t i = commands.total() - 1; i >= 0; --i)
-        if (static_cast<GCommand*>(commands.at(i))->isNamed(ofCategory, ofName))
+        if (static_cast<GCommand*>(commands.at(i))->isNamed(wanted.category, wanted.name))
             commands.removeAt(i);
 }
 

@@ -144,6 +144,10 @@ TEST_F(CommandTest, DefaultKeysAreNotTakenFromOthers) {
     gActionHooks.ask = nullptr;
     EXPECT_TRUE(manager.resetAllKeyCommands());
     EXPECT_EQ(keysOf("File", "Open"), "Ctrl+O");
+    for (const tchar one : {u'k', u'O'})
+        manager.addCommand("Test", "Other", nullptr, UKeyCode(one, 0, UKeyCode::kCommand));
+    EXPECT_EQ(keysOf("Test", "Other"), "Ctrl+K");
+    EXPECT_EQ(other->defaultKeys.total(), 2) << "one may become free";
     manager.addCommand("Other", "Other", nullptr, UKeyCode(), "Test|More");
     EXPECT_EQ(manager.addCommand("", "x", nullptr, key), nullptr);
     const char *edit = manager.getCategoryName(0), *cut = manager.getActionName(0, 0);
@@ -181,6 +185,32 @@ TEST_F(CommandTest, KeysOfCommandsThatComeLaterAreThoseThatWereStored) {
     manager.addOldName("Edit", "Late", "Edit", "New");
     manager.addCommand("Edit", "New", nullptr, UKeyCode());
     EXPECT_EQ(keysOf("Edit", "New"), "1, 2") << "under its old name";
+    manager.removeAction("Edit", "New");
+    manager.addCommand("Edit", "Newer", nullptr, UKeyCode(u'9'));
+    manager.addOldName("Edit", "New", "Edit", "Newer");
+    EXPECT_EQ(keysOf("Edit", "Newer"), "1, 2") << "that is told later";
+}
+
+/** What is to go may be named by its own texts. */
+TEST_F(CommandTest, NamesOfWhatGoesStayToTheEnd) {
+    const ConstString edit("Edit"), cut("Cut");
+    for (const tchar key : {u'1', u'2', u'3'})
+        manager.addKeyCommand(UKeyCode(key), edit, cut);
+    const GKeyCommand* last = manager.findKeyCommand(UKeyCode(u'3'));
+    EXPECT_TRUE(manager.addKeyCommand(UKeyCode(u'3'), last->category, last->name));
+    EXPECT_EQ(keysOf("Edit", "Cut"), "1, 2, 3");
+    last = manager.findKeyCommand(UKeyCode(u'3'));
+    manager.addCommand("Edit", "Cut", nullptr, last->keyCode);
+    EXPECT_EQ(keysOf("Edit", "Cut"), "1, 2, 3");
+    last = manager.findKeyCommand(UKeyCode(u'3'));
+    manager.removeKeyCommands(last->category, last->name);
+    EXPECT_EQ(keysOf("Edit", "Cut"), "");
+    GMacroCommand macro;
+    for (int32_t i = 0; i < 3; ++i)
+        macro.addCommand(OPtr<GCommand>(new GCommand(edit, cut)));
+    const auto* held = static_cast<GCommand*>(macro.getCommands().at(2));
+    macro.removeCommands(held->category, held->name);
+    EXPECT_TRUE(macro.getCommands().isEmpty());
 }
 
 TEST_F(CommandTest, MacrosAreOneStepAndEnd) {
@@ -318,7 +348,7 @@ TEST_F(CommandTest, EachFormatBringsKeysBack) {
     manager.addKeyCommand(UKeyCode(u'\u00e4'), ConstString("Macro"), ConstString("Twice"));
     FMemoryStream binary, text, xml;
     FNewArchive writer(&binary, true);
-    const std::string name(5000, 'n');  // too long for a line, or an attribute
+    const std::string name(5000, 'n');  // too long for a file
     manager.findMacro(ConstString("Twice"))->addCommand(manager.addCommand("Edit", name.c_str(), nullptr, UKeyCode()));
     manager.addKeyCommand(UKeyCode(u'y'), ConstString("Nobody's"), ConstString("Yet"));
     ASSERT_TRUE(manager.externalize(writer));
