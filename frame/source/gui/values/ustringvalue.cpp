@@ -3,6 +3,7 @@
 #include "storage/farchive.h"
 #include "storage/fbstream.h"
 #include "storage/fpersistent.h"
+#include "valuenumbers.h"
 #include <algorithm>
 
 namespace Tessarine {
@@ -252,7 +253,7 @@ bool UStringListValue::prependString(const tchar* text) {
     if (!insertAt(0, text))
         return false;
     adoptRange();
-    setValue(getValue() + 1);
+    setValue(truncated(getValue() + 1.0));
     changed();
     return true;
 }

@@ -123,7 +123,9 @@ TEST_F(Defaults, NoTextSpoilsTheFile) {
         FDefaultPool::unuse();
         FDefaultPool::use();
     }
-    FNPath longest((u"/" + std::u16string(3000, u'x')).c_str(), kFilePath);
+    std::u16string place(3000, u'x');
+    place[0] = u'/';
+    FNPath longest(place.c_str(), kFilePath);
     gDefaults->setLong("good", "k", 5);
     EXPECT_TRUE(longest.storeAsDefault("path"));
     for (const double number : {HUGE_VAL, std::nan(""), 1e-310})
@@ -213,6 +215,11 @@ TEST_F(Defaults, WhatCannotBeTakenInLeavesMemoryAndACopyOfTheFile) {
     const std::string bad = content();
     EXPECT_TRUE(gDefaults->save(false));
     EXPECT_EQ(content("Defaults.xml.backup"), bad);
+    std::string endless = good, references;  // that begin in each other take no longer than others
+    for (int32_t i = 0; i < 2000000; ++i)
+        references += "&#";
+    write(endless.insert(endless.find("text"), references + ';'));
+    EXPECT_TRUE(gDefaults->load());
     write(good);
     EXPECT_TRUE(gDefaults->load());
     EXPECT_EQ(numberOf("A", "k"), 1);

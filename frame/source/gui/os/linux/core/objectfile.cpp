@@ -95,9 +95,13 @@ bool liesWithin(uint64_t offset, uint64_t size, uint64_t end) {
     return offset <= end && size <= end - offset;
 }
 
-/** What is mapped is there: behind the end of a file a mapping has no memory. */
+/** What is mapped is there: behind the end of a file a mapping has no memory. Of a segment with nothing from the file
+    only the page that it starts within is mapped, and none when it starts with one: a small file may end before it. */
 bool isThere(const Segment& mapped, uint64_t fileSize) {
-    return mapped.p_filesz <= mapped.p_memsz && liesWithin(mapped.p_offset, mapped.p_filesz, fileSize);
+    if (mapped.p_filesz > 0)
+        return mapped.p_filesz <= mapped.p_memsz && liesWithin(mapped.p_offset, mapped.p_filesz, fileSize);
+    const uint64_t pageSize = uint64_t(getpagesize());
+    return mapped.p_vaddr % pageSize == 0 || mapped.p_offset - mapped.p_offset % pageSize < fileSize;
 }
 
 /** It is mapped, and the part with it, at the same place in the file and in memory. */
@@ -107,8 +111,8 @@ bool contains(const Segment& whole, const Segment& part) {
            liesWithin(start, part.p_filesz, whole.p_filesz);
 }
 
-/** The table that the loader follows, and never doubts, names its symbols. Where a copy was broken off in a file that had its
-    size already, it is empty. */
+/** The table that the loader follows, and never doubts, names its symbols. Where a copy was broken off in a file that
+    had its size already, it is empty. */
 bool namesSymbols(const File& file, const Segment& dynamic) {
     std::vector<Entry> entries(std::min<uint64_t>(dynamic.p_filesz / sizeof(Entry), kMaxEntries));
     if (!file.readAt(dynamic.p_offset, entries.data(), entries.size() * sizeof(Entry)))

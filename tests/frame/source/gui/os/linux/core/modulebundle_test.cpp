@@ -115,6 +115,26 @@ TEST_F(ModuleBundleTest, RefusesWhatIsNoModuleForThisMachine) {
     }
 }
 
+TEST_F(ModuleBundleTest, MemoryThatTakesNothingFromTheFileMayStandBehindItsEnd) {
+    constexpr uint64_t kFar = uint64_t(1) << 30;
+    for (const uint64_t intoPage : {0, 16}) {
+        SCOPED_TRACE(intoPage);
+        install();
+        std::fstream file(object, std::ios::in | std::ios::out | std::ios::binary);
+        Elf64_Phdr segment = {};
+        file.seekg(sizeof(Elf64_Ehdr));
+        while (file.read(reinterpret_cast<char*>(&segment), sizeof(segment)) && segment.p_type != PT_GNU_RELRO) {}
+        segment = {PT_LOAD, PF_R | PF_W, kFar + intoPage, kFar + intoPage, 0, 0, 4096, 4096};
+        file.seekp(-std::streamoff(sizeof(segment)), std::ios::cur);
+        file.write(reinterpret_cast<const char*>(&segment), sizeof(segment));
+        file.close();
+        std::string error;
+        const Bundle bundle(ModuleBundle::open(root, error));
+        ASSERT_EQ(bundle != nullptr, intoPage == 0) << error;
+        EXPECT_TRUE(!bundle || (bundle->load(error) && bundle->unload())) << error;
+    }
+}
+
 TEST_F(ModuleBundleTest, SaysWhyTheLoaderRefuses) {
     install();
     patch(EI_VERSION, 9);
