@@ -174,7 +174,7 @@ private:
         kMassOperation = 1,
         kBranchesValid = 2,
         kBranchesChanged = 4,
-        kMayFork = 8,  // branches were kept since the history was last without any
+        kMayFork = 8,  // there were branches since the history was last without any
     };
     static constexpr int32_t kUnknownLength = -1;
 

@@ -132,8 +132,8 @@ bool GActionProcessor::doPushUndo(GAction* action, int32_t now) {
     GActionNode* node = GActionNode::make(action);
     if (!gAllowBranches)
         currentNode->removeSuccessors();
-    else if (currentNode->getActiveSuccessor())
-        flags |= kMayFork;
+    if (currentNode->getActiveSuccessor())
+        flags |= kMayFork;  // also when one that died has undone something
     currentNode->enqueueSuccessor(node, true);
     currentNode = node;
     if (pathLength != kUnknownLength)

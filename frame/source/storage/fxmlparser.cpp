@@ -113,7 +113,7 @@ char referenced(std::string_view reference, bool windows) {
         return entity ? char(entity->code) : char(0);
     }
     const bool hexadecimal = reference.starts_with("#x");
-    const std::string digits(reference.substr(hexadecimal ? 2 : 1));
+    const std::string digits(reference.substr(hexadecimal ? 2 : 1, reference.find('&')));  // the next one has its turn
     return char(hexadecimal ? std::strtoul(digits.c_str(), nullptr, 16) : std::strtol(digits.c_str(), nullptr, 10));
 }
 

@@ -510,6 +510,20 @@ TEST_F(ActionTest, WhoComesBackFindsTheHistoryInOrder) {
         GActionProcessorBase::maxUndoSteps = -1;
     }
     {
+        SCOPED_TRACE("a target of lost steps undoes, so that there is a fork");
+        GActionProcessorBase::maxUndoSteps = 3;
+        GActionProcessor processor;
+        perform(processor, "ab");
+        const IPtr<GAction> b(processor.peekUndo());
+        performSurprise(processor, new Surprise({}, [&] { processor.undo(); }));
+        processor.undo();
+        perform(processor, "c");
+        EXPECT_TRUE(processor.undo() && processor.redoThisAction(b));
+        perform(processor, "de");
+        EXPECT_EQ(history(processor), "edb|");
+        GActionProcessorBase::maxUndoSteps = -1;
+    }
+    {
         SCOPED_TRACE("a target of a lost branch empties the history");
         GActionProcessor::enableBranches(true);
         GActionProcessor processor;
