@@ -48,9 +48,10 @@ public:
 
     /** What changes values at the moment. */
     enum Cause {
-        kLine,     // devices say so; an answer to what this host has set isn't passed on
-        kHost,     // this host
-        kExactly,  // this host, which knows what belongs to each channel: nothing follows
+        kLine,       // devices say so; an answer to what this host has set isn't passed on
+        kHost,       // this host
+        kExactly,    // this host, which knows what belongs to each channel: nothing follows
+        kBeginning,  // nobody: a master is listened to from now on
     };
     /** As long as it lives, that is the cause. */
     class Changing {

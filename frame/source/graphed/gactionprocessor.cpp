@@ -249,8 +249,11 @@ GAction* GActionProcessor::findAction(CmObjectFilter& filter) const {
 GAction* GActionProcessor::nearest(int32_t mode, CmObjectFilter& filter, bool stopAtBranch) const {
     GAction* found = nullptr;
     walk(mode, [&](GAction* action) {
-        found = filter.test(action) ? action : nullptr;
-        return !found && !(stopAtBranch && action->countSuccessors() > 1);
+        if (filter.test(action)) {
+            found = action;
+            return false;
+        }
+        return !stopAtBranch || action->countSuccessors() <= 1;
     });
     return found;
 }

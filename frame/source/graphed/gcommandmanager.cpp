@@ -443,12 +443,12 @@ const char* GCommandManager::getActionTitle8(int32_t category, int32_t action) {
 }
 
 const char* GCommandManager::shown8(const FString& text) {
-    FString copy(text);
+    const FString copy(text);  // NOLINT(performance-unnecessary-copy-initialization): it may change its width
     return shownTexts8.emplace(copy.text8()).first->c_str();
 }
 
 const tchar* GCommandManager::shown16(const FString& text) {
-    FString copy(text);
+    const FString copy(text);  // NOLINT(performance-unnecessary-copy-initialization): it may change its width
     return shownTexts16.emplace(copy.text16()).first->c_str();
 }
 

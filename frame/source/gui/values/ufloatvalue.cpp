@@ -87,9 +87,10 @@ void UFloatValue::increment() {
 void UFloatValue::assignTo(UValue* source) {
     if (auto* number = classCast<UFloatValue>(source))
         setTargetFloatValue(number->getFloatValue());
-    else if (auto* fraction = classCast<URationalValue>(source))
-        setTargetFloatValue(float(int64_t(fraction->getNumerator()) / fraction->getDenominator()));
-    else
+    else if (auto* fraction = classCast<URationalValue>(source)) {
+        const int64_t whole = int64_t(fraction->getNumerator()) / fraction->getDenominator();
+        setTargetFloatValue(float(whole));
+    } else
         UValue::assignTo(source);
 }
 

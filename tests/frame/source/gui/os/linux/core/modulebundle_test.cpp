@@ -37,7 +37,11 @@ protected:
         fs::create_directories(code);
         fs::create_directories(root + "/Contents/Resources");
     }
-    void install() { fs::copy_file(someLibrary(), object, fs::copy_options::overwrite_existing); }
+    /** Never over one that may still be mapped. */
+    void install() {
+        fs::remove(object);
+        fs::copy_file(someLibrary(), object);
+    }
     void patch(size_t offset, uint8_t byte) {
         std::fstream file(object, std::ios::in | std::ios::out | std::ios::binary);
         file.seekp(std::streamoff(offset)).put(char(byte));
