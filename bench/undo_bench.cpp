@@ -1,6 +1,7 @@
 // Histories of actions that each change a number and have a title: pushing, undoing and redoing all of them, and forgetting
 // them. An item is a step; 1,000 and 100,000 of them, so that a step that grows with the history shows. Ours executes an
-// action through perform as the peer does through push; nobody listens to either.
+// action through perform as the peer does through push; nobody listens to either. Each step has a text of its own, as
+// translated titles are.
 #include "graphed/gactionprocessor.h"
 #include <benchmark/benchmark.h>
 #ifdef BENCH_QTWIDGETS
@@ -42,7 +43,7 @@ struct Ours {
 #ifdef BENCH_QTWIDGETS
 class QtRaiseLevel final : public QUndoCommand {
 public:
-    explicit QtRaiseLevel(int32_t amount) : QUndoCommand(QStringLiteral("Raise Level")), amount(amount) {}
+    explicit QtRaiseLevel(int32_t amount) : QUndoCommand(QString::fromUtf8("Raise Level")), amount(amount) {}
     void undo() override { level -= amount; }
     void redo() override { level += amount; }
 

@@ -7,7 +7,7 @@ using namespace ArchiveFuzz;
 IMPLEMENT_FUZZ_CLASSES
 
 namespace {
-constexpr size_t kShortFile = 300;  // no text of it gets too long by what is escaped or widened, and no bag too deep
+constexpr size_t kShortFile = 300;  // no bag of it gets too deep by what is unfolded
 
 bool read(FMemoryStream& stream, FDefaultPool& pool) {
     stream.rewind();

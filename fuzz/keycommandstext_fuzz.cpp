@@ -1,7 +1,6 @@
 // Key commands as lines of text: a file is taken wholly or not at all, and what was taken is written and read the same way,
-// but for keys whose text has quotes.
+// but for keys whose text has quotes or line ends.
 #include "keycommandsubject.h"
-#include <algorithm>
 
 using namespace KeyCommandFuzz;
 

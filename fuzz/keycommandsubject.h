@@ -20,7 +20,8 @@ struct Subject {
         std::vector<UKeyCode> all;
         for (const char* name : {"Cut", "Paste"})
             for (const UKeyCode& key : manager.findKeyCommands(ConstString("Edit"), ConstString(name)))
-                if (key.character != u'"')  // can't stand between quotes
+                if (ConstString(u"\"\r\n").findNext(0, key.character) <
+                    0)  // these can't stand between quotes on a line
                     all.push_back(key);
         return all;
     }

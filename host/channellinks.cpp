@@ -1,7 +1,10 @@
 #include "host/channellinks.h"
+#include "base/fmessage.h"
+#include "base/utimer.h"
 #include "pluginterfaces/gui/ivalue.h"
 #include <algorithm>
 #include <chrono>
+#include <deque>
 
 using namespace Tessarine;
 
@@ -22,17 +25,35 @@ Place placeOf(const ChannelAddress& channel, const ParamRow* param) {
 /** The slave of a linker: the place where a value of the slave stands, whichever that is at the moment. */
 class ChannelLinks::End : public UValue {
 public:
-    End(ChannelLinks& links, const Place& place, bool allows48V) : links(links), place(place), allows48V(allows48V) {}
+    End(ChannelLinks& links, const Link& link, const ParamRow* param)
+        : links(links), master(placeOf(link.master, param)), slave(placeOf(link.slave, param)),
+          allows48V(link.allows48V),
+          silence(new UTimer(this, 0, uint32_t(std::chrono::milliseconds(kPatience).count()))) {
+        silence->stop();
+    }
+    ~End() override { silence->kill(); }
 
     /** Of the master. */
     void setValueFloat(float level, bool /*update*/) override {
-        const auto now = Clock::now();
-        std::erase_if(awaited, [now](const Awaited& each) { return now - each.since > kPatience; });
+        silence->stop();
+        dropOverdue();
+        if (links.cause == kBeginning)
+            return awaited.clear();
         if (links.cause != kLine)
-            awaited.push_back({level, now});
+            awaited.push_back({level, Clock::now()});
         else if (isAnswer(level))
-            return;
-        links.push(place, level, allows48V);
+            return awaitNewer(level);
+        links.push(slave, level, allows48V);
+    }
+    /** What was taken for an answer, with newer ones on their way, was none. */
+    int32_t notify(FMessage* message) override {
+        if (!message || !message->isType("Timer"))
+            return UValue::notify(message);
+        silence->stop();
+        awaited.clear();
+        if (const IPtr<IValue> value = links.remote.getValue(master))
+            links.push(slave, value->getValueFloat(), allows48V);
+        return 1;
     }
 
 private:
@@ -42,7 +63,14 @@ private:
         Clock::time_point since;
     };
     static constexpr std::chrono::seconds kPatience{5};
+    static constexpr size_t kMostAwaited = 4096;  // more than a line holds back
 
+    /** The oldest ones, while no answer comes. */
+    void dropOverdue() {
+        const auto limit = Clock::now() - kPatience;
+        while (!awaited.empty() && (awaited.size() >= kMostAwaited || std::max(awaited[0].since, answered) < limit))
+            awaited.pop_front();
+    }
     /** An old one, behind which newer ones are on their way, undoes nothing. */
     bool isAnswer(float level) {
         const auto found = std::ranges::find(awaited, level, &Awaited::level);
@@ -50,11 +78,18 @@ private:
         awaited.erase(awaited.begin(), isOne ? found + 1 : found);
         return isOne;
     }
+    void awaitNewer(float level) {
+        answered = Clock::now();
+        if (!awaited.empty() && awaited.back().level != level)
+            silence->restart(0);
+    }
 
     ChannelLinks& links;
-    const Place place;
+    const Place master, slave;
     const bool allows48V;
-    std::vector<Awaited> awaited;  // what this host has set the master to
+    std::deque<Awaited> awaited;  // what this host has set the master to, in order
+    Clock::time_point answered = {};
+    UTimer* const silence;  // owned; runs while newer answers must come
 };
 
 // --- making and ending
@@ -81,19 +116,16 @@ void ChannelLinks::add(const Link& link, bool now) {
     for (const ParamRow& param : kParams) {
         if (!isLinked(param))
             continue;
-        const OPtr<UValue> end(new End(*this, placeOf(link.slave, &param), link.allows48V));
+        const OPtr<UValue> end(new End(*this, link, &param));
         pair.wires.push_back({&param, OPtr<UValueLinker>(new UValueLinker)});
         pair.wires.back().linker->addSlave(end);
     }
-    const Changing changing(*this, now ? kLine : kExactly);
+    const Changing changing(*this, now ? kLine : kBeginning);
     connect(pair);
 }
 
 bool ChannelLinks::remove(const ChannelAddress& one, const ChannelAddress& other) {
-    return std::erase_if(pairs, [&](const Pair& each) {
-               const Link& link = each.link;
-               return (link.master == one && link.slave == other) || (link.master == other && link.slave == one);
-           }) > 0;
+    return std::erase_if(pairs, [&](const Pair& each) { return each.link.joins(one) && each.link.joins(other); }) > 0;
 }
 
 std::vector<ChannelLinks::Link> ChannelLinks::all() const {
@@ -111,7 +143,7 @@ void ChannelLinks::connect(const Pair& pair) {
 }
 
 void ChannelLinks::deviceFound(int32_t device) {
-    const Changing changing(*this, kExactly);
+    const Changing changing(*this, kBeginning);
     for (const Pair& pair : pairs)
         if (pair.link.master.device == device)
             connect(pair);

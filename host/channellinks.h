@@ -22,6 +22,8 @@ public:
     struct Link {
         ChannelAddress master, slave;
         bool allows48V;
+
+        bool joins(const ChannelAddress& channel) const { return channel == master || channel == slave; }
     };
 
     explicit ChannelLinks(Remote& linked) : remote(linked) {}
@@ -31,7 +33,7 @@ public:
     std::string refusal(const ChannelAddress& master, const ChannelAddress& slave) const;
     /** now: the slave takes over what the master has. */
     void add(const Link& link, bool now);
-    /** Whichever way round. false: they aren't linked. */
+    /** That of the two, whichever way round; of one that is given twice, all that it has. false: there is none. */
     bool remove(const ChannelAddress& one, const ChannelAddress& other);
     std::vector<Link> all() const;
 
@@ -46,9 +48,10 @@ public:
 
     /** What changes values at the moment. */
     enum Cause {
-        kLine,     // devices say so; an answer to what this host has set isn't passed on
-        kHost,     // this host
-        kExactly,  // this host, which knows what belongs to each channel: nothing follows
+        kLine,       // devices say so; an answer to what this host has set isn't passed on
+        kHost,       // this host
+        kExactly,    // this host, which knows what belongs to each channel: nothing follows
+        kBeginning,  // nobody: a master is listened to from now on
     };
     /** As long as it lives, that is the cause. */
     class Changing {

@@ -98,7 +98,7 @@ const Commands::Row Commands::kCommands[] = {
     {"scene", 2, 3, &Commands::scene, "scene save NAME, scene delete NAME, scene recall NAME [--allow-48v]"},
     {"scenes", 0, 0, &Commands::scenes, "scenes"},
     {"link", 4, 6, &Commands::link, "link ID CH ID CH [--now] [--allow-48v]"},
-    {"unlink", 4, 4, &Commands::unlink, "unlink ID CH ID CH"},
+    {"unlink", 2, 4, &Commands::unlink, "unlink ID CH [ID CH]"},
     {"links", 0, 0, &Commands::links, "links"},
     {"sleep", 1, 1, &Commands::sleep, "sleep MS"},
     {"factory", 0, 0, &Commands::factory, "factory"},
@@ -397,17 +397,14 @@ bool Commands::scenes(const Words& /*words*/) {
     return true;
 }
 
-/** ID CH ID CH */
-bool Commands::scanChannels(const Words& words, ChannelAddress& one, ChannelAddress& other) {
-    for (ChannelAddress* each : {&one, &other}) {
-        const size_t at = each == &one ? 1 : 3;
-        int64_t device = 0, channel = 0;
-        if (!scanInRange(words[at], 1, kMaxDevice, device))
-            return refuse("ID is 1 to 255");
-        if (!scanInRange(words[at + 1], 0, TALV::kNumChannels - 1, channel))
-            return refuse("CH is 0 to 7");
-        *each = {int32_t(device), int32_t(channel)};
-    }
+/** ID CH */
+bool Commands::scanChannel(const Words& words, size_t at, ChannelAddress& address) {
+    int64_t device = 0, channel = 0;
+    if (!scanInRange(words[at], 1, kMaxDevice, device))
+        return refuse("ID is 1 to 255");
+    if (!scanInRange(words[at + 1], 0, TALV::kNumChannels - 1, channel))
+        return refuse("CH is 0 to 7");
+    address = {int32_t(device), int32_t(channel)};
     return true;
 }
 
@@ -415,7 +412,7 @@ bool Commands::link(const Words& words) {
     ChannelLinks::Link made = {};
     if (!areFlags(words, 5, {kNow, kAllow48V}))
         return refuse("usage: link ID CH ID CH [--now] [--allow-48v]");
-    if (!scanChannels(words, made.master, made.slave))
+    if (!scanChannel(words, 1, made.master) || !scanChannel(words, 3, made.slave))
         return false;
     for (const ChannelAddress& each : {made.master, made.slave})
         if (!remote.getDevices().contains(each.device))
@@ -427,10 +424,12 @@ bool Commands::link(const Words& words) {
 
 bool Commands::unlink(const Words& words) {
     ChannelAddress one = {}, other = {};
-    if (!scanChannels(words, one, other))
+    if (words.size() == 4)
+        return refuse("usage: unlink ID CH [ID CH]");
+    if (!scanChannel(words, 1, one) || !scanChannel(words, words.size() - 2, other))
         return false;
     if (!editor.getLinks().remove(one, other))
-        return refuse("these aren't linked");
+        return refuse(one == other ? "this channel isn't linked" : "these aren't linked");
     return links(words);
 }
 

@@ -64,7 +64,7 @@ private:
 
     bool scanAddress(const Words& words, size_t more, ParamAddress& address);
     bool tellSetting(const ParamAddress& address);
-    bool scanChannels(const Words& words, ChannelAddress& one, ChannelAddress& other);
+    bool scanChannel(const Words& words, size_t at, ChannelAddress& address);
     bool recall(const Words& words);
     bool tell(const Editor::Result& result, Setting Change::*side);
     bool refuse(const std::string& why);

@@ -18,16 +18,17 @@ std::string textOf(const Place& place) {
            (place.param->perChannel ? textOf(ChannelAddress{place.device, place.channel})
                                     : std::to_string(place.device));
 }
+}  // namespace
 
 std::string assignmentText(int32_t device, int32_t channel) {
     if (device == 0)
         return "input " + std::to_string(channel) + " free";
     return "device " + std::to_string(device) + (channel < 0 ? " off" : " on input " + std::to_string(channel));
 }
-}  // namespace
 
 Changes Editor::recorded(const std::vector<Place>& places, const Work& work) {
     std::vector<std::optional<Setting>> before;
+    before.reserve(places.size());
     for (const Place& place : places)
         before.push_back(settingAt(remote, place));
     work();

@@ -53,3 +53,6 @@ private:
     Scenes scenes;
     Place lastSet = {};
 };
+
+/** "device 1 on input 8", "device 1 off"; of device 0 "input 8 free". */
+std::string assignmentText(int32_t device, int32_t channel);

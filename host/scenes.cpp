@@ -163,9 +163,11 @@ Scene* Scenes::open(const std::string& name, std::string& error) {
 
 std::vector<std::string> Scenes::names() {
     std::vector<std::string> found;
+    String wide;
+    std::string error;
     look();
     for (int32_t i = 0; list && i < list->countPresets(false); ++i)
-        if (const std::string name = utf8Of(ConstString(list->getPresetName(i))); !name.empty())
+        if (const std::string name = utf8Of(ConstString(list->getPresetName(i))); scanName(name, wide, error))
             found.push_back(name);
     std::ranges::sort(found);
     return found;

@@ -36,7 +36,7 @@ public:
     bool remove(const std::string& name, std::string& error);
     /** Borrowed until the next call. */
     Scene* open(const std::string& name, std::string& error);
-    /** By name. */
+    /** Sorted; files that aren't called like a scene are none. */
     std::vector<std::string> names();
 
 private:

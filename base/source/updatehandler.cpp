@@ -1,5 +1,6 @@
 #include "base/source/updatehandler.h"
 #include "base/source/hooks.h"
+#include "pluginterfaces/base/smartpointer.h"
 #include <algorithm>
 #include <alloca.h>
 #include <sys/single_threaded.h>
@@ -263,9 +264,9 @@ bool UpdateHandler::deferKnown(FUnknown* object, int32_t message) {
     const ShortGuard guard(lock);
     if (!hasDependents(object))
         return false;
-    const DeferedChange change = {object, message};
-    if (deferedSet.insert(change).second)
-        defered.push_back(change);
+    const auto [first, last] = changesOf.equal_range(object);
+    if (std::none_of(first, last, [message](const auto& each) { return each.second->message == message; }))
+        changesOf.emplace(object, defered.insert(defered.end(), {object, message, false}));
     return true;
 }
 
@@ -279,12 +280,16 @@ int32_t UpdateHandler::cancelUpdates(FUnknown* face) {
 }
 
 void UpdateHandler::cancel(const FUnknown* object) {
-    if (deferedSet.empty())
-        return;
-    const auto ofObject = [object](const DeferedChange& each) { return each.object == object; };
-    std::erase_if(defered, ofObject);
-    std::erase_if(postponed, ofObject);
-    std::erase_if(deferedSet, ofObject);
+    const auto [first, last] = changesOf.equal_range(object);
+    for (auto each = first; each != last; ++each)
+        (each->second->isPostponed ? postponed : defered).erase(each->second);
+    changesOf.erase(first, last);
+}
+
+void UpdateHandler::forgetChange(Changes::iterator change) {
+    const auto [first, last] = changesOf.equal_range(change->object);
+    changesOf.erase(std::find_if(first, last, [change](const auto& each) { return each.second == change; }));
+    defered.erase(change);
 }
 
 /** The first change of the wanted object, null for any, leaves the list; those whose object is being told right now are
@@ -297,12 +302,11 @@ bool UpdateHandler::takeDefered(const FUnknown* wanted, DeferedChange& change) {
             continue;
         if (isRunning(here->object)) {
             postponed.splice(postponed.end(), defered, here);
-            putOff = true;
+            here->isPostponed = putOff = true;
             continue;
         }
         change = *here;
-        defered.erase(here);
-        deferedSet.erase(change);
+        forgetChange(here);
         return true;
     }
     return false;
@@ -315,15 +319,23 @@ bool UpdateHandler::isRunning(const FUnknown* object) const {
     return false;
 }
 
+void UpdateHandler::takePostponedBack() {
+    const ShortGuard guard(lock);
+    for (DeferedChange& change : postponed)
+        change.isPostponed = false;
+    defered.splice(defered.end(), postponed);
+}
+
 int32_t UpdateHandler::triggerDeferedUpdates(FUnknown* face) {
     FUnknown* wanted = identityOf(face);
     if (face && !wanted)
         return kResultFalse;
     DeferedChange change = {};
-    while (takeDefered(wanted, change))
+    while (takeDefered(wanted, change)) {
+        const IPtr<FUnknown> kept(change.object);  // also if a dependent lets it go
         triggerUpdates(change.object, change.message);
-    const ShortGuard guard(lock);
-    defered.splice(defered.end(), postponed);
+    }
+    takePostponedBack();
     return kResultOk;
 }
 

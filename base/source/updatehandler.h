@@ -5,7 +5,7 @@
 #include <atomic>
 #include <list>
 #include <span>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 namespace Tessarine {
@@ -20,13 +20,7 @@ struct Dependency {
 struct DeferedChange {
     FUnknown* object;
     int32_t message;
-    bool operator==(const DeferedChange& other) const { return object == other.object && message == other.message; }
-};
-
-struct DeferedChangeHash {
-    size_t operator()(const DeferedChange& change) const {
-        return std::hash<const void*>()(change.object) * 31 + size_t(change.message);
-    }
+    bool isPostponed;  // stands in that list
 };
 
 /** A notification that is running: the snapshot of its dependents on the stack of the thread that runs it. Entries are set
@@ -85,6 +79,7 @@ public:
 
 private:
     using Bucket = std::vector<Update::Dependency>;  // by address of the object, then in order of registration
+    using Changes = std::list<Update::DeferedChange>;
     struct Run;
     static constexpr size_t kNumBuckets = 256;
     static constexpr size_t kNumCrowds = 1024;
@@ -106,6 +101,8 @@ private:
     void removeFromAll(const IDependent* dependent);
     void cancel(const FUnknown* object);
     bool takeDefered(const FUnknown* wanted, Update::DeferedChange& change);
+    void forgetChange(Changes::iterator change);
+    void takePostponedBack();
     bool isRunning(const FUnknown* object) const;
 
     static UpdateHandler* current;
@@ -114,11 +111,11 @@ private:
     std::array<Bucket, kNumBuckets> map;
     // How many entries of the map are of the objects that share a slot; read by anyone.
     std::array<std::atomic<uint32_t>, kNumCrowds> crowds = {};
-    std::list<Update::DeferedChange> defered;    // in order
-    std::list<Update::DeferedChange> postponed;  // their object was just being told: they go back when a flush ends
+    Changes defered;      // in order
+    Changes postponed;    // their object was just being told: they go back when a flush ends
     bool putOff = false;  // some were put off since a run last ended, which wakes the loop for them
-    std::unordered_set<Update::DeferedChange, Update::DeferedChangeHash> deferedSet;  // both, for the look-up
-    Update::UpdateData* updateData = nullptr;                                         // the innermost that runs
+    std::unordered_multimap<const FUnknown*, Changes::iterator> changesOf;  // both, for the look-up
+    Update::UpdateData* updateData = nullptr;                               // the innermost that runs
 };
 
 }  // namespace Tessarine

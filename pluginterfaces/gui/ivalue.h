@@ -36,8 +36,8 @@ public:
     /** Begins or ends an edit session. */
     virtual void setEditLock(bool state) = 0;
     virtual bool isEditLocked() = 0;
-    /** A null buffer: length receives the text's length plus one. Otherwise at most *length - 1 characters and a terminator
-        are written, without a length all. */
+    /** A null buffer: length receives the text's length plus one. Otherwise at most *length - 1 characters and a
+        terminator are written, without a length all. */
     virtual void toString2(tchar* buffer, int32_t* length) = 0;
     virtual void fromString2(const tchar* text, bool update) = 0;
     virtual void setValue2(int32_t value, bool update) = 0;

@@ -15,8 +15,9 @@ public:
     virtual FUnknown* createClassInstance(const char* type, const tchar* name) = 0;
     /** Gives back what createClassInstance gave. */
     virtual void releaseClassInstance(FUnknown* object) = 0;
-    /** Makes the classes of a factory known, which is shared. Its objects are initialized with the context by whoever makes
-        them; null: with the program's own. The result counts the classes that are new. */
+    /** Makes the classes of a factory known, which is shared: a module whose code it is must stay loaded by its factory's
+        flags. The objects are initialized with the context by whoever makes them; null: with the program's own. The result
+        counts the classes that are new. */
     virtual int32_t addComponentClasses(IPluginFactory* factory, FUnknown* context) = 0;
 
     DECLARE_INTERFACE(IComponentFactory)

@@ -1,5 +1,6 @@
 """Undo, scenes and links of talv-host, with simulated devices over a real pseudo-terminal."""
 import time
+import unittest
 
 from harness import LineTest, SLOW
 from test_remote import RemoteTest, is_setting, setting
@@ -164,6 +165,15 @@ class Linked(EditingTest):
         self.assertEqual(self.settings_since(sim, host, mark), [setting(2, "gain", 50, 5)])
         self.assertEqual(sim.state(1)["gain"][0], 50)
 
+    def test_late_answers_move_nothing(self):
+        sim, host = self.start()
+        host.ask("link 1 0 2 0")
+        mark = self.quiet_mark(sim, host)
+        host.send(*(f"set 1 gain 0 {level}" for level in range(70)))  # two answers to each, 20 a second are taken in
+        host.reply(host.count(70))
+        self.assertEqual(len(self.settings_since(sim, host, mark)), 140)
+        self.assertEqual((host.value(2, "gain", 0), sim.state(2)["gain"][0]), (69, 69))
+
     def test_linking_pushes_by_the_word_and_phantom_power_by_its_own(self):
         sim, host = self.start()
         for line in ("set 1 gain 0 10", "set 1 plus48V 0 1", "set 2 gain 0 20", "set 2 plus48V 1 1"):
@@ -182,7 +192,15 @@ class Linked(EditingTest):
         self.assertEqual(len(host.ask("unlink 2 0 1 0")["links"]), 1)
         host.ask("set 1 gain 0 11")
         self.assertEqual((host.value(2, "gain", 0), host.value(2, "gain", 1)), (10, 11))
+        host.ask("link 2 1 2 7")
+        self.assertFalse(host.command("unlink 2 1 2")["ok"])
+        self.assertEqual(host.ask("unlink 2 1")["links"], [], "as a slave and as a master")
+        self.assertFalse(host.command("unlink 2 1")["ok"])
         self.assertEqual(host.quit(), 0)
 
 
 del LineTest, RemoteTest, EditingTest
+
+
+if __name__ == "__main__":
+    unittest.main()

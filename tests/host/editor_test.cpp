@@ -2,6 +2,7 @@
 #include "tests/host/hostfixture.h"
 #include "tests/support/pieces.h"
 #include <fstream>
+#include <sstream>
 
 using namespace Tessarine;
 
@@ -132,10 +133,10 @@ protected:
     }
     /** Of channel 0 of each device: "5 0 1". */
     std::string channelsOf(const char* param) {
-        std::string text;
+        std::ostringstream text;
         for (int32_t device = 1; device <= 3; ++device)
-            text += (device > 1 ? " " : "") + std::to_string(value(device, param)->getValueInt());
-        return text;
+            text << (device > 1 ? " " : "") << value(device, param)->getValueInt();
+        return text.str();
     }
     size_t countSteps() { return ask("history")["entries"].size(); }
 
@@ -281,6 +282,25 @@ TEST_F(EditorTest, AnswersUnderWayUndoNothing) {
     EXPECT_EQ(channelsOf("gain"), "10 12 0");
 }
 
+TEST_F(EditorTest, WhatOnlyLooksLikeAnAnswerIsFollowed) {
+    const auto report = [this](int32_t level) { value(1, "gain")->setValue2(level, true); };
+    run("set 1 gain 0 10|link 1 0 2 0|set 1 gain 0 33");
+    report(10);
+    EXPECT_EQ(channelsOf("gain"), "10 10 0") << "it stood there when the link was made; nobody has set it since";
+    run("set 1 gain 0 20|set 1 gain 0 33");
+    desk->drop();
+    for (int32_t device = 1; device <= 3; ++device)
+        desk->add(device);
+    desk->setReady(true);
+    report(20);
+    EXPECT_EQ(channelsOf("gain"), "20 20 0") << "these devices weren't asked";
+    run("set 1 gain 0 30|set 1 gain 0 33");
+    report(30);
+    EXPECT_EQ(channelsOf("gain"), "30 33 0");
+    application.run(5500);
+    EXPECT_EQ(channelsOf("gain"), "30 30 0") << "nothing newer has come";
+}
+
 TEST_F(EditorTest, NamesOfScenes) {
     struct Row {
         std::string word;
@@ -313,7 +333,8 @@ TEST_F(EditorTest, NamesOfScenes) {
         if (!saved)
             continue;
         EXPECT_TRUE(isDone("scene save " + row.word)) << "instead of the first";
-        EXPECT_EQ(ask("scenes")["scenes"], Json::array({replies[replies.size() - 1]["name"]}));
+        const Json name = replies[replies.size() - 1]["name"];
+        EXPECT_EQ(ask("scenes")["scenes"], Json::array({name}));
         EXPECT_TRUE(isDone("scene recall " + row.word));
         EXPECT_TRUE(isDone("scene delete " + row.word));
         EXPECT_EQ(ask("scenes")["scenes"], Json::array());
@@ -329,6 +350,8 @@ TEST_F(EditorTest, AFolderThatIsInTheWayIsNoScene) {
     fs::copy(scenes / "Show.xml", scenes / "Copy.xml");  // by somebody else
     EXPECT_TRUE(isDone("scene recall Copy"));
     EXPECT_EQ(channelsOf("gain"), "5 0 0");
+    fs::copy(scenes / "Show.xml", scenes / (std::string(230, 'x') + ".xml"));
+    EXPECT_EQ(ask("scenes")["scenes"], Json::array({"Copy", "Show"})) << "those that can be recalled";
     fs::remove_all(scenes);
     std::ofstream(scenes) << "no folder";
     EXPECT_FALSE(isDone("scene save Show"));

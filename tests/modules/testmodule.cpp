@@ -3,11 +3,15 @@
 //   flags N          of the factory               level N       1 to 3: how much of a factory it is
 //   initialize N     what its objects answer      terminate N
 //   factory 0        it has none
+//   uses N           one of its own components, when it hears of its host: 1 for a moment, 2 until it is left
+//   adds 1           makes its own factory known as well then
 //   class CID CARDINALITY CATEGORY NAME           up to the end of the line
 //
 // It adds a line to "loads" there each time it is entered.
 #include "pluginterfaces/base/imodulebundle.h"
 #include "pluginterfaces/base/ipluginbase.h"
+#include "pluginterfaces/base/smartpointer.h"
+#include "pluginterfaces/host/icomponentfactory.h"
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -19,10 +23,11 @@ using namespace Tessarine;
 
 namespace {
 struct Settings {
-    int32_t flags = 0, level = 3, initialize = kResultOk, terminate = kResultOk, factory = 1;
+    int32_t flags = 0, level = 3, initialize = kResultOk, terminate = kResultOk, factory = 1, uses = 0, adds = 0;
     std::vector<PClassInfo2> classes;
 };
 Settings settings;
+OPtr<FUnknown> ownComponent;
 
 class Component : public IPluginBase {
 public:
@@ -45,6 +50,15 @@ public:
 private:
     int32_t references = 1;
 };
+
+/** The first class, as the host knows it. */
+void useOwnComponent(IComponentFactory& components) {
+    const char* category = settings.classes.front().category;
+    if (components.countClasses(category) > 0)
+        ownComponent = components.createClassInstance(category, components.getClassName(category, 0));
+    if (settings.uses == 1)
+        ownComponent = nullptr;
+}
 
 class Factory : public IPluginFactory3 {
 public:
@@ -77,7 +91,15 @@ public:
         info->fromAscii(settings.classes[size_t(index)]);
         return kResultOk;
     }
-    int32_t setHostContext(FUnknown* context) override { return context ? kResultOk : kInvalidArgument; }
+    int32_t setHostContext(FUnknown* context) override {
+        const FUnknownPtr<IHostClasses> host(context);
+        const FInstancePtr<IComponentFactory> components(host);
+        if (components && settings.uses)
+            useOwnComponent(*components);
+        if (components && settings.adds)
+            components->addComponentClasses(this, nullptr);
+        return context ? kResultOk : kInvalidArgument;
+    }
     int32_t createInstance(const char* cid, const char* iid, void** obj) override {
         for (const PClassInfo2& row : settings.classes)
             if (FUID::same(row.cid, cid)) {
@@ -98,6 +120,8 @@ void takeLine(const std::string& line) {
         {"initialize", &settings.initialize},
         {"terminate",  &settings.terminate },
         {"factory",    &settings.factory   },
+        {"uses",       &settings.uses      },
+        {"adds",       &settings.adds      },
     };
     std::istringstream words(line);
     std::string word, cid, category, name;
@@ -125,6 +149,7 @@ MODULE_ENTRY bool bundleEntry(void* bundleRef) {
 }
 
 MODULE_ENTRY bool bundleExit() {
+    ownComponent = nullptr;
     return true;
 }
 

@@ -45,6 +45,8 @@ public:
 
     /** A number that no other description of this run has. */
     int32_t getRuntimeID() { return runtimeID < 0 ? assignRuntimeID() : runtimeID; }
+    /** It has this one already. */
+    bool hasRuntimeID(int32_t number) const { return number >= 0 && number == runtimeID; }
     bool isAvailable() const { return available; }
     void setAvailable(bool state) { available = state; }
     /** It is there for good: its module stays loaded, or it has none. */
@@ -162,6 +164,7 @@ public:
     ~FComponentRegistry() override;
 
     // FModuleManager
+    /** The classes of all factories go first: any of them may be code of a module. */
     void removeAll() override;
     FModuleBase* createModule(FPath* path) override;
     bool onRestoreModule(FDefaults* defaults, FModuleBase* module) override;

@@ -13,7 +13,7 @@ namespace Tessarine {
 
     get     false, and the target as it was: there is no such key, or its value is of another kind. Numbers and texts turn into
             each other.
-    set     false: the key is empty, or key or text is longer than what the file can hold: 2047 bytes, escaped.
+    set     false: the key is empty.
     init    get; a missing key is set to what the target holds, and the result is false.
     Threads the main thread. */
 class FDefaults : public CmObject {

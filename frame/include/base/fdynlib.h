@@ -6,7 +6,7 @@
 
 namespace Tessarine {
 
-/** Code that is loaded by name: a bundle of that name or, where there is none, a plain library. It goes with the object.
+/** Code that is loaded by name: a bundle of that name or, where no folder has one, a plain library. It goes with the object.
 
     Names     without an extension; a whole path, or one below the program's folder or a folder that was added.
     Results   a library that can't be had has no addresses.
@@ -31,7 +31,6 @@ protected:
     bool init(const tchar* name, bool isAbsolute);
 
 private:
-    bool loadFrom(const FNPath* folder, const tchar* name);
     bool take(FLoadableBundle* opened);
 
     OPtr<FLoadableBundle> bundle;

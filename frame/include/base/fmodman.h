@@ -1,6 +1,7 @@
 #pragma once
 #include "base/fdefaults.h"
 #include "base/fmodule.h"
+#include <vector>
 
 namespace Tessarine {
 class FComponentDescription;
@@ -92,6 +93,7 @@ private:
     bool closeEntry(const Entry& entry);
     FModuleBase* takeModule(OPtr<FModuleBase> module);
 
+    std::vector<const FModuleBase*> beingTaken;  // borrowed: one that is entered may have its own folder scanned
     bool cacheChanged = false;
 };
 

@@ -69,7 +69,7 @@ public:
     void storeActivation();
     /** Borrowed. */
     IPluginBase* getServiceInstance(const FUID& cid) const;
-    /** Adds those of all categories, by the container's ownership. */
+    /** Adds those of all categories; a container that owns its elements shares them. */
     void collectServiceDescriptions(CmContainer& descriptions) const;
 
     /** Makes gServiceManager if there is none, and the registry. */

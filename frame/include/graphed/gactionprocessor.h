@@ -174,7 +174,7 @@ private:
         kMassOperation = 1,
         kBranchesValid = 2,
         kBranchesChanged = 4,
-        kMayFork = 8,  // branches were kept since the history was last without any
+        kMayFork = 8,  // there were branches since the history was last without any
     };
     static constexpr int32_t kUnknownLength = -1;
 
@@ -182,6 +182,7 @@ private:
 
     bool isMine(const GActionNode* node) const { return node->isBehind(&rootNode); }
     bool canTurn(const GAction* action, GAction::State state) const;
+    void moveBehindCurrent(GActionNode* node);
     void turned(GAction* action, GActionNode* newCurrent, int32_t steps, int32_t change,
                 void (IActionProcessorHook::*tell)(GAction*));
     GAction* nearest(int32_t mode, CmObjectFilter& filter, bool stopAtBranch) const;

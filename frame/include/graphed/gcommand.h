@@ -8,12 +8,16 @@ namespace Tessarine {
 class FMessage;
 class GAction;
 
-/** A user action with a name, which menus and keys can fire. Main thread. */
+/** A user action with a name, which menus and keys can fire. Its names stay while a manager has it. Main thread. */
 class GCommand : public CmObject {
 public:
     DECLARE_CLASS(GCommand, CmObject)
     DECLARE_NEWCOPY(GCommand)
-    enum Flag : int32_t { kEnabled = 1, kMayBeDisabled = 2, kKeysWereStored = 4 };
+    enum Flag : int32_t {
+        kEnabled = 1,
+        kMayBeDisabled = 2,
+        kKeysWereStored = 4,  // before it came: default keys that it gets now aren't assigned
+    };
     /** Answers of fire, beside those of who interprets it. */
     enum Answer : int32_t { kDisabled = -1, kNotDone = 0, kDone = 1 };
 
@@ -22,8 +26,8 @@ public:
     GCommand(const GCommand& source);
     GCommand& operator=(const GCommand&) = delete;
     using CmObject::update;
-    /** Fires when a value of it was switched on. The value springs back, so that a press is one shot, whether its control
-        switches or pushes. */
+    /** Fires when a value of it was switched on. The value springs back, so that a press is one shot, whether its
+        control switches or pushes. */
     void update(CmObject* source, int32_t message) override;
 
     /** key: the code of the one that was pressed, or 0. Above 0: done; -1: disabled, or nobody dispatches. */

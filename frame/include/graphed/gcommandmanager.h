@@ -5,6 +5,7 @@
 #include "graphed/gmacrocommand.h"
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Tessarine {
@@ -21,8 +22,8 @@ struct GCommandDesc {
 /** All commands, their keys and macros; where their actions are dispatched.
 
     Owns      commands, categories and keys. What is handed out is borrowed. Handlers are borrowed.
-    Keys      one command for a key; a command may have several. Keys of commands that aren't there are kept for them, and then
-              stand instead of those that they come with.
+    Keys      one command for a key; a command may have several. Keys of commands that aren't there are kept for them,
+              and then stand instead of those that they come with.
     Files     are read wholly before the first key changes: what can't be read changes nothing.
     Threads   main, except performAction. */
 class GCommandManager : public CmObject, public IActionDispatcher, public IActionManager2 {
@@ -38,8 +39,8 @@ public:
     int32_t notify(FMessage* message) override;
 
     // commands
-    /** The command, a new one or that of this name, which then has one key more; null: a name is missing. The key isn't taken
-        from another command. A sub-category shows it too. */
+    /** The command, a new one or that of this name, which then has one key more; null: a name is missing. The key isn't
+        taken from another command. A sub-category shows it too. */
     GCommand* addCommand(const char* category, const char* name, const tchar* title, const UKeyCode& key,
                          const char* subCategory = nullptr);
     void addCommands(const GCommandDesc* commands, int32_t count);
@@ -107,13 +108,13 @@ public:
     int32_t getLastPerformedAction(const char** category, const char** name) override;
 
     // persistence
-    /** An int32 count, and for each record category and name as stored texts, then the low byte of the character, the virtual
-        key and the modifiers; with bit 7 of these the second byte is the high one of the character. A record without a key
-        takes all keys from its command. */
+    /** An int32 count, and for each record category and name as stored texts, then the low byte of the character, the
+        virtual key and the modifiers; with bit 7 of these the second byte is the high one of the character. A record
+        without a key takes all keys from its command. */
     bool internalize(FArchive& archive) override;
     bool externalize(FArchive& archive) const override;
-    /** "Categories", each with "Name" and "Commands", each with "Name" and "Key"; "Macros", each with "Name" and "Commands",
-        each with "Category" and "Name". */
+    /** "Categories", each with "Name" and "Commands", each with "Name" and "Key"; "Macros", each with "Name" and
+        "Commands", each with "Category" and "Name". */
     bool storeAttributes(FAttributes& attributes) const override;
     bool restoreAttributes(FAttributes& attributes) override;
 
@@ -122,15 +123,20 @@ private:
         FString oldCategory, oldName, category, name;
     };
     using KeyRecords = std::vector<OPtr<GKeyCommand>>;
-    static constexpr uint32_t kLongestName = 255;  // of what comes out of a file; longer ones can't be read again
+    using KeysByCommand = std::unordered_map<const GCommand*, std::vector<const GKeyCommand*>>;  // null: unknown ones
+    static constexpr uint32_t kLongestName = 255;  // characters, of what files hold
 
     void setFlag(int32_t flag, bool state) { managerFlags = state ? managerFlags | flag : managerFlags & ~flag; }
     GCommandCategory* categoryAt(int32_t index) const { return static_cast<GCommandCategory*>(categories.at(index)); }
     GCommand* commandAt(int32_t category, int32_t action) const;
     GCommandCategory& categoryFor(const ConstString& name);
-    void addToCategories(GCommand* command, const char* subCategory);
-    void addDefaultKey(GCommand* command, const UKeyCode& key);
+    /** Takes over the reference. */
+    void takeCommand(GCommand* command);
+    /** A new command doesn't even come with a key that another one has. */
+    void addDefaultKey(GCommand& command, const UKeyCode& key, bool isNew);
     void assignKey(const UKeyCode& key, const GCommand& command);
+    /** Instead of the one of this key; takes over the reference. */
+    bool putKeyCommand(GKeyCommand* added);
     bool isNameOf(const GCommand& command, const GKeyCommand& record) const;
     /** What was stored for a command that has come. */
     void wakeDormant(GCommand& command);
@@ -139,21 +145,31 @@ private:
     void removeCommand(GCommand* command);
     /** Null: there is a command of this name. */
     GMacroCommand* newMacro(const ConstString& name);
-    /** A known command gets the key, for another one it is kept; no key takes all. */
+    /** A known command gets the key, for another one it is kept. */
     void takeKey(const GKeyCommand& record);
+    /** No key takes all that it has. */
+    void giveStoredKey(const GKeyCommand& record, const GCommand& command);
     int32_t tellHandlers(FMessage* message);
     int32_t fireNamed(const ConstString& category, const ConstString& name);
     /** Texts to hand out. */
     const char* shown8(const FString& text);
     const tchar* shown16(const FString& text);
-    /** All that is to be stored: no key for each command, then those that it has, then those of unknown commands. */
+    /** In the order of the keys, then the dormant ones. */
+    KeysByCommand keysByCommand() const;
+    /** All that is to be stored: no key for each command, then those that it has, then those of unknown commands. Names
+        that aren't storable are left out. */
     KeyRecords keyRecords() const;
     void takeKeys(const KeyRecords& records);
     bool storeKeys(FAttributes& attributes) const;
     void restoreMacro(GMacroCommand& macro, const FAttributes& attributes) const;
+    /** Not empty, not too long for one of the files, and without control characters. */
     static bool isStorable(const ConstString& name);
+    static bool isStorable(const ConstString& category, const ConstString& name) {
+        return isStorable(category) && isStorable(name);
+    }
 
     CmArray commands{0, -1};
+    std::unordered_map<std::u16string, GCommand*> byName;  // each of the commands
     CmArray categories{0, -1};
     CmArray dormantKeyCommands{0, -1};
     CmOrderedArray keyCommands{0, -1};

@@ -15,14 +15,15 @@ class GCommandManager;
 namespace GKeyCommandsFile {
 enum Result : int32_t { kRead, kNotAKeyCommandsFile, kWrongVersion, kMalformed };
 
-/** The keys of the file instead of those that are set, if any command of it is known. A result that isn't kRead is shown to
-    the user, and nothing has changed. */
+/** The keys of the file instead of those that are set, if any command of it is known. A result that isn't kRead is
+    shown to the user, and nothing has changed. */
 Result importFrom(FStream& stream, GCommandManager& manager);
-/** Commands or keys whose text has quotes or line ends, or makes too long a line, are left out. false: something wasn't written. */
+/** Commands or keys whose text has quotes or line ends, or makes too long a line, are left out. false: the stream
+    didn't take the rest. */
 bool exportTo(FStream& stream, const GCommandManager& manager);
 
-/** The macros alone, as XML in the root tag "MacroCommands"; they replace those of the same names. false: not written, or
-    not read wholly, or macros are off, and nothing has changed. */
+/** The macros alone, as XML in the root tag "MacroCommands"; they replace those of the same names. false: not written,
+    or not read wholly, or macros are off, and nothing has changed. */
 bool exportMacros(FStream& stream, const GCommandManager& manager);
 bool importMacros(FStream& stream, GCommandManager& manager);
 

@@ -3,14 +3,15 @@
 
 namespace Tessarine {
 
-/** Commands that are fired one after the other, and undone as one. They are looked up by name when they are fired, so that
-    some may come later than the macro. Macros may hold macros; one that is met again while it runs, or too deep inside of
-    others, does nothing. */
+/** Commands that are fired one after the other, and undone as one. They are looked up by name when they are fired, so
+    that some may come later than the macro. Macros may hold macros; one that is met again while it runs, or too deep
+    inside of others, does nothing, and there is an end to what one may fire. */
 class GMacroCommand : public GCommand {
 public:
     DECLARE_CLASS(GMacroCommand, GCommand)
     static constexpr char kCategory[] = "Macro";
-    static constexpr int32_t kDeepest = 32;  // macros in macros
+    static constexpr int32_t kDeepest = 32;        // macros in macros
+    static constexpr int32_t kMostFired = 10'000;  // commands, with those of the macros in it
 
     explicit GMacroCommand(const ConstString& name = ConstString());
     GMacroCommand(const GMacroCommand&) = delete;
@@ -26,7 +27,8 @@ public:
     static bool allowCommand(const ConstString& category, const ConstString& name);
     /** Shares it. false: null, or not allowed. */
     bool addCommand(GCommand* command);
-    bool removeCommand(const GCommand* command) { return commands.removeAt(commands.indexAbs(command)); }
+    /** All of this name. */
+    void removeCommands(const ConstString& category, const ConstString& name);
     const CmArray& getCommands() const { return commands; }
     void removeAllCommands() { commands.removeAll(); }
 

@@ -6,6 +6,8 @@
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/ffiletype.h"
 #include "storage/fpath.h"
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Tessarine {
@@ -40,8 +42,12 @@ private:
     friend class FPreset;
     friend class FPresetList;
 
+    /** Counts one that was read. false: it isn't complete, or what is below it goes deeper than an archive does. */
+    bool takesBelow(const FPresetItem& below);
+
     bool complete = true;  // false from the factory to the end of reading
     bool isPlaced = false;
+    int32_t height = 0;  // of the items that were read below it
 };
 
 /** A named object. */
@@ -52,6 +58,7 @@ public:
     FPreset();
     /** Takes the reference over. */
     FPreset(CmObject* object, const tchar* name, int32_t flags = kCanModify);
+    ~FPreset() override;
 
     /** Borrowed; may be null. The path of a file, as long as that hasn't been read. */
     CmObject* getObject() const { return object; }
@@ -84,6 +91,7 @@ private:
     Indices   of presets count the presets of this list alone, those of sub-lists the sub-lists alone.
     Deep      with what is in the sub-lists, each behind what stands before it.
     Names     of at most kMaxName characters; longer ones, and ids, are refused.
+    Depth     of lists that are read: FAttributeArchiveBase::kMaxDepth; what lies deeper is passed over.
     Results   null, false or -1 for a miss. What is handed out is borrowed.
     Hears     whoever depends on the list, of each change.
     Threads   the main thread. */
@@ -169,7 +177,8 @@ private:
     bool takeLoaded(CmObject* loaded);
     void takeQueue(FAttributes& attributes, const char* key);
 
-    FString id;  // wide
+    FString id;             // wide
+    int32_t listCount = 0;  // among the items
 };
 
 /** A list of memory that has a file of its own. */
@@ -266,6 +275,7 @@ private:
 class FMultiPreset : public CmObject {
 public:
     explicit FMultiPreset(bool isCopy = false);
+    ~FMultiPreset() override;
 
     /** Shared, or with isCopy copied, where the class has copies. */
     bool addObject(CmObject* object);
@@ -335,14 +345,18 @@ public:
 
 private:
     static TArray<Function>& postLoaders();
+    FPresetList* findRAMList(const tchar* id) const;
+    FPresetList* findFileList(const tchar* id) const;
+    void addRAMList(FPresetList* list);
     void merge(FPresetList* list);
     bool loadFile(FNPath& path, const char* root, CmObject& object);
     bool loadOwnFile(FNPath& path);
     bool keepSpoilt(const FNPath& folder);
 
-    CmLinkedList ramLists;       // of FPresetList
-    CmLinkedList fileLists;      // of FFilePresetList
-    std::vector<FNPath> spoilt;  // files that are there, and couldn't be read
+    CmLinkedList ramLists;                                 // of FPresetList; none ever leaves
+    CmLinkedList fileLists;                                // of FFilePresetList
+    std::vector<FNPath> spoilt;                            // files that are there, and couldn't be read
+    std::unordered_map<std::u16string, FPresetList*> ids;  // of ramLists, the first of an id
 };
 
 /** Makes gPresetPool and loads it: from the user's "Presets", which begin as a copy of the application's. */

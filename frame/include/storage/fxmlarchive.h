@@ -28,8 +28,8 @@ namespace Tessarine {
                 <item value="1"/> with the id of one; of type list with <item> attributes </item>
 
     Order     of the objects of the roots only those follow that haven't been written in place, where they were met first.
-    Limits    those of FXmlParser: a key or text that is longer than 2047 bytes when it is escaped is written, and the file can't be
-              read again. Text that was cut off between two tags is read as far as it goes: see isWhole.
+    Limits    those of FXmlParser, but keys and texts may be of any length. Text that was cut off between two tags is read as far as
+              it goes: see isWhole.
     Unknown   elements are passed over, with what stands in them. */
 class FXmlArchive : public FAttributeArchiveBase {
 public:

@@ -208,7 +208,7 @@ FComponentDescription* FComponentRegistry::getComponentDescription(FUnknown* obj
 
 FComponentDescription* FComponentRegistry::getComponentDescriptionByRuntimeID(int32_t runtimeID) {
     for (FComponentDescription* each : sortedClasses())
-        if (each->getRuntimeID() == runtimeID)
+        if (each->hasRuntimeID(runtimeID))
             return each;
     return nullptr;
 }

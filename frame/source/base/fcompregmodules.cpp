@@ -1,6 +1,7 @@
 #include "base/fcompreg.h"
 #include "storage/fpath.h"
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 
@@ -12,6 +13,7 @@ constexpr const char* kEmail = "Email";
 constexpr const char* kFlags = "Flags";
 constexpr const char* kNumClasses = "NumClasses";
 constexpr const char* kClassID = "CID";
+constexpr std::string_view kOfClass = "Class ";
 constexpr int32_t kClassesUnknown = -1;
 constexpr int32_t kMaxClasses = 10000;  // of one module that are believed
 
@@ -41,17 +43,20 @@ public:
         number = uint32_t(bits);
         return found;
     }
+    bool restore(const char* name, FUID& cid) {
+        return defaults.getString8(keyOf(name), scratch) && cid.fromString(scratch.text8());
+    }
 
 private:
     template <class Char, size_t Size>
     bool copy(const Char* text, Char (&field)[Size]) const {
-        std::copy_n(text, std::min<size_t>(scratch.length(), Size - 1), field);
+        std::copy_n(text, std::min<size_t>(scratch.length(), Size), field);
         return true;
     }
     const char* keyOf(const char* name) {
         if (index < 0)
             return name;
-        std::snprintf(key, sizeof(key), "Class %02i - %s", int(index), name);
+        std::snprintf(key, sizeof(key), "%s%02i - %s", kOfClass.data(), int(index), name);
         return key;
     }
 
@@ -84,7 +89,31 @@ void visitFactory(Info& info, Visit visit) {
     visit(kFlags, info.flags);
 }
 
-void storeClass(Fields& fields, const PClassInfoW& info) {
+void addField(FDefaults& defaults, FStringIDAttribute* field) {
+    field->addRef();
+    defaults.getValues().addAttribute(field);
+}
+
+/** The fields of each class by themselves: looking for each of them among all takes ever longer. */
+std::vector<OPtr<FDefaults>> splitByClass(FDefaults& defaults, int32_t count) {
+    std::vector<OPtr<FDefaults>> classes(static_cast<size_t>(count));
+    std::ranges::generate(classes, [] { return OPtr<FDefaults>(new FDefaults); });
+    FAttributes& all = defaults.getValues();
+    for (int32_t i = 0; i < all.countAttributes(); ++i) {
+        FStringIDAttribute* field = all.getAttribute(i);
+        const std::string_view key = field->getID();
+        int32_t index = -1;
+        if (key.starts_with(kOfClass))
+            std::from_chars(key.data() + kOfClass.size(), key.data() + key.size(), index);
+        if (index >= 0 && index < count)
+            addField(*classes[size_t(index)], field);
+    }
+    return classes;
+}
+
+void storeClass(FDefaults& defaults, int32_t index, const PClassInfoW& info) {
+    const OPtr<FDefaults> ofClass(new FDefaults);
+    Fields fields(*ofClass, index);
     const auto store = [&fields](const char* name, const auto& field) {
         fields.store(name, field);
         return true;
@@ -94,13 +123,15 @@ void storeClass(Fields& fields, const PClassInfoW& info) {
     fields.store(kClassID, digits);
     visitNeeded(info, store);
     visitOptional(info, store);
+    for (int32_t i = 0; i < ofClass->getValues().countAttributes(); ++i)
+        addField(defaults, ofClass->getValues().getAttribute(i));
 }
 
-bool restoreClass(Fields& fields, PClassInfoW& info) {
+bool restoreClass(FDefaults& ofClass, int32_t index, PClassInfoW& info) {
+    Fields fields(ofClass, index);
     const auto restore = [&fields](const char* name, auto& field) { return fields.restore(name, field); };
-    char digits[2 * FUID::kSize + 2] = {};  // one more than there should be, so that it shows
     FUID cid;
-    if (!restore(kClassID, digits) || !cid.fromString(digits) || !visitNeeded(info, restore))
+    if (!restore(kClassID, cid) || !visitNeeded(info, restore))
         return false;
     cid.toTUID(info.cid);
     visitOptional(info, restore);
@@ -133,6 +164,10 @@ bool mayBeLoaded(const FModule& module) {
     return module.getPath() && !doNotLoadThem().contains(module.getPath()->getFileName());
 }
 
+int32_t countOf(IPluginFactory& factory) {
+    return std::min(factory.countClasses(), kMaxClasses);
+}
+
 bool isCached(const PFactoryInfo& info) {
     return (info.flags & (FModule::kClassesVary | FModule::kAsksEachTime)) == 0;
 }
@@ -147,10 +182,12 @@ FModuleBase* FComponentRegistry::createModule(FPath* path) {
 }
 
 void FComponentRegistry::removeAll() {
-    const Sorted all = sorted;
-    for (FComponentDescription* each : all)
-        if (const auto* component = classCast<FPluginComponent>(each); component && component->getModule())
-            forget(each);
+    {
+        const std::vector<IPtr<FComponentDescription>> all(sorted.begin(), sorted.end());
+        for (FComponentDescription* each : all)
+            if (classCast<FPluginComponent>(each))
+                forget(each);
+    }
     FModuleManager::removeAll();
 }
 
@@ -163,7 +200,7 @@ bool FComponentRegistry::isKnownCategory(const char* category) const {
 
 bool FComponentRegistry::checkForUnicodeCompliantInterfaces(IPluginFactory& factory) const {
     PClassInfo info;
-    for (int32_t i = 0; i < factory.countClasses(); ++i)
+    for (int32_t i = 0; i < countOf(factory); ++i)
         if (factory.getClassInfo(i, &info) == kResultOk && !isKnownCategory(info.category))
             return false;
     return true;
@@ -185,7 +222,7 @@ bool FComponentRegistry::onRegisterModule(FDefaults* defaults, FModuleBase* base
 }
 
 bool FComponentRegistry::registerClasses(FDefaults& defaults, FModule& module, IPluginFactory& factory) {
-    const int32_t count = std::min(factory.countClasses(), kMaxClasses);
+    const int32_t count = countOf(factory);
     PFactoryInfo info;
     if (count < 1 || factory.getFactoryInfo(&info) != kResultOk)
         return false;
@@ -200,8 +237,7 @@ bool FComponentRegistry::registerClasses(FDefaults& defaults, FModule& module, I
         if (!readClass(factory, i, record))
             continue;
         addComponentClass(new FPluginComponent(record, info, &module, nullptr));
-        Fields ofClass(defaults, i);
-        storeClass(ofClass, record);
+        storeClass(defaults, i, record);
     }
     return true;
 }
@@ -211,7 +247,7 @@ int32_t FComponentRegistry::addComponentClasses(IPluginFactory* factory, FUnknow
     if (!factory || factory->getFactoryInfo(&info) != kResultOk)
         return 0;
     int32_t added = 0;
-    for (int32_t i = 0; i < std::min(factory->countClasses(), kMaxClasses); ++i) {
+    for (int32_t i = 0; i < countOf(*factory); ++i) {
         PClassInfoW record;
         if (readClass(*factory, i, record))
             added += addComponentClass(new FPluginComponent(record, info, nullptr, factory, context));
@@ -227,6 +263,7 @@ bool FComponentRegistry::onRestoreModule(FDefaults* defaults, FModuleBase* base)
         return false;
     Fields fields(*defaults);
     PFactoryInfo info;
+    info.flags = 0;
     visitFactory(info, [&fields](const char* name, auto& field) { fields.restore(name, field); });
     module->updateInfo(info);
     if (!isCached(info))
@@ -241,9 +278,10 @@ bool FComponentRegistry::onRestoreModule(FDefaults* defaults, FModuleBase* base)
     int32_t count = 0;
     if (!fields.restore(kNumClasses, count) || count < 1 || count > kMaxClasses)
         return false;
-    std::vector<PClassInfoW> records(static_cast<size_t>(count));
+    const std::vector<OPtr<FDefaults>> classes = splitByClass(*defaults, count);
+    std::vector<PClassInfoW> records(classes.size());
     for (int32_t i = 0; i < count; ++i)
-        if (Fields ofClass(*defaults, i); !restoreClass(ofClass, records[size_t(i)]))
+        if (!restoreClass(*classes[size_t(i)], i, records[size_t(i)]))
             return false;
     for (const PClassInfoW& record : records)
         addComponentClass(new FPluginComponent(record, info, module, nullptr));

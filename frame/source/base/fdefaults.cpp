@@ -1,9 +1,8 @@
 #include "base/fdefaults.h"
-#include "collect/cmbuffer.h"
 #include "network/hooks.h"
+#include "pluginterfaces/base/istringresult.h"
 #include "storage/fpath.h"
 #include "storage/fxmlarchive.h"
-#include "storage/fxmlwriter.h"
 #include "storage/hooks.h"
 #include <algorithm>
 #include <cstring>
@@ -17,24 +16,9 @@ constexpr const char* kAutoSavers = "AutoSavers";
 constexpr const char* kGroup = "Group";
 constexpr const char* kVersion = "Version";
 constexpr const char* kValues = "Values";
-constexpr uint32_t kMaxStored = 2047;   // bytes, escaped: what the reader of the file takes
-constexpr uint32_t kLongestEscape = 6;  // "&quot;"
 
 bool isName(const char* text) {
     return text && *text;
-}
-
-bool fitsFile(const ConstString& text) {
-    if (text.length() <= kMaxStored / kLongestEscape)
-        return true;
-    CmBuffer escaped;
-    String wide(text);
-    return wide.toWideString() && FXmlWriter::encodeString(escaped, wide.text16()) &&
-           escaped.getFillSize() <= kMaxStored;
-}
-
-bool isKey(const char* key) {
-    return isName(key) && fitsFile(ConstString(key));
 }
 
 int32_t resultOf(bool good) {
@@ -51,8 +35,7 @@ int32_t copyText(const Char* text, uint32_t length, Char* target, int32_t size) 
 }
 
 bool storeDefaultPath(const char* pool, const char* key, const FNPath& path) {
-    const bool fits = isKey(key) && fitsFile(ConstString(path.getName())) && fitsFile(ConstString(path.getPathName()));
-    FDefaults* defaults = gDefaults && fits ? gDefaults->getDefaults(pool, 0, true) : nullptr;
+    FDefaults* defaults = gDefaults && isName(key) ? gDefaults->getDefaults(pool, 0, true) : nullptr;
     return defaults && defaults->getValues().setMember(key, path);
 }
 
@@ -80,7 +63,7 @@ FDefaults::FDefaults(const char* group, int32_t version) : group(group), version
 
 template <class Number>
 bool FDefaults::setNumber(const char* key, Number value) {
-    return isKey(key) && getValues().set(key, value);
+    return isName(key) && getValues().set(key, value);
 }
 
 bool FDefaults::setLong(const char* key, int32_t value) {
@@ -128,7 +111,7 @@ bool FDefaults::getString(const char* key, String& text) const {
 }
 
 bool FDefaults::setString(const char* key, const ConstString& text) {
-    return isKey(key) && fitsFile(text) && getValues().setString(key, text);
+    return isName(key) && getValues().setString(key, text);
 }
 
 bool FDefaults::initString(const char* key, String& text) {
@@ -244,7 +227,7 @@ int32_t FDefaultPool::getTString(const char* group, const char* key, IString* te
 }
 
 int32_t FDefaultPool::setObject(const char* group, const char* key, CmObject* object) {
-    FDefaults* defaults = isKey(key) ? defaultsFor(group) : nullptr;
+    FDefaults* defaults = isName(key) ? defaultsFor(group) : nullptr;
     return resultOf(defaults && defaults->getValues().setObject(key, object));
 }
 
@@ -263,12 +246,12 @@ FDefaults* FDefaultPool::findDefaults(const char* group) const {
 }
 
 FDefaults* FDefaultPool::getDefaults(const char* group, int32_t version, bool create) {
-    FDefaults* defaults = findDefaults(group);
+    const IPtr<FDefaults> defaults(findDefaults(group));
     if (defaults && defaults->getVersion() == version)
         return defaults;
     if (defaults)
-        removeEntry(defaults);
-    if (!create || isTerminated || !isKey(group))
+        removeEntry(defaults);  // it lives on: the name may be its own
+    if (!create || isTerminated || !isName(group))
         return nullptr;
     addEntry(new FDefaults(group, version));
     return findDefaults(group);
@@ -314,12 +297,14 @@ FDefaultPool::Functions& FDefaultPool::postLoaders() {
 void FDefaultPool::postInit() {
     if (isInitialized || isTerminated)
         return;
-    for (CmLinkedListIterator each(autoSavers); pendingAutoSavers && !each.done();) {
+    const OPtr<FAttributes> pending(std::move(pendingAutoSavers));
+    const CmLinkedList present(autoSavers);  // who is restored may take others away
+    for (CmLinkedListIterator each(present); pending && !each.done();) {
         CmObject* saver = each.next();
-        if (FAttributes* stored = pendingAutoSavers->getAttributes(persistentNameOf(*saver)))
+        FAttributes* stored = pending->getAttributes(persistentNameOf(*saver));
+        if (stored && autoSavers.containsAbs(saver))
             saver->restoreAttributes(*stored);
     }
-    pendingAutoSavers = nullptr;
     for (int32_t i = 0; i < postLoaders().total(); ++i)
         postLoaders().at(i)();
     isInitialized = true;
@@ -413,8 +398,10 @@ bool FDefaultPool::restoreAttributes(FAttributes& attributes) {
     std::ranges::sort(groups, precedes);
     if (isTerminated || std::ranges::adjacent_find(groups, areEqual) != groups.end())
         return false;
+    std::vector<OPtr<FDefaults>> dropped;  // they die when all is in order again: who dies may come back
     index.clear();
-    entries.removeAll();
+    while (!entries.isEmpty())
+        dropped.emplace_back(static_cast<FDefaults*>(entries.removeFirst()));
     for (OPtr<FDefaults>& group : groups) {
         index.emplace(group->getGroup(), group);
         entries.append(group.detach());

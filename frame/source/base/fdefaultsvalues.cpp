@@ -78,12 +78,12 @@ bool UValueContainer::loadDefault(const char* section) const {
     return defaults != nullptr;
 }
 
-bool UValueContainer::saveDefault(const char* name, FDefaults* defaults, const char* key) const {
-    return saveValueAsDefault(findName(name), defaults, key ? key : name);
+bool UValueContainer::saveDefault(const char* name, FDefaults* defaults, const char* key) {
+    return saveValueAsDefault(lookupValue(name), defaults, key ? key : name);
 }
 
-bool UValueContainer::loadDefault(const char* name, FDefaults* defaults, const char* key) const {
-    return loadValueFromDefault(findName(name), defaults, key ? key : name);
+bool UValueContainer::loadDefault(const char* name, FDefaults* defaults, const char* key) {
+    return loadValueFromDefault(lookupValue(name), defaults, key ? key : name);
 }
 
 }  // namespace Tessarine

@@ -1,52 +1,55 @@
 #include "base/fdynlib.h"
-#include "collect/cmlinkedlist.h"
+#include <algorithm>
+#include <vector>
 
 namespace Tessarine {
 namespace {
 constexpr const char* kBundleExtension = "bundle";
 
-CmLinkedList& addedFolders() {
-    static CmLinkedList folders;
-    folders._ownsObjects = CmContainer::kTakesOver;
+std::vector<FNPath>& addedFolders() {
+    static std::vector<FNPath> folders;
+    return folders;
+}
+
+/** An empty one stands for that of a whole path. */
+std::vector<FNPath> foldersToLookInto(bool isAbsolute) {
+    if (isAbsolute)
+        return {FNPath()};
+    std::vector<FNPath> folders = addedFolders();
+    if (FNPath program; program.getStandardFolder(kApplicationFolder, nullptr, false))
+        folders.insert(folders.begin(), program);
     return folders;
 }
 
 using Open = FLoadableBundle* (*)(const char* path, std::string& error);
 
-/** A name in a folder, or whole; null: there is no such code. */
-FLoadableBundle* openFrom(const FNPath* folder, const tchar* name, const char* extension, Open open) {
+/** Null: there is no such code. */
+FLoadableBundle* openFrom(const FNPath& folder, const tchar* name, const char* extension, Open open) {
     if (!open || !extension)
         return nullptr;
     String file(name);
     file.append(".").append(extension);
     char platformPath[FNPath::kPlatformPathLength];
     std::string ignored;
-    const bool known = FNPath(file.text16(), folder, kFilePath).toPlatformPath(platformPath);
+    const bool known = FNPath(file.text16(), &folder, kFilePath).toPlatformPath(platformPath);
     return known ? open(platformPath, ignored) : nullptr;
 }
 }  // namespace
 
 void FDynLibrary::addFolder(const FNPath& folder) {
-    addedFolders().append(folder.newCopy());
+    addedFolders().push_back(folder);
 }
 
 bool FDynLibrary::init(const tchar* name, bool isAbsolute) {
     if (bundle || !name || !*name)
         return false;
-    if (isAbsolute)
-        return loadFrom(nullptr, name);
-    FNPath program;
-    if (program.getStandardFolder(kApplicationFolder, nullptr, false) && loadFrom(&program, name))
-        return true;
-    for (CmLinkedListIterator each(addedFolders()); !each.done();)
-        if (loadFrom(static_cast<FNPath*>(each.next()), name))
-            return true;
-    return false;
-}
-
-bool FDynLibrary::loadFrom(const FNPath* folder, const tchar* name) {
-    return take(openFrom(folder, name, kBundleExtension, gBundleHooks.openBundle)) ||
-           take(openFrom(folder, name, gBundleHooks.libraryExtension, gBundleHooks.openLibrary));
+    const std::vector<FNPath> folders = foldersToLookInto(isAbsolute);
+    const auto loadAs = [&](const char* extension, Open open) {
+        return std::ranges::any_of(folders,
+                                   [&](const FNPath& folder) { return take(openFrom(folder, name, extension, open)); });
+    };
+    return loadAs(kBundleExtension, gBundleHooks.openBundle) ||
+           loadAs(gBundleHooks.libraryExtension, gBundleHooks.openLibrary);
 }
 
 bool FDynLibrary::take(FLoadableBundle* opened) {

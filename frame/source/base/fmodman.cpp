@@ -1,6 +1,7 @@
 #include "base/fmodman.h"
 #include "gui/values/ustringvalue.h"
 #include "storage/ffilesystem.h"
+#include <algorithm>
 #include <utility>
 
 namespace Tessarine {
@@ -122,7 +123,13 @@ FModuleBase* FModuleManager::takeModule(OPtr<FModuleBase> module) {
         return nullptr;
     if (CmObject* known = modules.lookup(module))
         return static_cast<FModuleBase*>(known);
-    return restoreModule(module) || registerModule(module) ? module.get() : nullptr;
+    const auto isIt = [&module](const FModuleBase* each) { return each->isEqual(module); };
+    if (std::ranges::any_of(beingTaken, isIt))
+        return nullptr;
+    beingTaken.push_back(module);
+    const bool isTaken = restoreModule(module) || registerModule(module);
+    beingTaken.pop_back();
+    return isTaken ? module.get() : nullptr;
 }
 
 FModuleBase* FModuleManager::addModule(const FNPath* path) {
@@ -219,7 +226,7 @@ bool FModuleManager::openEntry(FModuleBase* module, Entry& entry) {
     makeKey(entry.group, id);
     entry.defaults = useCache()->getDefaults(entry.group.text8(), cacheVersion, true);
     if (!entry.defaults)
-        return false;
+        entry.defaults = OPtr<FDefaults>(new FDefaults);  // its name is too long for the file
     if (!module->examine(entry.facts) || !entry.facts.runsHere())
         return closeEntry(entry);
     int64_t time = 0;
@@ -252,6 +259,8 @@ bool FModuleManager::registerModule(FModuleBase* module) {
     Entry entry;
     if (!openEntry(module, entry))
         return false;
+    cacheChanged = cacheChanged || !entry.defaults->isEmpty();
+    entry.defaults->getValues().removeAll();
     if (!onRegisterModule(entry.defaults, module))
         return closeEntry(entry);
     entry.defaults->setLongLong(kLastModified, entry.facts.modified);

@@ -86,10 +86,14 @@ bool FModuleBase::load() {
         return false;
     std::string error;
     bundle = gBundleHooks.openBundle(text.c_str(), error);
-    if (bundle && bundle->load(error))
-        return enter();
-    bundle = nullptr;
-    return fail(error);
+    if (!bundle || !bundle->load(error)) {
+        bundle = nullptr;
+        return fail(error);
+    }
+    ++instanceCount;  // what it makes and drops meanwhile doesn't unload it
+    const bool entered = enter();
+    instanceCount = std::max(instanceCount - 1, 0);
+    return entered;
 }
 
 bool FModuleBase::enter() {
@@ -112,6 +116,7 @@ void FModuleBase::unload() {
     FGuard guard(lock);
     if (!bundle)
         return;
+    ++instanceCount;  // the last one that it drops itself doesn't unload it once more
     onUnload();
     if (const auto bundleExit = entryOf<BundleExit>(*this, "bundleExit"))
         bundleExit();

@@ -99,6 +99,7 @@ bool FServiceManager::startService(const FUID& cid) {
 }
 
 bool FServiceManager::startService(FComponentDescription* description, FUnknown* context) {
+    const IPtr<FComponentDescription> kept(description);  // the service may do anything
     const OPtr<CmObject> object(description ? description->create(nullptr) : nullptr);
     const FUnknownPtr<IPluginBase> service(object.get());
     if (!service)
@@ -141,8 +142,11 @@ void FServiceManager::collectServiceDescriptions(CmContainer& descriptions) cons
     for (CmLinkedListIterator each(categories); gComponentRegistry && !each.done();) {
         const char* type = static_cast<FServiceCategory*>(each.next())->getName();
         const int32_t count = gComponentRegistry->countComponentClasses(type);
-        for (int32_t i = 0; i < count; ++i)
-            descriptions.add(gComponentRegistry->getComponentDescription(type, i));
+        for (int32_t i = 0; i < count; ++i) {
+            FComponentDescription* description = gComponentRegistry->getComponentDescription(type, i);
+            if (descriptions.add(description) && descriptions._ownsObjects == CmContainer::kTakesOver)
+                description->addRef();
+        }
     }
 }
 

@@ -70,7 +70,7 @@ void GActionNode::dequeue() {
 }
 
 void GActionNode::moveBehind(GActionNode* other) {
-    if (parent == other)
+    if (parent == other || this == other)
         return;
     dequeue();
     GActionNode* old = other->activeSuccessor;

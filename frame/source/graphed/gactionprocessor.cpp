@@ -12,10 +12,13 @@ namespace Tessarine {
 namespace {
 constexpr int32_t kTickMask = 0x7FFFFFFF;  // where ticks begin anew
 
-/** The time now, whose date is worked out once a second at most. */
-const CmTime& timeOfPush() {
+/** The time now, which is asked for once a tick and whose date is worked out once a second at most. */
+const CmTime& timeOfPush(int32_t ticks) {
+    static int32_t latestTicks = -1;
     static time_t latest = -1;
     static CmTime timeOfLatest;
+    if (std::exchange(latestTicks, ticks) == ticks)
+        return timeOfLatest;
     const time_t now = time(nullptr);
     if (now != latest)
         timeOfLatest = CmTime::fromUnixTime(now);
@@ -125,12 +128,12 @@ bool GActionProcessor::doPushUndo(GAction* action, int32_t now) {
     if (action->getNode())
         return false;  // who was told of it has put it somewhere
     lastPushTicks = now;
-    action->time = timeOfPush();
+    action->time = timeOfPush(now);
     GActionNode* node = GActionNode::make(action);
     if (!gAllowBranches)
         currentNode->removeSuccessors();
-    else if (currentNode->getActiveSuccessor())
-        flags |= kMayFork;
+    if (currentNode->getActiveSuccessor())
+        flags |= kMayFork;  // also when one that died has undone something
     currentNode->enqueueSuccessor(node, true);
     currentNode = node;
     if (pathLength != kUnknownLength)
@@ -201,10 +204,8 @@ bool GActionProcessor::undoThisAction(GAction* action) {
     GActionNode* node = action->getNode();
     if (!node)
         return true;  // a target has removed it
-    if (node != currentNode) {
-        node->moveBehind(currentNode);
-        branchesHaveChanged();
-    }
+    if (node != currentNode)
+        moveBehindCurrent(node);
     turned(action, node->getParent(), -1, kActionUndone, &IActionProcessorHook::actionUndone);
     return true;
 }
@@ -216,12 +217,17 @@ bool GActionProcessor::redoThisAction(GAction* action) {
     GActionNode* node = action->getNode();
     if (!node)
         return true;
-    if (node != currentNode->getActiveSuccessor()) {
-        node->moveBehind(currentNode);
-        branchesHaveChanged();
-    }
+    if (node != currentNode->getActiveSuccessor())
+        moveBehindCurrent(node);
     turned(action, node, 1, kActionRedone, &IActionProcessorHook::actionRedone);
     return true;
+}
+
+/** Where it stood, before or behind, says nothing: others may have turned the action. */
+void GActionProcessor::moveBehindCurrent(GActionNode* node) {
+    pathLength = kUnknownLength;
+    node->moveBehind(currentNode);
+    branchesHaveChanged();
 }
 
 void GActionProcessor::turned(GAction* action, GActionNode* newCurrent, int32_t steps, int32_t change,
@@ -243,8 +249,11 @@ GAction* GActionProcessor::findAction(CmObjectFilter& filter) const {
 GAction* GActionProcessor::nearest(int32_t mode, CmObjectFilter& filter, bool stopAtBranch) const {
     GAction* found = nullptr;
     walk(mode, [&](GAction* action) {
-        found = filter.test(action) ? action : nullptr;
-        return !found && !(stopAtBranch && action->countSuccessors() > 1);
+        if (filter.test(action)) {
+            found = action;
+            return false;
+        }
+        return !stopAtBranch || action->countSuccessors() <= 1;
     });
     return found;
 }

@@ -13,7 +13,7 @@ namespace {
 constexpr char kArchive[] = "Key Commands";
 constexpr char kRootTag[] = "KeyCommands";
 constexpr tchar kBinaryFile[] = u"Key Commands.bin";
-constexpr tchar kCouldNotRead[] = u"The key commands could not be read. They stay as they were.";
+constexpr tchar stringCouldNotReadKeycommands[] = u"The key commands could not be read. They stay as they were.";
 constexpr uint8_t kWideCharacter = 0x80;  // with the modifiers
 
 /** As its bytes stand in the binary form. */
@@ -79,18 +79,34 @@ const bool registered = [] {
 }();
 }  // namespace
 
+GCommandManager::KeysByCommand GCommandManager::keysByCommand() const {
+    KeysByCommand keys;
+    for (CmObject* each : keyCommands) {
+        const auto* key = static_cast<GKeyCommand*>(each);
+        keys[findCommand(key->category, key->name)].push_back(key);
+    }
+    for (CmObject* each : dormantKeyCommands)
+        keys[nullptr].push_back(static_cast<GKeyCommand*>(each));
+    return keys;
+}
+
 GCommandManager::KeyRecords GCommandManager::keyRecords() const {
     KeyRecords records;
+    const auto add = [&records](const UKeyCode& key, const FString& category, const FString& name) {
+        if (isStorable(category, name))
+            records.emplace_back(new GKeyCommand(key, category, name));
+    };
+    const auto addAll = [&add](const std::vector<const GKeyCommand*>& keys) {
+        for (const GKeyCommand* key : keys)
+            add(key->keyCode, key->category, key->name);
+    };
+    KeysByCommand keys(keysByCommand());
     for (CmObject* each : commands) {
         const auto* command = static_cast<GCommand*>(each);
-        records.emplace_back(new GKeyCommand(UKeyCode(), command->category, command->name));
-        for (const UKeyCode& key : findKeyCommands(command->category, command->name))
-            records.emplace_back(new GKeyCommand(key, command->category, command->name));
+        add(UKeyCode(), command->category, command->name);
+        addAll(keys[command]);
     }
-    for (CmObject* each : dormantKeyCommands) {
-        const auto* dormant = static_cast<GKeyCommand*>(each);
-        records.emplace_back(new GKeyCommand(dormant->keyCode, dormant->category, dormant->name));
-    }
+    addAll(keys[nullptr]);
     return records;
 }
 
@@ -121,7 +137,7 @@ bool GCommandManager::internalize(FArchive& archive) {
     if (read)
         takeKeys(records);
     else if (gActionHooks.showText)
-        gActionHooks.showText(kCouldNotRead);
+        gActionHooks.showText(stringCouldNotReadKeycommands);
     return read;
 }
 
@@ -158,6 +174,8 @@ bool GCommandManager::storeMacros(FAttributes& attributes) const {
         stored = stored && bag->set("Name", macro->name) && attributes.queueAttributes("Macros", bag);
         for (CmObject* held : macro->getCommands()) {
             const auto* command = static_cast<GCommand*>(held);
+            if (!isStorable(command->category, command->name))
+                continue;
             const OPtr<FAttributes> entry(new FAttributes);
             stored = stored && entry->set("Category", command->category) && entry->set("Name", command->name) &&
                      bag->queueAttributes("Commands", entry);
@@ -206,8 +224,8 @@ void GCommandManager::restoreMacro(GMacroCommand& macro, const FAttributes& attr
     macro.removeAllCommands();
     while (const FAttributes* entry = attributes.unqueueAttributes("Commands")) {
         FString category, name;
-        if (!entry->get("Category", category) || !entry->get("Name", name) || !isStorable(category) ||
-            !isStorable(name) || !GMacroCommand::isAllowed(category, name))
+        if (!entry->get("Category", category) || !entry->get("Name", name) || !isStorable(category, name) ||
+            !GMacroCommand::isAllowed(category, name))
             continue;
         IPtr<GCommand> command(findCommandWithHistory(category, name));
         if (!command)

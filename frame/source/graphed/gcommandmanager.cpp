@@ -16,6 +16,13 @@ constinit GCommandManager* gCommandManager = nullptr;
 namespace {
 constexpr tchar kResetQuestion[] = u"Do you want to reset all key commands?";
 
+/** The same for names that are the same, whether they have 8 or 16 bits. */
+std::u16string fullName(const ConstString& category, const ConstString& name) {
+    std::u16string full(String(category).text16());
+    full.push_back(0);
+    return full.append(String(name).text16());
+}
+
 CmObject* namedCommand(const char* category, const char* name) {
     return gCommandManager ? gCommandManager->findCommand(ConstString(category), ConstString(name)) : nullptr;
 }
@@ -69,36 +76,38 @@ GCommand* GCommandManager::addCommand(const char* category, const char* name, co
     if (!category || !name || !*category || !*name)
         return nullptr;
     GCommand* command = findCommand(ConstString(category), ConstString(name));
-    if (!command) {
+    const bool isNew = !command;
+    if (isNew) {
         command = new GCommand(ConstString(category), ConstString(name), title);
         command->subCategory.assign(subCategory);
-        commands.add(command);
-        addToCategories(command, subCategory);
-        wakeDormant(*command);
+        takeCommand(command);
     }
-    addDefaultKey(command, key);
+    if (key.toLong() != 0)
+        addDefaultKey(*command, key, isNew);
     return command;
 }
 
-void GCommandManager::addToCategories(GCommand* command, const char* subCategory) {
+void GCommandManager::takeCommand(GCommand* command) {
+    commands.add(command);
+    byName.emplace(fullName(command->category, command->name), command);
     categoryFor(command->category).commands.add(command);
-    if (!subCategory || !*subCategory)
-        return;
-    const OPtr<CmObject> copy(command->newCopy());
-    categoryFor(ConstString(subCategory)).commands.add(copy);
+    if (!command->subCategory.isEmpty()) {
+        const OPtr<CmObject> copy(command->newCopy());
+        categoryFor(command->subCategory).commands.add(copy);
+    }
+    wakeDormant(*command);
 }
 
-void GCommandManager::addDefaultKey(GCommand* command, const UKeyCode& key) {
-    if (key.toLong() == 0)
-        return;
-    const bool wasStored = command->commandFlags & GCommand::kKeysWereStored;
+void GCommandManager::addDefaultKey(GCommand& command, const UKeyCode& key, bool isNew) {
+    const bool wasStored = command.commandFlags & GCommand::kKeysWereStored;
     const GKeyCommand* present = findKeyCommand(key);
-    if (!wasStored && present && !present->isOf(command->category, command->name))
-        return;  // the key stays with the other one
-    if (!command->defaultKeys.contains(key))
-        command->defaultKeys.add(key);
-    if (!wasStored)
-        assignKey(key, *command);
+    const bool isTaken = present && !present->isOf(command.category, command.name);
+    if (isNew && isTaken && !wasStored)
+        return;
+    if (!command.defaultKeys.contains(key))
+        command.defaultKeys.add(key);
+    if (!isTaken && !wasStored)
+        assignKey(key, command);
 }
 
 void GCommandManager::addCommands(const GCommandDesc* descriptions, int32_t count) {
@@ -109,10 +118,8 @@ void GCommandManager::addCommands(const GCommandDesc* descriptions, int32_t coun
 }
 
 GCommand* GCommandManager::findCommand(const ConstString& category, const ConstString& name) const {
-    for (CmObject* each : commands)
-        if (auto* command = static_cast<GCommand*>(each); command->isNamed(category, name))
-            return command;
-    return nullptr;
+    const auto found = byName.find(fullName(category, name));
+    return found == byName.end() ? nullptr : found->second;
 }
 
 GCommand* GCommandManager::findCommandWithHistory(const ConstString& category, const ConstString& name) const {
@@ -120,7 +127,8 @@ GCommand* GCommandManager::findCommandWithHistory(const ConstString& category, c
         return command;
     for (const OldName& old : oldNames)
         if (old.oldName.compare(name) == 0 && old.oldCategory.compare(category) == 0)
-            return findCommand(old.category, old.name);
+            if (GCommand* command = findCommand(old.category, old.name))
+                return command;
     return nullptr;
 }
 
@@ -174,16 +182,20 @@ std::vector<UKeyCode> GCommandManager::findKeyCommands(const ConstString& catego
 bool GCommandManager::addKeyCommand(const UKeyCode& key, const ConstString& category, const ConstString& name) {
     if (key.toLong() == 0)
         return false;
+    OPtr<GKeyCommand> added(new GKeyCommand(key, category, name));  // first: the names may be those of one that goes
     for (int32_t i = dormantKeyCommands.total() - 1; i >= 0; --i)
         if (static_cast<GKeyCommand*>(dormantKeyCommands.at(i))->keyValue == key.toLong())
             dormantKeyCommands.removeAt(i);
-    removeKeyCommand(key);
-    return keyCommands.add(new GKeyCommand(key, category, name));
+    return putKeyCommand(added.detach());
 }
 
 void GCommandManager::assignKey(const UKeyCode& key, const GCommand& command) {
-    removeKeyCommand(key);
-    keyCommands.add(new GKeyCommand(key, command.category, command.name));
+    putKeyCommand(new GKeyCommand(key, command.category, command.name));
+}
+
+bool GCommandManager::putKeyCommand(GKeyCommand* added) {
+    removeKeyCommand(added->keyCode);
+    return keyCommands.add(added);
 }
 
 bool GCommandManager::removeKeyCommand(const UKeyCode& key) {
@@ -192,8 +204,9 @@ bool GCommandManager::removeKeyCommand(const UKeyCode& key) {
 }
 
 void GCommandManager::removeKeyCommands(const ConstString& category, const ConstString& name) {
+    const FString ofCategory(category), ofName(name);  // copies: they may be the names of one that goes
     for (int32_t i = keyCommands.total() - 1; i >= 0; --i)
-        if (static_cast<GKeyCommand*>(keyCommands.at(i))->isOf(category, name))
+        if (static_cast<GKeyCommand*>(keyCommands.at(i))->isOf(ofCategory, ofName))
             keyCommands.removeAt(i);
 }
 
@@ -230,14 +243,15 @@ bool GCommandManager::isNameOf(const GCommand& command, const GKeyCommand& recor
 }
 
 void GCommandManager::wakeDormant(GCommand& command) {
-    for (int32_t i = dormantKeyCommands.total() - 1; i >= 0; --i) {
+    for (int32_t i = 0; i < dormantKeyCommands.total();) {
         const IPtr<GKeyCommand> record(static_cast<GKeyCommand*>(dormantKeyCommands.at(i)));
-        if (!isNameOf(command, *record))
+        if (!isNameOf(command, *record)) {
+            ++i;
             continue;
+        }
         dormantKeyCommands.removeAt(i);
         command.commandFlags |= GCommand::kKeysWereStored;
-        if (record->keyValue != 0)
-            assignKey(record->keyCode, command);
+        giveStoredKey(*record, command);
     }
 }
 
@@ -248,13 +262,17 @@ void GCommandManager::keepDormant(const GCommand& command) {
 }
 
 void GCommandManager::takeKey(const GKeyCommand& record) {
-    const GCommand* command = findCommandWithHistory(record.category, record.name);
-    if (command && record.keyValue != 0)
-        assignKey(record.keyCode, *command);
-    else if (command)
-        removeKeyCommands(command->category, command->name);
-    else if (isStorable(record.category) && isStorable(record.name))
+    if (const GCommand* command = findCommandWithHistory(record.category, record.name))
+        giveStoredKey(record, *command);
+    else if (isStorable(record.category, record.name))
         dormantKeyCommands.add(new GKeyCommand(record.keyCode, record.category, record.name));
+}
+
+void GCommandManager::giveStoredKey(const GKeyCommand& record, const GCommand& command) {
+    if (record.keyValue != 0)
+        assignKey(record.keyCode, command);
+    else
+        removeKeyCommands(command.category, command.name);
 }
 
 bool GCommandManager::isStorable(const ConstString& name) {
@@ -274,9 +292,7 @@ GMacroCommand* GCommandManager::newMacro(const ConstString& name) {
     if (!isStorable(name) || findCommand(ConstString(GMacroCommand::kCategory), name))
         return nullptr;
     auto* macro = new GMacroCommand(name);
-    commands.add(macro);
-    categoryFor(macro->category).commands.add(macro);
-    wakeDormant(*macro);
+    takeCommand(macro);
     return macro;
 }
 
@@ -300,10 +316,11 @@ void GCommandManager::removeCommand(GCommand* command) {
     for (const ConstString& in : {ConstString(command->category), ConstString(command->subCategory)})
         if (GCommandCategory* from = findCategory(in))
             from->removeCommand(*command);
+    std::erase_if(byName, [command](const auto& each) { return each.second == command; });  // whatever its names became
     commands.removeAt(commands.indexAbs(command));
     for (CmObject* each : commands)
         if (auto* macro = isMacro ? classCast<GMacroCommand>(each) : nullptr)
-            while (macro->removeCommand(command)) {}
+            macro->removeCommands(command->category, command->name);
     if (isMacro)
         static_cast<GMacroCommand*>(command)->removeAllCommands();  // it may hold itself
 }
@@ -426,12 +443,12 @@ const char* GCommandManager::getActionTitle8(int32_t category, int32_t action) {
 }
 
 const char* GCommandManager::shown8(const FString& text) {
-    FString copy(text);
+    const FString copy(text);  // NOLINT(performance-unnecessary-copy-initialization): it may change its width
     return shownTexts8.emplace(copy.text8()).first->c_str();
 }
 
 const tchar* GCommandManager::shown16(const FString& text) {
-    FString copy(text);
+    const FString copy(text);  // NOLINT(performance-unnecessary-copy-initialization): it may change its width
     return shownTexts16.emplace(copy.text16()).first->c_str();
 }
 

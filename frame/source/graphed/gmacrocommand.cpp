@@ -12,6 +12,7 @@ constexpr const char* kNotInMacros[] = {"Undo", "Redo"};
 constexpr tchar kNotAllowed[] = u"This command is not allowed to be used in a macro!";
 
 int32_t depth = 0;  // of the macros that run
+int32_t fired = 0;  // commands, since the outermost one began
 
 bool suspendMouse(bool state) {
     return gActionHooks.suspendMouse && gActionHooks.suspendMouse(state);
@@ -22,7 +23,8 @@ class GMacroCommand::Running {
 public:
     explicit Running(const GMacroCommand& macro) : macro(macro) {
         macro.running = true;
-        ++depth;
+        if (depth++ == 0)
+            fired = 0;
     }
     ~Running() {
         macro.running = false;
@@ -58,7 +60,8 @@ int32_t GMacroCommand::fire(uint32_t /*key*/) {
 
 int32_t GMacroCommand::fireAll() {
     int32_t answer = kNotDone;
-    for (int32_t i = 0; i < commands.total() && answer != kDisabled; ++i) {
+    for (int32_t i = 0; i < commands.total() && answer != kDisabled && fired < kMostFired; ++i) {
+        ++fired;
         const IPtr<GCommand> command(currentCommand(i));
         answer = command->fire(0);
         if (gActionHooks.idle)
@@ -94,6 +97,13 @@ bool GMacroCommand::allowCommand(const ConstString& category, const ConstString&
 
 bool GMacroCommand::addCommand(GCommand* command) {
     return command && allowCommand(command->category, command->name) && commands.add(command);
+}
+
+void GMacroCommand::removeCommands(const ConstString& ofCategory, const ConstString& ofName) {
+    const GCommand wanted(ofCategory, ofName);  // a copy: they may be the names of one that goes
+    for (int32_t i = commands.total() - 1; i >= 0; --i)
+        if (static_cast<GCommand*>(commands.at(i))->isNamed(wanted.category, wanted.name))
+            commands.removeAt(i);
 }
 
 }  // namespace Tessarine

@@ -1,11 +1,14 @@
 #include "storage/fpreset.h"
 #include "fpresetitems.h"
 #include "storage/farchive.h"
+#include "storage/fattributearchive.h"
 #include "storage/fbstream.h"
 #include "storage/fpersistent.h"
 #include "storage/fxmlobject.h"
+#include <algorithm>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace Tessarine {
@@ -75,6 +78,13 @@ int32_t FPresetItem::compare(const CmObject* other) const {
     return result != 0 ? result : mine.compare(theirs);
 }
 
+bool FPresetItem::takesBelow(const FPresetItem& below) {
+    if (!below.complete || below.height >= FAttributeArchiveBase::kMaxDepth)
+        return false;
+    height = std::max(height, below.height + 1);
+    return true;
+}
+
 // --- presets
 
 FPreset::FPreset() {
@@ -84,10 +94,14 @@ FPreset::FPreset() {
 FPreset::FPreset(CmObject* object, const tchar* name, int32_t flags)
     : FPresetItem(name), object(object), presetFlags(flags) {}
 
+FPreset::~FPreset() {
+    dropObject(std::move(object));
+}
+
 /** An item that isn't complete holds this preset. */
 bool FPreset::take(CmObject* loaded) {
     const auto* item = classCast<FPresetItem>(loaded);
-    if (loaded && (!item || item->isComplete()))
+    if (loaded && (!item || takesBelow(*item)))
         object = OPtr<CmObject>(IPtr<CmObject>(loaded));
     complete = true;
     return true;
@@ -243,18 +257,20 @@ FPresetList* FPresetList::addSubList(const tchar* text) {
 
 int32_t FPresetList::countItems(bool presets, bool lists, bool deep) {
     refresh();
-    int32_t count = 0;
+    int32_t count = (presets ? items.total() - listCount : 0) + (lists ? listCount : 0);
+    if (!deep || listCount == 0)
+        return count;
     for (CmObject* each : items) {
-        auto* item = static_cast<FPresetItem*>(each);
-        count += item->isList() ? lists : presets;
-        if (deep && item->isList())
-            count += item->toList()->countItems(presets, lists, deep);
+        if (FPresetList* list = static_cast<FPresetItem*>(each)->toList())
+            count += list->countItems(presets, lists, true);
     }
     return count;
 }
 
 int32_t FPresetList::placeOf(int32_t index, bool presets, bool lists) {
     refresh();
+    if (presets && (lists || listCount == 0))
+        return index >= 0 && index < items.total() ? index : -1;
     for (int32_t place = 0; index >= 0 && place < items.total(); ++place) {
         const bool isList = static_cast<FPresetItem*>(items.at(place))->isList();
         if ((isList ? lists : presets) && index-- == 0)
@@ -288,6 +304,7 @@ bool FPresetList::insertAt(FPresetItem* item, int32_t index) {
     if (!items.insertAt(item, isInside ? index : items.total()))
         return false;
     item->isPlaced = true;
+    listCount += item->isList();
     changed();
     return true;
 }
@@ -297,6 +314,7 @@ bool FPresetList::removePlace(int32_t place) {
     if (!item)
         return false;
     item->isPlaced = false;
+    listCount -= item->isList();
     items.removeAt(place);
     changed();
     return true;
@@ -365,7 +383,7 @@ bool FPresetList::share(FPresetItem* item) {
 /** Only what is complete, and stands nowhere: others hold this list, or would stand in two. */
 bool FPresetList::takeLoaded(CmObject* loaded) {
     auto* item = classCast<FPresetItem>(loaded);
-    return item && item->isComplete() && share(item);
+    return item && !item->isPlaced && takesBelow(*item) && share(item);
 }
 
 void FPresetList::takeQueue(FAttributes& attributes, const char* key) {
@@ -469,6 +487,14 @@ FPreset* FPresetPointerList::getPreset(int32_t index) const {
 
 FMultiPreset::FMultiPreset(bool isCopy) : isCopy(isCopy) {
     objects._ownsObjects = pendingObjects._ownsObjects = CmContainer::kShares;
+}
+
+FMultiPreset::~FMultiPreset() {
+    std::vector<OPtr<CmObject>> held;
+    for (CmLinkedListIterator each(objects); !each.done();)
+        held.emplace_back(IPtr<CmObject>(each.next()));
+    objects.removeAll();
+    std::ranges::for_each(held, [](OPtr<CmObject>& object) { dropObject(std::move(object)); });
 }
 
 bool FMultiPreset::addObject(CmObject* object) {

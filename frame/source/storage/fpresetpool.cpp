@@ -18,13 +18,8 @@ constexpr const char* kPoolRoot = "Pool";
 constexpr const char* kListRoot = "PresetList";
 constexpr const char* kLists = "Lists";
 
-FPresetList* listIn(const CmLinkedList& lists, const tchar* id) {
-    for (CmLinkedListIterator each(lists); !each.done();) {
-        auto* list = static_cast<FPresetList*>(each.next());
-        if (ConstString(list->getID()) == ConstString(id))
-            return list;
-    }
-    return nullptr;
+bool isOfMemory(int32_t storageType) {
+    return storageType == FPresetList::kWithPool || storageType == FPresetList::kOwnFile;
 }
 
 /** Ids that a file can't tell apart get a number. */
@@ -113,20 +108,39 @@ void FPresetPool::runPostLoaders() {
 
 // --- lists
 
+FPresetList* FPresetPool::findRAMList(const tchar* id) const {
+    const auto found = id ? ids.find(id) : ids.end();
+    return found != ids.end() ? found->second : nullptr;
+}
+
+FPresetList* FPresetPool::findFileList(const tchar* id) const {
+    for (CmLinkedListIterator each(fileLists); !each.done();) {
+        auto* list = static_cast<FPresetList*>(each.next());
+        if (ConstString(list->getID()) == ConstString(id))
+            return list;
+    }
+    return nullptr;
+}
+
+void FPresetPool::addRAMList(FPresetList* list) {
+    ramLists.append(list);
+    ids.emplace(list->getID(), list);
+}
+
 FPresetList* FPresetPool::getRAMList(const tchar* id, bool ownFile) {
-    if (FPresetList* known = listIn(ramLists, id))
+    if (FPresetList* known = findRAMList(id))
         return known;
     if (!FPresetList::isValidName(id))
         return nullptr;
     FPresetList* list = ownFile ? new FPresetListOwnFile(id) : new FPresetList(id);
-    ramLists.append(list);
+    addRAMList(list);
     return list;
 }
 
 FPresetList* FPresetPool::getPresetList(const tchar* id, int32_t storageType, const FNPath* folder) {
-    if (storageType != FPresetList::kFolder)
+    if (isOfMemory(storageType))
         return getRAMList(id, storageType == FPresetList::kOwnFile);
-    FPresetList* list = listIn(fileLists, id);
+    FPresetList* list = findFileList(id);
     FString folderName;
     if (!list && presetFileName(id, 0, folderName)) {
         const bool writable = folder || !FDefaultPool::isGuest;
@@ -144,11 +158,11 @@ FPresetList* FPresetPool::getPresetList(const tchar* id, int32_t storageType, co
 }
 
 bool FPresetPool::hasRAMList(const tchar* id) const {
-    return listIn(ramLists, id) != nullptr;
+    return findRAMList(id) != nullptr;
 }
 
 bool FPresetPool::hasPresetList(const tchar* id, int32_t storageType) const {
-    return listIn(storageType == FPresetList::kFolder ? fileLists : ramLists, id) != nullptr;
+    return (isOfMemory(storageType) ? findRAMList(id) : findFileList(id)) != nullptr;
 }
 
 bool FPresetPool::removeFilePreset(FFilePresetList* list) {
@@ -159,12 +173,12 @@ bool FPresetPool::removeFilePreset(FFilePresetList* list) {
 void FPresetPool::merge(FPresetList* list) {
     if (list->isInList())
         return;
-    if (FPresetList* known = listIn(ramLists, list->getID())) {
+    if (FPresetList* known = findRAMList(list->getID())) {
         known->adjustTo(list);
         return;
     }
     list->addRef();
-    ramLists.append(list);
+    addRAMList(list);
 }
 
 // --- files

@@ -95,7 +95,7 @@ bool PValueContainer::append(IValue* value, const char* name) {
     auto entry = std::make_unique<PValueEntry>(PValueEntry{value, String(name)});
     if (!values->add(entry.get()))
         return false;
-    entry.release();
+    static_cast<void>(entry.release());  // the list has it now
     return true;
 }
 

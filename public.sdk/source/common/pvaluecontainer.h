@@ -23,8 +23,8 @@ public:
 
 /** The values of a module, which the host makes, in the order in which they came.
 
-    Owns      its values and shares the host's classes; the controller is borrowed. What is handed out is borrowed, until the
-              container is emptied or dies.
+    Owns      its values and shares the host's classes; the controller is borrowed. What is handed out is borrowed,
+              until the container is emptied or dies.
     Keys      names are compared exactly; of several values with one name or tag the first one counts.
     Results   null, false or nothing for a miss; a value isn't made without a host, or when the host can't.
     Threads   the main thread. */

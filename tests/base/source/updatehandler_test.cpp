@@ -216,6 +216,14 @@ TEST_F(UpdateHandlerTest, DeferredChangesGoWithTheLastDependent) {
     }
 }
 
+TEST_F(UpdateHandlerTest, AFlushKeepsWhatADependentLetsGo) {
+    object->addDependent(&a);
+    object->deferUpdate();
+    a.then = [this] { object = nullptr; };
+    flush();
+    EXPECT_EQ(heard(), (Log{"a 1", "object done 1"}));
+}
+
 TEST_F(UpdateHandlerTest, AFlushPassesOverAnObjectThatIsBeingTold) {
     object->addDependent(&a);
     other->addDependent(&b);

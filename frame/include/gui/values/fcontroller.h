@@ -38,8 +38,8 @@ private:
     List subControllers;
 };
 
-/** Passes all questions on to another controller, which it shares and which may be exchanged. Without one, and for sub-controllers
-    that are injected, the answer is 0. */
+/** Passes all questions on to another controller, which it shares and which may be exchanged. Without one, and for
+    sub-controllers that are injected, the answer is 0. */
 class UDelegatingController : public IController {
 public:
     /** Starts with one reference. */

@@ -26,11 +26,11 @@ public:
     UColor& operator()(unsigned int spec) { return fromColorSpec(spec), *this; }
     bool operator==(const UColor& other) const;
 
-    /** "#RRGGBB", "#RRGGBBAA", "$h,s,v" or "$h,s,v,a" (degrees and percent), or the name of a standard colour. Three numbers
-        behind "$" leave alpha as it was. false, and the colour as it was: none of these. */
+    /** "#RRGGBB", "#RRGGBBAA", "$h,s,v" or "$h,s,v,a" (degrees and percent), or the name of a standard colour. Three
+        numbers behind "$" leave alpha as it was. false, and the colour as it was: none of these. */
     static bool colorFromString(const char* text, UColor& color);
-    /** A standard colour's name, or the "#" form; with alpha unless that is 0xFFFF, so that other colours from specs have eight
-        digits. */
+    /** A standard colour's name, or the "#" form; with alpha unless that is 0xFFFF, so that other colours from specs
+        have eight digits. */
     void colorToString(String& text) const;
     /** Black out of range. */
     static uint32_t getStandardColorSpec(uint32_t index);

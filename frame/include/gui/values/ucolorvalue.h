@@ -4,8 +4,8 @@
 
 namespace Tessarine {
 
-/** A colour, as a spec 0xAARRGGBB; as an integer the same 32 bits with a sign, in no narrower range. Typed and shown in the
-    colour's text forms.
+/** A colour, as a spec 0xAARRGGBB; as an integer the same 32 bits with a sign, in no narrower range. Typed and shown in
+    the colour's text forms.
 
     Record    names UIntValue as the parent, which isTypeOf doesn't. */
 class UColorValue : public UValue {

@@ -21,8 +21,8 @@ protected:
     int32_t format = 0;
 };
 
-/** A day, as its Julian day number from 1 January 1601 to 31 December 32767; a new one holds today. Shown as a date, typed
-    as any integer. */
+/** A day, as its Julian day number from 1 January 1601 to 31 December 32767; a new one holds today. Shown as a date,
+    typed as any integer. */
 class UDateValue : public UIntValue {
 public:
     DECLARE_CLASS(UDateValue, UIntValue)

@@ -3,7 +3,7 @@
 
 namespace Tessarine {
 
-/** A number in a range, both ends included. Its integer face truncates. */
+/** A number in a range, both ends included; what is no number changes neither. Its integer face truncates. */
 class UFloatValue : public UValue, public IFloatValue {
 public:
     DECLARE_CLASS(UFloatValue, UValue)
@@ -55,7 +55,6 @@ public:
     bool getDefault(float& standard) override { return getDefaultFloatValue(standard); }
 
     virtual float getFloatValue() { return value; }
-    /** What is no number changes nothing. */
     virtual void setFloatValue(float newValue);
     /** As bound; wrapping steps by 1.0 at the seam, whatever the range. */
     virtual float boundFloat(float wanted);

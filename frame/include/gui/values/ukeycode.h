@@ -56,8 +56,8 @@ public:
 
     /** No key; modifiers alone are none. */
     bool isEmpty() const { return character == 0 && virtualKey == kNoKey; }
-    /** Digits, letters of ASCII and the space become virtual keys; what a virtual key types is dropped, and so is a Shift alone
-        that was needed to type a character without case. */
+    /** Digits, letters of ASCII and the space become virtual keys; what a virtual key types is dropped, and so is a
+        Shift alone that was needed to type a character without case. */
     void normalize();
     /** The same for keys that are the same when normalized; 0: no key. */
     uint32_t toLong() const;

@@ -3,8 +3,8 @@
 
 namespace Tessarine {
 
-/** A fraction. As an integer it is the numerator in the upper 16 bits and the denominator in the lower; of these the top bit
-    is lost on the way back. Neither part is ever 0: that becomes 1. */
+/** A fraction. As an integer it is the numerator in the upper 16 bits and the denominator in the lower; of these the
+    top bit is lost on the way back. Neither part is ever 0: that becomes 1. */
 class URationalValue : public UValue {
 public:
     DECLARE_CLASS(URationalValue, UValue)

@@ -103,8 +103,8 @@ private:
     void restoreStrings(FAttributes& attributes);
 };
 
-/** Texts in the order of their last use, the newest first. The list is cut by setMaxRecent alone: adding never drops the
-    oldest one, so that it may grow past the maximum. */
+/** Texts in the order of their last use, the newest first. The list is cut by setMaxRecent alone: adding never drops
+    the oldest one, so that it may grow past the maximum. */
 class URecentStringListValue : public UStringListValue {
 public:
     DECLARE_CLASS(URecentStringListValue, UStringListValue)
@@ -115,7 +115,7 @@ public:
 
     bool storeAttributes(FAttributes& attributes) const override;
     bool restoreAttributes(FAttributes& attributes) override;
-    /** To the front, from where it was if it is in the list already; the selected index stays. */
+    /** To the front, from where it was if it is in the list already; the selection doesn't follow it. */
     bool addString(const tchar* text) override;
     void setMaxRecent(int32_t count);
     int32_t getMaxRecent() const { return maxRecent; }

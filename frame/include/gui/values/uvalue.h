@@ -27,6 +27,7 @@ public:
         kStyleMask = 0xF,
         kSilentUntilObserved = 0x10,  // nobody is told until the first addDependent
         kOwnerOwned = 0x20,
+        kOwnerAway = 0x40,  // a text is being read that the owner doesn't hear of
         kStateOn = 0x100,
         kStateActive = 0x200,
         kStateLocked = 0x400,  // in an edit session
@@ -196,8 +197,10 @@ protected:
     /** The representation's text or parse; false: there is none, or it failed. */
     bool representAsText(FString& text);
     bool takeRepresentedText(const tchar* text);
+    /** The owner, who hears of it three times, may let go of the value. */
     template <class Change>
     void changeInSession(Change change) {
+        const IPtr<UValue> kept(this);
         if (canAutomate())
             beginEdit();
         change();
@@ -211,7 +214,8 @@ protected:
     IPtr<IValueStringRepresentation> stringRepresentation;
 
 private:
-    void releaseOwner();
+    class OwnerAway;
+    OPtr<CmObject> detachOwner();
     bool tellOwnerOfEdit(const char* messageID);
     template <class Move>
     void showMoved(Move moveAndShow);

@@ -6,8 +6,8 @@ namespace Tessarine {
 class UValue;
 class UValueContainer;
 
-/** Switches a group of values active or inactive, and back again those that it has changed itself. The values are borrowed, and
-    must live as long. Main thread. */
+/** Switches a group of values active or inactive, and back again those that it has changed itself. The values are
+    borrowed, and must live as long. Main thread. */
 class UValueActivator {
 public:
     void add(UValue* value);

@@ -10,12 +10,13 @@ namespace Tessarine {
 class FAttributes;
 class FDefaults;
 
-/** The values of a controller, in the order in which they came, by tag and by name. A search is a walk: containers hold tens of
-    values.
+/** The values of a controller, in the order in which they came, by tag and by name. A search is a walk: containers hold
+    tens of values.
 
     Owns      its values. What is handed out is borrowed, until the container is emptied or dies.
-    Keys      of several values with one tag or name the first one counts. A value without a name, or with an empty one, is
-              found by its tag only, and neither stored nor kept as a default. A proxy answers to the tag of its delegate.
+    Keys      of several values with one tag or name the first one counts. A value without a name, or with an empty one,
+              is found by its tag only, and neither stored nor kept as a default. A proxy answers to the tag of its
+              delegate.
     Results   an unknown key, or an index out of range: null, 0, false or -1, and nothing happens.
     Threads   the main thread. */
 class UValueContainer : public FController {
@@ -99,9 +100,10 @@ public:
     bool loadDefault(const char* section) const;
     void saveDefault(FDefaults* defaults) const;
     void loadDefault(FDefaults* defaults) const;
-    /** One value, under the key or, without one, its name. False: no such value, an empty key, or none that is there. */
-    bool saveDefault(const char* name, FDefaults* defaults, const char* key = nullptr) const;
-    bool loadDefault(const char* name, FDefaults* defaults, const char* key = nullptr) const;
+    /** One value, found by lookupValue, under the key or, without one, its name. False: no such value, an empty key, or
+        none that is there. */
+    bool saveDefault(const char* name, FDefaults* defaults, const char* key = nullptr);
+    bool loadDefault(const char* name, FDefaults* defaults, const char* key = nullptr);
     static bool saveValueAsDefault(UValue* value, FDefaults* defaults, const char* key);
     static bool loadValueFromDefault(UValue* value, FDefaults* defaults, const char* key);
 

@@ -7,8 +7,9 @@ namespace Tessarine {
 /** Keeps values equal to one master, as floats: integers beyond 24 bits lose digits.
 
     Owns      its slaves, shared. The master is borrowed; the linker lets go when it dies.
-    News      each of the master pushes its value to all slaves at once, equal or not, and their owners hear of it; so does
-              adding either side. Two linkers that are crossed settle only when both ranges are equal.
+    News      each of the master pushes its value to all slaves at once, equal or not, and their owners hear of it; so
+              does adding either side. Of two linkers that are crossed the narrower range pulls the other value back;
+              ranges that wrap must be equal, or they may chase each other without end.
     Threads   the main thread. */
 class UValueLinker : public CmObject {
 public:

@@ -34,6 +34,8 @@ public:
     /** An owner to whom the proxy itself was connected hears of it when the delegate has none. */
     void setTargetValue(int32_t newValue) override;
     void updateTarget() override;
+    /** The delegate's, which may be another one already than the one that was taken over, and that one gone. */
+    FUnknown* getOwner() override { return delegate && !isOwnOwner ? delegate->getOwner() : owner; }
 
     void setValue(int32_t newValue) override;
     int32_t getValue() override { return delegate ? delegate->getValue() : UValue::getValue(); }
@@ -134,6 +136,7 @@ public:
     void connect(CmObject* newOwner, int32_t newTag, bool owned) override;
     void connect(IPlugController* controller, int32_t newTag) override;
     void setTag(int32_t newTag) override { UValue::setTag(newTag); }
+    FUnknown* getOwner() override { return owner; }
     void delegateTo(UValue* value) override;
 };
 
@@ -149,7 +152,7 @@ public:
     void delegateTo(UValue* value) override { redirect(value, false); }
 };
 
-/** Stands in for one of several values: the one whose index the selector holds, or for none when that is out of range. */
+/** Stands in for one of several values: the one whose index the selector holds, or none when that is out of range. */
 class UValueSelector : public UValueProxy {
 public:
     DECLARE_CLASS(UValueSelector, UValueProxy)

@@ -87,9 +87,10 @@ void UFloatValue::increment() {
 void UFloatValue::assignTo(UValue* source) {
     if (auto* number = classCast<UFloatValue>(source))
         setTargetFloatValue(number->getFloatValue());
-    else if (auto* fraction = classCast<URationalValue>(source))
-        setTargetFloatValue(float(int64_t(fraction->getNumerator()) / fraction->getDenominator()));
-    else
+    else if (auto* fraction = classCast<URationalValue>(source)) {
+        const int64_t whole = int64_t(fraction->getNumerator()) / fraction->getDenominator();
+        setTargetFloatValue(float(whole));
+    } else
         UValue::assignTo(source);
 }
 
@@ -127,7 +128,7 @@ void UFloatValue::setValueFloat(float newValue, bool update) {
 }
 
 void UFloatValue::setFloatMin(float newMin) {
-    if (newMin == min)
+    if (newMin == min || std::isnan(newMin))
         return;
     min = newMin;
     if (newMin > max)
@@ -139,7 +140,7 @@ void UFloatValue::setFloatMin(float newMin) {
 }
 
 void UFloatValue::setFloatMax(float newMax) {
-    if (newMax == max)
+    if (newMax == max || std::isnan(newMax))
         return;
     max = newMax;
     if (value > newMax)
@@ -208,11 +209,13 @@ void UFloatTransformValue::setNormalized(float position) {
 }
 
 void UFloatTransformValue::setTransformer(IValueTransformer* newTransformer) {
-    transformer = newTransformer;
-    if (!transformer)
+    const IPtr<IValueTransformer> scale(newTransformer);  // who hears of the range may exchange it
+    transformer = scale;
+    if (!scale)
         return;
-    setFloatMin(transformer->normalizedToValue(0.f));
-    setFloatMax(transformer->normalizedToValue(1.f));
+    setFloatMin(scale->normalizedToValue(0.f));
+    if (transformer == scale)
+        setFloatMax(scale->normalizedToValue(1.f));
 }
 
 }  // namespace Tessarine

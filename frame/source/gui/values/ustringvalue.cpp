@@ -3,6 +3,8 @@
 #include "storage/farchive.h"
 #include "storage/fbstream.h"
 #include "storage/fpersistent.h"
+#include "valuenumbers.h"
+#include <algorithm>
 
 namespace Tessarine {
 namespace {
@@ -251,7 +253,7 @@ bool UStringListValue::prependString(const tchar* text) {
     if (!insertAt(0, text))
         return false;
     adoptRange();
-    setValue(getValue() + 1);
+    setValue(truncated(getValue() + 1.0));
     changed();
     return true;
 }
@@ -308,7 +310,8 @@ bool URecentStringListValue::addString(const tchar* text) {
 
 void URecentStringListValue::setMaxRecent(int32_t count) {
     maxRecent = count;
-    while (countStrings() > maxRecent && removeAt(countStrings() - 1)) {}
+    const int32_t firstTooMany = std::max(count, 0);  // the last one would be a walk through the whole list each time
+    while (countStrings() > count && removeAt(firstTooMany)) {}
 }
 
 }  // namespace Tessarine

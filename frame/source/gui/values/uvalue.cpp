@@ -11,6 +11,7 @@
 #include "valuenumbers.h"
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Tessarine {
 namespace {
@@ -20,21 +21,30 @@ constexpr UTranslatedString kOnText("On");
 constexpr UTranslatedString kOffText("Off");
 constexpr UTranslatedString kYesText("Yes");
 constexpr UTranslatedString kNoText("No");
+}  // namespace
 
-/** Puts something back at the end of the block, also when an exception passes. */
-template <class T>
-class Restored {
+/** To the end of the block the value has no owner. Then it has the old one again, unless it was connected meanwhile. */
+class UValue::OwnerAway {
 public:
-    explicit Restored(T& place) : place(place), before(place) {}
-    ~Restored() { place = before; }
-    Restored(const Restored&) = delete;
-    Restored& operator=(const Restored&) = delete;
+    explicit OwnerAway(UValue& value)
+        : value(value), owner(std::exchange(value.owner, nullptr)), owned(value.has(kOwnerOwned)) {
+        value.set(kOwnerAway, true);
+    }
+    ~OwnerAway() {
+        if (value.has(kOwnerAway))
+            value.owner = owner;
+        else if (owned)
+            owner->release();
+        value.set(kOwnerAway, false);
+    }
+    OwnerAway(const OwnerAway&) = delete;
+    OwnerAway& operator=(const OwnerAway&) = delete;
 
 private:
-    T& place;
-    const T before;
+    UValue& value;
+    CmObject* const owner;
+    const bool owned;
 };
-}  // namespace
 
 IMPLEMENT_CLASS(UValue, CmObject)
 IMPLEMENT_CLASS(UYesNoValue, UValue)
@@ -44,13 +54,15 @@ constinit bool UValue::bypassAllHooks = false;
 UValue::UValue(const UValue& source)
     : CmObject(source), IValue2(source), IStringRepresentationTarget(source), flags(source.flags), tag(source.tag),
       owner(source.owner), stringRepresentation(source.stringRepresentation) {
-    if (has(kOwnerOwned))
+    if (!owner)
+        set(kOwnerOwned | kOwnerAway, false);
+    else if (has(kOwnerOwned))
         owner->addRef();
 }
 
 UValue::~UValue() {
     stringRepresentation = nullptr;
-    releaseOwner();
+    detachOwner();
     UpdateHandler* handler = UpdateHandler::instance();
     if (!handler)
         return;
@@ -59,12 +71,12 @@ UValue::~UValue() {
     handler->cancelUpdates(self);
 }
 
-void UValue::releaseOwner() {
-    CmObject* old = has(kOwnerOwned) ? owner : nullptr;
-    owner = nullptr;
-    set(kOwnerOwned, false);
-    if (old)
-        old->release();
+/** The value's reference on its owner, if it had one. */
+OPtr<CmObject> UValue::detachOwner() {
+    CmObject* old = std::exchange(owner, nullptr);
+    const bool wasOwned = has(kOwnerOwned);
+    set(kOwnerOwned | kOwnerAway, false);
+    return wasOwned ? old : nullptr;
 }
 
 int32_t UValue::queryInterface(const char* iid, void** obj) {
@@ -124,7 +136,7 @@ void UValue::addDependent(IDependent* dependent) {
 }
 
 void UValue::connect(CmObject* newOwner, int32_t newTag, bool owned) {
-    releaseOwner();
+    const OPtr<CmObject> old = detachOwner();  // goes last: its end may connect the value once more
     owner = newOwner;
     tag = newTag;
     set(kOwnerOwned, owned && newOwner);
@@ -229,10 +241,10 @@ void UValue::beginEdit() {
 }
 
 void UValue::endEdit(bool commit) {
+    const IPtr<UValue> kept(this);
     setLock(false);
     if (tellOwnerOfEdit("EndEdit") || !(has(kEndEditUpdates) || canAutomate()))
         return;
-    IPtr<UValue> kept(this);
     const StateRestored marker(*this, kDiscarding);
     set(kDiscarding, !commit);
     updateTarget();
@@ -327,12 +339,11 @@ void UValue::toString2(tchar* buffer, int32_t* length) {
 void UValue::fromString2(const tchar* text, bool update) {
     if (!text)
         return;
-    if (update) {
+    if (update || !owner) {
         fromString(text);
         return;
     }
-    Restored<CmObject*> ownerBack(owner);
-    owner = nullptr;
+    const OwnerAway quiet(*this);
     fromString(text);
 }
 

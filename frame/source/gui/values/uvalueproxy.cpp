@@ -35,11 +35,13 @@ int32_t UValueProxy::queryInterface(const char* iid, void** obj) {
 void UValueProxy::update(CmObject* source, int32_t message) {
     if (!source || source != delegate)
         return;
+    const IPtr<UValueProxy> kept(this);  // who hears of it may let go of the proxy
     if (message == kDestroyed) {
         delegateTo(nullptr);
         return;
     }
-    followConnection();
+    if ((delegate->getState() & kOwnerAway) == 0)
+        followConnection();
     CmObject::changed(message);
 }
 
@@ -49,10 +51,14 @@ auto UValueProxy::act(Operation operation) -> decltype(operation(*delegate)) {
     return kept ? operation(*kept) : decltype(operation(*kept))();
 }
 
+/** An owner that goes may exchange the delegate, and let go of the proxy. */
 void UValueProxy::connect(CmObject* newOwner, int32_t newTag, bool owned) {
-    UValue::connect(newOwner, newTag, owned && !delegate);
+    const IPtr<UValueProxy> kept(this);
+    const IPtr<UValue> target(delegate);
     isOwnOwner = !owned;
-    act([=](UValue& value) { value.connect(newOwner, newTag, owned); });
+    UValue::connect(newOwner, newTag, owned && !target);
+    if (target)
+        target->connect(newOwner, newTag, owned);
     CmObject::changed();
 }
 
@@ -61,6 +67,7 @@ void UValueProxy::connect(IPlugController* controller, int32_t newTag) {
         UValue::connect(controller, newTag);
         return;
     }
+    const IPtr<UValueProxy> kept(this);
     act([=](UValue& value) { value.connect(controller, newTag); });
     followConnection();
     CmObject::changed();
@@ -257,6 +264,7 @@ void UValueProxy::redirect(UValue* wanted, bool counted) {
     const bool isSame = value == delegate;
     if (isSame && !value)
         return;
+    const IPtr<UValueProxy> kept(this);
     const OPtr<UValue> old = isSame ? OPtr<UValue>() : exchange(value, counted);
     if (!followConnection() && isSame)
         return;
@@ -294,6 +302,7 @@ UAliasValue::~UAliasValue() {
 void UAliasValue::update(CmObject* source, int32_t message) {
     if (!source || source != delegate)
         return;
+    const IPtr<UAliasValue> kept(this);
     if (message == kDestroyed)
         delegateTo(nullptr);
     else
@@ -313,6 +322,7 @@ void UAliasValue::connect(IPlugController* controller, int32_t newTag) {
 
 void UAliasValue::delegateTo(UValue* wanted) {
     UValue* value = unlessCircular(wanted);
+    const IPtr<UAliasValue> kept(this);
     const OPtr<UValue> old = exchange(value, true);
     changed();
 }

@@ -43,6 +43,19 @@ TEST(ValuesAsDefaults, ComeBackBySection) {
     FDefaultPool::unuse();
 }
 
+TEST(ValuesAsDefaults, OfOneNameAreThoseThatAreLookedUp) {
+    struct Extended : UValueContainer {
+        UValue* lookupValue(const char*) override { return extra; }
+        OPtr<UIntValue> extra{new UIntValue(0, 9, 4)};
+    };
+    OPtr<Extended> values(new Extended);
+    OPtr<FDefaults> section(new FDefaults);
+    EXPECT_TRUE(values->saveDefault("extra", section));
+    values->extra->setValue(0);
+    EXPECT_TRUE(values->loadDefault("extra", section));
+    EXPECT_EQ(values->extra->getValue(), 4);
+}
+
 TEST(ValuesAsDefaults, OutliveTheSectionThatAnOwnerRemoves) {
     struct Removing : CmObject {
         using CmObject::update;

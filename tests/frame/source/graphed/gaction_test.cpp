@@ -510,6 +510,20 @@ TEST_F(ActionTest, WhoComesBackFindsTheHistoryInOrder) {
         GActionProcessorBase::maxUndoSteps = -1;
     }
     {
+        SCOPED_TRACE("a target of lost steps undoes, so that there is a fork");
+        GActionProcessorBase::maxUndoSteps = 3;
+        GActionProcessor processor;
+        perform(processor, "ab");
+        const IPtr<GAction> b(processor.peekUndo());
+        performSurprise(processor, new Surprise({}, [&] { processor.undo(); }));
+        processor.undo();
+        perform(processor, "c");
+        EXPECT_TRUE(processor.undo() && processor.redoThisAction(b));
+        perform(processor, "de");
+        EXPECT_EQ(history(processor), "edb|");
+        GActionProcessorBase::maxUndoSteps = -1;
+    }
+    {
         SCOPED_TRACE("a target of a lost branch empties the history");
         GActionProcessor::enableBranches(true);
         GActionProcessor processor;
@@ -537,6 +551,17 @@ TEST_F(ActionTest, WhoComesBackFindsTheHistoryInOrder) {
         processor.perform(made, nullptr);
         EXPECT_TRUE(processor.undo());
     }
+    {
+        SCOPED_TRACE("others have undone what is done again");
+        GActionProcessorBase::maxUndoSteps = 1;
+        GActionProcessor processor;
+        perform(processor, "a");
+        for (int32_t i = 0; i < 3; ++i)
+            EXPECT_TRUE(processor.peekUndo()->undo() && processor.redoThisAction(processor.peekUndo()));
+        perform(processor, "b");
+        EXPECT_EQ(history(processor), "b|");
+    }
+    GActionProcessorBase::maxUndoSteps = -1;
     struct Mirror final : IActionProcessorHook {
         void actionPushed(GAction* action) override { other.pushUndo(action); }
         void actionUndone(GAction*) override {}

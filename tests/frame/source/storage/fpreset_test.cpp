@@ -174,6 +174,31 @@ TEST_F(Presets, FilesOfAllKindsAreRead) {
     }
 }
 
+/** Each object refers to the one before it, and the file itself is flat. */
+TEST_F(Presets, NoChainInAFileCostsStack) {
+    constexpr int32_t kMany = 50000;
+    for (const char* kind :
+         {"PresetList' ID='%d'><string name='ID' value='l'/><list name='Items' type='obj'><item value='%d'/></list>",
+          "Preset' ID='%d'><obj name='Object' ID='%d'/>",
+          "MultiPreset' ID='%d'><list name='Objects' type='obj'><item value='%d'/></list>"}) {
+        FString one;
+        std::string text = "<Presets>";
+        for (int32_t i = 1; i <= kMany; ++i)
+            text += std::string("<obj class='F") + one.printf(kind, i, i - 1).text8() + "</obj>";
+        text +=
+            "<rootObjects><root name='Pool'><list name='Lists' type='obj'><obj class='FPresetList' ID='0'>"
+            "<string name='ID' value='x'/><list name='Items' type='obj'><obj class='FPreset' ID='100000'>"
+            "<obj name='Object' ID='50000'/></obj></list></obj></list></root></rootObjects></Presets>";
+        std::ranges::replace(text, '\'', '"');
+        user.write("RAMPresets.xml", text);
+        pool = new FPresetPool;
+        ASSERT_TRUE(pool->load(user.self()));
+        auto* list = classCast<FPresetList>(pool->getRAMList(u"x", false)->getPresetObject(0));
+        EXPECT_EQ(list != nullptr, std::string(kind).starts_with("PresetList"));
+        EXPECT_LT(list ? list->countItems(true, true, true) : 0, 1000);
+    }
+}
+
 TEST_F(Presets, WhatCannotBeTakenInLeavesMemoryAndACopyOfTheFile) {
     pool->getRAMList(u"id", false)->addPreset(object(u"a"), u"A", true, -1);
     ASSERT_TRUE(pool->store(user.self()));

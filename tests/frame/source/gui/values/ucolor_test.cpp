@@ -53,8 +53,10 @@ TEST(UColor, ReadsItsTextsAndShowsTheShortestOne) {
 TEST(UColor, EveryHueKeepsItsChannels) {
     for (int32_t hue = -360; hue <= 720; ++hue) {
         SCOPED_TRACE(hue);
+        std::string text = std::to_string(hue) + ",100,100";
+        text.insert(text.begin(), '$');
         UColor color;
-        ASSERT_TRUE(UColor::colorFromString(("$" + std::to_string(hue) + ",100,100").c_str(), color));
+        ASSERT_TRUE(UColor::colorFromString(text.c_str(), color));
         EXPECT_EQ(std::max({color.red, color.green, color.blue}), 0xFF00);
         EXPECT_LE(std::min({color.red, color.green, color.blue}), 0x0100);
     }

@@ -39,6 +39,10 @@ TEST(UFloatValueRange, MovesTheValueAndMaxButNeverMin) {
     value->setFloatMax(3.f);
     EXPECT_EQ(value->getFloatMin(), 20.f);
     EXPECT_EQ(value->getFloatValue(), 3.f);  // in such a range the max that was set last counts
+    value->setFloatMin(NAN);
+    value->setFloatMax(NAN);
+    EXPECT_EQ(value->getFloatMin(), 20.f);
+    EXPECT_EQ(value->getFloatMax(), 3.f);
 }
 
 TEST(UFloatValueFace, IntegersTruncate) {
@@ -130,7 +134,9 @@ public:
     float normalizedToValue(float position) override { return position * position * 400.f; }
 };
 
-TEST(UFloatTransformValue, TakesItsRangeAndPlacesFromTheTransformer) {
+using UFloatTransformNews = ValueTest;
+
+TEST_F(UFloatTransformNews, TakesItsRangeAndPlacesFromTheTransformer) {
     Squares squares;
     {
         const OPtr<UFloatTransformValue> value(new UFloatTransformValue(-1.f, 1.f));
@@ -148,6 +154,18 @@ TEST(UFloatTransformValue, TakesItsRangeAndPlacesFromTheTransformer) {
         target->setTransformer(nullptr);
         EXPECT_EQ(value->getNormalized(), 0.25f);
         EXPECT_EQ(squares.references, 1);  // the copy's
+        struct View : FObject {
+            void update(FUnknown*, int32_t) override { value->setTransformer(nullptr); }
+            UFloatTransformValue* value;
+        } view;
+        const OPtr<UFloatTransformValue> watched(new UFloatTransformValue(-1.f, 1.f));
+        view.value = watched;
+        watched->setStraightUpdate(true);
+        watched->addDependent(&view);
+        watched->setTransformer(&squares);
+        watched->removeDependent(&view);
+        EXPECT_EQ(squares.references, 1);
+        EXPECT_EQ(watched->getFloatMax(), 1.f);  // not of a transformer that is gone
     }
     EXPECT_EQ(squares.references, 0);
 }

@@ -121,6 +121,11 @@ TEST(UStringListValue, KeepsItsSelectionInAttributesNotInArchives) {
     rest->set("Min", INT32_MIN);
     source->restoreAttributes(*rest);
     EXPECT_EQ(stateOf(*source), (ListState{INT32_MAX, INT32_MIN, INT32_MAX, u""}));
+    rest->set("Min", INT32_MAX);
+    rest->set("Max", 3);
+    source->restoreAttributes(*rest);
+    source->prependString(u"0");  // no index is one more than the stored value
+    EXPECT_EQ(stateOf(*source), (ListState{3, 0, 3, u"c"}));
 }
 
 TEST(URecentStringListValue, GrowsPastItsMaximumUntilItIsCut) {

@@ -143,8 +143,61 @@ TEST_F(UValueOwner, IsReleasedOnlyWhenOwned) {
     EXPECT_EQ(value->getState(), uint32_t(UValue::kStateActive | 1));
     EXPECT_EQ(Owner::living, 1);
     value->connect(second, 2, true);
+    struct Leaving : CmObject {
+        ~Leaving() override { value->connect(next, 5, true); }
+        UValue* value = nullptr;
+        CmObject* next = nullptr;
+    };
+    auto* leaving = new Leaving;
+    leaving->value = value;
+    leaving->next = new Owner(log);
+    value->connect(leaving, 4, true);
+    value->connect(nullptr, 0, false);
+    EXPECT_EQ(value->getTag(), 5);  // its end has the last word
     value = nullptr;
     EXPECT_EQ(Owner::living, 0);
+}
+
+TEST_F(UValueOwner, MayComeAndGoWhileATextIsReadUnheard) {
+    struct View : FObject {
+        void update(FUnknown*, int32_t message) override {
+            if (message == kChanged)
+                act(*value, *other);
+        }
+        void (*act)(UValue& value, Owner& other);
+        UValue* value;
+        Owner* other;
+    };
+    struct Row {
+        const char* name;
+        void (*act)(UValue& value, Owner& other);
+        int32_t stillLiving;
+        bool hasOwner;
+    };
+    const Row rows[] = {
+        {"copied",         [](UValue& value, Owner&) { OPtr<CmObject> copy(value.newCopy()); },  2, true },
+        {"let go",         [](UValue& value, Owner&) { value.connect(nullptr, 0, false); },      1, false},
+        {"exchanged",      [](UValue& value, Owner& other) { value.connect(&other, 0, false); }, 1, true },
+        {"read once more", [](UValue& value, Owner&) { value.fromString2(u"Off", false); },      2, true },
+    };
+    Owner other(log);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        OPtr<UValue> value(new UValue);
+        View view;
+        view.act = row.act;
+        view.value = value;
+        view.other = &other;
+        value->connect(new Owner(log), 0, true);
+        value->setStraightUpdate(true);
+        value->addDependent(&view);
+        value->fromString2(u"On", false);
+        EXPECT_EQ(Owner::living, row.stillLiving);
+        EXPECT_EQ(value->getOwner() != nullptr, row.hasOwner);
+        value->removeDependent(&view);
+        value = nullptr;
+        EXPECT_EQ(Owner::living, 1);
+    }
 }
 
 using UValueSession = ValueTest;
@@ -203,6 +256,13 @@ TEST_F(UValueSession, EndsWellWhenTheOwnerFailsOrDropsTheValue) {
     UValue* dropped = value.detach();
     owner.held = OPtr<UValue>(dropped);
     dropped->endEdit(false);
+    EXPECT_EQ(owner.held.get(), nullptr);
+
+    auto* reset = new UIntDefValue(0, 9, 5);
+    reset->canAutomate(true);
+    reset->connect(&owner, 0, false);
+    owner.held = OPtr<UValue>(reset);
+    EXPECT_TRUE(reset->resetToDefaultValue());
     EXPECT_EQ(owner.held.get(), nullptr);
 }
 

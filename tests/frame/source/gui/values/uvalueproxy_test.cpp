@@ -90,7 +90,11 @@ TEST_F(UValueProxies, FollowOwnerAndTagOfTheirDelegate) {
     value->connect(&second, 5, false);
     value->changed();
     EXPECT_EQ(flush(), Log{"view 1"});
-    EXPECT_EQ(connectionOf(proxy), std::pair(static_cast<CmObject*>(&second), 5));
+    value->setStraightUpdate(true);
+    value->fromString2(u"7", false);
+    EXPECT_EQ(take(), Log{"view 1"});
+    EXPECT_EQ(connectionOf(proxy), std::pair(static_cast<CmObject*>(&second), 5));  // was only away
+    value->setStraightUpdate(false);
     proxy->delegateTo(other);
     EXPECT_EQ(connectionOf(proxy), std::pair(static_cast<CmObject*>(&second), 2));
     value->setValue(1);
@@ -156,6 +160,7 @@ TEST_F(UValueProxies, ForgetAnOwnerThatWasTheDelegates) {
             proxy->connect(new Owner(log), 2, true);
         value->connect(nullptr, 0, false);  // ends the owner, which the proxy doesn't hear of yet
         ASSERT_EQ(Owner::living, 0);
+        EXPECT_EQ(proxy->getOwner(), nullptr);
         proxy->setTargetValue(value->getValue() + 1);
         proxy->updateTarget();
         EXPECT_EQ(take(), kNothing);
@@ -207,6 +212,43 @@ TEST_F(UValueProxies, OwnersMayExchangeTheDelegateMeanwhile) {
     value = nullptr;
     proxy->connect(nullptr, 0, false);
     EXPECT_EQ(proxy->getValueObject(), nullptr);
+
+    struct Delegating : CmObject {
+        ~Delegating() override { proxy->delegateTo(value); }
+        UValueProxy* proxy = nullptr;
+        UValue* value = nullptr;
+    };
+    auto* delegating = new Delegating;
+    OPtr<UValue> next(new UValue);
+    next->connect(new Owner(log), 3, true);
+    delegating->proxy = proxy;
+    delegating->value = next;
+    proxy->connect(delegating, 1, true);
+    proxy->connect(nullptr, 0, false);
+    EXPECT_EQ(proxy->getValueObject(), next.get());
+    next->connect(nullptr, 0, false);  // ends the owner that the proxy took over
+    proxy->setTargetValue(1);
+    EXPECT_EQ(take(), kNothing);
+}
+
+TEST_F(UValueProxies, MayEndWhenTheyAreHeardOf) {
+    struct Leaving : FObject {
+        ~Leaving() override { UpdateHandler::instance()->removeDependent(nullptr, this); }
+        void update(FUnknown*, int32_t) override { proxy = nullptr; }
+        OPtr<UValueProxy> proxy;
+    };
+    OPtr<UValue> value(new UValue);
+    for (const bool isAlias : {false, true})
+        for (const auto act : {+[](UValueProxy&, UValue& of) { of.setValue(!of.getValue()); },
+                               +[](UValueProxy& proxy, UValue&) { proxy.delegateTo(nullptr); }}) {
+            Leaving view;
+            view.proxy = isAlias ? new UAliasValue(value) : new UValueProxy(value);
+            view.proxy->setStraightUpdate(true);
+            view.proxy->UValue::addDependent(&view);
+            act(*view.proxy, *value);
+            EXPECT_EQ(view.proxy.get(), nullptr);
+        }
+    EXPECT_EQ(referencesOf(value), 1u);
 }
 
 TEST_F(UValueProxies, TellAtOnceWhileUpdatesAreBroughtOut) {

@@ -14,8 +14,10 @@ namespace Tessarine {
 namespace {
 using Header = ElfW(Ehdr);
 using Segment = ElfW(Phdr);
+using Entry = ElfW(Dyn);
 
 constexpr size_t kMaxSegments = 512;  // linkers make about ten
+constexpr size_t kMaxEntries = 4096;  // of the loader's table: linkers make about thirty
 constexpr const char* kOtherMachine = "other";
 
 struct MachineRow {
@@ -93,20 +95,50 @@ bool liesWithin(uint64_t offset, uint64_t size, uint64_t end) {
     return offset <= end && size <= end - offset;
 }
 
-/** All that the loader maps is there: behind the end of a file a mapping has no memory. */
+/** What is mapped is there: behind the end of a file a mapping has no memory. Of a segment with nothing from the file
+    only the page that it starts within is mapped, and none when it starts with one: a small file may end before it. */
+bool isThere(const Segment& mapped, uint64_t fileSize) {
+    if (mapped.p_filesz > 0)
+        return mapped.p_filesz <= mapped.p_memsz && liesWithin(mapped.p_offset, mapped.p_filesz, fileSize);
+    const uint64_t pageSize = uint64_t(getpagesize());
+    return mapped.p_vaddr % pageSize == 0 || mapped.p_offset - mapped.p_offset % pageSize < fileSize;
+}
+
+/** It is mapped, and the part with it, at the same place in the file and in memory. */
+bool contains(const Segment& whole, const Segment& part) {
+    const uint64_t start = part.p_offset - whole.p_offset;
+    return whole.p_type == PT_LOAD && part.p_offset >= whole.p_offset && part.p_vaddr - whole.p_vaddr == start &&
+           liesWithin(start, part.p_filesz, whole.p_filesz);
+}
+
+/** The table that the loader follows, and never doubts, names its symbols. Where a copy was broken off in a file that
+    had its size already, it is empty. */
+bool namesSymbols(const File& file, const Segment& dynamic) {
+    std::vector<Entry> entries(std::min<uint64_t>(dynamic.p_filesz / sizeof(Entry), kMaxEntries));
+    if (!file.readAt(dynamic.p_offset, entries.data(), entries.size() * sizeof(Entry)))
+        return false;
+    const auto end = std::ranges::find(entries, DT_NULL, &Entry::d_tag);
+    const auto names = [&](auto tag) { return std::ranges::find(entries.begin(), end, tag, &Entry::d_tag) != end; };
+    return end != entries.end() && names(DT_STRTAB) && names(DT_SYMTAB);
+}
+
+/** What the loader does with one of the segments can't lead it astray. */
+bool isGood(const Segment& segment, const std::vector<Segment>& all, const File& file) {
+    if (segment.p_type == PT_LOAD)
+        return isThere(segment, file.size());
+    const auto hasIt = [&segment](const Segment& each) { return contains(each, segment); };
+    return segment.p_type != PT_DYNAMIC || (std::ranges::any_of(all, hasIt) && namesSymbols(file, segment));
+}
+
 bool isWhole(const File& file, const Header& header) {
-    const uint64_t size = file.size();
     if (header.e_phentsize != sizeof(Segment) || header.e_phnum == 0 || header.e_phnum > kMaxSegments)
         return false;
     std::vector<Segment> segments(header.e_phnum);
     if (!file.readAt(header.e_phoff, segments.data(), segments.size() * sizeof(Segment)))
         return false;
     const auto isDynamic = [](const Segment& each) { return each.p_type == PT_DYNAMIC; };
-    const auto isThere = [size](const Segment& each) {
-        return each.p_type != PT_LOAD ||
-               (each.p_filesz <= each.p_memsz && liesWithin(each.p_offset, each.p_filesz, size));
-    };
-    return std::ranges::any_of(segments, isDynamic) && std::ranges::all_of(segments, isThere);
+    const auto goes = [&](const Segment& each) { return isGood(each, segments, file); };
+    return std::ranges::any_of(segments, isDynamic) && std::ranges::all_of(segments, goes);
 }
 }  // namespace
 

@@ -136,6 +136,9 @@ TEST_F(Modules, WhatTheyOfferIsTheSameFromTheCache) {
             EXPECT_EQ(first, gComponentRegistry->getComponentDescription(first->getCID()));
             EXPECT_EQ(gComponentRegistry->getComponentCardinality(first->getCID()), 2);
             EXPECT_EQ(first->getFileName(), u"Reverb.bundle");
+            const int32_t number = first->getRuntimeID();
+            EXPECT_EQ(first, gComponentRegistry->getComponentDescriptionByRuntimeID(number));
+            EXPECT_FALSE(gComponentRegistry->getComponentDescriptionByRuntimeID(number + 1)) << "nobody asked for it";
             EXPECT_EQ(first->getVendor(), "Maker");
             EXPECT_EQ(first->getVersion(), level > 1 ? u"1.2.3" : u"");
             EXPECT_EQ(first->getClassFlags(), level > 1 ? 7u : 0u);
@@ -183,7 +186,7 @@ TEST_F(Modules, AClassThatMissesAKeyInTheCacheMakesTheModuleLoad) {
     gComponentRegistry->findModules();
     const std::string whole = cacheText();
     for (const char* spoilt : {"Class 00 - CID", "Class 00 - Cardinality", "Class 00 - Category", "Class 00 - Name",
-                               "A0B1C2D3", "NumClasses"}) {
+                               "A0B1C2D3", "NumClasses", "Flags"}) {
         SCOPED_TRACE(spoilt);
         std::string text = whole;
         ASSERT_NE(text.find(spoilt), std::string::npos);
@@ -288,6 +291,11 @@ TEST_F(Modules, ScanningMakesNoFolderAndGoesDownIntoSharedOnes) {
     TestBundle(folder.path / "shared/Tessarine/Components/deep", "Echo", "flags 16\n" + kOneService);
     EXPECT_EQ(gComponentRegistry->findSharedModules(), 1);
     EXPECT_NE(cacheText().find("Components/deep/Echo.bundle"), std::string::npos);
+    fs::path far = folder.path / "shared/Tessarine/Components";
+    for (int i = 0; i < 11; ++i)
+        far /= std::string(200, 'f');
+    TestBundle(far, "Far", "flags 16\n" + classLine(2, "Service", "Far"));
+    EXPECT_EQ(gComponentRegistry->findSharedModules(), 1) << "its path is longer than what the cache can hold";
 }
 
 TEST_F(Modules, LiveAsLongAsTheirInstances) {
@@ -320,6 +328,33 @@ TEST_F(Modules, LiveAsLongAsTheirInstances) {
     EXPECT_TRUE(FUnknownPtr<IPluginBase>(bare.get()));
 }
 
+TEST_F(Modules, StayWhileTheyAreEnteredAndLeft) {
+    for (const char* uses : {"1", "2"}) {
+        SCOPED_TRACE(uses);
+        const TestBundle made = bundle("Busy", "flags 16\nuses " + std::string(uses) + "\n" + kOneService);
+        fs::remove(cacheFile());
+        const FNPath path = pathOf(made.path);
+        const int loads = made.loads();
+        const IPtr<FModuleBase> module(restart().addModule(&path));
+        ASSERT_TRUE(module);
+        EXPECT_EQ(made.loads(), loads + 1) << "it has its own folder scanned when it is entered";
+        EXPECT_EQ(gComponentRegistry->countModules(), 1);
+        EXPECT_TRUE(module->load());
+        EXPECT_TRUE(module->getProcAddress("bundleExit"));
+        module->unload();
+        EXPECT_FALSE(module->isLoaded());
+    }
+}
+
+TEST_F(Modules, GoBehindTheClassesOfTheirOwnFactories) {
+    bundle("Adder", "flags 24\nadds 1\n" + kOneService);
+    ASSERT_EQ(restart().countComponentClasses("Service"), 1);
+    EXPECT_TRUE(OPtr<CmObject>(gComponentRegistry->createComponent("Service", 0)));
+    gComponentRegistry->removeAll();
+    EXPECT_EQ(isMapped("Adder.so"), kSanitized);
+    EXPECT_FALSE(gComponentRegistry->getComponentDescription("Service", 0)) << "its factory was in there";
+}
+
 TEST_F(Modules, MayBeUsedWhileTheyAreScannedAndAfterTheRegistry) {
     bundle("Early", "flags 16\n" + kOneService);
     static OPtr<CmObject> early;
@@ -344,6 +379,11 @@ TEST_F(Modules, ServicesStartOnceAndEndWhenTheyWant) {
     bundle("no service", "flags 16\n" + classLine(4, "Private", "other"));
     gServiceManager->registerServiceCategory("Service", nullptr);
     EXPECT_EQ(gServiceManager->start(), 2);
+    OPtr<CmLinkedList> owning(new CmLinkedList);
+    owning->_ownsObjects = CmContainer::kTakesOver;
+    gServiceManager->collectServiceDescriptions(*owning);
+    EXPECT_EQ(owning->total(), 3);
+    owning = nullptr;
     const auto idOf = [](const tchar* name) {
         return gComponentRegistry->getComponentDescription("Service", name)->getCID();
     };
@@ -391,6 +431,7 @@ TEST_F(Modules, CompiledInClassesAreTakenInOnce) {
 TEST_F(Modules, LibrariesAreFoundByName) {
     const TestBundle made = TestBundle(folder.path / "libraries", "Tools", "");
     fs::copy_file(TestBundle::built("emptymodule"), folder.path / "libraries/Plain.so");
+    fs::copy_file(TestBundle::built("emptymodule"), folder.path / "app/Tools.so");
     FDynLibrary::addFolder(pathOf(folder.path / "libraries"));
     const std::tuple<const tchar*, bool, bool> rows[] = {
         {u"Tools",   true,  true },
