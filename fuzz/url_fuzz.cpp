@@ -45,6 +45,7 @@ void checkRequest(FUrl url) {
 
 void checkLogin(FUrl url, const std::u16string& text) {
     url.setLogin(text.c_str(), text.c_str());
+    checkParts(url);
     FString user(url.getUser());
     demand(user.isAsciiString() && user == url.getPassword());
     demand(hasHalfPairs(text) || (FUrl::urlDecode(user) && user.text16() == text));

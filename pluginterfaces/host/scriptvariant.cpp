@@ -1,6 +1,7 @@
 #include "pluginterfaces/base/identifiers.h"
 #include "pluginterfaces/host/ihosttools.h"
 #include "pluginterfaces/host/iscriptengine.h"
+#include <cstring>
 #include <limits>
 #include <string>
 

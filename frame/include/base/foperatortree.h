@@ -126,6 +126,7 @@ public:
     virtual int32_t getOperator(const char* text);
     /** A leaf with a copy of the text. */
     virtual Node* createOperand(const char* text);
+    /** Never null, also for kNoOperator. */
     virtual FOperationNode<T>* createOperator(int32_t operatorNumber);
 
 private:
@@ -140,7 +141,7 @@ private:
 /** What "." asks: where there is a context, it is one of these. */
 class CmVariantContext {
 public:
-    /** false: there is no such member. */
+    /** The member owns what goes with the object. false: there is no such member. */
     virtual bool getMember(const CmVariant& object, const char* name, CmVariant& member) = 0;
 
 protected:

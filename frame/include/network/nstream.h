@@ -15,8 +15,8 @@ namespace Tessarine {
 class NStream : public FStream {
 public:
     explicit NStream(const NTimeouts& timeouts = {}) : socket(new NSocket(timeouts)) {}
-    /** Takes the connection over, as NServer gives it. */
-    explicit NStream(NSocket* connected) : socket(connected) {}
+    /** Takes the connection over, as NServer gives it; null: it has none. */
+    explicit NStream(NSocket* connected) : socket(connected ? connected : new NSocket) {}
     ~NStream() override;
     NStream(const NStream&) = delete;
     NStream& operator=(const NStream&) = delete;

@@ -93,6 +93,7 @@ private:
     bool sendsProxyLogin = false;  // the proxy has asked
     FCondition answered;           // by the main thread, or cancelled
     bool goodAnswer = false;
+    FUrl guarded;  // what the user is asked about; once cancelled, that may outlive the URL
     FString enteredUser, enteredPassword;
 };
 

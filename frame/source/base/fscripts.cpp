@@ -92,6 +92,7 @@ FScriptContext::FScriptContext(IScriptContext* context) : context(context) {
 
 FScriptContext::~FScriptContext() {
     context->close();
+    context->setErrorHook(nullptr);
     if (debugPrint)
         debugPrint->detach();
 }

@@ -1,5 +1,6 @@
 #include "network/nserver.h"
 #include "nresolver.h"
+#include <algorithm>
 #include <cerrno>
 #include <netinet/in.h>
 #include <poll.h>
@@ -9,11 +10,8 @@
 namespace Tessarine {
 namespace {
 constexpr const char* kThisMachine = "127.0.0.1";
-
-/** Failures that concern one connection, which is gone, and not those to come. */
-bool isPassing(int code) {
-    return code == EAGAIN || code == EINTR || code == ECONNABORTED;
-}
+// failures that concern one connection, which is gone, and not those to come
+constexpr int kPassing[] = {EAGAIN, EINTR, ECONNABORTED, EPROTO, EPERM, ENETDOWN, ENETUNREACH, EHOSTDOWN, EHOSTUNREACH};
 }  // namespace
 
 NServer::~NServer() {
@@ -58,7 +56,7 @@ NSocket* NServer::accept(int32_t timeoutMs, const NTimeouts& timeouts) {
             error == NError::kNone ? ::accept4(descriptor, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC) : -1;
         if (connected >= 0)
             return new NSocket(connected, timeouts);
-        if (error == NError::kNone && !isPassing(errno))
+        if (error == NError::kNone && std::ranges::find(kPassing, errno) == std::end(kPassing))
             error = NError::kNoMeans;
     }
     return nullptr;

@@ -38,7 +38,9 @@ bool NSocket::connect(const char* host, uint16_t port) {
             return true;
     }
     close();
-    return fail(NError::kCancelled);  // unless an address has failed already
+    if (interrupt.isCancelled())  // whatever an address before has said
+        error = NError::kCancelled;
+    return false;
 }
 
 void NSocket::begin() {

@@ -18,8 +18,8 @@ using Text = std::u16string_view;
 
 constexpr Text kProtocolMark = u"://";
 constexpr const tchar* kFileProtocol = u"file";
-constexpr std::string_view kAllowedMarks =
-    "$-_.+!*'(),;/?:@=&~";           // what a URL has as it is, besides letters and digits
+// what a URL has as it is, besides letters and digits; in a login nothing that ends one of its parts
+constexpr std::string_view kAllowedMarks = "$-_.+!*'(),;/?:@=&~", kLoginMarks = "$-_.+!*'(),;=&~";
 constexpr size_t kEscapeLength = 3;  // "%" and two digits
 
 struct Protocol {
@@ -137,9 +137,8 @@ bool split(Text text, Parts& parts) {
     return splitAuthority(authority, parts);
 }
 
-bool isPlain(uint8_t byte) {
-    return byte < 0x80 &&
-           (ConstString::isCharAlphaNum(char(byte)) || kAllowedMarks.find(char(byte)) != std::string_view::npos);
+bool isPlain(char c, std::string_view marks) {
+    return ConstString::isCharAlphaNum(c) || marks.find(c) != marks.npos;
 }
 
 int32_t hexDigitOf(tchar c) {
@@ -155,13 +154,20 @@ int32_t escapedByte(std::string_view text) {
     return high < 0 || low < 0 ? -1 : high << 4 | low;
 }
 
-void appendEncoded(std::string& target, char c) {
+void appendEncoded(std::string& target, char c, std::string_view marks = kAllowedMarks) {
     constexpr char kDigits[] = "0123456789abcdef";
     const auto byte = uint8_t(c);
-    if (isPlain(byte))
+    if (isPlain(c, marks))
         target += c;
     else
         target.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
+}
+
+void encode(String& text, std::string_view marks) {
+    std::string encoded;
+    for (const char c : utf8Of(text))
+        appendEncoded(encoded, c, marks);
+    text.fromUTF8(encoded.c_str());
 }
 
 constinit FCompiledInClass gConverterRecord{FObjectConverter::kCategory, "UrlPathConverter",
@@ -267,8 +273,8 @@ bool FUrl::hasDefaultPort() const {
 void FUrl::setLogin(const tchar* plainUser, const tchar* plainPassword) {
     user = plainUser;
     password = plainPassword;
-    urlEncode(user);
-    urlEncode(password);
+    encode(user, kLoginMarks);
+    encode(password, kLoginMarks);
 }
 
 void FUrl::getFullPath(FString& text) const {
@@ -302,10 +308,7 @@ void FUrl::fromString(const tchar* text, int32_t kind) {
 }
 
 void FUrl::urlEncode(String& text) {
-    std::string encoded;
-    for (const char c : utf8Of(text))
-        appendEncoded(encoded, c);
-    text.fromUTF8(encoded.c_str());
+    encode(text, kAllowedMarks);
 }
 
 void FUrl::getRequestFile(FString& text) const {

@@ -82,6 +82,8 @@ FUrlHttpHandler::~FUrlHttpHandler() {
 
 bool FUrlHttpHandler::open() {
     close();
+    if (cancelled)  // the main thread may still answer what was asked before
+        return fail(NError::kCancelled);
     error = NError::kNone;
     status = redirects = logins = 0;
     sendsProxyLogin = false;
@@ -224,6 +226,7 @@ FUrlHttpHandler::Step FUrlHttpHandler::loginToProxy() {
 
 FUrlHttpHandler::Step FUrlHttpHandler::loginToHost() {
     close();
+    guarded = url;
     const Login refused = urlLogin();
     const bool entered = gNetworkHooks.askLogin && ++logins <= kMaxLogins && askMainThread(kAskLogin);
     if (cancelled)
@@ -292,7 +295,7 @@ bool FUrlHttpHandler::answer(const char* question) {
 
 bool FUrlHttpHandler::askLogin() {
     enteredUser = enteredPassword = u"";
-    return gNetworkHooks.askLogin && gNetworkHooks.askLogin(kLoginTitle, url, enteredUser, enteredPassword);
+    return gNetworkHooks.askLogin && gNetworkHooks.askLogin(kLoginTitle, guarded, enteredUser, enteredPassword);
 }
 
 bool FUrlHttpHandler::readDefaults() {

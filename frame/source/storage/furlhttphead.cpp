@@ -50,7 +50,7 @@ bool FHttpHead::takeLine(std::string_view line) {
 bool FHttpHead::takeStatus(std::string_view line) {
     const size_t blank = line.find(' ');
     const std::string rest(line.substr(std::min(line.size(), blank)));
-    return ConstString(rest.c_str()).scanInt32(status);
+    return ConstString(rest.c_str()).scanInt32(status, 0, false);
 }
 
 void FHttpHead::takeHeader(std::string_view line) {

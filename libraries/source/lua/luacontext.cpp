@@ -14,6 +14,7 @@ namespace Tessarine {
 namespace {
 constexpr int kInstructions = 100;  // between two looks at the clock
 constexpr int32_t kMaxObjects = 20000;
+constexpr int32_t kMaxNewMetatables = 10000;  // between two searches for garbage
 constexpr int32_t kMaxLine = 100000;
 constexpr size_t kMaxSource = 1 << 20;  // bytes
 constexpr size_t kPiece = 512;          // of it, that are read at once
@@ -75,6 +76,7 @@ struct CompileRequest {
     size_t length;
     int32_t linesBefore;
     int reference;  // the result
+    int status;     // of reading it
 };
 
 const char* readSource(lua_State* state, void* data, size_t* size) {
@@ -96,8 +98,9 @@ const char* readSource(lua_State* state, void* data, size_t* size) {
 int compileBody(lua_State* state) {
     auto& request = *static_cast<CompileRequest*>(lua_touserdata(state, 1));
     lua_pushfstring(state, "=%s", request.file);
-    if (lua_load(state, readSource, &request, lua_tostring(state, -1), "t") != LUA_OK)
-        lua_error(state);
+    request.status = lua_load(state, readSource, &request, lua_tostring(state, -1), "t");
+    if (request.status != LUA_OK)
+        return lua_error(state);
     request.reference = LuaContext::of(state).refer(state, -1);
     return 0;
 }
@@ -128,35 +131,46 @@ struct Message {
 };
 }  // namespace
 
-/** A run from outside, or one within it; to the end of the block. */
+/** A run from outside, or one within it; to the end of the block. One within has the time of what calls it, or its own if that
+    has waited for long: then somebody works with the program. */
 class LuaContext::Run {
 public:
     explicit Run(LuaContext& context)
-        : context(&context), usedState(context.current ? context.current : context.state), top(lua_gettop(usedState)),
-          before(uselocale(ownLocale())) {
-        ++context.runs;
+        : context(&context), usedState(context.running()), top(lua_gettop(usedState)), before(uselocale(ownLocale())),
+          began(LuaLimits::now()), caller(context.call), hasOwnTime(!caller || isWaiting(*caller)) {
+        if (hasOwnTime)
+            deadlineBefore = context.limits.start();
         if (context.depth++ > 0)
             return;
         context.hostLocale = before;
-        context.limits.start();
         lua_sethook(context.state, onCount, LUA_MASKCOUNT, kInstructions);
     }
     ~Run() {
         lua_settop(usedState, top);
         if (context->depth == 1 && context->limits.getUsedBytes() > context->collectAt)
-            context->collect(usedState);
+            context->collect();
         if (--context->depth == 0 && context->closing)
             context->closeState();
+        if (hasOwnTime)
+            context->limits.resume(deadlineBefore);
+        else
+            caller->exclude(LuaLimits::now() - began);
         uselocale(before);
     }
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
 
 private:
+    bool isWaiting(const HostCall& call) const { return context->limits.isLongCall(call.getMilliseconds()); }
+
     const IPtr<LuaContext> context;
     lua_State* const usedState;
     const int top;
     const locale_t before;
+    const int64_t began;
+    HostCall* const caller;  // null: the run is from outside
+    const bool hasOwnTime;
+    int64_t deadlineBefore = 0;
 };
 
 // --- life
@@ -204,6 +218,7 @@ LuaContext::~LuaContext() {
 void LuaContext::closeState() {
     const locale_t before = uselocale(ownLocale());
     limits.setRefusal(nullptr, nullptr);
+    limits.setLifted(true);
     if (lua_State* ended = std::exchange(state, nullptr))
         lua_close(ended);
     uselocale(before);
@@ -274,11 +289,12 @@ int32_t LuaContext::compile(const char* text, int32_t length, const SDebugInfo* 
         return kWrongState;
     const char* file = info && info->fileName ? info->fileName : kNoFile;
     const int32_t linesBefore = info ? std::min(info->line, kMaxLine) - 1 : 0;
-    CompileRequest request = {file, text, length < 0 ? std::strlen(text) : size_t(length), linesBefore, LUA_NOREF};
+    CompileRequest request = {file,        text,      length < 0 ? std::strlen(text) : size_t(length),
+                              linesBefore, LUA_NOREF, LUA_OK};
     if (request.length > kMaxSource)
         return kInvalidArgument;
     const Run run(*this);
-    const int32_t answer = runProtected(compileBody, &request, file);
+    const int32_t answer = runProtected(compileBody, &request, file, &request.status);
     if (answer == kResultOk)
         *script = new LuaFunction(*this, request.reference, file);
     return answer;
@@ -295,11 +311,14 @@ int32_t LuaContext::invoke(FUnknown* script, const char* function, SArgs& args, 
     const Run run(*this);
     CallRequest request = {called->getReference(), function, &args, &result};
     const int32_t answer = runProtected(callBody, &request, called->getFile());
-    return isReady() ? answer : int32_t(kWrongState);
+    if (isReady())
+        return answer;
+    result.sempty();
+    return kWrongState;
 }
 
-int32_t LuaContext::runProtected(lua_CFunction body, void* request, const char* file) {
-    lua_State* used = current ? current : state;
+int32_t LuaContext::runProtected(lua_CFunction body, void* request, const char* file, const int* reason) {
+    lua_State* used = running();
     if (!lua_checkstack(used, kNeededStack))
         return kResultFalse;
     lua_pushcfunction(used, body);
@@ -307,7 +326,7 @@ int32_t LuaContext::runProtected(lua_CFunction body, void* request, const char* 
     const int status = lua_pcall(used, 1, 0, 0);
     if (status == LUA_OK)
         return kResultOk;
-    report(used, body == compileBody && status == LUA_ERRRUN ? int(LUA_ERRSYNTAX) : status, file);
+    report(used, reason && *reason != LUA_OK ? *reason : status, file);
     lua_pop(used, 1);
     return kResultFalse;
 }
@@ -346,7 +365,7 @@ void LuaContext::onCount(lua_State* state, lua_Debug* /*record*/) {
     if (context.limits.isExpired())
         context.raiseTime(state, 0);
     if (context.limits.getUsedBytes() > context.collectAt)
-        context.collect(state);
+        context.collect();
     if (lua_gethookcount(state) != kInstructions)  // a coroutine that met the end of an earlier run
         lua_sethook(state, onCount, LUA_MASKCOUNT, kInstructions);
 }
@@ -375,17 +394,18 @@ int LuaContext::refer(lua_State* state, int index) {
     return luaL_ref(state, LUA_REGISTRYINDEX);
 }
 
-void LuaContext::countObject(lua_State* state) {
+void LuaContext::makeRoomForObject(lua_State* state) {
     if (objectCount >= kMaxObjects)
-        collect(state);
+        collect();
     if (objectCount >= kMaxObjects)
         luaL_error(state, "has more than %d objects", int(kMaxObjects));
-    ++objectCount;
 }
 
 // --- garbage
 
 void LuaContext::registerMetatable(lua_State* state, int index) {
+    if (++newMetatables > kMaxNewMetatables)
+        collect();
     lua_pushvalue(cleaner, kMetatables);
     lua_xmove(cleaner, state, 1);
     lua_pushvalue(state, index);
@@ -394,9 +414,13 @@ void LuaContext::registerMetatable(lua_State* state, int index) {
     lua_pop(state, 1);
 }
 
-void LuaContext::collect(lua_State* running) {
+/** On the cleaner: where scripts have nested as deep as they may, the objects that go couldn't be given back. */
+void LuaContext::collect() {
     removeWeakness();
-    lua_gc(running, LUA_GCCOLLECT);
+    limits.setLifted(true);
+    lua_gc(cleaner, LUA_GCCOLLECT);
+    limits.setLifted(false);
+    newMetatables = 0;
     collectAt = std::max(kFirstCollection, 2 * limits.getUsedBytes());
 }
 
@@ -418,14 +442,13 @@ void LuaContext::removeWeakness() {
 // --- the host's turn
 
 LuaContext::HostCall::HostCall(lua_State* state)
-    : context(of(state)), before(std::exchange(context.current, state)), own(uselocale(context.hostLocale)),
-      began(LuaLimits::now()), runsBefore(context.runs) {}
+    : context(of(state)), state(state), outer(std::exchange(context.call, this)), own(uselocale(context.hostLocale)),
+      began(LuaLimits::now()) {}
 
 LuaContext::HostCall::~HostCall() {
     uselocale(own);
-    context.current = before;
-    if (context.runs == runsBefore)
-        context.limits.extend(LuaLimits::now() - began);
+    context.call = outer;
+    context.limits.spare(getMilliseconds());
 }
 
 }  // namespace Tessarine

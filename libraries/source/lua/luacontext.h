@@ -13,7 +13,7 @@ namespace Tessarine {
     Raising   the interpreter leaves a function by longjmp. So whatever may raise is called from functions whose locals have no
               destructors, within runProtected; what has destructors, calls of objects above all, is in functions that never raise.
     Limits    a hook that counts instructions raises from the deadline on, at each instruction, so that nobody can catch it for
-              long; the library has nothing that runs for long without instructions.
+              long; the library has nothing that runs for long without instructions, nor are values large enough for that.
     Garbage   is looked for when we say so, and weak tables are made strong before: finding out what their keys keep alive can
               take hours. */
 class LuaContext final : public IScriptContext {
@@ -40,7 +40,8 @@ public:
     /** Raises when the run takes too long. For library functions whose work grows with what they are given. */
     void checkTime(lua_State* state);
     /** Raises when there are too many. */
-    void countObject(lua_State* state);
+    void makeRoomForObject(lua_State* state);
+    void countObject() { ++objectCount; }
     /** One that was counted has gone. */
     void forgetObject() { --objectCount; }
     /** Raises without memory. The registry keeps a value, by the number that is returned. */
@@ -48,8 +49,8 @@ public:
     /** A number that nobody wants any longer; it goes with the next one that is made. */
     void dropReference(int reference) { dropped.push_back(reference); }
 
-    /** An object of the host is called, to the end of the block: it sees the host's locale, may run scripts again, and its own
-        time isn't the script's. */
+    /** An object of the host is called, to the end of the block: it sees the host's locale, may run scripts again, and most of
+        its own time isn't the script's. */
     class HostCall {
     public:
         explicit HostCall(lua_State* state);
@@ -57,12 +58,17 @@ public:
         HostCall(const HostCall&) = delete;
         HostCall& operator=(const HostCall&) = delete;
 
+        lua_State* getState() const { return state; }
+        int64_t getMilliseconds() const { return LuaLimits::now() - began; }
+        /** Scripts ran meanwhile, in the caller's time. */
+        void exclude(int64_t milliseconds) { began += milliseconds; }
+
     private:
         LuaContext& context;
-        lua_State* const before;
+        lua_State* const state;
+        HostCall* const outer;
         const locale_t own;
-        const int64_t began;
-        const uint32_t runsBefore;
+        int64_t began;
     };
     /** An object of the host is given back, to the end of the block: the interpreter's hook is off, so nothing may run. */
     class Finalizing {
@@ -81,14 +87,16 @@ private:
     static constexpr size_t kFirstCollection = 256 << 10;  // bytes
 
     static int prepare(lua_State* state);
-    void collect(lua_State* running);
+    void collect();
     void removeWeakness();
     LuaContext() = default;
     virtual ~LuaContext();
     bool open();
     void closeState();
+    lua_State* running() const { return call ? call->getState() : state; }
     bool isReady() const { return state && !closing && finalizing == 0; }
-    int32_t runProtected(lua_CFunction body, void* request, const char* file);
+    /** reason: where the body says why it raised; null: it says nothing. */
+    int32_t runProtected(lua_CFunction body, void* request, const char* file, const int* reason = nullptr);
     void report(lua_State* failed, int status, const char* file);
     static void onCount(lua_State* state, lua_Debug* record);
     /** level: how far above is the script, of what is running. */
@@ -97,15 +105,14 @@ private:
     int32_t refCount = 1;
     LuaLimits limits;
     lua_State* state = nullptr;    // owned; null once it is closed
-    lua_State* current = nullptr;  // the coroutine that calls an object
+    HostCall* call = nullptr;      // the innermost one
     lua_State* cleaner = nullptr;  // another one; its stack has the set of all metatables of scripts, and "__mode"
     size_t collectAt = kFirstCollection;
     IScriptErrorHook* errorHook = nullptr;
     locale_t hostLocale = LC_GLOBAL_LOCALE;
     std::vector<int> dropped;
     int32_t depth = 0;  // runs within runs
-    int32_t objectCount = 0, finalizing = 0;
-    uint32_t runs = 0;  // so far
+    int32_t objectCount = 0, newMetatables = 0, finalizing = 0;
     bool closing = false;
 };
 

@@ -28,8 +28,9 @@ public:
     int32_t initialize(FUnknown* context) override {
         const FUnknownPtr<IHostClasses> host(context);
         const FInstancePtr<IMemoryAllocator> allocator(host);
-        gMemoryAllocator = allocator;
         isReady = allocator;
+        if (isReady)
+            gMemoryAllocator = allocator;
         return isReady ? kResultOk : kResultFalse;
     }
     int32_t terminate() override {

@@ -7,6 +7,7 @@ namespace Tessarine {
 namespace {
 constexpr lua_Integer kMaxUnpacked = 250;
 constexpr lua_Integer kMaxRepeated = 1 << 20;  // bytes
+constexpr lua_Integer kMovedAtOnce = 10000;    // members of a table, between two looks at the clock
 
 // --- of our own: those of the standard library may loop for ages without an instruction that is counted
 
@@ -77,7 +78,22 @@ int find(lua_State* state) {
 
 lua_Integer tableLength(lua_State* state) {
     luaL_checktype(state, 1, LUA_TTABLE);
-    return lua_Integer(lua_rawlen(state, 1));
+    const auto length = lua_Integer(lua_rawlen(state, 1));
+    luaL_argcheck(state, length < LUA_MAXINTEGER, 1, "too long");
+    return length;
+}
+
+/** Moves what stands at places of the table by one, from the first of them to the last. Few members are enough for a length that
+    nobody lives to see the end of, so that it looks at the clock. */
+void moveMembers(lua_State* state, lua_Integer first, lua_Integer last, int by) {
+    for (lua_Integer i = first, left = kMovedAtOnce; i != last - by; i -= by) {
+        lua_rawgeti(state, 1, i);
+        lua_rawseti(state, 1, i + by);
+        if (--left == 0) {
+            LuaContext::of(state).checkTime(state);
+            left = kMovedAtOnce;
+        }
+    }
 }
 
 int concat(lua_State* state) {
@@ -106,10 +122,7 @@ int insert(lua_State* state) {
     const lua_Integer place = hasPlace ? luaL_checkinteger(state, 2) : end;
     luaL_argcheck(state, place >= 1 && place <= end, 2, "outside of the table");
     luaL_checkany(state, 2);
-    for (lua_Integer i = end; i > place; --i) {
-        lua_rawgeti(state, 1, i - 1);
-        lua_rawseti(state, 1, i);
-    }
+    moveMembers(state, end - 1, place, 1);
     lua_settop(state, hasPlace ? 3 : 2);
     lua_rawseti(state, 1, place);
     return 0;
@@ -120,14 +133,10 @@ int removeAt(lua_State* state) {
     const lua_Integer place = luaL_optinteger(state, 2, length);
     luaL_argcheck(state, place == length || (place >= 1 && place <= length + 1), 2, "outside of the table");
     lua_rawgeti(state, 1, place);
-    for (lua_Integer i = place; i < length; ++i) {
-        lua_rawgeti(state, 1, i + 1);
-        lua_rawseti(state, 1, i);
-    }
-    if (place <= length) {
-        lua_pushnil(state);
-        lua_rawseti(state, 1, std::max(place, length));
-    }
+    if (place < length)
+        moveMembers(state, place + 1, length, -1);
+    lua_pushnil(state);
+    lua_rawseti(state, 1, std::max(place, length));
     return 1;
 }
 
@@ -136,7 +145,7 @@ int unpack(lua_State* state) {
     const lua_Integer first = luaL_optinteger(state, 2, 1), last = luaL_optinteger(state, 3, length);
     if (first > last)
         return 0;
-    luaL_argcheck(state, first >= 1 && last <= length + kMaxUnpacked && last - first < kMaxUnpacked, 3,
+    luaL_argcheck(state, first >= 1 && last - kMaxUnpacked <= length && last - first < kMaxUnpacked, 3,
                   "too many values");
     luaL_checkstack(state, int(last - first) + 1, nullptr);
     for (lua_Integer i = first; i <= last; ++i)

@@ -4,15 +4,24 @@
 
 namespace Tessarine {
 
-/** What scripts may take: memory for all that they keep, and time for one run. */
+/** What scripts may take: memory for all that they keep and for each single value, and time for one run.
+
+    A single value, which is a text, a table or the stack, is at most one block of kMaxBlock bytes: what the interpreter does with
+    it without looking at the clock takes time that grows with its size, at worst with the square of that. */
 class LuaLimits {
 public:
+    static constexpr size_t kMaxBlock = (1 << 20) + 1000;  // bytes: text of 1 MB, 65536 members of a list, 32768 others
+
     void set(uint32_t milliseconds, uint32_t bytes);
     uint32_t getMilliseconds() const { return maxMs; }
 
-    /** A run begins. */
-    void start() { deadlineMs = now() + maxMs; }
-    void extend(int64_t milliseconds) { deadlineMs += milliseconds; }
+    /** A run begins. The result is what resume wants when it has ended. */
+    int64_t start();
+    void resume(int64_t deadline) { deadlineMs = deadline; }
+    /** A call of the host took so long. Of each call the first part is the script's, so that one that calls forever is ended,
+        too; the rest, as somebody may have been asked something, isn't. */
+    void spare(int64_t milliseconds);
+    bool isLongCall(int64_t milliseconds) const { return milliseconds > maxMs / kLongCalls; }
     /** For good: nothing more may run. */
     void end() { ended = true; }
     bool isExpired() const { return ended || now() > deadlineMs; }
@@ -25,17 +34,24 @@ public:
         onRefusal = function;
         refusalUser = user;
     }
+    /** Without limits on memory until false: what is given back must not fail. */
+    void setLifted(bool state) { isLifted = state; }
 
     /** The interpreter's allocator; self is one of these. */
     static void* allocate(void* self, void* block, size_t oldBytes, size_t newBytes);
 
 private:
-    bool mayGrow(size_t oldBytes, size_t newBytes) const;
+    static constexpr int64_t kLongCalls = 10;  // of the host, in one run
+
+    bool mayGrow(const void* block, size_t oldBytes, size_t newBytes) const;
+    void* refuse();
 
     uint32_t maxMs = 1000;
     size_t maxBytes = 16 << 20, usedBytes = 0;
     int64_t deadlineMs = INT64_MAX;
-    bool ended = false;
+    bool ended = false, isLifted = false;
+    bool isTight = false;              // memory was refused, and none was granted since
+    const void* shortTexts = nullptr;  // the interpreter's table of them
     void (*onRefusal)(void* user) = nullptr;
     void* refusalUser = nullptr;
 };

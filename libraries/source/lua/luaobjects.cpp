@@ -105,10 +105,10 @@ void findMember(lua_State* state, const ObjectBox& box) {
 }
 
 int onIndex(lua_State* state) {
-    const ObjectBox& box = liveBox(state);
-    findMember(state, box);
+    findMember(state, boxAt(state, 1));
     if (lua_type(state, 2) == LUA_TFUNCTION)
         return 1;
+    const ObjectBox& box = liveBox(state);
     SVariant value;
     value.init();
     const int32_t answer = readProperty(state, box, int(lua_tointeger(state, 2)), value);
@@ -127,8 +127,8 @@ int onMissingMethod(lua_State* state) {
 }
 
 int onNewIndex(lua_State* state) {
+    findMember(state, boxAt(state, 1));
     const ObjectBox& box = liveBox(state);
-    findMember(state, box);
     if (lua_type(state, 2) == LUA_TFUNCTION)
         return luaL_error(state, "a method of '%s' cannot be replaced", classNameOf(box));
     LuaReferences references;
@@ -171,15 +171,14 @@ ObjectBox& pushEmptyBox(lua_State* state, int metatable) {
 int onConstruct(lua_State* state) {
     const SClassInfo& info = *rowAt<SClassInfo>(state, lua_upvalueindex(1));
     LuaReferences references;
+    LuaContext::of(state).makeRoomForObject(state);
     const int count = referArguments(state, 1, SClassInfo::kMaxArguments, references);
     ObjectBox& box = pushEmptyBox(state, lua_upvalueindex(2));
-    LuaContext::of(state).countObject(state);
     box.object = construct(state, info, count, references);
     box.owned = box.object;
-    if (!box.object) {
-        LuaContext::of(state).forgetObject();
+    if (!box.object)
         return luaL_error(state, "'%s' cannot be made of this", info.className);
-    }
+    LuaContext::of(state).countObject();
     return 1;
 }
 
@@ -258,11 +257,12 @@ void pushObject(lua_State* state, FUnknown* object) {
         return lua_pushnil(state);
     IScriptObject* face = scriptFaceOf(object);
     pushMetatable(state, face ? face->getTypeInfo() : &kUnknownClass);
+    LuaContext::of(state).makeRoomForObject(state);
     ObjectBox& box = pushEmptyBox(state, lua_gettop(state));
     lua_remove(state, -2);
-    LuaContext::of(state).countObject(state);
     object->addRef();
     box = {object, face};
+    LuaContext::of(state).countObject();
 }
 
 FUnknown* objectAt(lua_State* state, int index) {

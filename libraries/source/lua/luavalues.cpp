@@ -157,14 +157,17 @@ LuaFunction* LuaFunction::of(FUnknown* object, const LuaContext& context) {
 
 int referArguments(lua_State* state, int first, int most, LuaReferences& references) {
     const int count = lua_gettop(state) - first + 1;
+    most = std::min(most, int(SClassInfo::kMaxArguments));
     if (count > most)
         luaL_error(state, "takes %d values, not %d", most, count);
     for (int i = 0; i < count; ++i) {
         const int type = lua_type(state, first + i);
         if (type == LUA_TTABLE || type == LUA_TTHREAD)
             luaL_argerror(state, first + i, "cannot be handed over");
-        references.references[i] = type == LUA_TFUNCTION ? LuaContext::of(state).refer(state, first + i) : LUA_NOREF;
     }
+    for (int i = 0; i < count; ++i)
+        references.references[i] =
+            lua_isfunction(state, first + i) ? LuaContext::of(state).refer(state, first + i) : LUA_NOREF;
     return count;
 }
 

@@ -4,6 +4,15 @@
 namespace Tessarine {
 class USConsole;
 
+/** A script of a skin. */
+class UIScript : public FScript {
+public:
+    using FScript::execute;
+    using FScript::FScript;
+    /** Runs it on the target. */
+    bool execute(CmObject* target);
+};
+
 /** Where the scripts of skins run: it shows them the objects of a program, and what they are about to work on. */
 class UIScriptContext : public FScriptContext {
 public:
@@ -12,7 +21,7 @@ public:
     using FScriptContext::FScriptContext;
     ~UIScriptContext() override;
     bool init() override;
-    FScript* compile(const char* text, int32_t length, SDebugInfo* info) override;
+    UIScript* compile(const char* text, int32_t length, SDebugInfo* info) override;
 
     /** What a script works on, while it runs. Borrowed, null outside of a run. */
     void setTarget(CmObject* object) { target = object; }
@@ -21,15 +30,6 @@ public:
 private:
     CmObject* target = nullptr;
     IPtr<USConsole> consoleObject;
-};
-
-/** A script of a skin. */
-class UIScript : public FScript {
-public:
-    using FScript::execute;
-    using FScript::FScript;
-    /** Runs it on the target. */
-    bool execute(CmObject* target);
 };
 
 /** Makes gUIScriptContext, once. false: there is no engine, or it refuses; skins then do without scripts. */

@@ -7,7 +7,8 @@ namespace Tessarine {
 class UTimer;
 
 /** "Timer": calls the function "onTimer" at each period, in milliseconds, until it answers 0 or fails. While it runs it keeps
-    itself. */
+    itself, but not beyond its context. A function that refers to its own timer keeps it for as long: set it to nothing when it is
+    done. */
 class USTimer : public FScriptObject {
 public:
     DECLARE_ABSTRACT_CLASS(USTimer, FScriptObject)
@@ -21,6 +22,8 @@ public:
     int32_t notify(FMessage* message) override;
 
     bool isRunning() const { return timer != nullptr; }
+    /** Kills those whose functions are of this context. */
+    static void killAllOf(const IScriptContext* context);
 
 private:
     bool setPeriod(const FVariant& value);

@@ -20,7 +20,7 @@ const OneTimeProcedure UIScriptsTerminator(false, endUIScripts, "UIScripts", 0);
 }  // namespace
 
 UIScriptContext::~UIScriptContext() {
-    getEngineContext()->close();
+    USTimer::killAllOf(getEngineContext());
     if (consoleObject)
         consoleObject->detach();
 }
@@ -35,7 +35,7 @@ bool UIScriptContext::init() {
     return done;
 }
 
-FScript* UIScriptContext::compile(const char* text, int32_t length, SDebugInfo* info) {
+UIScript* UIScriptContext::compile(const char* text, int32_t length, SDebugInfo* info) {
     const IPtr<FUnknown> compiled = compileText(text, length, info);
     return compiled ? new UIScript(this, compiled) : nullptr;
 }

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <vector>
 
 namespace Tessarine {
 
@@ -40,7 +41,12 @@ constexpr SMethod kTimerMethods[] = {
     {kKill,  "kill",  0},
 };
 constexpr const char* kNotAssigned = "Timer::onTimer not assigned!\n";
-int32_t runningTimers = 0;
+std::vector<USTimer*> runningTimers;
+
+/** Members of an object are called, not itself; and objects that keep each other would never go. */
+bool mayBeCalled(const FVariant& value) {
+    return value.isEmpty() || (value.getType() == FVariant::kObject && !FUnknownPtr<IScriptObject>(value.getObject()));
+}
 }  // namespace
 
 const SClassInfo USTimer::__classInfo = {"Timer",          USTimer::__constructor,   std::size(kTimerProperties),
@@ -73,7 +79,7 @@ int32_t USTimer::getProperty(char index, SVariant& value, IScriptContext* script
 int32_t USTimer::setProperty(char index, FVariant& value, IScriptContext* scriptContext) {
     if (index == kPeriod)
         return setPeriod(value) ? kResultOk : kInvalidArgument;
-    if (index != kOnTimer || (value.getType() != FVariant::kObject && !value.isEmpty()))
+    if (index != kOnTimer || !mayBeCalled(value))
         return kInvalidArgument;
     context = scriptContext;
     return FScriptObject::setProperty(index, value, scriptContext);
@@ -82,8 +88,10 @@ int32_t USTimer::setProperty(char index, FVariant& value, IScriptContext* script
 int32_t USTimer::invoke(char index, SArgs& /*args*/, SVariant& result) {
     if (index == kStart)
         result.setInteger(start());
-    else
+    else if (index == kKill)
         kill();
+    else
+        return kInvalidArgument;
     return kResultOk;
 }
 
@@ -96,11 +104,11 @@ bool USTimer::start() {
             where->writeConsole(kNotAssigned);
         return false;
     }
-    if (runningTimers >= kMaxRunning)
+    if (int32_t(runningTimers.size()) >= kMaxRunning)
         return false;
     timer = new UTimer(this, 0, period);
     addRef();
-    ++runningTimers;
+    runningTimers.push_back(this);
     if (!timer->isAlive())
         kill();
     return timer;
@@ -111,8 +119,15 @@ void USTimer::kill() {
         return;
     timer->kill();
     timer = nullptr;
-    --runningTimers;
+    std::erase(runningTimers, this);
     release();
+}
+
+void USTimer::killAllOf(const IScriptContext* context) {
+    const std::vector<IPtr<USTimer>> all(runningTimers.begin(), runningTimers.end());
+    for (USTimer* each : all)
+        if (each->context == context)
+            each->kill();
 }
 
 int32_t USTimer::notify(FMessage* message) {
@@ -129,7 +144,7 @@ bool USTimer::tick() {
     SArgs none = {0, nullptr};
     SVariant value;
     value.init();
-    const bool called = function && context->invoke(function, nullptr, none, value) == kResultOk;
+    const bool called = function && context && context->invoke(function, nullptr, none, value) == kResultOk;
     const bool stops = value.getType() == FVariant::kInteger && value.value.integer == 0;
     value.sempty();
     return called && !stops;
@@ -164,6 +179,8 @@ bool USRect::set(const SArgs& args) {
 }
 
 int32_t USRect::getProperty(char index, SVariant& value, IScriptContext* /*context*/) {
+    if (index < kLeft || index > kHeight)
+        return kInvalidArgument;
     if (index < kWidth)
         value.setInteger(edges[int32_t(index)]);
     else
@@ -172,7 +189,7 @@ int32_t USRect::getProperty(char index, SVariant& value, IScriptContext* /*conte
 }
 
 int32_t USRect::setProperty(char index, FVariant& value, IScriptContext* /*context*/) {
-    if (!isNumber(&value))
+    if (index < kLeft || index > kHeight || !isNumber(&value))
         return kInvalidArgument;
     if (index < kWidth) {
         edges[int32_t(index)] = wholeOf(value);
@@ -234,7 +251,7 @@ int32_t USApplication::getProperty(char index, SVariant& value, IScriptContext* 
         return kResultFalse;
     if (index == kName)
         setText(value, gApplication->getName());
-    else if (gApplication->getFeatureValue(kVersionFeature, version) == kResultOk)
+    else if (index == kVersion && gApplication->getFeatureValue(kVersionFeature, version) == kResultOk)
         setText(value, ConstString(version));
     else
         return kResultFalse;

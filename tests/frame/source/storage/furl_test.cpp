@@ -118,6 +118,14 @@ TEST(FUrl, EncodesBytesOfUtf8) {
     }
 }
 
+TEST(FUrl, PrintsAnyLoginSoThatItIsReadAgain) {
+    FUrl url(u"http://h/x");
+    url.setLogin(u"a:b@c/d", u"80/e?@f");
+    const FUrl again(textOf(url).c_str());
+    EXPECT_EQ(textOf(url), u"http://a%3ab%40c%2fd:80%2fe%3f%40f@h/x");
+    EXPECT_TRUE(again.getHost() == url.getHost() && again.getUser() == url.getUser());
+}
+
 TEST(FUrl, StandsForAPathOfTheDisks) {
     const FNPath path(u"/a b/\u00E4#?", kFilePath), relative(u"a", kFilePath), half(u"/a\xD800", kFilePath);
     const OPtr<FUrl> url(path.createURL());

@@ -77,7 +77,7 @@ std::vector<AnswerRow> answers() {
         {"another login", "HTTP/1.0 401 No\r\nWWW-Authenticate: Digest\r\n\r\n", NError::kRefused, 401, -1, ""},
         {"nobody to ask", "HTTP/1.0 401 No\r\nWWW-Authenticate: basic\r\n\r\n", NError::kLoginNeeded, 401, -1, ""},
         {"no proxy at all", "HTTP/1.0 407 No\r\nProxy-Authenticate: Basic\r\n\r\n", NError::kRefused, 407, -1, ""},
-        {"another protocol", "220 mail.example ready\r\n", NError::kBadAnswer, 0, -1, ""},
+        {"another protocol", "220 mail2.example ready\r\n", NError::kBadAnswer, 0, -1, ""},
         {"nothing", "", NError::kBadAnswer, 0, -1, ""},
         {"cut off", ok + "A: b", NError::kBadAnswer, 0, -1, ""},
         {"an endless line", ok + line + line + line, NError::kBadAnswer, 0, -1, ""},
@@ -352,6 +352,29 @@ TEST(FUrlHttpHandler, IsCancelledWhileTheUserIsAsked) {
     EXPECT_EQ(fetch.handler->getError(), NError::kCancelled);
     gMessenger->deliverMessages();  // too late: nobody is to be asked
     EXPECT_EQ(User::asked, 0u);
+}
+
+TEST(FUrlHttpHandler, MayGoWhileTheUserIsAsked) {
+    static FUrlHttpHandler* handler = nullptr;
+    static std::atomic<bool> gone;
+    gone = false;
+    gNetworkHooks.askLogin = [](const UTranslatedString&, const FUrl& url, FString& user, FString&) {
+        handler->cancel();
+        while (!gone)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_EQ(std::u16string(url.getHost().text16()), u"127.0.0.1");
+        user = u"u";
+        return true;
+    };
+    ScriptedServer server({says("HTTP/1.0 401 No\r\nWWW-Authenticate: Basic\r\n\r\n")});
+    runBeside([&] {
+        auto fetch = std::make_unique<Fetch>(at(server.port(), ""));
+        handler = fetch->handler;
+        EXPECT_FALSE(handler->open());
+        fetch.reset();
+        gone = true;
+    });
+    gNetworkHooks = {};
 }
 
 TEST(FUrl, OpensStreamsThatOutliveIt) {

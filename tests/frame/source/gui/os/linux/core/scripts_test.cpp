@@ -8,6 +8,7 @@
 #include "tests/support/testfolder.h"
 #include "tests/support/uncounted.h"
 #include <chrono>
+#include <thread>
 
 namespace Tessarine {
 namespace {
@@ -47,7 +48,8 @@ constexpr const char* kProbeProperties[] = {"a", "b"};
 constexpr SMethod kProbeMethods[] = {
     {0, "act", 3},
 };
-const SClassInfo Probe::__classInfo = {"Probe", nullptr, 2, kProbeProperties, 1, kProbeMethods};
+const SClassInfo Probe::__classInfo = {
+    "Probe", [](SArgs&) -> IScriptObject* { return new Probe; }, 2, kProbeProperties, 1, kProbeMethods};
 
 /** With the engine that was built, as the registry finds it in the application's folder. */
 class Scripts : public LoopTest {
@@ -70,6 +72,7 @@ protected:
         probe = new Probe;
         engine()->registerObject("probe", probe);
         probe->release();  // the context has it
+        engine()->registerClass(&Probe::__classInfo);
     }
     static IScriptContext* engine() { return gUIScriptContext->getEngineContext(); }
     /** The value of a script; of one that fails, empty. */
@@ -156,6 +159,8 @@ TEST_F(Scripts, WhatIsWrongIsSaidOnTheConsole) {
          "skin(1): Error 2: 'concat' bad argument #3 to 'concat' (outside of the table)\n"                                                                                    },
         {"\x1BLua",                                                                         "skin(0): Error 1: 't' attempt to load a binary chunk (mode is 't')\n"            },
         {"DebugPrint('a', 1) console:print('b')",                                           "a 1\nb"                                                                          },
+        {"local t = Timer(100) t.onTimer = t",
+         "skin(1): Error 2: 'Timer' a property of 'Timer' cannot be set to this: 2\n"                                                                                         },
         {"Timer(100):start()",                                                              "Timer::onTimer not assigned!\n"                                                  },
     };
     for (const auto& [script, written] : rows) {
@@ -184,36 +189,47 @@ struct Runaway {
     int32_t error;
 };
 const Runaway kRunaways[] = {
-    {"while true do end",                                                                                         SErrorInfo::kTime   },
-    {"::a:: goto a",                                                                                              SErrorInfo::kTime   },
-    {"while true do pcall(function() while true do end end) end",                                                 SErrorInfo::kTime   },
-    {"local function f() pcall(f) while true do end end f()",                                                     SErrorInfo::kTime   },
-    {"while true do coroutine.resume(coroutine.create(function() while true do end end)) end",                    SErrorInfo::kTime   },
-    {"local function f() while true do coroutine.resume(coroutine.create(f)) end end f()",                        SErrorInfo::kTime   },
+    {"while true do end",                                                                                          SErrorInfo::kTime   },
+    {"::a:: goto a",                                                                                               SErrorInfo::kTime   },
+    {"while true do pcall(function() while true do end end) end",                                                  SErrorInfo::kTime   },
+    {"local function f() pcall(f) while true do end end f()",                                                      SErrorInfo::kTime   },
+    {"while true do coroutine.resume(coroutine.create(function() while true do end end)) end",                     SErrorInfo::kTime   },
+    {"local function f() while true do coroutine.resume(coroutine.create(f)) end end f()",                         SErrorInfo::kTime   },
     {"coroutine.resume(coroutine.create(function() local x <close> = setmetatable({}, {__close = function() "
-     "while true do end end}) while true do end end)) while true do end",                                    SErrorInfo::kTime   },
-    {"local x <close> = setmetatable({}, {__close = function() while true do end end})",                          SErrorInfo::kTime   },
-    {"return tostring(setmetatable({}, {__tostring = function() while true do end end}))",                        SErrorInfo::kTime   },
-    {"return setmetatable({}, {__index = function() while true do end end}).x",                                   SErrorInfo::kTime   },
-    {"while true do ('x'):rep(1 << 20):upper() end",                                                              SErrorInfo::kTime   },
-    {"local t = {} for i = 1, 100000 do t[i] = i end while true do table.insert(t, 1, 0) table.remove(t, 1) end",
-     SErrorInfo::kTime                                                                                                                },
+     "while true do end end}) while true do end end)) while true do end",                                     SErrorInfo::kTime   },
+    {"local x <close> = setmetatable({}, {__close = function() while true do end end})",                           SErrorInfo::kTime   },
+    {"return tostring(setmetatable({}, {__tostring = function() while true do end end}))",                         SErrorInfo::kTime   },
+    {"return setmetatable({}, {__index = function() while true do end end}).x",                                    SErrorInfo::kTime   },
+    {"while true do ('x'):rep(1 << 20):upper() end",                                                               SErrorInfo::kTime   },
+    {"local t = {} for i = 1, 60000 do t[i] = i end while true do table.insert(t, 1, 0) table.remove(t, 1) end",
+     SErrorInfo::kTime                                                                                                                 },
     {"local n, m, o = 20000, {}, {} local w = setmetatable({}, m) m.__mode = 'k' for i = 1, n do o[i] = {} end "
      "for i = n, 2, -1 do local j = math.random(i) o[i], o[j] = o[j], o[i] end for i = 1, n - 1 do w[o[i]] = o[i + 1] end "
-     "first = o[1] o = nil while true do m.__mode = 'k' local t = {} end",                                   SErrorInfo::kTime   },
-    {"while true do Timer(100) end",                                                                              SErrorInfo::kTime   },
-    {"while true do probe:act(function() end) end",                                                               SErrorInfo::kTime   },
-    {"local s = 'x' while true do s = s .. s end",                                                                SErrorInfo::kMemory },
-    {"local t = {} while true do t[#t + 1] = ('x'):rep(1000) .. #t end",                                          SErrorInfo::kMemory },
-    {"local t = {} while true do t[#t + 1] = coroutine.create(type) end",                                         SErrorInfo::kMemory },
-    {"local t = {} while true do t[#t + 1] = Timer(100) end",                                                     SErrorInfo::kRuntime},
-    {"local function f() return 1 + f() end f()",                                                                 SErrorInfo::kMemory },
-    {"local function f() return setmetatable({}, {__index = f})[f] end f()",                                      SErrorInfo::kRuntime},
+     "first = o[1] o = nil while true do m.__mode = 'k' local t = {} end",                                    SErrorInfo::kTime   },
+    {"while true do Timer(100) end",                                                                               SErrorInfo::kTime   },
+    {"while true do probe:act('wait') end",                                                                        SErrorInfo::kTime   },
+    {"local t = {} for k = 0, 62 do t[1 << k] = 1 end while #t < 1 << 30 do t[#t + 1] = 1 end table.remove(t, 1)",
+     SErrorInfo::kTime                                                                                                                 },
+    {"local function deep(n) return n > 0 and 1 + deep(n - 1) or 0 end pcall(deep, 1 << 20) local m = {} "
+     "m.__call = setmetatable({}, m) while true do pcall(m.__call) end",                                      SErrorInfo::kTime   },
+    {"local t = {} for i = 65537, 1 << 17 do t[i * ((1 << 18) - 1)] = 1 end t[1.5] = 1",                           SErrorInfo::kMemory },
+    {"while true do probe:act(function() end) end",                                                                SErrorInfo::kTime   },
+    {"local s = 'x' while true do s = s .. s end",                                                                 SErrorInfo::kMemory },
+    {"local t = {} while true do t[#t + 1] = ('x'):rep(1000) .. #t end",                                           SErrorInfo::kMemory },
+    {"local t = {} while true do t[#t + 1] = coroutine.create(type) end",                                          SErrorInfo::kMemory },
+    {"local t = {} while true do t[#t + 1] = Timer(100) end",                                                      SErrorInfo::kRuntime},
+    {"local function f() return 1 + f() end f()",                                                                  SErrorInfo::kMemory },
+    {"local function f() return setmetatable({}, {__index = f})[f] end f()",                                       SErrorInfo::kRuntime},
 };
 
 TEST_F(Scripts, WhoNeverEndsIsEnded) {
     for (const Runaway& row : kRunaways) {
         SCOPED_TRACE(row.script);
+        probe->action = [](SArgs& args, SVariant&) {
+            if (args.count > 0 && args.variants[0].getType() == FVariant::kString8)
+                std::this_thread::sleep_for(std::chrono::milliseconds(9));
+            return kResultOk;
+        };
         engine()->setLimits(row.error == SErrorInfo::kTime ? 100 : 20000, 4 << 20);
         const auto start = std::chrono::steady_clock::now();
         run(row.script);
@@ -245,6 +261,16 @@ TEST_F(Scripts, WhatTakesLongToCompileIsGivenUp) {
     run(slowToCompile());
     EXPECT_NE(takeWritten().find(": Error 4: "), std::string::npos);
     EXPECT_FALSE(gUIScriptContext->compile(std::string(2 << 20, ' ').c_str(), -1, nullptr));
+    engine()->setLimits(1000, 256 << 10);
+    run("return '" + std::string(512 << 10, 'x') + "'");
+    EXPECT_NE(takeWritten().find(": Error 3: "), std::string::npos);
+}
+
+TEST_F(Scripts, ObjectsThatGoWhereNoCallIsLeftAreGivenBack) {
+    run("local function f() if not pcall(f) then for i = 1, 5000 do Probe() local t = {{}, {}} end end end f()");
+    EXPECT_EQ(takeWritten(), "");
+    UExitUIScripts();
+    EXPECT_EQ(Probe::living, 0);
 }
 
 TEST_F(Scripts, AreCompiledOnceAndCalledByName) {
@@ -261,16 +287,15 @@ TEST_F(Scripts, AreCompiledOnceAndCalledByName) {
     ASSERT_TRUE(script->call("double", args, &value));
     EXPECT_EQ(value.getLong(), 42);
     EXPECT_FALSE(script->call("triple", args, &value));
-    auto* target = static_cast<UIScript*>(script.get());
     probe->action = [&](SArgs&, SVariant& result) {
         result.setInteger(gUIScriptContext->getTarget() == console.get());
         return kResultOk;
     };
     run("function seen() sawTarget = probe:act() end");
-    const OPtr<FScript> looking(gUIScriptContext->compile("sawTarget = probe:act()", -1, nullptr));
-    EXPECT_TRUE(static_cast<UIScript*>(looking.get())->execute(console.get()));
+    const OPtr<UIScript> looking(gUIScriptContext->compile("sawTarget = probe:act()", -1, nullptr));
+    EXPECT_TRUE(looking->execute(console.get()));
     EXPECT_EQ(run("return sawTarget").getLong(), 1);
-    EXPECT_EQ(target->getContext()->getEngineContext(), engine());
+    EXPECT_EQ(script->getContext()->getEngineContext(), engine());
     EXPECT_EQ(gUIScriptContext->getTarget(), nullptr);
 }
 
@@ -321,13 +346,16 @@ TEST_F(Scripts, ObjectsAndFunctionsOutliveTheContextHarmlessly) {
     value.init();
     EXPECT_EQ(context->invoke(function.getUnknown(), nullptr, none, value), kResultOk);
     EXPECT_EQ(context->invoke(console, nullptr, none, value), kInvalidArgument);
-    run("t = Timer(1) t.onTimer = function() end t:start() probe.a = t probe.b = function() return t end");
+    run("t = Timer(60000) t.onTimer = function() end t:start() probe.a = t probe.b = function() return t end");
+    const IPtr<USTimer> timer(classCast<USTimer>(commonObject(run("return t").getUnknown())));
+    ASSERT_TRUE(timer);
+    EXPECT_TRUE(timer->isRunning());
     UExitUIScripts();
     EXPECT_EQ(context->invoke(function.getUnknown(), nullptr, none, value), kWrongState);
     FVariant text("text");
     SArgs args = {1, &text};
     EXPECT_EQ(FUnknownPtr<IScriptObject>(heldConsole.getUnknown())->invoke(0, args, value), kResultOk);
-    runFor(20);  // the timer finds nobody, and ends
+    EXPECT_FALSE(timer->isRunning());
 }
 
 TEST_F(Scripts, AnObjectMayEndTheContextOrRunScriptsWithinIt) {
@@ -351,6 +379,16 @@ TEST_F(Scripts, AnObjectMayEndTheContextOrRunScriptsWithinIt) {
     FVariant value(1.);
     EXPECT_EQ(context->setProperty("late", value), kWrongState);
     EXPECT_EQ(Probe::living, 0) << "all is given back";
+}
+
+TEST_F(Scripts, AnObjectThatWaitsTakesNoTimeFromScripts) {
+    engine()->setLimits(100, 16 << 20);
+    probe->action = [](SArgs&, SVariant& result) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        result.setInteger(run("for i = 1, 1000 do end return 1").getLong());
+        return kResultOk;
+    };
+    EXPECT_EQ(run("local n = 0 for i = 1, 3 do n = n + probe:act() end return n").getLong(), 3);
 }
 
 TEST_F(Scripts, WithoutAnEngineThereIsNoContext) {
