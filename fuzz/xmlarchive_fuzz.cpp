@@ -1,12 +1,12 @@
-// XML archives of attributes. What has been read once is written, and then read and written the same way for good, unless an
-// attribute is too long for the parser; nobody is left alive.
+// XML archives of attributes. What has been read once is written, and then read and written the same way for good; nobody is
+// left alive.
 #include "archivesubject.h"
 
 using namespace ArchiveFuzz;
 IMPLEMENT_FUZZ_CLASSES
 
 namespace {
-constexpr size_t kShortFile = 300;  // no attribute of it gets too long by what is escaped or widened
+constexpr size_t kShortFile = 300;  // no bag of it gets too deep by what is unfolded
 
 /** The first time, what nobody holds may be lost with its references. */
 void check(FMemoryStream& source, bool isShort) {

@@ -13,6 +13,20 @@ using namespace Tessarine;
 namespace {
 constexpr int64_t kMaxWaitMs = 24 * 60 * 60 * 1000;
 constexpr int64_t kMaxDevice = 255;
+constexpr const char* kNow = "--now";
+constexpr const char* kAllow48V = "--allow-48v";
+
+/** From there on only words of these, in their order, each at most once. */
+bool areFlags(const std::vector<std::string>& words, size_t from, std::initializer_list<std::string_view> flags) {
+    auto flag = flags.begin();
+    for (size_t i = from; i < words.size(); ++i) {
+        flag = std::find(flag, flags.end(), words[i]);
+        if (flag == flags.end())
+            return false;
+        ++flag;
+    }
+    return true;
+}
 
 /** A whole decimal integer; what is larger than 64 bits is the nearest. */
 bool scanInteger(const std::string& word, int64_t& value) {
@@ -39,21 +53,23 @@ bool scanInRange(const std::string& word, int64_t low, int64_t high, int64_t& va
 }
 }  // namespace
 
-Json valueOf(const ParamAddress& address, IValue* value) {
-    if (address.param->isText)
-        return textOf(value);
-    return value->getValueInt();
+Json describe(const Place& place, const Setting& setting) {
+    Json fields = {
+        {"id", place.device}
+    };
+    if (place.param)
+        fields["param"] = place.param->name;
+    if (place.param && place.param->perChannel)
+        fields["ch"] = place.channel;
+    std::visit([&](const auto& held) { fields[place.param ? "value" : "channel"] = held; }, setting);
+    return fields;
 }
 
-Json describe(const ParamAddress& address, IValue* value) {
-    Json fields = {
-        {"id",    address.device     },
-        {"param", address.param->name}
+Json describe(const ChannelAddress& channel) {
+    return {
+        {"id", channel.device },
+        {"ch", channel.channel}
     };
-    if (address.param->perChannel)
-        fields["ch"] = address.channel;
-    fields["value"] = valueOf(address, value);
-    return fields;
 }
 
 std::string lineOf(const Json& object) {
@@ -65,24 +81,34 @@ struct Commands::Row {
     size_t fewest, most;  // words behind the name
     bool (Commands::*run)(const Words& words);
     const char* usage;
+    bool inGesture = false;  // settings before and behind it can be one step
 };
 
 const Commands::Row Commands::kCommands[] = {
-    {"ready",      0, 0, &Commands::ready,      "ready"                  },
-    {"wait",       2, 2, &Commands::wait,       "wait ready MS"          },
-    {"devices",    0, 0, &Commands::devices,    "devices"                },
-    {"get",        2, 3, &Commands::get,        "get ID PARAM [CH]"      },
-    {"set",        3, 4, &Commands::set,        "set ID PARAM [CH] VALUE"},
-    {"assign",     2, 2, &Commands::assign,     "assign ID CH"           },
-    {"connection", 1, 1, &Commands::connection, "connection CH"          },
-    {"sleep",      1, 1, &Commands::sleep,      "sleep MS"               },
-    {"factory",    0, 0, &Commands::factory,    "factory"                },
-    {"help",       0, 0, &Commands::help,       "help"                   },
-    {"quit",       0, 0, &Commands::quit,       "quit"                   },
+    {"ready", 0, 0, &Commands::ready, "ready"},
+    {"wait", 2, 2, &Commands::wait, "wait ready MS"},
+    {"devices", 0, 0, &Commands::devices, "devices"},
+    {"get", 2, 3, &Commands::get, "get ID PARAM [CH]", true},
+    {"set", 3, 4, &Commands::set, "set ID PARAM [CH] VALUE", true},
+    {"assign", 2, 2, &Commands::assign, "assign ID CH"},
+    {"connection", 1, 1, &Commands::connection, "connection CH"},
+    {"undo", 0, 1, &Commands::undo, "undo [--allow-48v]"},
+    {"redo", 0, 1, &Commands::redo, "redo [--allow-48v]"},
+    {"history", 0, 0, &Commands::history, "history"},
+    {"scene", 2, 3, &Commands::scene, "scene save NAME, scene delete NAME, scene recall NAME [--allow-48v]"},
+    {"scenes", 0, 0, &Commands::scenes, "scenes"},
+    {"link", 4, 6, &Commands::link, "link ID CH ID CH [--now] [--allow-48v]"},
+    {"unlink", 2, 4, &Commands::unlink, "unlink ID CH [ID CH]"},
+    {"links", 0, 0, &Commands::links, "links"},
+    {"sleep", 1, 1, &Commands::sleep, "sleep MS"},
+    {"factory", 0, 0, &Commands::factory, "factory"},
+    {"help", 0, 0, &Commands::help, "help"},
+    {"quit", 0, 0, &Commands::quit, "quit"},
 };
 
 Commands::Commands(Remote& watchedRemote, const ModuleHost& loaded, Answer answerTo, std::function<void()> quitBy)
-    : remote(watchedRemote), module(loaded), answer(std::move(answerTo)), quitProgram(std::move(quitBy)) {}
+    : remote(watchedRemote), editor(watchedRemote), module(loaded), answer(std::move(answerTo)),
+      quitProgram(std::move(quitBy)) {}
 
 Commands::~Commands() {
     if (timer)
@@ -124,6 +150,8 @@ void Commands::run(const std::string& line) {
     }
     const Words& words = *read;
     const auto row = std::ranges::find_if(kCommands, [&words](const Row& each) { return words[0] == each.name; });
+    if (row == std::end(kCommands) || !row->inGesture)
+        editor.getHistory().endGesture();
     if (row == std::end(kCommands)) {
         refuse("unknown command " + words[0]);
         return reply(false, fields);
@@ -213,14 +241,13 @@ void Commands::endWaiting(bool ok, const char* why) {
 bool Commands::devices(const Words& /*words*/) {
     Json list = Json::array();
     for (const int32_t device : remote.getDevices()) {
-        const ParamAddress name = {device, findParam("devName"), -1}, mode = {device, findParam("devMode"), -1};
-        IValue* nameValue = remote.getValue(name);
-        IValue* modeValue = remote.getValue(mode);
-        if (nameValue && modeValue)
+        IValue* name = remote.getValue({device, findParam("devName"), -1});
+        IValue* mode = remote.getValue({device, findParam("devMode"), -1});
+        if (name && mode)
             list.push_back({
-                {"id", device},
-                {"name", valueOf(name, nameValue)},
-                {"mode", valueOf(mode, modeValue)},
+                {"id",      device                   },
+                {"name",    textOf(name)             },
+                {"mode",    mode->getValueInt()      },
                 {"channel", remote.getChannel(device)}
             });
     }
@@ -246,12 +273,19 @@ bool Commands::scanAddress(const Words& words, size_t more, ParamAddress& addres
     return remote.getValue(address) || refuse("no device " + words[1]);
 }
 
+bool Commands::tellSetting(const ParamAddress& address) {
+    const std::optional<Setting> setting = settingAt(remote, address);
+    if (!setting)
+        return refuse("device " + std::to_string(address.device) + " has gone");
+    fields = describe(address, *setting);
+    return true;
+}
+
 bool Commands::get(const Words& words) {
     ParamAddress address = {};
     if (!scanAddress(words, 0, address))
         return false;
-    fields = describe(address, remote.getValue(address));
-    return true;
+    return tellSetting(address);
 }
 
 bool Commands::set(const Words& words) {
@@ -259,17 +293,14 @@ bool Commands::set(const Words& words) {
     int64_t number64 = 0;
     if (!scanAddress(words, 1, address))
         return false;
-    const IPtr<IValue> value = remote.getValue(address);
     const std::string& text = words.back();
-    if (address.param->isText) {
-        if (!setText(value, text))
-            return refuse("the text isn't UTF-8");
-    } else if (scanInteger(text, number64))
-        value->setValue2(int32_t(std::clamp<int64_t>(number64, INT32_MIN, INT32_MAX)), true);
-    else
+    if (!address.param->isText && !scanInteger(text, number64))
         return refuse("no integer: " + text);
-    fields = describe(address, value);
-    return true;
+    const auto bounded = int32_t(std::clamp<int64_t>(number64, INT32_MIN, INT32_MAX));
+    const Editor::Result result = editor.set(address, address.param->isText ? Setting(text) : Setting(bounded));
+    if (!result.refusal.empty())
+        return refuse(result.refusal);
+    return tellSetting(address);
 }
 
 bool Commands::assign(const Words& words) {
@@ -278,8 +309,9 @@ bool Commands::assign(const Words& words) {
         return refuse("ID is 0 to 255");
     if (!scanInRange(words[2], -1, kMaxInputs - 1, channel))
         return refuse("CH is -1 to 2039");
-    if (!remote.assign(int32_t(device), int32_t(channel)))
-        return refuse("there is no remote");
+    const Editor::Result result = editor.assign(int32_t(device), int32_t(channel));
+    if (!result.refusal.empty())
+        return refuse(result.refusal);
     fields["id"] = device;
     fields["ch"] = channel;
     return true;
@@ -291,6 +323,124 @@ bool Commands::connection(const Words& words) {
         return refuse("CH is 0 to 2039");
     fields["ch"] = channel;
     fields["id"] = remote.getDeviceOn(int32_t(channel));
+    return true;
+}
+
+// --- steps, scenes and links
+
+/** What was changed, with what stands on this side of each change. */
+bool Commands::tell(const Editor::Result& result, Setting Change::*side) {
+    if (!result.refusal.empty())
+        return refuse(result.refusal);
+    fields["steps"] = Json::array();
+    for (const Change& change : result.made)
+        fields["steps"].push_back(describe(change.place, change.*side));
+    if (!result.missing.empty())
+        fields["missing"] = result.missing;
+    return true;
+}
+
+bool Commands::undo(const Words& words) {
+    if (!areFlags(words, 1, {kAllow48V}))
+        return refuse("usage: undo [--allow-48v]");
+    return tell(editor.undo(words.size() > 1), &Change::before);
+}
+
+bool Commands::redo(const Words& words) {
+    if (!areFlags(words, 1, {kAllow48V}))
+        return refuse("usage: redo [--allow-48v]");
+    return tell(editor.redo(words.size() > 1), &Change::after);
+}
+
+bool Commands::history(const Words& /*words*/) {
+    Json list = Json::array();
+    for (const History::Entry& entry : editor.getHistory().entries())
+        list.push_back({
+            {"title",  entry.title },
+            {"time",   entry.time  },
+            {"source", entry.source}
+        });
+    fields["entries"] = std::move(list);
+    fields["position"] = editor.getHistory().position();
+    return true;
+}
+
+bool Commands::scene(const Words& words) {
+    const std::string& name = words[2];
+    std::string why;
+    if (words[1] == "recall" && areFlags(words, 3, {kAllow48V}))
+        return recall(words);
+    const bool saves = words[1] == "save";
+    if ((!saves && words[1] != "delete") || words.size() > 3)
+        return refuse("usage: scene save NAME, scene delete NAME, scene recall NAME [--allow-48v]");
+    if (!(saves ? editor.saveScene(name, why) : editor.getScenes().remove(name, why)))
+        return refuse(why);
+    fields["name"] = name;
+    return true;
+}
+
+bool Commands::recall(const Words& words) {
+    const Editor::Result result = editor.recallScene(words[2], words.size() > 3);
+    if (!result.refusal.empty())
+        return refuse(result.refusal);
+    fields["name"] = words[2];
+    fields["sent"] = std::ranges::count_if(result.made, [](const Change& each) { return each.place.param; });
+    fields["left"] = Json::array();
+    for (const Place& place : result.left)
+        fields["left"].push_back(describe(ChannelAddress{place.device, place.channel}));
+    fields["missing"] = result.missing;
+    return true;
+}
+
+bool Commands::scenes(const Words& /*words*/) {
+    fields["scenes"] = editor.getScenes().names();
+    return true;
+}
+
+/** ID CH */
+bool Commands::scanChannel(const Words& words, size_t at, ChannelAddress& address) {
+    int64_t device = 0, channel = 0;
+    if (!scanInRange(words[at], 1, kMaxDevice, device))
+        return refuse("ID is 1 to 255");
+    if (!scanInRange(words[at + 1], 0, TALV::kNumChannels - 1, channel))
+        return refuse("CH is 0 to 7");
+    address = {int32_t(device), int32_t(channel)};
+    return true;
+}
+
+bool Commands::link(const Words& words) {
+    ChannelLinks::Link made = {};
+    if (!areFlags(words, 5, {kNow, kAllow48V}))
+        return refuse("usage: link ID CH ID CH [--now] [--allow-48v]");
+    if (!scanChannel(words, 1, made.master) || !scanChannel(words, 3, made.slave))
+        return false;
+    for (const ChannelAddress& each : {made.master, made.slave})
+        if (!remote.getDevices().contains(each.device))
+            return refuse("no device " + std::to_string(each.device));
+    made.allows48V = words.back() == kAllow48V;
+    const Editor::Result result = editor.link(made, words.size() > 5 && words[5] == kNow);
+    return tell(result, &Change::after) && links(words);
+}
+
+bool Commands::unlink(const Words& words) {
+    ChannelAddress one = {}, other = {};
+    if (words.size() == 4)
+        return refuse("usage: unlink ID CH [ID CH]");
+    if (!scanChannel(words, 1, one) || !scanChannel(words, words.size() - 2, other))
+        return false;
+    if (!editor.getLinks().remove(one, other))
+        return refuse(one == other ? "this channel isn't linked" : "these aren't linked");
+    return links(words);
+}
+
+bool Commands::links(const Words& /*words*/) {
+    fields["links"] = Json::array();
+    for (const ChannelLinks::Link& link : editor.getLinks().all())
+        fields["links"].push_back({
+            {"master",   describe(link.master)},
+            {"slave",    describe(link.slave) },
+            {"allow48v", link.allows48V       }
+        });
     return true;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 #include "base/source/cmobject.h"
+#include "host/editor.h"
 #include "host/modulehost.h"
-#include "host/remote.h"
 #include <deque>
 #include <functional>
 #include <nlohmann/json.hpp>
@@ -23,6 +23,8 @@ public:
     void take(const std::string& line);
     /** Something changed that a command may be waiting for. */
     void look();
+    /** What is linked with it is connected again. */
+    void deviceFound(int32_t device) { editor.getLinks().deviceFound(device); }
     /** Nothing is waited for any more: a command that waits is refused, and what is behind it doesn't come. */
     void end();
     bool isIdle() const { return !waiting && queue.empty(); }
@@ -47,17 +49,30 @@ private:
     bool set(const Words& words);
     bool assign(const Words& words);
     bool connection(const Words& words);
+    bool undo(const Words& words);
+    bool redo(const Words& words);
+    bool history(const Words& words);
+    bool scene(const Words& words);
+    bool scenes(const Words& words);
+    bool link(const Words& words);
+    bool unlink(const Words& words);
+    bool links(const Words& words);
     bool sleep(const Words& words);
     bool factory(const Words& words);
     bool help(const Words& words);
     bool quit(const Words& words);
 
     bool scanAddress(const Words& words, size_t more, ParamAddress& address);
+    bool tellSetting(const ParamAddress& address);
+    bool scanChannel(const Words& words, size_t at, ChannelAddress& address);
+    bool recall(const Words& words);
+    bool tell(const Editor::Result& result, Setting Change::*side);
     bool refuse(const std::string& why);
     void startWaiting(int64_t milliseconds, bool forReady);
     void endWaiting(bool ok, const char* error);
 
     Remote& remote;
+    Editor editor;
     const ModuleHost& module;
     Answer answer;
     std::function<void()> quitProgram;
@@ -69,9 +84,9 @@ private:
     std::string error;
 };
 
-/** The value as it stands in replies and events. */
-Json valueOf(const ParamAddress& address, Tessarine::IValue* value);
-/** id, param, ch and value, as in replies and events. */
-Json describe(const ParamAddress& address, Tessarine::IValue* value);
+/** As in replies and events: id, param, ch and value; of an assignment id and channel. */
+Json describe(const Place& place, const Setting& setting);
+/** id and ch. */
+Json describe(const ChannelAddress& channel);
 /** One line, UTF-8 whatever the texts hold. */
 std::string lineOf(const Json& object);

@@ -22,7 +22,7 @@ void Console::stopped() {
     });
 }
 
-void Console::deviceFound(int32_t device) {
+void Console::showDevice(int32_t device) {
     put({
         {"event", "device"},
         {"id",    device  }
@@ -42,7 +42,7 @@ void Console::valueChanged(const ParamAddress& address) {
     Json event = {
         {"event", "value"}
     };
-    event.update(describe(address, value));
+    event.update(describe(address, settingOf(*address.param, value)));
     put(event);
 }
 

@@ -8,13 +8,13 @@ public:
     void started(const ModuleHost& module) override;
     void stopped() override;
 
-    void deviceFound(int32_t device) override;
     void devicesGone() override;
     void valueChanged(const ParamAddress& address) override;
     void connectionChanged() override;
 
 protected:
     void showReady(bool ready) override;
+    void showDevice(int32_t device) override;
     void showReply(const Json& reply) override { put(reply); }
     bool readInput() override;
 

@@ -61,3 +61,9 @@ void FrontEnd::readyChanged(bool ready) {
     if (commands)
         commands->look();
 }
+
+void FrontEnd::deviceFound(int32_t device) {
+    showDevice(device);
+    if (commands)
+        commands->deviceFound(device);
+}

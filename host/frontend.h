@@ -21,9 +21,11 @@ public:
     virtual void stopped() = 0;
 
     void readyChanged(bool ready) override;
+    void deviceFound(int32_t device) override;
 
 protected:
     virtual void showReady(bool ready) = 0;
+    virtual void showDevice(int32_t device) = 0;
     virtual void showReply(const Json& reply) = 0;
     /** Reads what there is, and gives lines to take(). false: the end of the input. */
     virtual bool readInput() = 0;

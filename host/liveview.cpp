@@ -2,6 +2,7 @@
 #include "base/fmessage.h"
 #include "base/utimer.h"
 #include "host/screentext.h"
+#include "host/spoken.h"
 #include "pluginterfaces/gui/ivalue.h"
 #include <algorithm>
 #include <cerrno>
@@ -51,23 +52,6 @@ std::string onOff(IValue* value) {
 std::string frequency(IValue* value) {
     const int32_t index = value->getValueInt();
     return index >= 0 && size_t(index) < std::size(TALV::kHPFFreqTexts) ? TALV::kHPFFreqTexts[index] : textOf(value);
-}
-
-/** A reply for a person. */
-std::string spoken(const Json& reply) {
-    std::string line = reply["ok"] == true ? "ok" : "refused: " + reply.value("error", "");
-    for (const auto& [name, value] : reply.items()) {
-        if (name == "reply" || name == "ok" || name == "error")
-            continue;
-        line += "  " + name + " ";
-        const bool isTexts = value.is_array() && !value.empty() && value[0].is_string();
-        if (!isTexts)
-            line += value.is_string() ? value.get<std::string>()
-                                      : value.dump(-1, ' ', false, Json::error_handler_t::replace);
-        for (size_t i = 0; isTexts && i < value.size(); ++i)
-            line += (i ? ", " : "") + value[i].get<std::string>();
-    }
-    return line;
 }
 }  // namespace
 
@@ -152,7 +136,7 @@ void LiveView::showReply(const Json& reply) {
     say(spoken(reply));
 }
 
-void LiveView::deviceFound(int32_t device) {
+void LiveView::showDevice(int32_t device) {
     say("found device " + std::to_string(device));
 }
 

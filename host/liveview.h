@@ -16,13 +16,13 @@ public:
     void stop() override;
     void stopped() override {}
 
-    void deviceFound(int32_t device) override;
     void devicesGone() override;
     void valueChanged(const ParamAddress& address) override;
     void connectionChanged() override { drawSoon(); }
 
 protected:
     void showReady(bool ready) override;
+    void showDevice(int32_t device) override;
     void showReply(const Json& reply) override;
     bool readInput() override;
 

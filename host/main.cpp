@@ -1,3 +1,4 @@
+#include "base/fdefaults.h"
 #include "base/source/finitializer.h"
 #include "gui/os/linux/core/platformcore.h"
 #include "gui/uctrler.h"
@@ -20,7 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kFailed = 1, kBadUsage = 2;
-constexpr const char* kComponentsFolder = "Components";
 
 int fail(const std::string& why) {
     std::fprintf(stderr, "talv-host: %s\n", printable(why).c_str());
@@ -45,21 +45,6 @@ bool useUserFolder(const std::string& folder, std::string& error) {
     const fs::path absolute = failure ? fs::path() : fs::canonical(folder, failure);
     error = folder + ": " + failure.message();
     return !failure && setenv("XDG_CONFIG_HOME", absolute.c_str(), 1) == 0;
-}
-
-std::string componentsFolder() {
-    FString folder;
-    if (const FNPath* path = UController::getAppPath())
-        path->getFullPath(folder);
-    folder.toMultiByte(kCodePageUTF8);
-    return std::string(folder.text8()) + "/" + kComponentsFolder;
-}
-
-std::string modulePath(const Options& options) {
-    if (!options.module.empty())
-        return options.module;
-    const std::string found = ModuleHost::findBundle(componentsFolder());
-    return found.empty() ? componentsFolder() : found;
 }
 
 /** From the module's start to its end; what happens in between is the main loop's. */
@@ -88,13 +73,15 @@ int runHost(const Options& options, std::string& error) {
     ModuleHost module(classes);
     if (options.hasPort && !putPortIntoSettings(options.port, error))
         return kFailed;
-    if (!module.load(modulePath(options), error))
+    if (!module.load(options.module, error))
         return kFailed;
     const auto onSignal = watchQuitSignals();
     const std::unique_ptr<FrontEnd> front = makeFront(options);
     const int result = runModule(module, classes, *front, error);
     gController->quit(true);
     module.unload();
+    if (result == 0 && !gDefaults->save(true))
+        fail("the settings can't be written");  // which is no reason to end otherwise than in order
     front->stopped();
     return result;
 }

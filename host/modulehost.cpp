@@ -1,4 +1,5 @@
 #include "host/modulehost.h"
+#include "gui/uctrler.h"
 #include <algorithm>
 #include <filesystem>
 #include <vector>
@@ -9,25 +10,79 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kServiceCategory = "Service";
+constexpr const char* kComponentsFolder = "Components";
 constexpr const char* kBundleExtension = ".bundle";
 
-using BundleEntry = bool (*)(void*);
-using BundleExit = bool (*)();
-using FactoryGetter = IPluginFactory* (*)();
+/** The last reason why something couldn't be loaded, while this lives. */
+class LoadReport {
+public:
+    LoadReport() {
+        text().clear();
+        gBundleHooks.report = [](const std::string& why) { text() = why; };
+    }
+    ~LoadReport() { gBundleHooks.report = before; }
+    LoadReport(const LoadReport&) = delete;
 
-template <class Function>
-Function entryOf(const ModuleBundle& bundle, const char* name) {
-    return reinterpret_cast<Function>(bundle.getProcAddress(name));
+    static std::string& text() {
+        static std::string last;
+        return last;
+    }
+
+private:
+    void (*before)(const std::string& text) = gBundleHooks.report;
+};
+
+std::string utf8Of(const FString& text) {
+    FString bytes(text);
+    bytes.toMultiByte(kCodePageUTF8);
+    return bytes.text8();
+}
+
+std::string componentsFolder() {
+    FString folder;
+    if (const FNPath* application = UController::getAppPath())
+        application->getFullPath(folder);
+    return utf8Of(folder) + "/" + kComponentsFolder;
+}
+
+/** Why the registry wouldn't have a module; the path is of a bundle, or of the folder that has none. */
+std::string refusalOf(const std::string& path) {
+    std::string why;
+    const OPtr<ModuleBundle> bundle(ModuleBundle::open(path, why));
+    if (!bundle)
+        return why;
+    if (!FNPath().fromPlatformPath(bundle->getPath()))
+        return path + ": not a name in UTF-8";
+    if (!LoadReport::text().empty())
+        return LoadReport::text();
+    return bundle->getExecutablePath() + ": offers nothing for this host";
+}
+
+FModule* moduleOf(FComponentDescription* description) {
+    const auto* component = classCast<FPluginComponent>(description);
+    return component ? component->getModule() : nullptr;
+}
+
+/** The first service that one module has, or that any has. */
+FPluginComponent* serviceOf(const FModule* module) {
+    const int32_t count = gComponentRegistry->countComponentClasses(kServiceCategory);
+    for (int32_t i = 0; i < count; ++i) {
+        FComponentDescription* each = gComponentRegistry->getComponentDescription(kServiceCategory, i);
+        if (const FModule* owner = moduleOf(each); owner && (!module || owner == module))
+            return static_cast<FPluginComponent*>(each);
+    }
+    return nullptr;
 }
 }  // namespace
 
 ModuleHost::~ModuleHost() {
     unload();
-    if (!bundle)
+    StandardPluginContext::setInstance(nullptr);
+    if (!module)
         return;
-    service.detach();  // it goes on, and its code with it
+    if (gServiceManager)
+        gServiceManager->abandonService(service->getCID());  // it goes on, and its code with it
     factory.detach();
-    bundle.detach();
 }
 
 std::string ModuleHost::findBundle(const std::string& folder) {
@@ -39,80 +94,91 @@ std::string ModuleHost::findBundle(const std::string& folder) {
     return found.empty() ? "" : *std::ranges::min_element(found);
 }
 
-bool ModuleHost::load(const std::string& path, std::string& error) {
-    bundle = ModuleBundle::open(path, error);
-    if (bundle && bundle->load(error) && enter(error))
+bool ModuleHost::load(const std::string& given, std::string& error) {
+    const LoadReport report;
+    StandardPluginContext::setInstance(&hostClasses);
+    if (findModule(given, error) && enter(error))
         return true;
-    unload();
+    leave();
+    return false;
+}
+
+bool ModuleHost::findModule(const std::string& given, std::string& error) {
+    FComponentRegistry* registry = FComponentRegistry::use();
+    FNPath named;
+    if (given.empty()) {
+        registry->findModules();
+    } else {
+        registry->setScanned();  // this one, and no other
+        if (std::error_code failure; named.fromPlatformPath(fs::absolute(given, failure).c_str()))
+            module = classCast<FModule>(registry->addModule(&named));
+    }
+    if (given.empty() || module)
+        service = serviceOf(module);
+    if (service)
+        module = moduleOf(service);
+    if (module)
+        return true;
+    const std::string first = given.empty() ? findBundle(componentsFolder()) : given;
+    error = refusalOf(first.empty() ? componentsFolder() : first);
     return false;
 }
 
 bool ModuleHost::enter(std::string& error) {
-    const auto bundleEntry = entryOf<BundleEntry>(*bundle, "bundleEntry");
-    const auto getFactory = entryOf<FactoryGetter>(*bundle, "GetPluginFactory");
-    error = bundle->getExecutablePath() + ": ";
-    if (!bundleEntry || !getFactory || !entryOf<BundleExit>(*bundle, "bundleExit")) {
-        error += "not an extension of this host";
-        return false;
-    }
-    entered = bundleEntry(static_cast<IModuleBundle*>(bundle.get()));
-    if (!entered) {
-        error += "refuses to start";
-        return false;
-    }
-    const OPtr<IPluginFactory> given(getFactory());
-    factory = OPtr<IPluginFactory3>(FUnknownPtr<IPluginFactory3>(given).detach());
+    FBundleFacts facts;
+    if (module->examine(facts))
+        path = facts.folder;
+    factory = OPtr<IPluginFactory3>(FUnknownPtr<IPluginFactory3>(module->getFactory(true)).detach());
     if (!factory) {
-        error += "offers no classes";
+        error = refusalOf(path);
         return false;
     }
-    factory->setHostContext(&hostClasses);
+    module->addInstance(nullptr);  // stays loaded until it is left
     hostClasses.getDevices().setFactory(factory);
     return true;
 }
 
-bool ModuleHost::findService(PClassInfo2& info) const {
-    for (int32_t i = 0; factory && i < factory->countClasses(); ++i)
-        if (factory->getClassInfo2(i, &info) == kResultOk && std::strcmp(info.category, kServiceCategory) == 0)
-            return true;
-    return false;
+std::string ModuleHost::getVersion() const {
+    return service ? utf8Of(service->getVersion()) : "";
 }
 
-std::string ModuleHost::getVersion() const {
-    PClassInfo2 info;
-    return findService(info) ? info.version : "";
+bool ModuleHost::isRunning() const {
+    return service && gServiceManager && gServiceManager->getServiceInstance(service->getCID());
 }
 
 bool ModuleHost::start(std::string& error) {
-    PClassInfo2 info;
-    void* made = nullptr;
-    if (!findService(info) || factory->createInstance(info.cid, IPluginBase::iid, &made) != kResultOk) {
-        error = getPath() + ": has no service";
+    if (!service) {
+        error = path + ": has no service";
         return false;
     }
-    service = static_cast<IPluginBase*>(made);
-    if (service->initialize(&hostClasses) == kResultOk)
+    FServiceManager* services = FServiceManager::use();
+    services->registerServiceCategory(kServiceCategory, nullptr);
+    if (services->startService(service->getCID()))
         return true;
-    error = std::string(info.name) + " can't start";
+    error = utf8Of(service->getName()) + " can't start";
     return false;
 }
 
 bool ModuleHost::stop() {
-    if (service && service->terminate() != kResultOk)
+    if (isRunning() && !gServiceManager->terminateService(service->getCID()))
         return false;
-    service = nullptr;
     hostClasses.getDevices().clear();
     return true;
 }
 
 void ModuleHost::unload() {
-    if (!bundle || !stop())
+    if (!module || !stop())
         return;
     hostClasses.getDevices().setFactory(nullptr);
+    leave();
+}
+
+void ModuleHost::leave() {
     factory = nullptr;
-    if (entered)
-        entryOf<BundleExit>(*bundle, "bundleExit")();
-    entered = false;
-    bundle->unload();
-    bundle = nullptr;
+    service = nullptr;
+    if (module)
+        module->unload();
+    module = nullptr;
+    path.clear();
+    StandardPluginContext::setInstance(nullptr);
 }

@@ -1,12 +1,13 @@
 #pragma once
+#include "base/fservice.h"
 #include "gui/os/linux/core/modulebundle.h"
 #include "host/hostclasses.h"
-#include "pluginterfaces/base/ipluginbase.h"
 #include <string>
 
-/** The extension as a loaded module: it is reached only through its entry points and interfaces.
+/** The extension as a loaded module: the component registry finds it, the service manager runs it, and it is reached only
+    through its entry points and interfaces.
 
-    Life      load, start, stop, unload, in this order; each once, or all of them again.
+    Life      load, start, stop, unload, in this order; each once, or all of them again. The program's application is there.
     Results   false, and a text that says why.
     Threads   main. */
 class ModuleHost {
@@ -19,6 +20,7 @@ public:
     /** The bundle in a folder of bundles whose name sorts first; empty when there is none. */
     static std::string findBundle(const std::string& folder);
 
+    /** The bundle folder, or the shared object in it; empty: the first service of the program's "Components" folder. */
     bool load(const std::string& path, std::string& error);
     /** Makes and initializes the module's service. */
     bool start(std::string& error);
@@ -28,17 +30,20 @@ public:
 
     /** Null before load. Borrowed. */
     Tessarine::IPluginFactory3* getFactory() const { return factory; }
-    std::string getPath() const { return bundle ? bundle->getPath() : ""; }
+    /** Of the bundle. */
+    const std::string& getPath() const { return path; }
     /** Of the service class. */
     std::string getVersion() const;
 
 private:
+    bool findModule(const std::string& given, std::string& error);
     bool enter(std::string& error);
-    bool findService(Tessarine::PClassInfo2& info) const;
+    void leave();
+    bool isRunning() const;
 
     HostClasses& hostClasses;
-    Tessarine::OPtr<Tessarine::ModuleBundle> bundle;
+    Tessarine::IPtr<Tessarine::FModule> module;
+    Tessarine::IPtr<Tessarine::FPluginComponent> service;  // of the module; null: it has none
     Tessarine::OPtr<Tessarine::IPluginFactory3> factory;
-    Tessarine::OPtr<Tessarine::IPluginBase> service;
-    bool entered = false;
+    std::string path;
 };

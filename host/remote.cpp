@@ -3,6 +3,7 @@
 #include "base/source/updatehandler.h"
 #include "base/utimer.h"
 #include "host/options.h"
+#include "host/texts.h"
 #include "pluginterfaces/gui/ivalue.h"
 #include "pluginterfaces/host/iplugdevice.h"
 #include <algorithm>
@@ -195,13 +196,12 @@ std::string textOf(IValue* value) {
     value->toString2(nullptr, &length);
     std::vector<tchar> buffer(size_t(std::max(length, 1)));
     value->toString2(buffer.data(), &length);
-    String text(buffer.data());
-    return text.isEmpty() || !text.toMultiByte(kCodePageUTF8) ? std::string() : std::string(text.text8());
+    return utf8Of(ConstString(buffer.data()));
 }
 
 bool setText(IValue* value, const std::string& text) {
     String wide;
-    if (!wide.fromUTF8(text.c_str()))
+    if (!wideOf(text, wide))
         return false;
     value->fromString2(wide.text16(), true);
     return true;

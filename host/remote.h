@@ -19,21 +19,22 @@ struct ParamRow {
     TALV::TALV_ParamId firstId;
     bool perChannel;
     bool isText;
+    bool isSent;  // a setting goes to the hardware
 };
 inline constexpr ParamRow kParams[] = {
-    {"devMode",       TALV::kPrmDevMode,       false, false},
-    {"devName",       TALV::kPrmDevName,       false, true },
-    {"wordClock",     TALV::kPrmWordClock,     false, false},
-    {"gain",          TALV::kPrmGain,          true,  false},
-    {"plus48V",       TALV::kPrmPlus48V,       true,  false},
-    {"hpf",           TALV::kPrmHPF,           true,  false},
-    {"meterMode",     TALV::kPrmMeterMode,     false, false},
-    {"meter",         TALV::kPrmMeter,         true,  false},
-    {"gainTrim",      TALV::kPrmGainTrim,      true,  false},
-    {"panelLock",     TALV::kPrmPanelLock,     false, false},
-    {"brightness",    TALV::kPrmBrightness,    false, false},
-    {"plus48VMaster", TALV::kPrmPlus48VMaster, false, false},
-    {"hpfFreq",       TALV::kPrmHPFFreq,       true,  false},
+    {"devMode",       TALV::kPrmDevMode,       false, false, true },
+    {"devName",       TALV::kPrmDevName,       false, true,  false},
+    {"wordClock",     TALV::kPrmWordClock,     false, false, true },
+    {"gain",          TALV::kPrmGain,          true,  false, true },
+    {"plus48V",       TALV::kPrmPlus48V,       true,  false, true },
+    {"hpf",           TALV::kPrmHPF,           true,  false, true },
+    {"meterMode",     TALV::kPrmMeterMode,     false, false, false},
+    {"meter",         TALV::kPrmMeter,         true,  false, false},
+    {"gainTrim",      TALV::kPrmGainTrim,      true,  false, true },
+    {"panelLock",     TALV::kPrmPanelLock,     false, false, true },
+    {"brightness",    TALV::kPrmBrightness,    false, false, true },
+    {"plus48VMaster", TALV::kPrmPlus48VMaster, false, false, false},
+    {"hpfFreq",       TALV::kPrmHPFFreq,       true,  false, true },
 };
 /** Null: there is no such parameter. */
 const ParamRow* findParam(const std::string& name);
@@ -43,6 +44,8 @@ struct ParamAddress {
     int32_t device;
     const ParamRow* param;
     int32_t channel;
+
+    bool operator==(const ParamAddress&) const = default;
 };
 
 /** Hears what happens to the remote. */
@@ -72,6 +75,8 @@ public:
     /** Lets go of everything; before the module's service ends. */
     void stop();
 
+    /** The extension has made itself known. */
+    bool isThere() const { return accessor; }
     bool isReady() const { return ready; }
     const std::set<int32_t>& getDevices() const { return known; }
     /** Null: no such device now. Borrowed for the moment. */

@@ -1,5 +1,6 @@
 #include "base/source/updatehandler.h"
 #include "base/source/hooks.h"
+#include "pluginterfaces/base/smartpointer.h"
 #include <algorithm>
 #include <alloca.h>
 #include <sys/single_threaded.h>
@@ -98,6 +99,7 @@ int32_t UpdateHandler::addDependent(FUnknown* face, IDependent* dependent) {
     const ShortGuard guard(lock);
     Bucket& bucket = bucketOf(object);
     bucket.insert(std::upper_bound(bucket.begin(), bucket.end(), object, ByObject()), {object, dependent});
+    ++crowdOf(object);
     return kResultOk;
 }
 
@@ -134,13 +136,19 @@ bool UpdateHandler::removeFromObject(FUnknown* object, const IDependent* depende
     const auto kept = std::remove_if(
         first, last, [dependent](const Dependency& each) { return !dependent || each.dependent == dependent; });
     const bool anyLeft = kept != first;
+    crowdOf(object) -= uint32_t(last - kept);
     bucket.erase(kept, last);
     return anyLeft;
 }
 
 void UpdateHandler::removeFromAll(const IDependent* dependent) {
+    const auto isLeaving = [this, dependent](const Dependency& each) {
+        const bool leaves = each.dependent == dependent;
+        crowdOf(each.object) -= leaves;
+        return leaves;
+    };
     for (Bucket& bucket : map)
-        std::erase_if(bucket, [dependent](const Dependency& each) { return each.dependent == dependent; });
+        std::erase_if(bucket, isLeaving);
 }
 
 int32_t UpdateHandler::triggerUpdates(FUnknown* object, int32_t message) {
@@ -237,19 +245,29 @@ int32_t UpdateHandler::deferUpdates(FUnknown* face, int32_t message) {
     FUnknown* object = identityOf(face);
     if (!object)
         return kResultFalse;
-    const DeferedChange change = {object, message};
-    bool nobody = false;
-    {
-        const ShortGuard guard(lock);
-        nobody = !hasDependents(object);
-        if (!nobody && deferedSet.insert(change).second)
-            defered.push_back(change);
-    }
-    if (nobody)
-        tellDone(object, message);
-    else
+    if (deferKnown(object, message))
         wakeUpdates();
+    else
+        tellDone(object, message);
     return kResultOk;
+}
+
+void UpdateHandler::deferSelfUpdates(FObject* self, int32_t message) {
+    if (mayHaveDependents(self) && deferKnown(self, message))
+        wakeUpdates();
+    else if (message != kDestroyed)
+        self->updateDone(message);
+}
+
+/** false: nobody would hear of it. */
+bool UpdateHandler::deferKnown(FUnknown* object, int32_t message) {
+    const ShortGuard guard(lock);
+    if (!hasDependents(object))
+        return false;
+    const auto [first, last] = changesOf.equal_range(object);
+    if (std::none_of(first, last, [message](const auto& each) { return each.second->message == message; }))
+        changesOf.emplace(object, defered.insert(defered.end(), {object, message, false}));
+    return true;
 }
 
 int32_t UpdateHandler::cancelUpdates(FUnknown* face) {
@@ -262,12 +280,16 @@ int32_t UpdateHandler::cancelUpdates(FUnknown* face) {
 }
 
 void UpdateHandler::cancel(const FUnknown* object) {
-    if (deferedSet.empty())
-        return;
-    const auto ofObject = [object](const DeferedChange& each) { return each.object == object; };
-    std::erase_if(defered, ofObject);
-    std::erase_if(postponed, ofObject);
-    std::erase_if(deferedSet, ofObject);
+    const auto [first, last] = changesOf.equal_range(object);
+    for (auto each = first; each != last; ++each)
+        (each->second->isPostponed ? postponed : defered).erase(each->second);
+    changesOf.erase(first, last);
+}
+
+void UpdateHandler::forgetChange(Changes::iterator change) {
+    const auto [first, last] = changesOf.equal_range(change->object);
+    changesOf.erase(std::find_if(first, last, [change](const auto& each) { return each.second == change; }));
+    defered.erase(change);
 }
 
 /** The first change of the wanted object, null for any, leaves the list; those whose object is being told right now are
@@ -280,12 +302,11 @@ bool UpdateHandler::takeDefered(const FUnknown* wanted, DeferedChange& change) {
             continue;
         if (isRunning(here->object)) {
             postponed.splice(postponed.end(), defered, here);
-            putOff = true;
+            here->isPostponed = putOff = true;
             continue;
         }
         change = *here;
-        defered.erase(here);
-        deferedSet.erase(change);
+        forgetChange(here);
         return true;
     }
     return false;
@@ -298,15 +319,23 @@ bool UpdateHandler::isRunning(const FUnknown* object) const {
     return false;
 }
 
+void UpdateHandler::takePostponedBack() {
+    const ShortGuard guard(lock);
+    for (DeferedChange& change : postponed)
+        change.isPostponed = false;
+    defered.splice(defered.end(), postponed);
+}
+
 int32_t UpdateHandler::triggerDeferedUpdates(FUnknown* face) {
     FUnknown* wanted = identityOf(face);
     if (face && !wanted)
         return kResultFalse;
     DeferedChange change = {};
-    while (takeDefered(wanted, change))
+    while (takeDefered(wanted, change)) {
+        const IPtr<FUnknown> kept(change.object);  // also if a dependent lets it go
         triggerUpdates(change.object, change.message);
-    const ShortGuard guard(lock);
-    defered.splice(defered.end(), postponed);
+    }
+    takePostponedBack();
     return kResultOk;
 }
 

@@ -2,9 +2,10 @@
 #include "base/source/fobject.h"
 #include "base/source/fthread.h"
 #include <array>
+#include <atomic>
 #include <list>
 #include <span>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 namespace Tessarine {
@@ -19,13 +20,7 @@ struct Dependency {
 struct DeferedChange {
     FUnknown* object;
     int32_t message;
-    bool operator==(const DeferedChange& other) const { return object == other.object && message == other.message; }
-};
-
-struct DeferedChangeHash {
-    size_t operator()(const DeferedChange& change) const {
-        return std::hash<const void*>()(change.object) * 31 + size_t(change.message);
-    }
+    bool isPostponed;  // stands in that list
 };
 
 /** A notification that is running: the snapshot of its dependents on the stack of the thread that runs it. Entries are set
@@ -71,15 +66,32 @@ public:
     int32_t doTriggerUpdates(FUnknown* object, int32_t message, bool suppressDone);
     /** triggerUpdates for an object that is known to be of this copy, and so needn't be asked for its FObject. */
     void triggerOwnUpdates(FObject* own, int32_t message);
+    /** triggerUpdates and deferUpdates for an object that is known to answer FUnknown with itself. */
+    void triggerSelfUpdates(FObject* self, int32_t message) {
+        if (mayHaveDependents(self))
+            tellDependents(self, message);
+        if (message != kDestroyed)
+            self->updateDone(message);
+    }
+    void deferSelfUpdates(FObject* self, int32_t message);
     /** How many depend on the object; for tests. */
     int32_t countDependencies(FUnknown* object);
 
 private:
     using Bucket = std::vector<Update::Dependency>;  // by address of the object, then in order of registration
+    using Changes = std::list<Update::DeferedChange>;
     struct Run;
     static constexpr size_t kNumBuckets = 256;
+    static constexpr size_t kNumCrowds = 1024;
 
     Bucket& bucketOf(const FUnknown* object);
+    std::atomic<uint32_t>& crowdOf(const FUnknown* object) {
+        const auto address = reinterpret_cast<uintptr_t>(object);
+        return crowds[((address >> 4) ^ (address >> 14)) & (kNumCrowds - 1)];
+    }
+    /** Without the lock; false: surely not. */
+    bool mayHaveDependents(const FUnknown* object) { return crowdOf(object).load(std::memory_order_relaxed) != 0; }
+    bool deferKnown(FUnknown* object, int32_t message);
     bool hasDependents(FUnknown* object);
     /** false: there are none. */
     bool tellDependents(FUnknown* object, int32_t message);
@@ -89,17 +101,21 @@ private:
     void removeFromAll(const IDependent* dependent);
     void cancel(const FUnknown* object);
     bool takeDefered(const FUnknown* wanted, Update::DeferedChange& change);
+    void forgetChange(Changes::iterator change);
+    void takePostponedBack();
     bool isRunning(const FUnknown* object) const;
 
     static UpdateHandler* current;
 
     FLock lock;  // guards all that follows
     std::array<Bucket, kNumBuckets> map;
-    std::list<Update::DeferedChange> defered;    // in order
-    std::list<Update::DeferedChange> postponed;  // their object was just being told: they go back when a flush ends
+    // How many entries of the map are of the objects that share a slot; read by anyone.
+    std::array<std::atomic<uint32_t>, kNumCrowds> crowds = {};
+    Changes defered;      // in order
+    Changes postponed;    // their object was just being told: they go back when a flush ends
     bool putOff = false;  // some were put off since a run last ended, which wakes the loop for them
-    std::unordered_set<Update::DeferedChange, Update::DeferedChangeHash> deferedSet;  // both, for the look-up
-    Update::UpdateData* updateData = nullptr;                                         // the innermost that runs
+    std::unordered_multimap<const FUnknown*, Changes::iterator> changesOf;  // both, for the look-up
+    Update::UpdateData* updateData = nullptr;                               // the innermost that runs
 };
 
 }  // namespace Tessarine

@@ -13,12 +13,23 @@ inline constexpr FUIDWords kIPlugDeviceID = {0x6AD7ACF0, 0x4C7147A5, 0xA007C194,
 inline constexpr FUIDWords kIPortID = {0xA79E38D5, 0x9D8B4438, 0xB0CCDB48, 0x9E6BD03B};
 inline constexpr FUIDWords kIPortRegistry2ID = {0x8A14023F, 0x476C4850, 0xBE0E8DD2, 0xBDCE207E};
 inline constexpr FUIDWords kISerialPortNamingID = {0x240DAA7E, 0xA445483A, 0xB744E444, 0xE76568C1};
+inline constexpr FUIDWords kIDefaultPoolID = {0x260AFE6E, 0x556448B9, 0xA39D910D, 0x086A081B};
+inline constexpr FUIDWords kIDefaultPool2ID = {0x0CB9063D, 0xE1CF48A7, 0x93F091F7, 0x18647B50};
+inline constexpr FUIDWords kIDefaultPool3ID = {0xC414DADE, 0x995C453B, 0xB3189814, 0xB162110F};
+inline constexpr FUIDWords kIComponentFactoryID = {0xA1AA4B9E, 0x7BFC480F, 0xBA911E2B, 0x1519E1DD};
+inline constexpr FUIDWords kIComparerID = {0x09DDA326, 0x1CCC4134, 0x93BA28A7, 0xB89FC40A};
+inline constexpr FUIDWords kIMemoryAllocatorID = {0x2C07C33B, 0xD1DE4786, 0xABC64BEC, 0xE0568336};
+inline constexpr FUIDWords kIListID = {0xC881BC35, 0x78DD4068, 0xB0533381, 0x351F237B};
+inline constexpr FUIDWords kIDynamicLibraryID = {0x7C8F3101, 0x7A814F05, 0xAB51B94A, 0xDC7B1776};
 
 // values
 inline constexpr FUIDWords kIParameterID = {0x31A6CAA1, 0x1FE44333, 0x83E6CDEC, 0x107CBCE2};
 inline constexpr FUIDWords kIValueID = {0x27621AB2, 0xEA1540BA, 0xA5CE90D3, 0xACC25BAA};
 inline constexpr FUIDWords kIValue2ID = {0xF492697F, 0xE3CC40F1, 0x9CD0985C, 0x7E4724F2};
 inline constexpr FUIDWords kIFloatValueID = {0x953AC83D, 0xE0794340, 0xBE7628C3, 0x3AEC58D9};
+inline constexpr FUIDWords kIValueTransformerID = {0x5CDA6CDA, 0x236246DC, 0x8FAF927F, 0x68A25975};
+inline constexpr FUIDWords kIValueTransformTargetID = {0x0CDC34F0, 0xDCEA49BA, 0xB85B8444, 0xD84E11FC};
+inline constexpr FUIDWords kIValueProxyID = {0xDCB88944, 0xC4F256DF, 0x038D3471, 0x86853630};
 inline constexpr FUIDWords kIStringListID = {0xB84D767B, 0xFEC74701, 0xB321260F, 0x796EF153};
 inline constexpr FUIDWords kIStringRepresentationTargetID = {0x9D01627C, 0x396D40CC, 0xB522221E, 0x4AA03CA6};
 inline constexpr FUIDWords kIValueStringRepresentationID = {0x09794A94, 0x8BDC4C2A, 0x8F5DAECC, 0x71E357C5};
@@ -27,8 +38,13 @@ inline constexpr FUIDWords kIHostIntValueID = {0x8E809BD0, 0xFDE24334, 0x859CB86
 inline constexpr FUIDWords kIHostFloatValueID = {0x80F5D0DE, 0x2C304A35, 0x884F2E12, 0xB0286235};
 inline constexpr FUIDWords kIHostStringValueID = {0x3E542CC0, 0x90B44629, 0xAB152078, 0x9CA6EC4C};
 inline constexpr FUIDWords kIHostStringListValueID = {0xF3C84442, 0xF11746ED, 0xAE813802, 0x530BD961};
+inline constexpr FUIDWords kIHostTransformerValueID = {0xBD60A3E4, 0xA88D4428, 0x9E5B559B, 0xDC0BE52F};
+inline constexpr FUIDWords kIHostValueProxyID = {0xF0714CE3, 0xF3365F8A, 0x4CB4297C, 0x9517F825};
+inline constexpr FUIDWords kIHostAliasValueID = {0xC7DE6309, 0xF2B87829, 0x9F619417, 0x4EDCF4DA};
 
 // controllers and hooks
+inline constexpr FUIDWords kIControllerID = {0x16763FA2, 0xE7A14BE6, 0x5E26FF5D, 0xDE76F0F0};
+inline constexpr FUIDWords kIHostControllerID = {0xE7904D89, 0x9F31BA88, 0x7172CCD8, 0x34F914A8};
 inline constexpr FUIDWords kIPlugControllerID = {0x37433723, 0xD0864777, 0x9618585A, 0x502B6BF9};
 inline constexpr FUIDWords kIPlugController4ID = {0x908D4138, 0x12F84929, 0xB46438D4, 0x226914DF};
 inline constexpr FUIDWords kIApplicationEventHookID = {0x0AEC1E51, 0x49D44490, 0x978DC636, 0xA4742BCE};
@@ -65,6 +81,13 @@ inline constexpr FUIDWords kIMemoryStreamID = {0x0EFEC079, 0x30534387, 0xBDEF1E4
 // file systems
 inline constexpr FUIDWords kIVirtualFileSystemID = {0x78947604, 0x13424C58, 0x82501A9D, 0xE7034D75};
 inline constexpr FUIDWords kIVirtualFileIteratorID = {0x11FA09D3, 0x68474C6F, 0x93443669, 0xE124E268};
+
+// undo and commands
+inline constexpr FUIDWords kIActionTargetID = {0x38D8747E, 0x93F44FC3, 0x9754CA51, 0xC31C8019};
+inline constexpr FUIDWords kIActionDispatcherID = {0xA3266E20, 0x2FBE4BF6, 0x993AD7EF, 0x53B0F995};
+inline constexpr FUIDWords kIActionHandlerID = {0xEF3628C1, 0xA65D445A, 0xB45CC21B, 0x0411965F};
+inline constexpr FUIDWords kIActionManagerID = {0xFA286B91, 0x9DBF40DD, 0x8878ABDA, 0x6429F256};
+inline constexpr FUIDWords kIActionManager2ID = {0x4F9BA9B5, 0x1008477B, 0x9F56C62F, 0xCABAEE8C};
 
 // modules
 inline constexpr FUIDWords kIModuleBundleID = {0xA0FAF614, 0x77F44E6C, 0xB75DA7F7, 0x29A7586C};

@@ -36,8 +36,8 @@ public:
     /** Begins or ends an edit session. */
     virtual void setEditLock(bool state) = 0;
     virtual bool isEditLocked() = 0;
-    /** A null buffer: length receives the text's length plus one. Otherwise at most *length - 1 characters and a terminator
-        are written, without a length all. */
+    /** A null buffer: length receives the text's length plus one. Otherwise at most *length - 1 characters and a
+        terminator are written, without a length all. */
     virtual void toString2(tchar* buffer, int32_t* length) = 0;
     virtual void fromString2(const tchar* text, bool update) = 0;
     virtual void setValue2(int32_t value, bool update) = 0;
@@ -84,6 +84,36 @@ public:
     DECLARE_INTERFACE(IFloatValue)
 };
 
+/** A scale between a number and its position in the range. */
+class IValueTransformer : public FUnknown {
+public:
+    virtual float valueToNormalized(float value) = 0;
+    /** 0 and 1 give the ends of the range. */
+    virtual float normalizedToValue(float position) = 0;
+
+    DECLARE_INTERFACE(IValueTransformer)
+};
+
+class IValueTransformTarget : public FUnknown {
+public:
+    /** Shared, and the range becomes the transformer's; null takes it off, and the range stays. */
+    virtual void setTransformer(IValueTransformer* transformer) = 0;
+
+    DECLARE_INTERFACE(IValueTransformTarget)
+};
+
+/** A value that stands in for another one, which may be exchanged. Values are borrowed; null: there is none. */
+class IValueProxy : public FUnknown {
+public:
+    /** Shared. A value of another copy of the framework, or one that stands in for this proxy, counts as null. */
+    virtual void setDelegated(IValue* value) = 0;
+    virtual IValue* getDelegated() = 0;
+    /** The same through all proxies: the value at the end. */
+    virtual IValue* getRepresented() = 0;
+
+    DECLARE_INTERFACE(IValueProxy)
+};
+
 /** The strings of a list value. Indices from 0; a text that is handed out is borrowed. */
 class IStringList : public FUnknown {
 public:
@@ -124,5 +154,8 @@ extern const FUID IHostIntValue_iid;
 extern const FUID IHostFloatValue_iid;
 extern const FUID IHostStringValue_iid;
 extern const FUID IHostStringListValue_iid;
+extern const FUID IHostTransformerValue_iid;
+extern const FUID IHostValueProxy_iid;
+extern const FUID IHostAliasValue_iid;
 
 }  // namespace Tessarine

@@ -1,6 +1,9 @@
 #include "pluginterfaces/base/identifiers.h"
+#include "pluginterfaces/host/icomponentfactory.h"
+#include "pluginterfaces/host/idefaultpool.h"
 #include "pluginterfaces/host/idevicelist.h"
 #include "pluginterfaces/host/ihostclasses.h"
+#include "pluginterfaces/host/ihosttools.h"
 #include "pluginterfaces/host/iplugdevice.h"
 #include "pluginterfaces/host/iportregistry.h"
 #include "pluginterfaces/host/iserialportnaming.h"
@@ -15,6 +18,14 @@ DEFINE_IID_ROW(IDeviceList2, kIDeviceList2ID);
 DEFINE_IID_ROW(IPort, kIPortID);
 DEFINE_IID_ROW(IPortRegistry2, kIPortRegistry2ID);
 DEFINE_IID_ROW(ISerialPortNaming, kISerialPortNamingID);
+DEFINE_IID_ROW(IDefaultPool, kIDefaultPoolID);
+DEFINE_IID_ROW(IDefaultPool2, kIDefaultPool2ID);
+DEFINE_IID_ROW(IDefaultPool3, kIDefaultPool3ID);
+DEFINE_IID_ROW(IComponentFactory, kIComponentFactoryID);
+DEFINE_IID_ROW(IComparer, kIComparerID);
+DEFINE_IID_ROW(IMemoryAllocator, kIMemoryAllocatorID);
+DEFINE_IID_ROW(IList, kIListID);
+DEFINE_IID_ROW(IDynamicLibrary, kIDynamicLibraryID);
 
 }  // namespace Tessarine
 

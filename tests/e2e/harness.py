@@ -15,6 +15,8 @@ import time
 import unittest
 from pathlib import Path
 
+import jsonschema
+
 ROOT = Path(__file__).resolve().parents[2]
 BIN = Path(os.environ.get("TALV_BUILD_DIR", ROOT / "build" / "release")) / "bin"
 SLOW = float(os.environ.get("TALV_SLOW", "3" if os.environ.get("TALV_SANITIZE") else "1"))
@@ -25,6 +27,15 @@ def frame(command, device, *payload):
     body = [command, device, *payload]
     whole = [len(body) + 1, *body, ~sum(body) & 0xFF]
     return " ".join(f"{byte:02X}" for byte in whole)
+
+
+CONSOLE = json.loads((ROOT / "docs" / "console.schema.json").read_text())
+
+
+def follows_schema(item, *form):
+    """Fails when an object of the console hasn't this form of its schema."""
+    schema = {"$ref": "/".join(("#/$defs", *form)), "$defs": CONSOLE["$defs"]}
+    jsonschema.Draft202012Validator(schema).validate(item)
 
 
 BROADCAST = frame(0x00, 0)
@@ -195,9 +206,11 @@ class Host(Program):
         self.commands = 0
 
     def command(self, line, timeout=10):
-        """The reply, whether the command was refused or not."""
+        """The reply, whether the command was refused or not, in its proper form."""
         self.send(line)
-        return self.reply(self.count(), timeout)
+        answer = self.reply(self.count(), timeout)
+        follows_schema(answer, *(("replies", line.split()[0]) if answer["ok"] else ("refusal",)))
+        return answer
 
     def count(self, lines=1):
         """Counts lines that were sent by hand; the number of the last one."""
@@ -225,7 +238,11 @@ class Host(Program):
 
     def quit(self):
         self.ask("quit")
-        return self.end()
+        status = self.end()
+        for item in self.all():
+            if "event" in item:
+                follows_schema(item, "event")
+        return status
 
 
 class Port:

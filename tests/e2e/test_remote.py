@@ -304,6 +304,7 @@ class Settings(RemoteTest):
         self.assertEqual(host.settings.read_bytes(), expected)
         self.assertEqual(expected.split(b"\r\n")[257], b'\t<DevId-Ch id="255" ch="0"/>')
         self.assertEqual([path.name for path in host.settings.parent.iterdir()], ["Setup.xml"])
+        self.assertIn(b"<Defaults>", (host.user_folder / "talv-host/Defaults.xml").read_bytes())
         again = self.start_host()
         self.assertEqual([again.ask(f"connection {n}")["id"] for n in (8, 0, 1)], [5, 255, 0])
         self.assertEqual(again.quit(), 0)

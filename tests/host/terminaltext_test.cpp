@@ -1,6 +1,7 @@
 #include "host/lineeditor.h"
 #include "host/linereader.h"
 #include "host/screentext.h"
+#include "host/spoken.h"
 #include <gtest/gtest.h>
 #include <thread>
 #include <unistd.h>
@@ -32,6 +33,24 @@ TEST(ScreenText, NothingControlsTheTerminal) {
         EXPECT_EQ(printable(row.text), row.printable);
         EXPECT_EQ(fitted(row.text, 4), row.fittedTo4);
     }
+}
+
+void saysOk(const std::string& fields, const std::string& expected) {
+    EXPECT_EQ(spoken(Json::parse(R"({"reply":1,"ok":true,)" + fields + "}")), "ok  " + expected);
+}
+
+TEST(Spoken, RepliesAreWordsWithoutBracketsAndQuotes) {
+    saysOk(R"("id":1,"param":"gain","ch":0,"value":40)", "id 1  param gain  ch 0  value 40");
+    saysOk(R"("steps":[{"id":1,"param":"plus48V","ch":2,"value":0},{"id":1,"param":"brightness","value":3},
+                       {"id":1,"channel":8},{"id":2,"channel":-1}],"missing":[3,4])",
+           "steps plus48V 1/2 = 0, brightness 1 = 3, device 1 on input 8, device 2 off  missing 3, 4");
+    saysOk(R"("entries":[{"title":"gain 1/0 = 4","time":"2026-11-21T09:05:00","source":"set"},
+                         {"title":"recall A","time":"2026-11-21T09:06:00","source":"scene"}],"position":1)",
+           "entries 1: gain 1/0 = 4 at 09:05:00, 2: recall A at 09:06:00  position 1");
+    saysOk(R"("name":"A","sent":0,"left":[{"id":1,"ch":3}],"missing":[])", "name A  sent 0  left 1/3  missing none");
+    saysOk(R"("links":[{"master":{"id":1,"ch":0},"slave":{"id":2,"ch":7},"allow48v":true}])",
+           "links 1/0 to 2/7 with +48V");
+    saysOk(R"("devices":[{"id":1,"name":"A","mode":3,"channel":-1}])", "devices id 1 name A mode 3 channel -1");
 }
 
 TEST(ScreenText, WrapsAtBlanksAndNeverLosesMore) {

@@ -14,6 +14,10 @@ public:
     bool initPlugin();
     void masterIdle() {}
     void run() override {}
+    /** Loads the defaults as well. */
+    void preInit() override;
+    /** Brings what is kept in the defaults to life as well. */
+    void postInit() override;
 };
 
 }  // namespace Tessarine

@@ -28,8 +28,8 @@ namespace Tessarine {
                 <item value="1"/> with the id of one; of type list with <item> attributes </item>
 
     Order     of the objects of the roots only those follow that haven't been written in place, where they were met first.
-    Limits    those of FXmlParser: a key or text that is longer than 2047 bytes when it is escaped is written, and the file can't be
-              read again. Text that was cut off between two tags is read as far as it goes: see isWhole.
+    Limits    those of FXmlParser, but keys and texts may be of any length. Text that was cut off between two tags is read as far as
+              it goes: see isWhole.
     Unknown   elements are passed over, with what stands in them. */
 class FXmlArchive : public FAttributeArchiveBase {
 public:
@@ -53,6 +53,7 @@ public:
     /** What the object stores of itself. ask: the user is asked before a file is replaced, and the old one is kept as
         "name_old". */
     static bool storeObject(const char* name, const char* rootTag, const CmObject* object, bool ask = false);
+    /** The object hears only of an archive that is whole. */
     static bool restoreObject(const char* name, const char* rootTag, CmObject* object);
     static bool restoreObject(FStream* stream, const char* rootTag, CmObject* object);
     /** These look in the user's folder only. */

@@ -9,6 +9,10 @@
 
 namespace Tessarine {
 
+/** Releases an object that may hold the like of its holder: when that makes others be dropped, and these again others, they
+    go one by one, so that no length of a chain costs stack. Any thread. */
+void dropObject(OPtr<CmObject> object);
+
 /** An object by the identity that it has in an archive. Equality, order and hash are those of the id. Written as a
     reference to this id. */
 class FXmlObject : public CmObject {

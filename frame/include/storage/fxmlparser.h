@@ -19,7 +19,7 @@ namespace Tessarine {
     Ends      a text that stops between tags is complete, whatever is still open: who is strict looks at tagStack. A NUL
               byte counts as the end.
     Limits    names of attributes have up to 47 bytes, their values 2047 before entities are decoded; a longer one ends the
-              reading. So do tokens over 4096 bytes, and the 257th process() inside one another.
+              reading. So do tokens over 4096 bytes, and the 257th process() inside one another. See kLongValues.
     Dropped   CDATA sections, and of comments each '<' and '-'.
     Entities  named ones give a byte of Mac Roman, numbers give their low byte; unknown ones stay as they are. Texts aren't
               converted: `encoding` says what the declaration said, exactly "utf-8" or nothing.
@@ -44,6 +44,7 @@ public:
         kStopAfterMainTag = 16,
         kWidenAttributes = 32,  // values that aren't ASCII become 16-bit text
         kWindowsEntities = 64,  // instead of those of the Mac
+        kLongValues = 128,      // attributes have no limit but memory, their names apart
     };
 
     /** Unbuffered, it reads no byte more than it needs. */

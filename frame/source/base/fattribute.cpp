@@ -156,13 +156,7 @@ const tchar* FAttributeValue::getString16() {
 }
 
 void FAttributeValue::empty() {
-    FUnknown* object = counted();
-    if (is(kString) && !is(kShared))
-        std::free(value.pointer);
-    type &= kKept;
-    value = {};
-    if (object)
-        object->release();
+    setKind(0, {});
 }
 
 bool FAttributeValue::externalize(FArchive& archive) const {
@@ -247,9 +241,13 @@ FUnknown* FAttributeValue::counted() const {
 }
 
 void FAttributeValue::setKind(uint16_t flags, Value newValue) {
-    empty();
-    type |= flags;
+    FUnknown* const oldObject = counted();
+    void* const oldText = is(kString) && !is(kShared) ? value.pointer : nullptr;
+    type = static_cast<uint16_t>((type & kKept) | flags);
     value = newValue;
+    std::free(oldText);
+    if (oldObject)
+        oldObject->release();  // which may end this attribute, too
 }
 
 bool FAttributeValue::setWidth(bool wide) {

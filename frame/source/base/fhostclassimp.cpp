@@ -1,3 +1,4 @@
+#include "base/fdefaults.h"
 #include "base/fmessage.h"
 #include "base/source/classfactory.h"
 
@@ -19,9 +20,17 @@ FUnknown* createHostIMessenger() {
     return shared(face);
 }
 
+FUnknown* createHostIDefaultPool() {
+    IDefaultPool3* face = gDefaults;
+    return shared(face);
+}
+
 MetaClass hostServices[] = {
     {nullptr, createHostIUpdateHandler, IUpdateHandler::iid, nullptr},
     {nullptr, createHostIMessenger,     IMessenger::iid,     nullptr},
+    {nullptr, createHostIDefaultPool,   IDefaultPool::iid,   nullptr},
+    {nullptr, createHostIDefaultPool,   IDefaultPool2::iid,  nullptr},
+    {nullptr, createHostIDefaultPool,   IDefaultPool3::iid,  nullptr},
 };
 }  // namespace
 

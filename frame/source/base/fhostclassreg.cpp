@@ -21,6 +21,8 @@ uint32_t FHostClasses::release() {
 }
 
 int32_t FHostClasses::createClassInstance(const char* iid, void** obj) {
+    if (!iid || !obj)
+        return kResultFalse;
     const ClassFactory* factory = ClassFactory::instance(false);
     *obj = factory ? factory->createObjectByID(iid) : nullptr;
     return *obj ? kResultOk : kResultFalse;

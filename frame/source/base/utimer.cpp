@@ -9,6 +9,12 @@ namespace {
 constexpr uint32_t kTickMask = 0x7FFFFFFF;
 constexpr int32_t kHalfCircle = 0x40000000;
 
+uint32_t ticksOf(clockid_t clock) {
+    timespec now;
+    clock_gettime(clock, &now);
+    return uint32_t(uint64_t(now.tv_sec) * 1000 + uint64_t(now.tv_nsec) / 1000000);
+}
+
 /** Timers whose owner went without them would stay for ever in a program that loads this copy again and again. */
 struct LivingTimers {
     std::vector<UTimer*> timers;
@@ -21,13 +27,15 @@ __attribute__((init_priority(102))) LivingTimers living;  // goes behind all tha
 }  // namespace
 
 uint32_t SystemTime::getTicks() {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return uint32_t(uint64_t(now.tv_sec) * 1000 + uint64_t(now.tv_nsec) / 1000000);
+    return ticksOf(CLOCK_MONOTONIC);
 }
 
 int32_t UTicks::now() {
     return int32_t(SystemTime::getTicks() & kTickMask);
+}
+
+int32_t UTicks::coarseNow() {
+    return int32_t(ticksOf(CLOCK_MONOTONIC_COARSE) & kTickMask);
 }
 
 int32_t UTicks::future(int32_t milliseconds) {

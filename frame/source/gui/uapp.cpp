@@ -1,9 +1,14 @@
 #include "gui/uapp.h"
+#include "base/fdefaults.h"
 #include "base/fmessage.h"
+#include "base/fservice.h"
 #include "base/source/finitializer.h"
 #include "base/source/thashtable.h"
 #include "base/source/updatehandler.h"
+#include "graphed/hooks.h"
+#include "gui/hooks.h"
 #include "gui/uctrler.h"
+#include "storage/fpreset.h"
 #include <cstring>
 
 namespace Tessarine {
@@ -26,6 +31,22 @@ int32_t hashFeature(const Feature& feature, int32_t buckets) {
 using FeatureTable = THashTable<Feature>;
 FeatureTable* gApplicationFeatures = nullptr;
 UpdateHandler* ownHandler = nullptr;  // made by the application, since there was none
+
+/** Undo and commands know neither application nor controller. */
+void installActionHooks() {
+    gActionHooks.application = []() -> CmObject* { return gApplication; };
+    gActionHooks.isModal = [] { return gController && gController->isInModalMode(); };
+    gActionHooks.isMainThread = [] { return !gController || gController->isInMainThread(); };
+    gActionHooks.idle = [] {
+        if (gController)
+            gController->onIdle(false);
+    };
+    gActionHooks.suspendMouse = [](bool state) { return gController && gController->suspendMouse(state); };
+    gActionHooks.showText = [](const tchar* text) {
+        if (gControllerHooks.showText)
+            gControllerHooks.showText(text, 0);
+    };
+}
 }  // namespace
 
 IMPLEMENT_ABSTRACT_CLASS(UApplication, CmObject)
@@ -42,6 +63,7 @@ UApplication::UApplication(UAppType type, const char* name) : appType(type) {
     gApplicationFeatures = new FeatureTable(kFeatureBuckets, hashFeature);
     gApplication = this;
     new UController(appType);  // stands in gController from now on
+    installActionHooks();
 }
 
 UApplication::~UApplication() {
@@ -52,7 +74,12 @@ UApplication::~UApplication() {
 
 /** In the reverse of what each one needs; the views' own services will stand between the messenger and the controller. */
 void UApplication::destroyGlobals() {
+    gActionHooks = {};
     OneTimeProcedure::terminate();
+    FServiceManager::unuse();
+    FComponentRegistry::unuse();
+    FPresetPool::unuse();
+    FDefaultPool::unuse();
     if (gMessenger)
         gMessenger->clear();
     if (gController)

@@ -6,6 +6,7 @@
 #include "base/utimer.h"
 #include "gui/hooks.h"
 #include "gui/uapp.h"
+#include "gui/values/hooks.h"
 #include "pluginterfaces/base/identifiers.h"
 #include "storage/ffilesystem.h"
 #include "storage/hooks.h"
@@ -76,6 +77,7 @@ UController::UController(int32_t flags) : idleObjects(0, kIdleArrayGrowth) {
     gController = this;
     mainThreadID = pthread_self();
     gStorageHooks.standardFolder = standardFolder;
+    gValueHooks.isInUpdatePhase = [] { return gController && gController->inDoUpdates; };
     if (initPlatform(flags))
         return;
     isDoneFlag = true;

@@ -1,4 +1,5 @@
 #include "pluginglue/uplugapp.h"
+#include "base/fdefaults.h"
 #include "base/source/finitializer.h"
 
 namespace Tessarine {
@@ -18,6 +19,18 @@ bool UPluginApplication::initPlugin() {
         return false;
     postInit();
     return true;
+}
+
+void UPluginApplication::preInit() {
+    UApplication::preInit();
+    if (!isFailed)
+        FDefaultPool::use()->load();
+}
+
+void UPluginApplication::postInit() {
+    UApplication::postInit();
+    if (gDefaults)
+        gDefaults->postInit();
 }
 
 }  // namespace Tessarine

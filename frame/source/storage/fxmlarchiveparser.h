@@ -13,7 +13,9 @@ class FXmlArchiveParser final : public FXmlParser {
 public:
     using RootList = FAttributeList<FStringIDAttribute, const char*, CmArray>;
 
-    FXmlArchiveParser(FStream* stream, const char* rootTag) : FXmlParser(stream), rootTag(rootTag) {}
+    FXmlArchiveParser(FStream* stream, const char* rootTag) : FXmlParser(stream), rootTag(rootTag) {
+        options = kLongValues;  // what was written can be read
+    }
 
     bool load(RootList& roots, RootList& globalRoots, const char* className, bool withoutObjects);
     bool loadAttributes(FAttributes& attributes);

@@ -5,9 +5,13 @@
 namespace Tessarine {
 namespace {
 thread_local std::vector<OPtr<CmObject>>* dropped = nullptr;  // while one is being dropped
+}  // namespace
 
-/** When dropping it makes others be dropped, and these again others, they go one by one. */
-void drop(OPtr<CmObject> object) {
+IMPLEMENT_ABSTRACT_CLASS(FXmlObject, CmObject)
+IMPLEMENT_ABSTRACT_CLASS(FXmlInstance, FXmlObject)
+IMPLEMENT_ABSTRACT_CLASS(FXmlReference, FXmlObject)
+
+void dropObject(OPtr<CmObject> object) {
     if (!object)
         return;
     if (dropped) {
@@ -23,11 +27,6 @@ void drop(OPtr<CmObject> object) {
     }
     dropped = nullptr;
 }
-}  // namespace
-
-IMPLEMENT_ABSTRACT_CLASS(FXmlObject, CmObject)
-IMPLEMENT_ABSTRACT_CLASS(FXmlInstance, FXmlObject)
-IMPLEMENT_ABSTRACT_CLASS(FXmlReference, FXmlObject)
 
 bool FXmlObject::isEqual(const CmObject* other) const {
     const auto* object = classCast<FXmlObject>(other);
@@ -46,7 +45,7 @@ uint32_t FXmlObject::hash(uint32_t buckets) const {
 FXmlInstance::FXmlInstance(uint64_t id, const char* classID) : FXmlObject(id), classID(classID) {}
 
 FXmlInstance::~FXmlInstance() {
-    drop(OPtr<CmObject>(attributes.detach()));
+    dropObject(OPtr<CmObject>(attributes.detach()));
 }
 
 FAttributes* FXmlInstance::getAttributes() {
@@ -58,7 +57,7 @@ FAttributes* FXmlInstance::getAttributes() {
 FXmlReference::~FXmlReference() {
     OPtr<CmObject> held(IPtr<CmObject>(object.get()));
     object = nullptr;
-    drop(std::move(held));
+    dropObject(std::move(held));
 }
 
 CmObject* FXmlReference::targetOf(CmObject* object) {

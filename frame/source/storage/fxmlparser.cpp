@@ -113,7 +113,7 @@ char referenced(std::string_view reference, bool windows) {
         return entity ? char(entity->code) : char(0);
     }
     const bool hexadecimal = reference.starts_with("#x");
-    const std::string digits(reference.substr(hexadecimal ? 2 : 1));
+    const std::string digits(reference.substr(hexadecimal ? 2 : 1, reference.find('&')));  // the next one has its turn
     return char(hexadecimal ? std::strtoul(digits.c_str(), nullptr, 16) : std::strtol(digits.c_str(), nullptr, 10));
 }
 
@@ -167,23 +167,37 @@ struct FXmlParser::Text {
     Text(char* begin, int32_t capacity) : begin(begin), capacity(capacity) {}
     /** false: there isn't room for all. */
     bool append(const char* bytes, size_t count) {
-        if (count > size_t(capacity - size))
+        if (count > size_t(capacity - size) && !grow(count))
             return false;
         std::copy_n(bytes, count, begin + size);
         size += int32_t(count);
         return true;
     }
     bool append(char c) { return append(&c, 1); }
+    bool grow(size_t count) {
+        if (!overflow || count > size_t(kMaxGrown - size))
+            return false;
+        const size_t wanted = std::min(std::max(size + count, 2 * size_t(capacity)), size_t(kMaxGrown));
+        if (overflow->empty())
+            overflow->assign(begin, size_t(size));
+        overflow->resize(wanted + 1);
+        begin = overflow->data();
+        capacity = int32_t(wanted);
+        return true;
+    }
     char* terminated() {
         begin[size] = 0;
         return begin;
     }
     operator std::string_view() const { return {begin, size_t(size)}; }
 
+    static constexpr int32_t kMaxGrown = 1 << 30;
+
     char* begin;  // capacity bytes and one for a terminator
     int32_t capacity;
     int32_t size = 0;
-    bool cutOff = false;  // the stream ended inside
+    std::string* overflow = nullptr;  // takes what is larger; null: nothing may be
+    bool cutOff = false;              // the stream ended inside
 };
 
 /** Sees line ends pass by, of which a pair is one. */
@@ -576,7 +590,9 @@ bool FXmlParser::readAttributes(CmArray& attributes, bool& empty) {
         if (takeAttribute(attributes))
             continue;
         char bytes[kTokenSize + 1];
+        std::string longBytes;
         Text text(bytes, kTokenSize);
+        text.overflow = (options & kLongValues) != 0 ? &longBytes : nullptr;
         switch (tokenOf(text, true)) {
         case kTokenNewLine:
         case kTokenBlank:
@@ -627,7 +643,7 @@ bool FXmlParser::tokenToAttribute(std::string_view token, CmArray& attributes) {
     if (equals == end || *equals != '=' || size_t(nameEnd - token.data()) > kMaxName)
         return false;
     const char* value = equals + 2;
-    if (size_t(end - value) > kMaxValue)
+    if (size_t(end - value) > kMaxValue && (options & kLongValues) == 0)
         return false;
     addAttribute(attributes, {token.data(), nameEnd}, {value, end}, true);
     return true;

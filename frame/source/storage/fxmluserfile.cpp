@@ -31,7 +31,8 @@ bool FXmlArchive::restoreObject(const char* name, const char* rootTag, CmObject*
 
 bool FXmlArchive::restoreObject(FStream* stream, const char* rootTag, CmObject* object) {
     const OPtr<FAttributes> attributes(new FAttributes);
-    return stream && object && FXmlArchive(stream, false).loadAttributes(rootTag, *attributes) &&
+    FXmlArchive archive(stream, false);
+    return stream && object && archive.loadAttributes(rootTag, *attributes) && archive.isWhole() &&
            object->restoreAttributes(*attributes);
 }
 

@@ -1,4 +1,5 @@
 #include "public.sdk/source/main/linuxmain.h"
+#include "base/fdefaults.h"
 #include "gui/os/linux/core/platformcore.h"
 #include <cstdio>
 
@@ -29,6 +30,7 @@ bool bundleEntry(void* bundleRef) {
     gBundleRefs.push_back(bundle);
     if (!moduleHandle)
         keepAsModule(bundle);
+    FDefaultPool::isGuest = true;
     installTessarinePlatformCore();  // this copy of the framework has hooks of its own to fill
     return InitModule();
 }

@@ -216,6 +216,14 @@ TEST_F(UpdateHandlerTest, DeferredChangesGoWithTheLastDependent) {
     }
 }
 
+TEST_F(UpdateHandlerTest, AFlushKeepsWhatADependentLetsGo) {
+    object->addDependent(&a);
+    object->deferUpdate();
+    a.then = [this] { object = nullptr; };
+    flush();
+    EXPECT_EQ(heard(), (Log{"a 1", "object done 1"}));
+}
+
 TEST_F(UpdateHandlerTest, AFlushPassesOverAnObjectThatIsBeingTold) {
     object->addDependent(&a);
     other->addDependent(&b);
@@ -318,8 +326,8 @@ TEST_F(UpdateHandlerTest, ServesManyThreads) {
     std::atomic<int32_t> running{3};
     const auto notify = [&](FObject* of) {
         for (int32_t i = 0; i < kRounds; ++i) {
-            of->changed();
-            of->deferUpdate(7);
+            i % 2 ? of->changed() : handler->triggerSelfUpdates(of, 1);
+            i % 2 ? of->deferUpdate(7) : handler->deferSelfUpdates(of, 7);
         }
         --running;
     };

@@ -3,7 +3,7 @@
 
 namespace Tessarine {
 
-/** A number in a range, both ends included. Its integer face truncates. */
+/** A number in a range, both ends included; what is no number changes neither. Its integer face truncates. */
 class UFloatValue : public UValue, public IFloatValue {
 public:
     DECLARE_CLASS(UFloatValue, UValue)
@@ -14,6 +14,11 @@ public:
 
     int32_t queryInterface(const char* iid, void** obj) override;
     FORWARD_REFCOUNT(UValue)
+    /** The value alone, in both forms; one that is no number leaves it. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
 
     void setValue(int32_t newValue) override { setFloatValue(float(newValue)); }
     int32_t getValue() override;
@@ -27,6 +32,7 @@ public:
     /** A step is the incDecAmount; when that isn't above 0, one unit of the last shown digit. */
     void decrement() override;
     void increment() override;
+    /** A fraction is divided as integers: 1/2 assigns 0. */
     void assignTo(UValue* source) override;
     bool resetToDefaultValue() override;
     bool getDefaultValue(int32_t& standard) override;
@@ -85,6 +91,24 @@ public:
 
 protected:
     float defaultValue;
+};
+
+/** A number whose position in its range isn't linear: a transformer knows both ways, and the ends of the range. */
+class UFloatTransformValue : public UFloatDefValue, public IValueTransformTarget {
+public:
+    DECLARE_CLASS(UFloatTransformValue, UFloatDefValue)
+    DECLARE_NEWCOPY(UFloatTransformValue)
+    using UFloatDefValue::UFloatDefValue;
+    FORWARD_REFCOUNT(UFloatDefValue)
+
+    int32_t queryInterface(const char* iid, void** obj) override;
+    float getNormalized() override;
+    using UFloatDefValue::setNormalized;
+    void setNormalized(float position) override;
+    void setTransformer(IValueTransformer* newTransformer) override;
+
+protected:
+    IPtr<IValueTransformer> transformer;  // shared; null: the position is linear
 };
 
 }  // namespace Tessarine

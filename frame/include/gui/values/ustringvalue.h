@@ -18,6 +18,12 @@ public:
     UStringValue& operator=(const ConstString& text);
     UStringValue& operator=(const UStringValue& source) { return *this = source.string; }
 
+    /** The text alone, in both forms. What an archive holds goes to the owner too. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
+
     int32_t getValue() override { return !string.isEmpty(); }
     /** Another text value only. */
     void assignTo(UValue* source) override;
@@ -53,6 +59,12 @@ public:
 
     int32_t queryInterface(const char* iid, void** obj) override;
     FORWARD_REFCOUNT(UIntDefValue)
+    /** The strings alone; afterwards the first one is selected. Cut off: all stays as it was. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+    /** Strings, range and value. */
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
 
     using UIntDefValue::toString;
     void toString(FString& text) override;
@@ -87,6 +99,29 @@ private:
     bool insertAt(int32_t index, const tchar* text);
     void adoptRange();
     int32_t selectable(const tchar* text) const;
+    void takeStrings(CmLinkedList& others);
+    void restoreStrings(FAttributes& attributes);
+};
+
+/** Texts in the order of their last use, the newest first. The list is cut by setMaxRecent alone: adding never drops
+    the oldest one, so that it may grow past the maximum. */
+class URecentStringListValue : public UStringListValue {
+public:
+    DECLARE_CLASS(URecentStringListValue, UStringListValue)
+    DECLARE_NEWCOPY(URecentStringListValue)
+    static constexpr int32_t kUsualRecent = 5;
+
+    explicit URecentStringListValue(int32_t maxRecent = kUsualRecent) : maxRecent(maxRecent) {}
+
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
+    /** To the front, from where it was if it is in the list already; the selection doesn't follow it. */
+    bool addString(const tchar* text) override;
+    void setMaxRecent(int32_t count);
+    int32_t getMaxRecent() const { return maxRecent; }
+
+protected:
+    int32_t maxRecent;
 };
 
 }  // namespace Tessarine

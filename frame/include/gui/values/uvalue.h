@@ -27,6 +27,7 @@ public:
         kStyleMask = 0xF,
         kSilentUntilObserved = 0x10,  // nobody is told until the first addDependent
         kOwnerOwned = 0x20,
+        kOwnerAway = 0x40,  // a text is being read that the owner doesn't hear of
         kStateOn = 0x100,
         kStateActive = 0x200,
         kStateLocked = 0x400,  // in an edit session
@@ -63,6 +64,12 @@ public:
     int32_t queryInterface(const char* iid, void** obj) override;
     FORWARD_REFCOUNT(CmObject)
     void changed(int32_t message = kChanged) override;
+    /** The value alone; what is read goes through the setter, so that the owner doesn't hear of it. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+    /** Value and range. A key that is missing leaves its field; false: there was no value. */
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
 
     /** owned: the caller's reference on the owner goes to the value. */
     virtual void connect(CmObject* owner, int32_t tag, bool owned);
@@ -165,13 +172,35 @@ public:
     static bool bypassAllHooks;
 
 protected:
+    static constexpr char kValueKey[] = "Value";
+    static constexpr char kMinKey[] = "Min";
+    static constexpr char kMaxKey[] = "Max";
+
+    /** Puts a state back at the end of the block, also when an exception passes. */
+    class StateRestored {
+    public:
+        StateRestored(UValue& value, State state) : value(value), state(state), before(value.has(state)) {}
+        ~StateRestored() { value.set(state, before); }
+        StateRestored(const StateRestored&) = delete;
+        StateRestored& operator=(const StateRestored&) = delete;
+
+    private:
+        UValue& value;
+        const State state;
+        const bool before;
+    };
+
+    /** Borrowed; for those who stand in for the value. */
+    static CmObject* ownerOf(const UValue& value) { return value.owner; }
     bool has(uint32_t state) const { return (flags & state) != 0; }
     void set(uint32_t state, bool on) { flags = on ? flags | state : flags & ~state; }
     /** The representation's text or parse; false: there is none, or it failed. */
     bool representAsText(FString& text);
     bool takeRepresentedText(const tchar* text);
+    /** The owner, who hears of it three times, may let go of the value. */
     template <class Change>
     void changeInSession(Change change) {
+        const IPtr<UValue> kept(this);
         if (canAutomate())
             beginEdit();
         change();
@@ -185,10 +214,22 @@ protected:
     IPtr<IValueStringRepresentation> stringRepresentation;
 
 private:
-    void releaseOwner();
+    class OwnerAway;
+    OPtr<CmObject> detachOwner();
     bool tellOwnerOfEdit(const char* messageID);
     template <class Move>
     void showMoved(Move moveAndShow);
+};
+
+/** On or off, shown as yes or no. Typed it is "On" or "Off" all the same. */
+class UYesNoValue : public UValue {
+public:
+    DECLARE_CLASS(UYesNoValue, UValue)
+    DECLARE_NEWCOPY(UYesNoValue)
+
+    using UValue::toString;
+    /** The representation isn't asked. */
+    void toString(FString& text) override;
 };
 
 }  // namespace Tessarine

@@ -1,4 +1,5 @@
 #pragma once
+#include "pluginterfaces/base/funknown.h"
 
 namespace Tessarine {
 class IApplicationEventHook;
@@ -14,8 +15,13 @@ namespace UValueHooks {
 bool add(IApplicationEventHook* hook);
 /** false: it wasn't there. */
 bool remove(IApplicationEventHook* hook);
+/** Whether there is a hook. */
+bool anybody();
 /** A user has touched the value. */
 void tellValueChanged(IValue* value);
+/** title: as the user knows it, perhaps null. */
+void tellCommandFired(const char* category, const char* command, const tchar* title);
+void tellActionExecuted(const char* category, const char* action, const tchar* title, const tchar* description);
 }  // namespace UValueHooks
 
 }  // namespace Tessarine

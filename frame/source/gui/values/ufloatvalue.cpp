@@ -1,12 +1,18 @@
 #include "gui/values/ufloatvalue.h"
 #include "base/ftextutils.h"
 #include "base/source/fstring.h"
+#include "gui/values/urationalvalue.h"
+#include "storage/farchive.h"
+#include "storage/fbstream.h"
+#include "storage/fpersistent.h"
 #include "valuenumbers.h"
+#include <cmath>
 
 namespace Tessarine {
 
 IMPLEMENT_CLASS(UFloatValue, UValue)
 IMPLEMENT_CLASS(UFloatDefValue, UFloatValue)
+IMPLEMENT_CLASS(UFloatTransformValue, UFloatDefValue)
 
 UFloatValue::UFloatValue(float min, float max, float value) : value(min), min(min), max(max) {
     UValue::setStyle(kNumberStyle);
@@ -15,6 +21,30 @@ UFloatValue::UFloatValue(float min, float max, float value) : value(min), min(mi
 
 int32_t UFloatValue::queryInterface(const char* iid, void** obj) {
     return answerInterface<IFloatValue>(this, iid, obj) ? kResultOk : UValue::queryInterface(iid, obj);
+}
+
+bool UFloatValue::internalize(FArchive& archive) {
+    float number;
+    const bool done = archive.getStream().readFloat(number);
+    if (done)
+        setFloatValue(number);
+    return done;
+}
+
+bool UFloatValue::externalize(FArchive& archive) const {
+    return archive.getStream().writeFloat(const_cast<UFloatValue*>(this)->getFloatValue());
+}
+
+bool UFloatValue::storeAttributes(FAttributes& attributes) const {
+    return attributes.set(kValueKey, double(const_cast<UFloatValue*>(this)->getFloatValue()));
+}
+
+bool UFloatValue::restoreAttributes(FAttributes& attributes) {
+    float number;
+    const bool hasValue = attributes.get(kValueKey, number);
+    if (hasValue)
+        setFloatValue(number);
+    return hasValue;
 }
 
 int32_t UFloatValue::getValue() {
@@ -57,7 +87,10 @@ void UFloatValue::increment() {
 void UFloatValue::assignTo(UValue* source) {
     if (auto* number = classCast<UFloatValue>(source))
         setTargetFloatValue(number->getFloatValue());
-    else
+    else if (auto* fraction = classCast<URationalValue>(source)) {
+        const int64_t whole = int64_t(fraction->getNumerator()) / fraction->getDenominator();
+        setTargetFloatValue(float(whole));
+    } else
         UValue::assignTo(source);
 }
 
@@ -85,7 +118,7 @@ void UFloatValue::toString(FString& text) {
 
 void UFloatValue::fromString(const tchar* text) {
     if (!takeRepresentedText(text))
-        setTargetFloatValue(float(typedNumber(text, getFloatValue())));
+        setTargetFloatValue(float(typedNumber(text, getFloatValue(), getFloatValue())));
 }
 
 void UFloatValue::setValueFloat(float newValue, bool update) {
@@ -95,7 +128,7 @@ void UFloatValue::setValueFloat(float newValue, bool update) {
 }
 
 void UFloatValue::setFloatMin(float newMin) {
-    if (newMin == min)
+    if (newMin == min || std::isnan(newMin))
         return;
     min = newMin;
     if (newMin > max)
@@ -107,7 +140,7 @@ void UFloatValue::setFloatMin(float newMin) {
 }
 
 void UFloatValue::setFloatMax(float newMax) {
-    if (newMax == max)
+    if (newMax == max || std::isnan(newMax))
         return;
     max = newMax;
     if (value > newMax)
@@ -118,7 +151,7 @@ void UFloatValue::setFloatMax(float newMax) {
 
 void UFloatValue::setFloatValue(float newValue) {
     const float bounded = boundFloat(newValue);
-    if (bounded == value)
+    if (bounded == value || std::isnan(bounded))
         return;
     value = bounded;
     changed();
@@ -157,6 +190,32 @@ bool UFloatDefValue::getDefaultFloatValue(float& standard) {
 bool UFloatDefValue::setDefaultFloatValue(float standard) {
     defaultValue = standard;
     return true;
+}
+
+int32_t UFloatTransformValue::queryInterface(const char* iid, void** obj) {
+    return answerInterface<IValueTransformTarget>(this, iid, obj) ? kResultOk
+                                                                  : UFloatDefValue::queryInterface(iid, obj);
+}
+
+float UFloatTransformValue::getNormalized() {
+    return transformer ? transformer->valueToNormalized(getFloatValue()) : UFloatDefValue::getNormalized();
+}
+
+void UFloatTransformValue::setNormalized(float position) {
+    if (transformer)
+        setFloatValue(transformer->normalizedToValue(position));
+    else
+        UFloatDefValue::setNormalized(position);
+}
+
+void UFloatTransformValue::setTransformer(IValueTransformer* newTransformer) {
+    const IPtr<IValueTransformer> scale(newTransformer);  // who hears of the range may exchange it
+    transformer = scale;
+    if (!scale)
+        return;
+    setFloatMin(scale->normalizedToValue(0.f));
+    if (transformer == scale)
+        setFloatMax(scale->normalizedToValue(1.f));
 }
 
 }  // namespace Tessarine

@@ -2,7 +2,7 @@
 #include "gui/values/ufloatvalue.h"
 #include "gui/values/uintvalue.h"
 #include "gui/values/ustringvalue.h"
-#include "gui/values/uvalue.h"
+#include "gui/values/uvalueproxy.h"
 
 namespace Tessarine {
 namespace {
@@ -18,11 +18,14 @@ FUnknown* createUIntHostValue() {
 }
 
 MetaClass hostValues[] = {
-    {nullptr, createHostValue<UValue>,           IHostOnOffValue_iid,      nullptr},
-    {nullptr, createUIntHostValue,               IHostIntValue_iid,        nullptr},
-    {nullptr, createHostValue<UFloatDefValue>,   IHostFloatValue_iid,      nullptr},
-    {nullptr, createHostValue<UStringValue>,     IHostStringValue_iid,     nullptr},
-    {nullptr, createHostValue<UStringListValue>, IHostStringListValue_iid, nullptr},
+    {nullptr, createHostValue<UValue>,               IHostOnOffValue_iid,       nullptr},
+    {nullptr, createUIntHostValue,                   IHostIntValue_iid,         nullptr},
+    {nullptr, createHostValue<UFloatDefValue>,       IHostFloatValue_iid,       nullptr},
+    {nullptr, createHostValue<UStringValue>,         IHostStringValue_iid,      nullptr},
+    {nullptr, createHostValue<UStringListValue>,     IHostStringListValue_iid,  nullptr},
+    {nullptr, createHostValue<UFloatTransformValue>, IHostTransformerValue_iid, nullptr},
+    {nullptr, createHostValue<UValueProxy>,          IHostValueProxy_iid,       nullptr},
+    {nullptr, createHostValue<UAliasValue>,          IHostAliasValue_iid,       nullptr},
 };
 }  // namespace
 

@@ -75,7 +75,7 @@ void UIntValue::toString(FString& text) {
 
 void UIntValue::fromString(const tchar* text) {
     if (!takeRepresentedText(text))
-        setTargetValue(truncated(typedNumber(text, getValue())));
+        setTargetValue(truncated(typedNumber(text, getValue(), 0)));
 }
 
 UIntDefValue::UIntDefValue(int32_t min, int32_t max, int32_t defaultValue, int32_t value)

@@ -5,9 +5,13 @@
 #include "collect/cmstring.h"
 #include "gui/values/uplugtarget.h"
 #include "gui/values/uvaluehooks.h"
+#include "storage/farchive.h"
+#include "storage/fbstream.h"
+#include "storage/fpersistent.h"
 #include "valuenumbers.h"
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Tessarine {
 namespace {
@@ -15,36 +19,50 @@ constexpr int32_t kParameterTextSize = 128;  // of toString1's buffer, terminato
 
 constexpr UTranslatedString kOnText("On");
 constexpr UTranslatedString kOffText("Off");
-
-/** Puts something back at the end of the block, also when an exception passes. */
-template <class T>
-class Restored {
-public:
-    explicit Restored(T& place) : place(place), before(place) {}
-    ~Restored() { place = before; }
-    Restored(const Restored&) = delete;
-    Restored& operator=(const Restored&) = delete;
-
-private:
-    T& place;
-    const T before;
-};
+constexpr UTranslatedString kYesText("Yes");
+constexpr UTranslatedString kNoText("No");
 }  // namespace
 
+/** To the end of the block the value has no owner. Then it has the old one again, unless it was connected meanwhile. */
+class UValue::OwnerAway {
+public:
+    explicit OwnerAway(UValue& value)
+        : value(value), owner(std::exchange(value.owner, nullptr)), owned(value.has(kOwnerOwned)) {
+        value.set(kOwnerAway, true);
+    }
+    ~OwnerAway() {
+        if (value.has(kOwnerAway))
+            value.owner = owner;
+        else if (owned)
+            owner->release();
+        value.set(kOwnerAway, false);
+    }
+    OwnerAway(const OwnerAway&) = delete;
+    OwnerAway& operator=(const OwnerAway&) = delete;
+
+private:
+    UValue& value;
+    CmObject* const owner;
+    const bool owned;
+};
+
 IMPLEMENT_CLASS(UValue, CmObject)
+IMPLEMENT_CLASS(UYesNoValue, UValue)
 
 constinit bool UValue::bypassAllHooks = false;
 
 UValue::UValue(const UValue& source)
     : CmObject(source), IValue2(source), IStringRepresentationTarget(source), flags(source.flags), tag(source.tag),
       owner(source.owner), stringRepresentation(source.stringRepresentation) {
-    if (has(kOwnerOwned))
+    if (!owner)
+        set(kOwnerOwned | kOwnerAway, false);
+    else if (has(kOwnerOwned))
         owner->addRef();
 }
 
 UValue::~UValue() {
     stringRepresentation = nullptr;
-    releaseOwner();
+    detachOwner();
     UpdateHandler* handler = UpdateHandler::instance();
     if (!handler)
         return;
@@ -53,12 +71,12 @@ UValue::~UValue() {
     handler->cancelUpdates(self);
 }
 
-void UValue::releaseOwner() {
-    CmObject* old = has(kOwnerOwned) ? owner : nullptr;
-    owner = nullptr;
-    set(kOwnerOwned, false);
-    if (old)
-        old->release();
+/** The value's reference on its owner, if it had one. */
+OPtr<CmObject> UValue::detachOwner() {
+    CmObject* old = std::exchange(owner, nullptr);
+    const bool wasOwned = has(kOwnerOwned);
+    set(kOwnerOwned | kOwnerAway, false);
+    return wasOwned ? old : nullptr;
 }
 
 int32_t UValue::queryInterface(const char* iid, void** obj) {
@@ -73,10 +91,43 @@ int32_t UValue::queryInterface(const char* iid, void** obj) {
 void UValue::changed(int32_t message) {
     if (has(kSilentUntilObserved | kUpdatesDisabled))
         return;
-    if (has(kStraightUpdate))
-        CmObject::changed(message);
+    UpdateHandler* handler = UpdateHandler::instance();
+    if (!handler || handler != gUpdateHandler)
+        has(kStraightUpdate) ? CmObject::changed(message) : deferUpdate(message);
+    else if (has(kStraightUpdate))
+        handler->triggerSelfUpdates(this, message);
     else
-        deferUpdate(message);
+        handler->deferSelfUpdates(this, message);
+}
+
+bool UValue::internalize(FArchive& archive) {
+    int32_t value;
+    const bool done = archive.getStream().readInt32(value);
+    if (done)
+        setValue(value);
+    return done;
+}
+
+bool UValue::externalize(FArchive& archive) const {
+    return archive.getStream().writeInt32(const_cast<UValue*>(this)->getValue());
+}
+
+bool UValue::storeAttributes(FAttributes& attributes) const {
+    auto* self = const_cast<UValue*>(this);
+    return attributes.set(kValueKey, self->getValue()) && attributes.set(kMinKey, self->getMin()) &&
+           attributes.set(kMaxKey, self->getMax());
+}
+
+bool UValue::restoreAttributes(FAttributes& attributes) {
+    int32_t number;
+    if (attributes.get(kMinKey, number))
+        setMin(number);
+    if (attributes.get(kMaxKey, number))
+        setMax(number);
+    const bool hasValue = attributes.get(kValueKey, number);
+    if (hasValue)
+        setValue(number);
+    return hasValue;
 }
 
 void UValue::addDependent(IDependent* dependent) {
@@ -85,7 +136,7 @@ void UValue::addDependent(IDependent* dependent) {
 }
 
 void UValue::connect(CmObject* newOwner, int32_t newTag, bool owned) {
-    releaseOwner();
+    const OPtr<CmObject> old = detachOwner();  // goes last: its end may connect the value once more
     owner = newOwner;
     tag = newTag;
     set(kOwnerOwned, owned && newOwner);
@@ -120,14 +171,14 @@ int32_t UValue::bound(int32_t value) {
 }
 
 float UValue::getNormalized() {
-    const int64_t min = getMin();
-    const int64_t max = getMax();
-    return max == min ? 0.f : float(getValue() - min) / float(max - min);
+    const double min = getMin();
+    const double max = getMax();
+    return max == min ? 0.f : float((getValue() - min) / (max - min));
 }
 
 void UValue::setNormalized(float position) {
-    const int64_t min = getMin();
-    setValue(truncated(double(truncated(float(getMax() - min) * position)) + double(min)));
+    const double min = getMin();
+    setValue(truncated(std::trunc((getMax() - min) * position) + min));
 }
 
 void UValue::setActive(bool state) {
@@ -190,15 +241,11 @@ void UValue::beginEdit() {
 }
 
 void UValue::endEdit(bool commit) {
+    const IPtr<UValue> kept(this);
     setLock(false);
     if (tellOwnerOfEdit("EndEdit") || !(has(kEndEditUpdates) || canAutomate()))
         return;
-    IPtr<UValue> kept(this);
-    struct Marker {
-        ~Marker() { value.set(kDiscarding, before); }
-        UValue& value;
-        const bool before;
-    } marker{*this, has(kDiscarding)};
+    const StateRestored marker(*this, kDiscarding);
     set(kDiscarding, !commit);
     updateTarget();
 }
@@ -292,12 +339,11 @@ void UValue::toString2(tchar* buffer, int32_t* length) {
 void UValue::fromString2(const tchar* text, bool update) {
     if (!text)
         return;
-    if (update) {
+    if (update || !owner) {
         fromString(text);
         return;
     }
-    Restored<CmObject*> ownerBack(owner);
-    owner = nullptr;
+    const OwnerAway quiet(*this);
     fromString(text);
 }
 
@@ -411,6 +457,10 @@ bool UValue::representAsText(FString& text) {
 
 bool UValue::takeRepresentedText(const tchar* text) {
     return stringRepresentation && stringRepresentation->stringToValue(this, text) == kResultOk;
+}
+
+void UYesNoValue::toString(FString& text) {
+    text.assign(getValue() ? kYesText : kNoText);
 }
 
 }  // namespace Tessarine

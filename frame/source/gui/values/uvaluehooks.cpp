@@ -16,6 +16,17 @@ struct Walk {
             std::erase(hooks, nullptr);
     }
 };
+
+template <class Tell>
+void tellAll(Tell tell) {
+    if (hooks.empty())
+        return;
+    const Walk walk;
+    const size_t count = hooks.size();  // those added on the way hear of the next event
+    for (size_t i = 0; i < count; ++i)
+        if (hooks[i])
+            tell(*hooks[i]);
+}
 }  // namespace
 
 bool UValueHooks::add(IApplicationEventHook* hook) {
@@ -36,14 +47,21 @@ bool UValueHooks::remove(IApplicationEventHook* hook) {
     return true;
 }
 
+bool UValueHooks::anybody() {
+    return !hooks.empty();
+}
+
 void UValueHooks::tellValueChanged(IValue* value) {
-    if (hooks.empty())
-        return;
-    Walk walk;
-    const size_t count = hooks.size();  // those added on the way hear of the next value
-    for (size_t i = 0; i < count; ++i)
-        if (hooks[i])
-            hooks[i]->onValueChanged(value);
+    tellAll([value](IApplicationEventHook& hook) { hook.onValueChanged(value); });
+}
+
+void UValueHooks::tellActionExecuted(const char* category, const char* action, const tchar* title,
+                                     const tchar* description) {
+    tellAll([=](IApplicationEventHook& hook) { hook.onActionExecuted(category, action, title, description); });
+}
+
+void UValueHooks::tellCommandFired(const char* category, const char* command, const tchar* title) {
+    tellAll([=](IApplicationEventHook& hook) { hook.onCommandFired(category, command, title); });
 }
 
 }  // namespace Tessarine

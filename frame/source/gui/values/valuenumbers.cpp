@@ -4,14 +4,6 @@
 #include <limits>
 
 namespace Tessarine {
-namespace {
-void pointForLastComma(String& text) {
-    const int32_t comma = text.findPrev(-1, u',');
-    if (comma >= 0)
-        text.setChar16(uint32_t(comma), u'.');
-}
-}  // namespace
-
 int32_t truncated(double number) {
     using Limits = std::numeric_limits<int32_t>;
     if (std::isnan(number))
@@ -31,14 +23,24 @@ float wrapped(float number, float min, float max) {
     return float(rest < 0 ? max + rest + 1.0 : min + rest - 1.0);
 }
 
-double typedNumber(const tchar* typed, double current) {
+bool scanTyped(const ConstString& typed, double& number) {
     String text(typed);
+    const int32_t lastComma = text.findPrev(-1, u',');
+    if (lastComma >= 0)
+        text.setChar16(uint32_t(lastComma), u'.');
+    const int32_t otherComma = text.findNext(0, u',');  // which ends a number
+    if (otherComma >= 0)
+        text.remove(uint32_t(otherComma));
+    return text.scanFloat(number, 0, false);
+}
+
+double typedNumber(const tchar* typed, double current, double ifNaN) {
+    const ConstString text(typed);
     const tchar last = text.isEmpty() ? u'\0' : text.getChar16(text.length() - 1);
-    pointForLastComma(text);
     double number = 0;
-    text.scanFloat(number);
+    scanTyped(text, number);
     if (std::isnan(number))
-        number = current;
+        number = ifNaN;
     switch (last) {
     case u'*':
         return current * number;

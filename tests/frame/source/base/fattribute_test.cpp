@@ -18,12 +18,23 @@ public:
 };
 IMPLEMENT_CLASS(Held, CmObject)
 
+using Attributes = FAttributeList<FStringIDAttribute, const char*, CmArray>;
+
+/** Takes down with it what stands under its key. */
+class Guard final : public Held {
+public:
+    explicit Guard(Attributes& attributes) : list(attributes) {}
+    ~Guard() override { list.removeAttribute("object"); }
+
+private:
+    Attributes& list;
+};
+
 class FAttributeTest : public testing::Test {
 protected:
     void TearDown() override { EXPECT_EQ(Held::living, 0) << "objects left behind"; }
 };
 
-using Attributes = FAttributeList<FStringIDAttribute, const char*, CmArray>;
 using NumberedAttributes = FAttributeList<FIntIDAttribute, int32_t, CmArray>;
 using Value = FAttributeValue;
 
@@ -195,6 +206,14 @@ TEST_F(FAttributeTest, ListsCountTheirObjectsOnce) {
         ASSERT_EQ(referencesOf(object), row.afterwards);
         while (object->release() > 0) {}
     }
+}
+
+TEST_F(FAttributeTest, AnObjectThatIsReplacedMayRemoveItsAttribute) {
+    Attributes list;
+    list.setObjAttribute("object", new Guard(list), Attributes::kOwned);
+    list.setObjAttribute("object", OPtr<Held>(new Held), Attributes::kShared);
+    EXPECT_EQ(list.countAttributes(), 0);
+    EXPECT_EQ(Held::living, 0);
 }
 
 TEST_F(FAttributeTest, AttributesCompareByKeyAmongTheirKind) {

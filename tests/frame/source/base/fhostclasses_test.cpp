@@ -1,8 +1,10 @@
 #include "base/fhostclasses.h"
+#include "base/fcompreg.h"
 #include "base/fmessage.h"
 #include "base/source/updatehandler.h"
 #include "gui/values/uvalue.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "pluginterfaces/host/ihosttools.h"
 #include "tests/support/uncounted.h"
 #include <gtest/gtest.h>
 
@@ -16,11 +18,14 @@ protected:
 
 TEST_F(FHostClassesTest, MakesEachValueByItsOutsideFace) {
     const std::tuple<const char*, const FUID&, const char*, IValue::ValueType, uint32_t, bool> rows[] = {
-        {"on/off",  IHostOnOffValue_iid,      "UValue",           IValue::kOnOff,   0x201, false},
-        {"integer", IHostIntValue_iid,        "UIntDefValue",     IValue::kInteger, 0x202, true },
-        {"float",   IHostFloatValue_iid,      "UFloatDefValue",   IValue::kFloat,   0x202, true },
-        {"string",  IHostStringValue_iid,     "UStringValue",     IValue::kString,  0x201, false},
-        {"list",    IHostStringListValue_iid, "UStringListValue", IValue::kInteger, 0x202, true },
+        {"on/off",  IHostOnOffValue_iid,       "UValue",               IValue::kOnOff,   0x201,    false},
+        {"integer", IHostIntValue_iid,         "UIntDefValue",         IValue::kInteger, 0x202,    true },
+        {"float",   IHostFloatValue_iid,       "UFloatDefValue",       IValue::kFloat,   0x202,    true },
+        {"string",  IHostStringValue_iid,      "UStringValue",         IValue::kString,  0x201,    false},
+        {"list",    IHostStringListValue_iid,  "UStringListValue",     IValue::kInteger, 0x202,    true },
+        {"scaled",  IHostTransformerValue_iid, "UFloatTransformValue", IValue::kFloat,   0x202,    true },
+        {"proxy",   IHostValueProxy_iid,       "UValueProxy",          IValue::kOnOff,   0x200201, false},
+        {"alias",   IHostAliasValue_iid,       "UAliasValue",          IValue::kOnOff,   0x200201, false},
     };
     void* made = this;
     EXPECT_EQ(host->createClassInstance(IStringRepresentationTarget::iid, &made), kResultFalse);
@@ -53,6 +58,38 @@ TEST_F(FHostClassesTest, ServicesAreSharedAndCountedOnce) {
     };
     check(FObject::gUpdateHandler);
     check(static_cast<IMessenger*>(gMessenger));
+}
+
+TEST_F(FHostClassesTest, ToolsOfEachKind) {
+    FComponentRegistry::use();
+    {
+        const FInstancePtr<IComponentFactory> registry(host);
+        EXPECT_EQ(registry.get(), gComponentRegistry);
+        const FInstancePtr<IList> list(host), other(host);
+        EXPECT_NE(list.get(), other.get());
+        const OPtr<UValue> a(new UValue), b(new UValue);
+        EXPECT_EQ(list->add(nullptr), kResultFalse);
+        for (UValue* each : {a.get(), b.get()})
+            EXPECT_EQ(list->add(static_cast<CmObject*>(each)), kResultOk);
+        EXPECT_EQ(list->removeAt(2), kInvalidArgument);
+        EXPECT_EQ(list->removeAt(0), kResultOk);
+        EXPECT_EQ(list->at(0), static_cast<CmObject*>(b.get()));
+        EXPECT_EQ(referencesOf(a), 1u);
+        EXPECT_EQ(referencesOf(b), 2u);
+        const FInstancePtr<IComparer> comparer(host);
+        CmObject *first = a, *second = b;
+        EXPECT_EQ(comparer->compare(first, second) < 0, first->compare(second) < 0);
+        EXPECT_EQ(comparer->compare(host.get(), host.get()), 0);
+        const FInstancePtr<IMemoryAllocator> memory(host);
+        void* block = memory->reallocate(memory->allocate(1), 100);
+        EXPECT_TRUE(block);
+        memory->free(block);
+        const FInstancePtr<IDynamicLibrary> library(host);
+        EXPECT_EQ(library->load(u"nothing", false), kResultFalse);
+        EXPECT_FALSE(library->getProcAddress("any"));
+    }
+    EXPECT_EQ(referencesOf(gComponentRegistry), 1u);
+    FComponentRegistry::unuse();
 }
 
 }  // namespace

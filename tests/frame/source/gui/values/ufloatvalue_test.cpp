@@ -1,5 +1,7 @@
 #include "gui/values/ufloatvalue.h"
+#include "gui/values/urationalvalue.h"
 #include "valuefixture.h"
+#include <cmath>
 #include <limits>
 
 namespace Tessarine {
@@ -37,6 +39,10 @@ TEST(UFloatValueRange, MovesTheValueAndMaxButNeverMin) {
     value->setFloatMax(3.f);
     EXPECT_EQ(value->getFloatMin(), 20.f);
     EXPECT_EQ(value->getFloatValue(), 3.f);  // in such a range the max that was set last counts
+    value->setFloatMin(NAN);
+    value->setFloatMax(NAN);
+    EXPECT_EQ(value->getFloatMin(), 20.f);
+    EXPECT_EQ(value->getFloatMax(), 3.f);
 }
 
 TEST(UFloatValueFace, IntegersTruncate) {
@@ -110,6 +116,58 @@ TEST_F(UFloatValueNews, ResettingADefaultThatStandsTellsNobody) {
     value->assignTo(plain);
     EXPECT_EQ(value->getFloatValue(), 2.75f);
     EXPECT_EQ(take(), Log{"owner 1"});
+    for (const auto& [numerator, expected] : {
+             std::pair(1, 0.f), {5, 2.f}
+    }) {
+        const OPtr<URationalValue> fraction(new URationalValue(numerator, 2));
+        value->assignTo(fraction);
+        EXPECT_EQ(value->getFloatValue(), expected);
+    }
+    value->setFloatValue(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ(value->getFloatValue(), 2.f);
+}
+
+/** A place is the square root of the number's share of 400. */
+class Squares : public Uncounted<IValueTransformer> {
+public:
+    float valueToNormalized(float value) override { return std::sqrt(value / 400.f); }
+    float normalizedToValue(float position) override { return position * position * 400.f; }
+};
+
+using UFloatTransformNews = ValueTest;
+
+TEST_F(UFloatTransformNews, TakesItsRangeAndPlacesFromTheTransformer) {
+    Squares squares;
+    {
+        const OPtr<UFloatTransformValue> value(new UFloatTransformValue(-1.f, 1.f));
+        value->setNormalized(0.75f);
+        EXPECT_EQ(value->getFloatValue(), 0.5f);
+        const FUnknownPtr<IValueTransformTarget> target(static_cast<IValue*>(value));
+        ASSERT_TRUE(target);
+        target->setTransformer(&squares);
+        EXPECT_EQ(value->getFloatMin(), 0.f);
+        EXPECT_EQ(value->getFloatMax(), 400.f);
+        value->setNormalized(0.5f);
+        EXPECT_EQ(value->getFloatValue(), 100.f);
+        EXPECT_EQ(value->getNormalized(), 0.5f);
+        const OPtr<CmObject> copy(value->newCopy());
+        target->setTransformer(nullptr);
+        EXPECT_EQ(value->getNormalized(), 0.25f);
+        EXPECT_EQ(squares.references, 1);  // the copy's
+        struct View : FObject {
+            void update(FUnknown*, int32_t) override { value->setTransformer(nullptr); }
+            UFloatTransformValue* value;
+        } view;
+        const OPtr<UFloatTransformValue> watched(new UFloatTransformValue(-1.f, 1.f));
+        view.value = watched;
+        watched->setStraightUpdate(true);
+        watched->addDependent(&view);
+        watched->setTransformer(&squares);
+        watched->removeDependent(&view);
+        EXPECT_EQ(squares.references, 1);
+        EXPECT_EQ(watched->getFloatMax(), 1.f);  // not of a transformer that is gone
+    }
+    EXPECT_EQ(squares.references, 0);
 }
 
 }  // namespace

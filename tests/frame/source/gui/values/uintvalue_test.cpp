@@ -16,7 +16,8 @@ TEST(UIntValueRange, BoundsOrWraps) {
     constexpr Row kRows[] = {
         {0,    10,   11,   10,   0   },
         {0,    10,   -1,   0,    10  },
-        {0,    10,   20,   10,   -1  }, // a whole span above min lands outside
+        {0,    10,   20,   10,   -1  }, // a whole span from min lands outside
+        {0,    10,   -10,  0,    -1  },
         {-3,   5,    6,    5,    -3  },
         {5,    5,    9,    5,    5   }, // nothing to wrap in
         {kMin, kMax, kMax, kMax, kMax},
@@ -89,17 +90,27 @@ TEST(UIntValuePosition, RoundsAndSurvivesTheWidestRange) {
 }
 
 TEST(UIntValueTyped, AppliesATrailingOperator) {
-    const std::pair<const tchar*, int32_t> rows[] = {
-        {u"-7",    -7  },
-        {u"3+",    13  },
-        {u"2/",    5   },
-        {u"0/",    10  },
-        {u"/",     10  },
-        {u"2,5*",  25  },
-        {u"2.9",   2   },
-        {u"3 +",   13  },
-        {u"",      0   },
-        {u"-1e30", -100},
+    const std::pair<const tchar*, int32_t>
+        rows
+            [] =
+                {
+                    {u"-7",      -7  },
+                    {u"3+",      13  },
+                    {u"2/",      5   },
+                    {u"0/",      10  },
+                    {u"/",       10  },
+                    {u"2,5*",    25  },
+                    {u"2.9",     2   },
+                    {u"3 +",     13  },
+                    {u"+3",      3   },
+                    {u"*",       0   },
+                    {u"-",       10  },
+                    {u"1,000,5", 1   }, // a comma that is no decimal mark ends the number
+                    {u"1,5,7+",  11  },
+                    {u"x7",      0   },
+                    {u"nan",     0   },
+                    {u"",        0   },
+                    {u"-1e30",   -100},
     };
     for (const auto& [text, expected] : rows) {
         SCOPED_TRACE(testing::PrintToString(std::u16string(text)));

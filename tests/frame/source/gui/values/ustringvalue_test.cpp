@@ -82,6 +82,7 @@ const MutationRow kMutations[] = {
     {"only one",                  [](List& l) { return l.addString(u"e"); },                    true,  {0, 0, 0, u"e"}  },
     {"the last leaves the value", [](List& l) { return l.removeAt(0); },                        true,  {0, 0, -1, u""}  },
     {"on nothing",                [](List& l) { return l.getStringAt(0) != nullptr; },          false, {0, 0, -1, u""}  },
+    {"remove all of nothing",     [](List& l) { return l.removeAllStrings(), false; },          false, {-1, -1, -1, u""}},
 };
 
 TEST(UStringListValue, EveryMutationKeepsTheRange) {
@@ -93,6 +94,75 @@ TEST(UStringListValue, EveryMutationKeepsTheRange) {
         EXPECT_EQ(stateOf(*list), row.after);
         EXPECT_EQ(list->countStrings(), row.after.max + 1);
     }
+}
+
+TEST(UStringListValue, KeepsItsSelectionInAttributesNotInArchives) {
+    constexpr const tchar* kTexts[] = {u"a", u"b", u"c"};
+    const OPtr<List> source(new List(kTexts, 3)), target(new List(kTexts + 1, 1)), empty(new List);
+    source->setValue(2);
+    EXPECT_TRUE(passedAttributes(*source, *target));
+    EXPECT_EQ(stateOf(*target), (ListState{2, 0, 2, u"c"}));
+    for (int64_t cut : {1, 4, 9}) {
+        EXPECT_FALSE(archived(*source, *target, cut));
+        EXPECT_EQ(stateOf(*target), (ListState{2, 0, 2, u"c"}));
+    }
+    EXPECT_TRUE(archived(*source, *target));
+    EXPECT_EQ(stateOf(*target), (ListState{0, 0, 2, u"a"}));
+    EXPECT_TRUE(passedAttributes(*empty, *target));
+    EXPECT_EQ(stateOf(*target), (ListState{-1, -1, -1, u""}));
+    EXPECT_TRUE(archived(*source, *target) && archived(*empty, *target));
+    EXPECT_EQ(stateOf(*target), (ListState{-1, -1, -1, u""}));
+    const OPtr<FAttributes> rest(new FAttributes);
+    rest->set("Value", 1);
+    source->restoreAttributes(*rest);
+    EXPECT_EQ(stateOf(*source), (ListState{1, 0, 2, u"b"}));
+    for (const char* key : {"Max", "Value"})
+        rest->set(key, INT32_MAX);
+    rest->set("Min", INT32_MIN);
+    source->restoreAttributes(*rest);
+    EXPECT_EQ(stateOf(*source), (ListState{INT32_MAX, INT32_MIN, INT32_MAX, u""}));
+    rest->set("Min", INT32_MAX);
+    rest->set("Max", 3);
+    source->restoreAttributes(*rest);
+    source->prependString(u"0");  // no index is one more than the stored value
+    EXPECT_EQ(stateOf(*source), (ListState{3, 0, 3, u"c"}));
+}
+
+TEST(URecentStringListValue, GrowsPastItsMaximumUntilItIsCut) {
+    const OPtr<URecentStringListValue> list(new URecentStringListValue(2)), copy(new URecentStringListValue);
+    for (const tchar* text : {u"a", u"b", u"c", u"a"})
+        EXPECT_TRUE(list->addString(text));
+    EXPECT_TRUE(passedAttributes(*list, *copy));
+    const auto textsOf = [](List& strings) {
+        std::u16string texts;
+        for (int32_t i = 0; i < strings.countStrings(); ++i)
+            texts += strings.getStringAt(i);
+        return texts;
+    };
+    EXPECT_EQ(textsOf(*list), u"acb");
+    EXPECT_EQ(textsOf(*copy), u"acb");
+    EXPECT_EQ(copy->getMaxRecent(), 2);
+    EXPECT_TRUE(copy->addString(copy->getStringAt(2)));
+    EXPECT_EQ(textsOf(*copy), u"bac");
+    for (const auto& [count, left] : {
+             std::pair(3, u"acb"), {2,  u"ac"},
+               {-1, u""  }
+    }) {
+        list->setMaxRecent(count);
+        EXPECT_EQ(textsOf(*list), left);
+    }
+}
+
+TEST_F(UStringValueNews, AnArchiveReachesTheOwner) {
+    const OPtr<UStringValue> source(new UStringValue("Stage")), target(new UStringValue);
+    Owner owner(log);
+    target->connect(&owner, 0, false);
+    EXPECT_TRUE(passedAttributes(*source, *target));
+    EXPECT_EQ(take(), Log{});
+    EXPECT_TRUE(archived(*source, *target));
+    EXPECT_EQ(take(), Log{"owner 1"});
+    EXPECT_FALSE(archived(*source, *target, 1));
+    EXPECT_EQ(textOf(target), u"Stage");
 }
 
 using UStringListValueNews = ValueTest;

@@ -1,6 +1,9 @@
 #include "gui/values/uvalue.h"
 #include "base/source/fstring.h"
+#include "gui/values/ucolorvalue.h"
+#include "gui/values/ufloatvalue.h"
 #include "gui/values/uintvalue.h"
+#include "gui/values/urationalvalue.h"
 #include "pluginterfaces/base/imessage.h"
 #include "pluginterfaces/base/istringresult.h"
 #include "pluginterfaces/gui/ieventhook.h"
@@ -29,6 +32,24 @@ TEST_F(UValueNews, AreDeferredAndMergedUnlessStraightAndNeverMadeUpFor) {
     value->enableUpdates(true);
     EXPECT_EQ(flush(), Log{});
     EXPECT_EQ(value->getValue(), 5);
+}
+
+TEST_F(UValueNews, ReachWhoStaysWhicheverWayOthersWent) {
+    const OPtr<UIntValue> value(new UIntValue);
+    CmObject* object = value;
+    Watcher stays(log, value), left(log, "left"), everywhere(log, "everywhere");
+    for (Watcher* other : {&left, &left, &everywhere})
+        handler->addDependent(object, other);
+    handler->removeDependent(object, &left);
+    handler->removeDependent(nullptr, &everywhere);
+    for (const bool straight : {true, false}) {
+        value->setStraightUpdate(straight);
+        value->increment();
+        EXPECT_EQ(flush(), Log{"view 1"});
+    }
+    handler->removeDependent(object, nullptr);
+    value->increment();
+    EXPECT_EQ(flush(), Log{});
 }
 
 TEST_F(UValueNews, SilentUntilObserved) {
@@ -122,8 +143,61 @@ TEST_F(UValueOwner, IsReleasedOnlyWhenOwned) {
     EXPECT_EQ(value->getState(), uint32_t(UValue::kStateActive | 1));
     EXPECT_EQ(Owner::living, 1);
     value->connect(second, 2, true);
+    struct Leaving : CmObject {
+        ~Leaving() override { value->connect(next, 5, true); }
+        UValue* value = nullptr;
+        CmObject* next = nullptr;
+    };
+    auto* leaving = new Leaving;
+    leaving->value = value;
+    leaving->next = new Owner(log);
+    value->connect(leaving, 4, true);
+    value->connect(nullptr, 0, false);
+    EXPECT_EQ(value->getTag(), 5);  // its end has the last word
     value = nullptr;
     EXPECT_EQ(Owner::living, 0);
+}
+
+TEST_F(UValueOwner, MayComeAndGoWhileATextIsReadUnheard) {
+    struct View : FObject {
+        void update(FUnknown*, int32_t message) override {
+            if (message == kChanged)
+                act(*value, *other);
+        }
+        void (*act)(UValue& value, Owner& other);
+        UValue* value;
+        Owner* other;
+    };
+    struct Row {
+        const char* name;
+        void (*act)(UValue& value, Owner& other);
+        int32_t stillLiving;
+        bool hasOwner;
+    };
+    const Row rows[] = {
+        {"copied",         [](UValue& value, Owner&) { OPtr<CmObject> copy(value.newCopy()); },  2, true },
+        {"let go",         [](UValue& value, Owner&) { value.connect(nullptr, 0, false); },      1, false},
+        {"exchanged",      [](UValue& value, Owner& other) { value.connect(&other, 0, false); }, 1, true },
+        {"read once more", [](UValue& value, Owner&) { value.fromString2(u"Off", false); },      2, true },
+    };
+    Owner other(log);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        OPtr<UValue> value(new UValue);
+        View view;
+        view.act = row.act;
+        view.value = value;
+        view.other = &other;
+        value->connect(new Owner(log), 0, true);
+        value->setStraightUpdate(true);
+        value->addDependent(&view);
+        value->fromString2(u"On", false);
+        EXPECT_EQ(Owner::living, row.stillLiving);
+        EXPECT_EQ(value->getOwner() != nullptr, row.hasOwner);
+        value->removeDependent(&view);
+        value = nullptr;
+        EXPECT_EQ(Owner::living, 1);
+    }
 }
 
 using UValueSession = ValueTest;
@@ -183,6 +257,13 @@ TEST_F(UValueSession, EndsWellWhenTheOwnerFailsOrDropsTheValue) {
     owner.held = OPtr<UValue>(dropped);
     dropped->endEdit(false);
     EXPECT_EQ(owner.held.get(), nullptr);
+
+    auto* reset = new UIntDefValue(0, 9, 5);
+    reset->canAutomate(true);
+    reset->connect(&owner, 0, false);
+    owner.held = OPtr<UValue>(reset);
+    EXPECT_TRUE(reset->resetToDefaultValue());
+    EXPECT_EQ(owner.held.get(), nullptr);
 }
 
 TEST_F(UValueSession, WithAPlugIn) {
@@ -215,7 +296,7 @@ public:
     Hook(Log& log, std::string name) : log(log), name(std::move(name)) {}
     virtual ~Hook() { UValue::unregisterHook(this); }
     void onCommandFired(const char*, const char*, const tchar*) override {}
-    void onActionExecuted(const char*, const char*, const tchar*) override {}
+    void onActionExecuted(const char*, const char*, const tchar*, const tchar*) override {}
     void onValueChanged(IValue* value) override {
         log.push_back(name + " " + std::to_string(value->getTag()));
         if (toRemove)
@@ -349,6 +430,45 @@ TEST(UValueText, TheRepresentationComesFirst) {
     EXPECT_EQ(static_cast<FObject*>(words)->release(), 0u);
 }
 
+TEST(UValueText, YesAndNoAreShownOnly) {
+    const OPtr<UYesNoValue> value(new UYesNoValue);
+    value->setStringRepresentation(OPtr<InWords>(new InWords));
+    value->fromString(u"On");
+    EXPECT_EQ(textOf(value), u"Yes");
+    value->fromString(u"Yes");
+    EXPECT_EQ(textOf(value), u"No");
+}
+
+struct PersistenceRow {
+    const char* name;
+    OPtr<UValue> source, archiveTarget, attributeTarget;
+    std::u16string archived, restored;
+};
+
+TEST(UValuePersistence, ComesBackInBothForms) {
+    auto* on = new UValue;
+    on->setValue(1);
+    const auto made = [](UValue* value) { return OPtr<UValue>(value); };
+    const PersistenceRow rows[] = {
+        {"on", made(on), made(new UValue), made(new UValue), u"On", u"On"},
+        {"integer keeps the reader's range", made(new UIntValue(-9, 99, 77)), made(new UIntValue(0, 50)),
+         made(new UIntValue(0, 50)), u"50", u"77"},
+        {"float", made(new UFloatValue(-9.f, 99.f, 2.5f)), made(new UFloatValue(0.f, 2.f)),
+         made(new UFloatValue(0.f, 2.f)), u"2.0000", u"2.0000"},
+        {"fraction", made(new URationalValue(-3, 4)), made(new URationalValue), made(new URationalValue), u"-3/4",
+         u"-3/4"},
+        {"colour", made(new UColorValue(0xFF00FF00)), made(new UColorValue), made(new UColorValue), u"green", u"green"},
+    };
+    for (const PersistenceRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_FALSE(archived(*row.source, *row.archiveTarget, 1));
+        EXPECT_TRUE(archived(*row.source, *row.archiveTarget));
+        EXPECT_EQ(textOf(row.archiveTarget), row.archived);
+        EXPECT_TRUE(passedAttributes(*row.source, *row.attributeTarget));
+        EXPECT_EQ(textOf(row.attributeTarget), row.restored);
+    }
+}
+
 using UValueTip = ValueTest;
 
 TEST_F(UValueTip, ShowsAnotherPlaceUnheard) {
@@ -366,7 +486,10 @@ TEST_F(UValueTip, ShowsAnotherPlaceUnheard) {
     EXPECT_EQ(take(), Log{"view 1"});
     value->setUpdate(false);
     value->toString(7, tip);
-    value->setValue(6);  // and stay off when they were
+    const OPtr<UIntValue> large(new UIntValue(0, 1 << 30, (1 << 24) + 1));
+    large->toString(0.f, tip);
+    EXPECT_EQ(large->getValue(), 1 << 24);  // the way back is a position, which loses digits
+    value->setValue(6);                     // and stay off when they were
     EXPECT_EQ(take(), Log{});
 }
 

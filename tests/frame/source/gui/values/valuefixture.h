@@ -2,6 +2,9 @@
 #include "base/source/updatehandler.h"
 #include "gui/values/uvalue.h"
 #include "pluginterfaces/gui/iplugcontroller.h"
+#include "storage/fmstream.h"
+#include "storage/fnewarchive.h"
+#include "storage/fpersistent.h"
 #include "tests/support/uncounted.h"
 #include <gtest/gtest.h>
 #include <string>
@@ -20,6 +23,22 @@ inline std::u16string textOf(IValue* value) {
     EXPECT_EQ(text.back(), u'\0');
     text.pop_back();
     return text;
+}
+
+/** What one value writes, the other reads; false: one of them failed. */
+inline bool archived(const CmObject& from, CmObject& into, int64_t cutBytes = 0) {
+    FMemoryStream written;
+    FNewArchive writer(&written, true);
+    if (!from.externalize(writer))
+        return false;
+    FMemoryStream stream(written.getData(), int32_t(written.getSize() - cutBytes));
+    FNewArchive reader(&stream, false);
+    return into.internalize(reader);
+}
+
+inline bool passedAttributes(const CmObject& from, CmObject& into) {
+    const OPtr<FAttributes> attributes(new FAttributes);
+    return from.storeAttributes(*attributes) && into.restoreAttributes(*attributes);
 }
 
 /** Notes each update as "<name> <message>", of what it watches until its end. */

@@ -1,29 +1,31 @@
 #pragma once
-#include "pluginterfaces/base/imodulebundle.h"
+#include "base/fbundle.h"
 #include <string>
 
 namespace Tessarine {
 
 /** A loadable bundle on disk: a folder `NAME.bundle/Contents/` with `<arch>-linux/NAME.so`, `Resources/` and `Info.plist`.
 
-    Life      counted, so that the module can keep it. Unload before the last release; the module's code may not be on any
-              stack then.
     Results   a miss gives null or false, and a text that says why.
     Threads   main. */
-class ModuleBundle : public IModuleBundle {
+class ModuleBundle : public FLoadableBundle {
 public:
     /** The bundle folder, or the shared object in it. Its machine is looked at, nothing is loaded yet. */
     static ModuleBundle* open(const std::string& path, std::string& error);
+    /** A shared object alone; its folder stands for the bundle's. */
+    static ModuleBundle* openLibrary(const std::string& path, std::string& error);
+    /** Reads headers and the property list alone. false: there is no bundle. */
+    static bool examine(const std::string& path, FBundleFacts& facts);
+    /** Of the running program, such as "x86_64". */
+    static const char* runningArchitecture();
 
-    /** Once is enough: further calls change nothing. */
-    bool load(std::string& error);
-    /** Really unmapped, except under a sanitizer, whose reports need the symbols. false: it isn't loaded. */
-    bool unload();
-    /** Null when it isn't loaded, or has no such symbol. */
-    void* getProcAddress(const char* name) const;
     const std::string& getExecutablePath() const { return executable; }
 
-    // IModuleBundle
+    // FLoadableBundle
+    bool load(std::string& error) override;
+    /** Really unmapped, except under a sanitizer, whose reports need the symbols. */
+    bool unload() override;
+    void* getProcAddress(const char* name) const override;
     int32_t queryInterface(const char* iid, void** obj) override;
     uint32_t addRef() override;
     uint32_t release() override;
@@ -39,5 +41,8 @@ private:
     std::string folder, resources, executable;
     void* handle = nullptr;  // of the loader
 };
+
+/** The hooks of loading. */
+void fillBundleHooks();
 
 }  // namespace Tessarine

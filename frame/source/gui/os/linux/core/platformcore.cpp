@@ -2,6 +2,7 @@
 #include "base/source/hooks.h"
 #include "eventhandler.h"
 #include "folders.h"
+#include "gui/os/linux/core/modulebundle.h"
 #include "mountwatch.h"
 #include "runloop.h"
 #include "storage/hooks.h"
@@ -29,6 +30,7 @@ void installTessarinePlatformCore() {
     gControllerHooks.eventHandler = eventHandler;
     gControllerHooks.folder = findPlatformFolder;
     gControllerHooks.programName = findProgramName;
+    fillBundleHooks();
 }
 
 }  // namespace Tessarine

@@ -37,7 +37,11 @@ protected:
         fs::create_directories(code);
         fs::create_directories(root + "/Contents/Resources");
     }
-    void install() { fs::copy_file(someLibrary(), object, fs::copy_options::overwrite_existing); }
+    /** Never over one that may still be mapped. */
+    void install() {
+        fs::remove(object);
+        fs::copy_file(someLibrary(), object);
+    }
     void patch(size_t offset, uint8_t byte) {
         std::fstream file(object, std::ios::in | std::ios::out | std::ios::binary);
         file.seekp(std::streamoff(offset)).put(char(byte));
@@ -104,13 +108,40 @@ TEST_F(ModuleBundleTest, RefusesWhatIsNoModuleForThisMachine) {
         patch(offset, byte);
         expectRefusal(object, kForeign);
     }
-    fs::resize_file(object, sizeof(Elf64_Ehdr) - 1);
-    expectRefusal(object, kForeign);
+    install();
+    for (const uintmax_t size :
+         {fs::file_size(object) / 2, uintmax_t(sizeof(Elf64_Ehdr)), uintmax_t(sizeof(Elf64_Ehdr) - 1)}) {
+        fs::resize_file(object, size);  // the loader would map what isn't there
+        expectRefusal(object, kForeign);
+        fs::resize_file(object, fs::file_size(someLibrary()));  // and would follow a table of zeros
+        expectRefusal(object, kForeign);
+        install();
+    }
+}
+
+TEST_F(ModuleBundleTest, MemoryThatTakesNothingFromTheFileMayStandBehindItsEnd) {
+    constexpr uint64_t kFar = uint64_t(1) << 30;
+    for (const uint64_t intoPage : {0, 16}) {
+        SCOPED_TRACE(intoPage);
+        install();
+        std::fstream file(object, std::ios::in | std::ios::out | std::ios::binary);
+        Elf64_Phdr segment = {};
+        file.seekg(sizeof(Elf64_Ehdr));
+        while (file.read(reinterpret_cast<char*>(&segment), sizeof(segment)) && segment.p_type != PT_GNU_RELRO) {}
+        segment = {PT_LOAD, PF_R | PF_W, kFar + intoPage, kFar + intoPage, 0, 0, 4096, 4096};
+        file.seekp(-std::streamoff(sizeof(segment)), std::ios::cur);
+        file.write(reinterpret_cast<const char*>(&segment), sizeof(segment));
+        file.close();
+        std::string error;
+        const Bundle bundle(ModuleBundle::open(root, error));
+        ASSERT_EQ(bundle != nullptr, intoPage == 0) << error;
+        EXPECT_TRUE(!bundle || (bundle->load(error) && bundle->unload())) << error;
+    }
 }
 
 TEST_F(ModuleBundleTest, SaysWhyTheLoaderRefuses) {
     install();
-    fs::resize_file(object, sizeof(Elf64_Ehdr));
+    patch(EI_VERSION, 9);
     std::string error;
     const Bundle bundle(ModuleBundle::open(root, error));
     ASSERT_TRUE(bundle) << error;

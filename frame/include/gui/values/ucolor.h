@@ -1,0 +1,55 @@
+#pragma once
+#include "base/source/cmobject.h"
+
+namespace Tessarine {
+class String;
+
+/** A colour of four channels of 16 bits.
+
+    Units     0 to 65535. What comes from 8 bits stands in the upper byte: opaque is then 0xFF00, which differs from the
+              0xFFFF of a colour that was built from channels. A spec is 0xAARRGGBB, of the upper bytes. */
+class UColor : public CmObject {
+public:
+    DECLARE_CLASS(UColor, CmObject)
+    DECLARE_NEWCOPY(UColor)
+    static constexpr uint16_t kOpaque = 0xFFFF;
+    static constexpr uint32_t kNumStandardColors = 33;
+
+    UColor() = default;
+    explicit UColor(uint32_t spec) { fromColorSpec(spec); }
+    UColor(uint16_t red, uint16_t green, uint16_t blue, uint16_t alpha = kOpaque)
+        : red(red), green(green), blue(blue), alpha(alpha) {}
+
+    uint32_t toColorSpec() const;
+    void fromColorSpec(uint32_t spec);
+    operator unsigned int() const { return toColorSpec(); }
+    UColor& operator()(unsigned int spec) { return fromColorSpec(spec), *this; }
+    bool operator==(const UColor& other) const;
+
+    /** "#RRGGBB", "#RRGGBBAA", "$h,s,v" or "$h,s,v,a" (degrees and percent), or the name of a standard colour. Three
+        numbers behind "$" leave alpha as it was. false, and the colour as it was: none of these. */
+    static bool colorFromString(const char* text, UColor& color);
+    /** A standard colour's name, or the "#" form; with alpha unless that is 0xFFFF, so that other colours from specs
+        have eight digits. */
+    void colorToString(String& text) const;
+    /** Black out of range. */
+    static uint32_t getStandardColorSpec(uint32_t index);
+    /** As skins write it; null out of range. */
+    static const char* getStandardColorName(uint32_t index);
+
+    bool isEqual(const CmObject* other) const override;
+    uint32_t hash(uint32_t buckets) const override;
+    /** Without alpha: what is read is opaque. */
+    bool internalize(FArchive& archive) override;
+    bool externalize(FArchive& archive) const override;
+    /** Missing alpha is opaque; false, and the colour as it was: another channel is missing. */
+    bool storeAttributes(FAttributes& attributes) const override;
+    bool restoreAttributes(FAttributes& attributes) override;
+
+    uint16_t red = 0;
+    uint16_t green = 0;
+    uint16_t blue = 0;
+    uint16_t alpha = kOpaque;
+};
+
+}  // namespace Tessarine

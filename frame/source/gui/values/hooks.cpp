@@ -1,0 +1,7 @@
+#include "gui/values/hooks.h"
+
+namespace Tessarine {
+
+constinit ValueHooks gValueHooks;
+
+}  // namespace Tessarine

@@ -1,0 +1,541 @@
+#include "storage/fpreset.h"
+#include "fpresetitems.h"
+#include "storage/farchive.h"
+#include "storage/fattributearchive.h"
+#include "storage/fbstream.h"
+#include "storage/fpersistent.h"
+#include "storage/fxmlobject.h"
+#include <algorithm>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace Tessarine {
+namespace {
+constexpr const char* kName = "Name";
+constexpr const char* kObject = "Object";
+constexpr const char* kID = "ID";
+constexpr const char* kItems = "Items";
+constexpr const char *kPresets = "Presets", *kSubLists = "SubLists";  // of old, instead of the items
+constexpr const char *kIsCopy = "IsCopy", *kObjects = "Objects";
+
+/** Written where the flag is clear. */
+struct FlagRow {
+    const char* key;
+    int32_t flag;
+};
+constexpr FlagRow kFlags[] = {
+    {"No Modify", FPreset::kCanModify},
+    {"Unrenamed", FPreset::kRenamed  },
+};
+
+/** Presets and lists that wait for another one of their name, the first of a name first. */
+class ItemsByName {
+public:
+    explicit ItemsByName(const CmArray& items) {
+        for (int32_t i = items.total() - 1; i >= 0; --i) {
+            auto* item = static_cast<FPresetItem*>(items.at(i));
+            if (item->isList() || classCast<FPreset>(item))
+                waiting[item->isList()][item->getName()].emplace_back(item);
+        }
+    }
+    /** Null: none waits any more. */
+    template <class Item>
+    IPtr<Item> take(const Item& like) {
+        std::vector<IPtr<FPresetItem>>& same = waiting[like.isList()][like.getName()];
+        if (same.empty())
+            return nullptr;
+        const IPtr<FPresetItem> first = same.back();
+        same.pop_back();
+        return IPtr<Item>(static_cast<Item*>(first.get()));
+    }
+
+private:
+    std::unordered_map<std::u16string, std::vector<IPtr<FPresetItem>>> waiting[2];  // presets, lists
+};
+}  // namespace
+
+IMPLEMENT_ABSTRACT_CLASS(FPresetItem, CmObject)
+IMPLEMENT_CLASS(FPreset, FPresetItem)
+IMPLEMENT_CLASS(FPresetList, FPresetItem)
+IMPLEMENT_CLASS(FPresetListOwnFile, FPresetList)
+IMPLEMENT_ABSTRACT_CLASS(FPresetPointer, FPresetItem)
+IMPLEMENT_ABSTRACT_CLASS(FPresetPointerList, CmObject)
+IMPLEMENT_CLASS(FMultiPreset, CmObject)
+
+// --- items
+
+void FPresetItem::setName(const tchar* text) {
+    name = text;
+    name.toWideString();
+    name.remove(FPresetList::kMaxName);
+}
+
+int32_t FPresetItem::compare(const CmObject* other) const {
+    const ConstString mine(getName()), theirs(static_cast<const FPresetItem*>(other)->getName());
+    const int32_t result = mine.compare(theirs, kIgnoreCase);
+    return result != 0 ? result : mine.compare(theirs);
+}
+
+bool FPresetItem::takesBelow(const FPresetItem& below) {
+    if (!below.complete || below.height >= FAttributeArchiveBase::kMaxDepth)
+        return false;
+    height = std::max(height, below.height + 1);
+    return true;
+}
+
+// --- presets
+
+FPreset::FPreset() {
+    complete = false;
+}
+
+FPreset::FPreset(CmObject* object, const tchar* name, int32_t flags)
+    : FPresetItem(name), object(object), presetFlags(flags) {}
+
+FPreset::~FPreset() {
+    dropObject(std::move(object));
+}
+
+/** An item that isn't complete holds this preset. */
+bool FPreset::take(CmObject* loaded) {
+    const auto* item = classCast<FPresetItem>(loaded);
+    if (loaded && (!item || takesBelow(*item)))
+        object = OPtr<CmObject>(IPtr<CmObject>(loaded));
+    complete = true;
+    return true;
+}
+
+bool FPreset::internalize(FArchive& archive) {
+    FString stored;
+    if (!stored.internalize(archive) || !stored.toWideString())
+        return false;
+    setName(stored.text16());
+    presetFlags = kCanModify | kRenamed;
+    const OPtr<CmObject> loaded(archive.load("CmObject"));
+    return take(loaded);
+}
+
+bool FPreset::externalize(FArchive& archive) const {
+    return name.externalize(archive) && archive.save(object);
+}
+
+bool FPreset::storeAttributes(FAttributes& attributes) const {
+    for (const FlagRow& row : kFlags) {
+        if (!(presetFlags & row.flag))
+            attributes.set(row.key, 1);
+    }
+    return attributes.setString(kName, name) && attributes.setObject(kObject, object);
+}
+
+bool FPreset::restoreAttributes(FAttributes& attributes) {
+    presetFlags = 0;
+    for (const FlagRow& row : kFlags)
+        presetFlags |= attributes.getInt(row.key) == 0 ? row.flag : 0;
+    String stored;
+    attributes.get(kName, stored);
+    stored.toWideString();
+    setName(stored.text16());
+    return take(attributes.getObject(kObject));
+}
+
+// --- lists
+
+FPresetList::FPresetList() : items(0, -1) {
+    items._ownsObjects = CmContainer::kTakesOver;
+    complete = false;
+}
+
+FPresetList::FPresetList(const tchar* id) : FPresetItem(id), items(0, -1), id(id) {
+    items._ownsObjects = CmContainer::kTakesOver;
+    this->id.toWideString();
+}
+
+FPresetList::~FPresetList() {
+    for (CmObject* item : items)
+        static_cast<FPresetItem*>(item)->isPlaced = false;
+}
+
+bool FPresetList::isValidName(const tchar* text) {
+    const ConstString name(text);
+    return !name.isEmpty() && name.length() <= kMaxName;
+}
+
+int32_t FPresetList::countPresets(bool deep) {
+    return countItems(true, false, deep);
+}
+
+const tchar* FPresetList::getPresetName(int32_t index) {
+    const FPreset* preset = getPreset(index);
+    return preset ? preset->getName() : nullptr;
+}
+
+CmObject* FPresetList::getPresetObject(int32_t index) {
+    const FPreset* preset = getPreset(index);
+    return preset ? preset->getObject() : nullptr;
+}
+
+bool FPresetList::setPresetName(int32_t index, const tchar* text) {
+    FPreset* preset = getPreset(index);
+    if (!preset || !preset->canModify() || !isValidName(text))
+        return false;
+    preset->setName(text);
+    preset->setRenamed(true);
+    preset->changed();
+    changed();
+    return true;
+}
+
+bool FPresetList::canModifiyPreset(int32_t index) {
+    const FPreset* preset = getPreset(index);
+    return preset && preset->canModify();
+}
+
+bool FPresetList::presetRenamed(int32_t index) {
+    const FPreset* preset = getPreset(index);
+    return preset && preset->isRenamed();
+}
+
+void FPresetList::resetRenameState(int32_t index) {
+    if (FPreset* preset = getPreset(index))
+        preset->setRenamed(false);
+}
+
+int32_t FPresetList::addPreset(CmObject* object, const tchar* text, bool canModify, int32_t index) {
+    OPtr<FPreset> preset(new FPreset(object, text, canModify ? FPreset::kCanModify : 0));
+    if (!isValidName(text))
+        return -1;
+    const int32_t place = placeOfPreset(index);
+    if (!insertAt(preset, place))
+        return -1;
+    preset.detach();
+    return place >= 0 ? index : countPresets(false) - 1;
+}
+
+bool FPresetList::removePresetAt(int32_t index) {
+    return removePlace(placeOf(index, true, false));
+}
+
+void FPresetList::removeNonModifyPresets() {
+    for (int32_t i = countPresets(false) - 1; i >= 0; --i) {
+        if (!canModifiyPreset(i))
+            removePresetAt(i);
+    }
+    for (int32_t i = 0; i < countSubLists(); ++i)
+        getSubList(i)->removeNonModifyPresets();
+}
+
+void FPresetList::collectPresetObjects(CmContainer& objects) {
+    for (int32_t i = 0; i < countPresets(false); ++i)
+        objects.add(getPresetObject(i));
+    for (int32_t i = 0; i < countSubLists(); ++i)
+        getSubList(i)->collectPresetObjects(objects);
+}
+
+FPresetList* FPresetList::getSubList(int32_t index) {
+    FPresetItem* item = getItemAt(index, false, true);
+    return item ? item->toList() : nullptr;
+}
+
+FPresetList* FPresetList::getSubListByName(const tchar* text) {
+    refresh();
+    for (CmObject* each : items) {
+        auto* item = static_cast<FPresetItem*>(each);
+        if (item->isList() && ConstString(item->getName()) == ConstString(text))
+            return item->toList();
+    }
+    return nullptr;
+}
+
+FPresetList* FPresetList::addSubList(const tchar* text) {
+    if (FPresetList* known = getSubListByName(text))
+        return known;
+    OPtr<FPresetList> list(new FPresetList(text));
+    return isValidName(text) && insertAt(list, -1) ? list.detach() : nullptr;
+}
+
+int32_t FPresetList::countItems(bool presets, bool lists, bool deep) {
+    refresh();
+    int32_t count = (presets ? items.total() - listCount : 0) + (lists ? listCount : 0);
+    if (!deep || listCount == 0)
+        return count;
+    for (CmObject* each : items) {
+        if (FPresetList* list = static_cast<FPresetItem*>(each)->toList())
+            count += list->countItems(presets, lists, true);
+    }
+    return count;
+}
+
+int32_t FPresetList::placeOf(int32_t index, bool presets, bool lists) {
+    refresh();
+    if (presets && (lists || listCount == 0))
+        return index >= 0 && index < items.total() ? index : -1;
+    for (int32_t place = 0; index >= 0 && place < items.total(); ++place) {
+        const bool isList = static_cast<FPresetItem*>(items.at(place))->isList();
+        if ((isList ? lists : presets) && index-- == 0)
+            return place;
+    }
+    return -1;
+}
+
+int32_t FPresetList::placeOfPreset(int32_t index) {
+    return placeOf(index, true, false);
+}
+
+FPresetItem* FPresetList::getItemAt(int32_t index, bool presets, bool lists) {
+    return static_cast<FPresetItem*>(items.at(placeOf(index, presets, lists)));
+}
+
+FPreset* FPresetList::getPreset(int32_t index) {
+    return classCast<FPreset>(getItemAt(index, true, false));
+}
+
+int32_t FPresetList::indexAbs(FPresetItem* item) {
+    refresh();
+    return items.indexAbs(item);
+}
+
+bool FPresetList::insertAt(FPresetItem* item, int32_t index) {
+    refresh();
+    if (!item || item == this || item->isPlaced)
+        return false;
+    const bool isInside = index >= 0 && index < items.total();
+    if (!items.insertAt(item, isInside ? index : items.total()))
+        return false;
+    item->isPlaced = true;
+    listCount += item->isList();
+    changed();
+    return true;
+}
+
+bool FPresetList::removePlace(int32_t place) {
+    auto* item = static_cast<FPresetItem*>(items.at(place));
+    if (!item)
+        return false;
+    item->isPlaced = false;
+    listCount -= item->isList();
+    items.removeAt(place);
+    changed();
+    return true;
+}
+
+bool FPresetList::removeItem(FPresetItem* item, bool deep) {
+    const int32_t place = indexAbs(item);
+    if (place >= 0 && item->isList())
+        return removePlace(place);
+    int32_t presetIndex = 0, listIndex = 0;
+    for (int32_t i = 0; i < place; ++i)
+        presetIndex += !static_cast<FPresetItem*>(items.at(i))->isList();
+    if (place >= 0)
+        return removePresetAt(presetIndex);
+    while (FPresetList* list = deep ? getSubList(listIndex++) : nullptr) {
+        if (list->removeItem(item, true))
+            return true;
+    }
+    return false;
+}
+
+void FPresetList::removeAll(bool presets, bool lists) {
+    for (int32_t i = presets ? countPresets(false) - 1 : -1; i >= 0; --i)
+        removePresetAt(i);
+    for (int32_t i = lists ? countSubLists() - 1 : -1; i >= 0; --i)
+        removePlace(placeOf(i, false, true));
+}
+
+void FPresetList::adjustTo(FPresetList* other) {
+    if (!other || other == this)
+        return;
+    setName(other->getName());
+    refresh();
+    other->refresh();
+    ItemsByName known(items);
+    for (CmObject* each : other->items) {
+        if (FPresetList* list = static_cast<FPresetItem*>(each)->toList())
+            adjustList(known.take<FPresetList>(*list), *list);
+        else if (const auto* preset = classCast<FPreset>(each))
+            adjustPreset(known.take<FPreset>(*preset), *preset);
+    }
+    changed();
+}
+
+void FPresetList::adjustList(IPtr<FPresetList> mine, FPresetList& theirs) {
+    if (!mine)
+        share(mine = OPtr<FPresetList>(new FPresetList(theirs.getID())));
+    mine->adjustTo(&theirs);
+}
+
+void FPresetList::adjustPreset(IPtr<FPreset> mine, const FPreset& theirs) {
+    if (!mine)
+        share(mine = OPtr<FPreset>(new FPreset(nullptr, theirs.getName())));
+    mine->setObject(IPtr<CmObject>(theirs.getObject()).detach());
+    mine->setFlags(theirs.getFlags());
+    mine->changed();
+}
+
+bool FPresetList::share(FPresetItem* item) {
+    if (!insertAt(item, -1))
+        return false;
+    item->addRef();
+    return true;
+}
+
+/** Only what is complete, and stands nowhere: others hold this list, or would stand in two. */
+bool FPresetList::takeLoaded(CmObject* loaded) {
+    auto* item = classCast<FPresetItem>(loaded);
+    return item && !item->isPlaced && takesBelow(*item) && share(item);
+}
+
+void FPresetList::takeQueue(FAttributes& attributes, const char* key) {
+    attributes.resetList(key);
+    for (int32_t left = attributes.countQueueItems(key); left > 0; --left)
+        takeLoaded(attributes.unqueueObject(key, FPresetItem::className()));
+}
+
+bool FPresetList::internalize(FArchive& archive) {
+    CmArray container(0, -1);
+    std::vector<OPtr<CmObject>> loaded;
+    if (!id.internalize(archive) || !id.toWideString() || !isValidName(id.text16()) ||
+        !readObjects(archive, container, loaded))
+        return false;
+    setName(id.text16());
+    for (const OPtr<CmObject>& item : loaded)
+        takeLoaded(item);
+    complete = true;
+    return true;
+}
+
+bool FPresetList::externalize(FArchive& archive) const {
+    CmArray written(0, -1);
+    written._ownsObjects = CmContainer::kShares;
+    for (CmObject* item : items) {
+        const auto* preset = classCast<FPreset>(item);
+        if (preset ? preset->canModify() : item->getClass() == &FPresetList::__fClass)
+            written.add(item);
+    }
+    return id.externalize(archive) && written.externalize(archive);
+}
+
+bool FPresetList::storeAttributes(FAttributes& attributes) const {
+    bool stored = attributes.setString(kID, id) && attributes.setString(kName, name);
+    for (CmObject* item : items)
+        stored = attributes.queueObject(kItems, item) && stored;
+    return stored;
+}
+
+bool FPresetList::restoreAttributes(FAttributes& attributes) {
+    if (!attributes.get(kID, id) || !id.toWideString() || !isValidName(id.text16()))
+        return false;
+    String shown(id);
+    attributes.get(kName, shown);
+    if (!shown.toWideString())
+        return false;
+    setName(shown.text16());
+    takeQueue(attributes, kItems);
+    if (items.isEmpty()) {
+        takeQueue(attributes, kPresets);
+        takeQueue(attributes, kSubLists);
+    }
+    complete = true;
+    return true;
+}
+
+// --- references
+
+FPresetPointer::FPresetPointer(FPreset* preset, IDependent* dependent) : preset(preset), dependent(dependent) {
+    preset->addDependent(this);
+}
+
+FPresetPointer::~FPresetPointer() {
+    preset->removeDependent(this);
+}
+
+void FPresetPointer::update(CmObject* changedObject, int32_t message) {
+    if (dependent && changedObject == preset.get())
+        dependent->update(static_cast<CmObject*>(preset.get()), message);
+}
+
+FPresetPointerList::FPresetPointerList(IDependent* dependent) : pointers(0, -1), dependent(dependent) {
+    pointers._ownsObjects = CmContainer::kTakesOver;
+}
+
+int32_t FPresetPointerList::indexOf(const FPreset* preset) const {
+    for (int32_t i = 0; i < pointers.total(); ++i) {
+        if (getPreset(i) == preset)
+            return i;
+    }
+    return -1;
+}
+
+bool FPresetPointerList::addPreset(FPreset* preset) {
+    if (!preset || indexOf(preset) >= 0)
+        return false;
+    OPtr<FPresetPointer> pointer(new FPresetPointer(preset, dependent));
+    return pointers.add(pointer) && pointer.detach();
+}
+
+bool FPresetPointerList::removePreset(FPreset* preset) {
+    return pointers.removeAt(indexOf(preset));
+}
+
+FPreset* FPresetPointerList::getPreset(int32_t index) const {
+    const auto* pointer = static_cast<FPresetPointer*>(pointers.at(index));
+    return pointer ? pointer->getPreset() : nullptr;
+}
+
+// --- several objects
+
+FMultiPreset::FMultiPreset(bool isCopy) : isCopy(isCopy) {
+    objects._ownsObjects = pendingObjects._ownsObjects = CmContainer::kShares;
+}
+
+FMultiPreset::~FMultiPreset() {
+    std::vector<OPtr<CmObject>> held;
+    for (CmLinkedListIterator each(objects); !each.done();)
+        held.emplace_back(IPtr<CmObject>(each.next()));
+    objects.removeAll();
+    std::ranges::for_each(held, [](OPtr<CmObject>& object) { dropObject(std::move(object)); });
+}
+
+bool FMultiPreset::addObject(CmObject* object) {
+    const OPtr<CmObject> copy(isCopy && object ? object->newCopy() : nullptr);
+    return objects.add(copy ? copy.get() : object);
+}
+
+void FMultiPreset::updateDone(int32_t /*message*/) {
+    pendingObjects.removeAll();
+}
+
+bool FMultiPreset::storeAttributes(FAttributes& attributes) const {
+    bool stored = attributes.set(kIsCopy, isCopy);
+    for (CmLinkedListIterator each(objects); !each.done();) {
+        CmObject* object = each.next();
+        const auto* pointer = isCopy ? nullptr : classCast<FPresetPointer>(object);
+        CmObject* target = pointer ? pointer->getPreset()->getObject() : object;
+        stored = (!target || attributes.queueObject(kObjects, target)) && stored;
+    }
+    return stored;
+}
+
+/** What is still being read may hold this. */
+void FMultiPreset::take(CmObject* loaded) {
+    const auto* item = classCast<FPresetItem>(loaded);
+    const auto* other = classCast<FMultiPreset>(loaded);
+    if ((!item || item->isComplete()) && (!other || other->restored))
+        objects.add(loaded);
+}
+
+bool FMultiPreset::restoreAttributes(FAttributes& attributes) {
+    pendingObjects.addAllFrom(&objects);
+    objects.removeAll();
+    attributes.get(kIsCopy, isCopy);
+    attributes.resetList(kObjects);
+    for (int32_t left = attributes.countQueueItems(kObjects); left > 0; --left)
+        take(attributes.unqueueObject(kObjects));
+    restored = true;
+    if (!pendingObjects.isEmpty())
+        deferUpdate();
+    return true;
+}
+
+}  // namespace Tessarine
