@@ -145,6 +145,7 @@ void Commands::run(const std::string& line) {
     fields = Json::object();
     const std::optional<Words> read = line.size() > kMaxLine ? std::nullopt : wordsOf(line);
     if (!read) {
+        editor.getHistory().endGesture();
         refuse(line.size() > kMaxLine ? "the line is too long" : "a string is malformed");
         return reply(false, fields);
     }

@@ -41,6 +41,11 @@ Changes Editor::recorded(const std::vector<Place>& places, const Work& work) {
     return changes;
 }
 
+void Editor::addWhole(const char* source, const std::string& title, const Changes& changes) {
+    history.add(source, title, changes);
+    history.endGesture();
+}
+
 Editor::Result Editor::set(const Place& place, const Setting& setting) {
     Result result;
     bool done = false;
@@ -72,7 +77,7 @@ Editor::Result Editor::assign(int32_t device, int32_t channel) {
     result.made = recorded(assignments(device, channel), [&] { done = remote.assign(device, channel); });
     if (!done)
         result.refusal = "there is no remote";
-    history.add("assign", assignmentText(device, channel), result.made);
+    addWhole("assign", assignmentText(device, channel), result.made);
     return result;
 }
 
@@ -105,7 +110,7 @@ Editor::Result Editor::link(const ChannelLinks::Link& link, bool now) {
     if (!result.refusal.empty())
         return result;
     result.made = recorded(links.groups(link.slave), [&] { links.add(link, now); });
-    history.add("link", textOf(link.slave) + " follows " + textOf(link.master), result.made);
+    addWhole("link", textOf(link.slave) + " follows " + textOf(link.master), result.made);
     return result;
 }
 
@@ -161,6 +166,6 @@ Editor::Result Editor::recallScene(const std::string& name, bool allow48V) {
         for (const Scene::Entry& entry : entries)
             putSetting(remote, entry.place, entry.setting);
     });
-    history.add("scene", "recall " + name, result.made);
+    addWhole("scene", "recall " + name, result.made);
     return result;
 }

@@ -42,6 +42,8 @@ private:
 
     /** What a piece of work changes at the places. */
     Changes recorded(const std::vector<Place>& places, const Work& work);
+    /** A step that nothing later unites with. */
+    void addWhole(const char* source, const std::string& title, const Changes& changes);
     Result turn(const Changes* step, Setting Change::*side, bool (History::*go)(), bool allow48V);
     std::vector<Place> assignments(int32_t device, int32_t channel);
     std::vector<Place> changedBy(const std::vector<Scene::Entry>& entries);

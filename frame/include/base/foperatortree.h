@@ -86,7 +86,8 @@ public:
     explicit FOperationNode(int32_t operatorNumber) : operatorNumber(operatorNumber) {}
     ~FOperationNode() override;
 
-    T evaluate(void* context) override;
+    /** Classes of their own change apply: a chain asks for nothing else of the operations within it. */
+    T evaluate(void* context) final;
     void toString(FString& text) override;
     void accept(FExpressionNodeVisitor<T>& visitor) override { visitor.visitOperation(*this); }
     Node* getLeftOperand() override { return left.get(); }

@@ -94,7 +94,7 @@ private:
 /** A script that was compiled, and can be run any number of times. It keeps its context. */
 class FScript : public FObject {
 public:
-    FScript(FScriptContext* context, FUnknown* script) : context(context), script(script) {}
+    FScript(FScriptContext* context, FUnknown* script) : script(script), context(context) {}
 
     /** result may be null; what it gets is its own. false: it failed. */
     bool execute(CmVariant* result);
@@ -104,8 +104,8 @@ public:
     FScriptContext* getContext() const { return context; }
 
 protected:
-    IPtr<FScriptContext> context;
     IPtr<FUnknown> script;
+    IPtr<FScriptContext> context;
 };
 
 /** An object that scripts see. Each class has tables of its members; the default keeps properties by their numbers.
@@ -135,6 +135,8 @@ private:
 /** Members that a class which scripts see declares of its tables. */
 #define DECLARE_SCRIPT_CLASS(Class)                         \
     static const ::Tessarine::SClassInfo __classInfo;       \
+    static const char* const __properties[];                \
+    static const ::Tessarine::SMethod __methods[];          \
     const ::Tessarine::SClassInfo* getTypeInfo() override { \
         return &__classInfo;                                \
     }                                                       \
@@ -152,6 +154,7 @@ class FScriptDebugPrint : public FScriptObject {
 public:
     DECLARE_ABSTRACT_CLASS(FScriptDebugPrint, FScriptObject)
     static const SClassInfo __classInfo;
+    static const SMethod __methods[];
     explicit FScriptDebugPrint(FScriptContext* context) : context(context) {}
 
     int32_t invoke(char index, SArgs& args, SVariant& result) override;

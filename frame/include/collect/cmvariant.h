@@ -126,7 +126,7 @@ private:
         std::swap(data, other.data);
     }
     void viewAs(FVariant& target) const;
-    bool restoreKind(uint16_t kind, const FAttributes& attributes);
+    bool restoreKind(int64_t kind, const FAttributes& attributes);
     bool restoreText(bool narrow, const FAttributes& attributes);
 
     uint16_t type = kEmpty;

@@ -23,4 +23,7 @@ struct NetworkHooks {
 };
 extern NetworkHooks gNetworkHooks;
 
+/** Whether it is the thread that the process began with. */
+bool isFirstThread();
+
 }  // namespace Tessarine

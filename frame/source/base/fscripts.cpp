@@ -224,15 +224,11 @@ ConstString textOf(const FVariant* argument) {
     return argument ? ConstString(*argument) : ConstString();
 }
 
-namespace {
-constexpr int32_t kPrint = 0;
-constexpr SMethod kPrintMethods[] = {
-    {kPrint, "", SClassInfo::kMaxArguments},
+constinit const SMethod FScriptDebugPrint::__methods[] = {
+    {0, "", SClassInfo::kMaxArguments},
 };
-}  // namespace
-
-const SClassInfo FScriptDebugPrint::__classInfo = {"DebugPrint", nullptr, 0, nullptr, std::size(kPrintMethods),
-                                                   kPrintMethods};
+constinit const SClassInfo FScriptDebugPrint::__classInfo = {"DebugPrint",         nullptr,  0, nullptr,
+                                                             std::size(__methods), __methods};
 
 int32_t FScriptDebugPrint::invoke(char /*index*/, SArgs& args, SVariant& /*result*/) {
     FConsole* console = context ? context->getConsole() : nullptr;

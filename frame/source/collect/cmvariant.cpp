@@ -376,7 +376,7 @@ bool CmVariant::storeAttributes(FAttributes& attributes) const {
 }
 
 bool CmVariant::restoreAttributes(FAttributes& attributes) {
-    uint16_t kind = kEmpty;
+    int64_t kind = kEmpty;
     CmVariant read;
     if (!attributes.get(kTypeKey, kind) || !read.restoreKind(kind, attributes))
         return false;
@@ -384,8 +384,8 @@ bool CmVariant::restoreAttributes(FAttributes& attributes) {
     return true;
 }
 
-bool CmVariant::restoreKind(uint16_t kind, const FAttributes& attributes) {
-    type = kind;
+bool CmVariant::restoreKind(int64_t kind, const FAttributes& attributes) {
+    type = uint16_t(kind);
     switch (kind) {
     case kInteger:
         return attributes.get(kIntegerKey, data.integer);

@@ -38,7 +38,7 @@ void installActionHooks() {
     gActionHooks.application = []() -> CmObject* { return gApplication; };
     gActionHooks.isModal = [] { return gController && gController->isInModalMode(); };
     gActionHooks.isMainThread = [] { return !gController || gController->isInMainThread(); };
-    gNetworkHooks.isMainThread = gActionHooks.isMainThread;
+    gNetworkHooks.isMainThread = [] { return gController ? gController->isInMainThread() : isFirstThread(); };
     gActionHooks.idle = [] {
         if (gController)
             gController->onIdle(false);

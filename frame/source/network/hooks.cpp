@@ -1,7 +1,12 @@
 #include "network/hooks.h"
+#include <unistd.h>
 
 namespace Tessarine {
 
 constinit NetworkHooks gNetworkHooks;
+
+bool isFirstThread() {
+    return ::gettid() == ::getpid();
+}
 
 }  // namespace Tessarine

@@ -47,7 +47,11 @@ bool presetFileName(const tchar* text, uint32_t reserved, FString& name) {
     name = text;
     gFileSystem->makeValidName(name);
     name.remove(charactersWithin(name, kMaxFileName - reserved));
-    return !name.isEmpty() && name.compare(u".") != 0 && name.compare(u"..") != 0;
+    if (name.isEmpty() || name.compare(u".") == 0 || name.compare(u"..") == 0)
+        return false;
+    if (name.getChar16(0) == u'.')
+        name.setChar16(0, u'_');  // a hidden file would not be found again
+    return true;
 }
 
 FNPath presetPath(const FNPath& folder, const ConstString& name, const FFileType& type) {

@@ -288,7 +288,7 @@ int32_t LuaContext::compile(const char* text, int32_t length, const SDebugInfo* 
     if (!isReady())
         return kWrongState;
     const char* file = info && info->fileName ? info->fileName : kNoFile;
-    const int32_t linesBefore = info ? std::min(info->line, kMaxLine) - 1 : 0;
+    const int32_t linesBefore = info ? std::clamp(info->line, 1, kMaxLine) - 1 : 0;
     CompileRequest request = {file,        text,      length < 0 ? std::strlen(text) : size_t(length),
                               linesBefore, LUA_NOREF, LUA_OK};
     if (request.length > kMaxSource)

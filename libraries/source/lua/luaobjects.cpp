@@ -77,9 +77,10 @@ int onGone(lua_State* state) {
     return 0;
 }
 
+/** The host may hand over one object by several of its faces. */
 int onEqual(lua_State* state) {
-    const FUnknown *a = objectAt(state, 1), *b = objectAt(state, 2);
-    lua_pushboolean(state, a && a == b);
+    const ObjectBox &a = boxAt(state, 1), &b = boxAt(state, 2);
+    lua_pushboolean(state, a.owned && (a.owned == b.owned || (a.object && a.object == b.object)));
     return 1;
 }
 

@@ -13,7 +13,9 @@ constinit const FUID LuaFunction::iid(0x4CB45C95, 0xA1E3471D, 0x9E3B2A56, 0x70C8
 
 namespace {
 constexpr tchar kReplacement = 0xFFFD;
-constexpr size_t kBytesOfUnit = 3;  // at most, in UTF-8
+constexpr size_t kBytesOfUnit = 3;                           // at most, in UTF-8
+constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};  // by the number of bytes that follow the first
+constexpr size_t kNoLead = std::size(kSmallest);             // nothing that begins a character
 
 bool isAscii(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return !(c & 0x80); });
@@ -22,14 +24,18 @@ bool isAscii(std::string_view text) {
 /** One character of UTF-8, which goes off the text; what is malformed is one byte, and replaced. */
 char32_t takeCharacter(std::string_view& text) {
     const auto lead = uint8_t(text.front());
-    const size_t more = lead < 0x80 ? 0 : lead < 0xC2 ? 9 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : lead < 0xF5 ? 3 : 9;
+    const size_t more = lead < 0x80   ? 0
+                        : lead < 0xC2 ? kNoLead
+                        : lead < 0xE0 ? 1
+                        : lead < 0xF0 ? 2
+                        : lead < 0xF5 ? 3
+                                      : kNoLead;
     char32_t c = more == 0 ? lead : lead & (0x3F >> more);
-    bool good = more < text.size();
+    bool good = more != kNoLead && more < text.size();
     for (size_t i = 1; good && i <= more; ++i) {
         good = (text[i] & 0xC0) == 0x80;
         c = c << 6 | (text[i] & 0x3F);
     }
-    constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
     good = good && c >= kSmallest[more] && c <= 0x10FFFF && (c & ~0x7FFu) != 0xD800;
     text.remove_prefix(good ? more + 1 : 1);
     return good ? c : kReplacement;

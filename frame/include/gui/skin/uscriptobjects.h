@@ -58,6 +58,7 @@ class USConsole : public FScriptObject {
 public:
     DECLARE_ABSTRACT_CLASS(USConsole, FScriptObject)
     static const SClassInfo __classInfo;
+    static const SMethod __methods[];
     const SClassInfo* getTypeInfo() override { return &__classInfo; }
 
     explicit USConsole(FScriptContext* context) : context(context) {}
@@ -74,6 +75,8 @@ class USApplication : public FScriptObject {
 public:
     DECLARE_ABSTRACT_CLASS(USApplication, FScriptObject)
     static const SClassInfo __classInfo;
+    static const char* const __properties[];
+    static const SMethod __methods[];
     const SClassInfo* getTypeInfo() override { return &__classInfo; }
     static constexpr char kVersionFeature[] = "Version";
 

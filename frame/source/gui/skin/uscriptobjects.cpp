@@ -35,11 +35,6 @@ int32_t wholeOf(const FVariant& value) {
 namespace {
 enum TimerProperty : char { kPeriod, kOnTimer };
 enum TimerMethod : int32_t { kStart, kKill };
-constexpr const char* kTimerProperties[] = {"period", "onTimer"};
-constexpr SMethod kTimerMethods[] = {
-    {kStart, "start", 0},
-    {kKill,  "kill",  0},
-};
 constexpr const char* kNotAssigned = "Timer::onTimer not assigned!\n";
 std::vector<USTimer*> runningTimers;
 
@@ -49,8 +44,13 @@ bool mayBeCalled(const FVariant& value) {
 }
 }  // namespace
 
-const SClassInfo USTimer::__classInfo = {"Timer",          USTimer::__constructor,   std::size(kTimerProperties),
-                                         kTimerProperties, std::size(kTimerMethods), kTimerMethods};
+constinit const char* const USTimer::__properties[] = {"period", "onTimer"};
+constinit const SMethod USTimer::__methods[] = {
+    {kStart, "start", 0},
+    {kKill,  "kill",  0},
+};
+constinit const SClassInfo USTimer::__classInfo = {"Timer",      __constructor,        std::size(__properties),
+                                                   __properties, std::size(__methods), __methods};
 
 IScriptObject* USTimer::__constructor(SArgs& args) {
     const OPtr<USTimer> made(new USTimer(0));
@@ -154,14 +154,14 @@ bool USTimer::tick() {
 
 namespace {
 enum RectProperty : char { kLeft, kTop, kRight, kBottom, kWidth, kHeight };
-constexpr const char* kRectProperties[] = {"left", "top", "right", "bottom", "width", "height"};
-constexpr SMethod kRectMethods[] = {
-    {0, "set", 4},
-};
 }  // namespace
 
-const SClassInfo USRect::__classInfo = {"Rect",          USRect::__constructor,   std::size(kRectProperties),
-                                        kRectProperties, std::size(kRectMethods), kRectMethods};
+constinit const char* const USRect::__properties[] = {"left", "top", "right", "bottom", "width", "height"};
+constinit const SMethod USRect::__methods[] = {
+    {0, "set", 4},
+};
+constinit const SClassInfo USRect::__classInfo = {"Rect",       __constructor,        std::size(__properties),
+                                                  __properties, std::size(__methods), __methods};
 
 IScriptObject* USRect::__constructor(SArgs& args) {
     const OPtr<USRect> made(new USRect);
@@ -206,13 +206,10 @@ int32_t USRect::invoke(char /*index*/, SArgs& args, SVariant& /*result*/) {
 
 // --- console
 
-namespace {
-constexpr SMethod kConsoleMethods[] = {
+constinit const SMethod USConsole::__methods[] = {
     {0, "print", 1},
 };
-}  // namespace
-
-const SClassInfo USConsole::__classInfo = {"console", nullptr, 0, nullptr, std::size(kConsoleMethods), kConsoleMethods};
+constinit const SClassInfo USConsole::__classInfo = {"console", nullptr, 0, nullptr, std::size(__methods), __methods};
 
 int32_t USConsole::invoke(char /*index*/, SArgs& args, SVariant& /*result*/) {
     String text;
@@ -227,10 +224,6 @@ int32_t USConsole::invoke(char /*index*/, SArgs& args, SVariant& /*result*/) {
 
 namespace {
 enum ApplicationProperty : char { kName, kVersion };
-constexpr const char* kApplicationProperties[] = {"name", "version"};
-constexpr SMethod kApplicationMethods[] = {
-    {0, "command", 3},
-};
 
 void setText(SVariant& value, const ConstString& text) {
     String wide(text);
@@ -238,12 +231,12 @@ void setText(SVariant& value, const ConstString& text) {
 }
 }  // namespace
 
-const SClassInfo USApplication::__classInfo = {"theApp",
-                                               nullptr,
-                                               std::size(kApplicationProperties),
-                                               kApplicationProperties,
-                                               std::size(kApplicationMethods),
-                                               kApplicationMethods};
+constinit const char* const USApplication::__properties[] = {"name", "version"};
+constinit const SMethod USApplication::__methods[] = {
+    {0, "command", 3},
+};
+constinit const SClassInfo USApplication::__classInfo = {
+    "theApp", nullptr, std::size(__properties), __properties, std::size(__methods), __methods};
 
 int32_t USApplication::getProperty(char index, SVariant& value, IScriptContext* /*context*/) {
     FVariant version;

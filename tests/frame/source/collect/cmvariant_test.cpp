@@ -166,7 +166,7 @@ TEST(CmVariant, IsStoredAndRestoredWhole) {
         EXPECT_EQ(read.getType(), row.getType());
     }
     FAttributes stored;
-    for (const int64_t type : {1, 4, 8, 16, 3, 32, 64}) {
+    for (const int64_t type : {1, 4, 8, 16, 3, 32, 64, 1 << 16}) {
         stored.set("type", type);
         CmVariant read(5);
         EXPECT_FALSE(read.restoreAttributes(stored)) << type;

@@ -271,6 +271,8 @@ TEST_F(Presets, AFolderHoldsAFileForEachPreset) {
     EXPECT_EQ(shown(*list), "still broken=none?;sub[E=e?;]broken-01=a?;x_y.xml=c?;");
     EXPECT_EQ(filesIn("Presets/Files"),
               (Names{"still broken.xml", "broken-01.xml", "x_y.xml.xml", "sub", "other.txt", "loop"}));
+    EXPECT_GE(list->addPreset(object(u"f"), u".5 gain", true, -1), 0);
+    EXPECT_TRUE(fs::exists(user.path / "Presets/Files/_5 gain.xml")) << "hidden ones aren't found again";
 }
 
 TEST_F(Presets, TheFirstStartTakesTheApplicationsPresets) {

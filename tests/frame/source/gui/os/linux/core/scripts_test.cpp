@@ -109,6 +109,8 @@ TEST_F(Scripts, ValuesComeBackInTheirKind) {
         {"return 'a' .. 'b'",                                                                                     CmVariant::kString8,  "ab"                  },
         {"return 'G\u00FCte \U0001F600'",                                                                         CmVariant::kString16, "G\u00FCte \U0001F600"},
         {"return '\\xFF\\xC3'",                                                                                   CmVariant::kString16, "\uFFFD\uFFFD"        },
+        {"return '\\xFF' .. ('\\xBF'):rep(9)",                                                                    CmVariant::kString16,
+         "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"                                                                                       },
         {"return true",                                                                                           CmVariant::kInteger,  "1"                   },
         {"return function() end",                                                                                 CmVariant::kObject,   ""                    },
         {"return {}",                                                                                             CmVariant::kEmpty,    ""                    },
