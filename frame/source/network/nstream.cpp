@@ -17,11 +17,7 @@ bool NStream::connect(const char* host, uint16_t port) {
 }
 
 bool NStream::secure(const char* host) {
-    if (next == filled && socket->secure(host))
-        return true;
-    socket->fail(NError::kNoSecurity);
-    close();
-    return false;
+    return next == filled ? socket->secure(host) : socket->fail(NError::kNoSecurity);
 }
 
 void NStream::close() {

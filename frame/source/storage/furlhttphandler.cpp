@@ -22,7 +22,7 @@ constexpr uint16_t kHttpPort = 80, kHttpsPort = 443;
 constexpr int32_t kMaxDefaultLength = 1024;
 
 bool isMainThread() {
-    return gNetworkHooks.isMainThread ? gNetworkHooks.isMainThread() : isFirstThread();
+    return gNetworkHooks.isMainThread ? gNetworkHooks.isMainThread() : ::gettid() == ::getpid();
 }
 
 bool isHost(std::string_view text) {
@@ -77,8 +77,7 @@ FUrlHttpHandler::FUrlHttpHandler(FUrl& url) : FUrlHandler(url) {
 }
 
 FUrlHttpHandler::~FUrlHttpHandler() {
-    if (mayBePosted)
-        gMessenger->killMessages(static_cast<CmObject*>(this));
+    gMessenger->killMessages(static_cast<CmObject*>(this));
 }
 
 bool FUrlHttpHandler::open() {
@@ -278,8 +277,7 @@ bool FUrlHttpHandler::askMainThread(const char* question) {
         return false;
     gMessenger->postMessage(static_cast<CmObject*>(this), new FMessage(question));
     answered.wait();
-    mayBePosted = cancelled;
-    return !mayBePosted && goodAnswer;
+    return !cancelled && goodAnswer;
 }
 
 int32_t FUrlHttpHandler::notify(FMessage* message) {
