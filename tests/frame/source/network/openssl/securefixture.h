@@ -97,9 +97,7 @@ protected:
         gNetworkHooks = {};
         delete std::exchange(server, nullptr);
     }
-    void SetUp() override {
-        ASSERT_TRUE(server) << "no nginx or no openssl command here";
-    }
+    void SetUp() override { ASSERT_TRUE(server) << "no nginx or no openssl command here"; }
     static std::string at(const std::string& host, const char* port, const std::string& file) {
         return host + ':' + std::to_string(ports[port]) + '/' + file;
     }
