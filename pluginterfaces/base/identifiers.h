@@ -81,6 +81,27 @@ inline constexpr FUIDWords kIMemoryStreamID = {0x0EFEC079, 0x30534387, 0xBDEF1E4
 // file systems
 inline constexpr FUIDWords kIVirtualFileSystemID = {0x78947604, 0x13424C58, 0x82501A9D, 0xE7034D75};
 inline constexpr FUIDWords kIVirtualFileIteratorID = {0x11FA09D3, 0x68474C6F, 0x93443669, 0xE124E268};
+inline constexpr FUIDWords kIPathID = {0x0D0F702C, 0x5AA44653, 0x94709DB0, 0x14AAE674};
+inline constexpr FUIDWords kIFileIteratorID = {0x66F3469B, 0x0AEF4E93, 0xB320AD41, 0x01C65555};
+
+// drawing
+inline constexpr FUIDWords kIFactoryID = {0x871D4EAD, 0xBDEE4CFC, 0xBB5606F5, 0xB7636095};
+inline constexpr FUIDWords kIDrawDeviceID = {0xA02DC293, 0x6FFA4718, 0x88B91334, 0xA7A35319};
+inline constexpr FUIDWords kIFastLinesID = {0x4F804A3C, 0xA6404A49, 0x8057FAEE, 0x02C5416F};
+inline constexpr FUIDWords kIFastRectsID = {0xF66BAEFE, 0xFBAB4370, 0x98073906, 0x77A46452};
+inline constexpr FUIDWords kIGraphicsPathID = {0x58C8F691, 0x39B04DFC, 0xBE917175, 0x67C418FD};
+inline constexpr FUIDWords kIGraphicsPathAccessorID = {0xE7932EDB, 0x0B694B91, 0x8ED8C671, 0x07D0E631};
+inline constexpr FUIDWords kIBitmapID = {0x8F9073D8, 0x185C4C64, 0xB6272156, 0x53B8BCFC};
+inline constexpr FUIDWords kIBitmapPixelAccessorID = {0x7049B06B, 0xA01B427B, 0xABD3654F, 0x0D9C5067};
+inline constexpr FUIDWords kIBitmapCodecID = {0x0D175069, 0xD8D448E3, 0x9EA29E30, 0x05EE5A3B};
+inline constexpr FUIDWords kIBitmapFactoryID = {0xC7951FF4, 0x12F94173, 0x9DEE84E6, 0x7B299DC0};
+inline constexpr FUIDWords kIFontFaceID = {0xC92D527C, 0x6C2244FD, 0x8E40916B, 0xE9ACFAB5};
+inline constexpr FUIDWords kIFontDescriptionID = {0xE7BAC63E, 0xCA8940D6, 0xA7A20598, 0x29D2ABA7};
+inline constexpr FUIDWords kIFontCollectionID = {0x192AD3B8, 0x11F74D41, 0x8FD4C117, 0xF02FBE0C};
+inline constexpr FUIDWords kIVectorID = {0xC81E35A5, 0x57484AF3, 0xBEDAC7A1, 0xB4B8E850};
+inline constexpr FUIDWords kITransformMatrixID = {0x001563A4, 0xCB75408F, 0xAC5F0A9A, 0x0E18F3C6};
+inline constexpr FUIDWords kIBitmapFilterID = {0xE4423E4E, 0xE60F42B5, 0x85CCA427, 0x2FA21459};
+inline constexpr FUIDWords kIBitmapFilterFactoryID = {0x5073D4A8, 0x79E94074, 0xA676704C, 0x059F5006};
 
 // scripts
 inline constexpr FUIDWords kIScriptObjectID = {0xE73D8248, 0x86986AB6, 0x6CB5B4BE, 0x77F2846D};

@@ -4,6 +4,43 @@
 namespace Tessarine {
 class String;
 
+enum UStandardColor : uint32_t {
+    kBlack,
+    kWhite,
+    kGray5,
+    kGray10,
+    kGray20,
+    kGray30,
+    kGray40,
+    kGray50,
+    kGray60,
+    kGray70,
+    kGray80,
+    kGray90,
+    kRed,
+    kLightRed,
+    kDarkRed,
+    kGreen,
+    kLightGreen,
+    kDarkGreen,
+    kBlue,
+    kLightBlue,
+    kDarkBlue,
+    kMagenta,
+    kLightMagenta,
+    kDarkMagenta,
+    kYellow,
+    kLightYellow,
+    kDarkYellow,
+    kOrange,
+    kLightOrange,
+    kDarkOrange,
+    kGold,
+    kBlack50,
+    kBlack70,
+    kNumStandardColors,
+};
+
 /** A colour of four channels of 16 bits.
 
     Units     0 to 65535. What comes from 8 bits stands in the upper byte: opaque is then 0xFF00, which differs from the
@@ -13,7 +50,6 @@ public:
     DECLARE_CLASS(UColor, CmObject)
     DECLARE_NEWCOPY(UColor)
     static constexpr uint16_t kOpaque = 0xFFFF;
-    static constexpr uint32_t kNumStandardColors = 33;
 
     UColor() = default;
     explicit UColor(uint32_t spec) { fromColorSpec(spec); }

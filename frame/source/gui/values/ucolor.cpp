@@ -53,7 +53,7 @@ constexpr StandardColor kStandardColors[] = {
     {"black50",      0xFF323232},
     {"black70",      0xFF464646},
 };
-static_assert(std::size(kStandardColors) == UColor::kNumStandardColors);
+static_assert(std::size(kStandardColors) == kNumStandardColors);
 
 struct Channel {
     const char* key;

@@ -1,0 +1,7 @@
+#include "gui/drawing/hooks.h"
+
+namespace Tessarine {
+
+constinit DrawingHooks gDrawingHooks;
+
+}  // namespace Tessarine
