@@ -1,0 +1,137 @@
+#include "frame/source/graphics/bitmapfilters/colorfilters.h"
+#include "frame/source/graphics/bitmapfilters/pixelrows.h"
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+namespace Tessarine::Graphics::BitmapFilterImplementation {
+namespace {
+/** Calls each of a bitmap's rows: (to, from, count). */
+template <class Row>
+void forEachRow(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to, const Row& row) {
+    for (int32_t y = 0; y < to.getHeight(); ++y)
+        row(to.row(y), from.row(y), to.getWidth());
+}
+}  // namespace
+
+void ReplaceColor::init() {
+    FilterBase::init();
+    registerColorSpecInputValue("colorToReplace", 0xFF000000);
+    registerColorSpecInputValue("replaceColor", 0xFF808080);
+}
+
+void ReplaceColor::process(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to) {
+    const uint32_t old = getColorSpec("colorToReplace"), other = getColorSpec("replaceColor");
+    forEachRow(from, to, [old, other](uint32_t* target, const uint32_t* source, int32_t count) {
+        std::replace_copy(source, source + count, target, old, other);
+    });
+}
+
+void Desaturate::init() {
+    FilterBase::init();
+    registerFloatInputValue("grayFactor", 1.0);
+    registerFloatInputValue("alphaFactor", 1.0);
+}
+
+void Desaturate::process(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to) {
+    const GrayRows rows(getFloat("grayFactor"), getFloat("alphaFactor"));
+    forEachRow(from, to,
+               [&rows](uint32_t* target, const uint32_t* source, int32_t count) { rows.fast(target, source, count); });
+}
+
+void AdjustHSL::init() {
+    FilterBase::init();
+    for (const char* name : {"hueOffset", "saturationShift", "luminanceShift"})
+        registerFloatInputValue(name, 0.5);
+}
+
+int32_t AdjustHSL::setInputValue(const char* name, const FVariant& value) {
+    const double before = getFloat("luminanceShift");
+    const int32_t result = FilterBase::setInputValue(name, value);
+    if (getFloat("luminanceShift") != before)
+        tableIsBuilt = false;
+    return result;
+}
+
+void AdjustHSL::buildTable(double percent) {
+    if (tableIsBuilt)
+        return;
+    const UColorLightnessCurve curve(percent);
+    for (size_t sum = 0; sum < lightness.size(); ++sum)
+        lightness[sum] = std::clamp(curve.shifted(double(sum) / 2), 0.0, 255.0);
+    tableIsBuilt = true;
+}
+
+void AdjustHSL::process(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to) {
+    const auto shift = [this](const char* name, double range) { return (getFloat(name) - 0.5) * range; };
+    const double hue = shift("hueOffset", 360), saturation = shift("saturationShift", 200),
+                 luminance = shift("luminanceShift", 200);
+    const bool changes = hue != 0 || saturation != 0 || luminance != 0;
+    buildTable(luminance);
+    const double turn = std::fmod(std::trunc(hue / 360 * 255), 255), factor = saturationFactor(saturation);
+    forEachRow(from, to, [&](uint32_t* target, const uint32_t* source, int32_t count) {
+        if (changes)
+            adjustRow(target, source, count, turn, factor);
+        else if (target != source)
+            std::copy_n(source, count, target);
+    });
+}
+
+void AdjustHSL::adjustRow(uint32_t* to, const uint32_t* from, int32_t count, double turn, double saturation) const {
+    for (int32_t i = 0; i < count; ++i) {
+        int32_t red = int32_t(redOf(from[i])), green = int32_t(greenOf(from[i])), blue = int32_t(blueOf(from[i]));
+        UColorHSL color = UColorHSL::fromBytes(red, green, blue);
+        color.hue += turn;
+        color.saturation = std::clamp(color.saturation * saturation, 0.0, 255.0);
+        color.lightness = lightness[size_t(color.lightness * 2)];
+        color.toBytes(red, green, blue);
+        to[i] = pixelOf(alphaOf(from[i]), uint32_t(red), uint32_t(green), uint32_t(blue));
+    }
+}
+
+void Tint::init() {
+    FilterBase::init();
+    registerColorSpecInputValue("color", 0xFFFF0000);
+    registerFloatInputValue("factor", 1.0);
+}
+
+void Tint::process(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to) {
+    const TintRows rows(getColorSpec("color"), getFloat("factor"));
+    forEachRow(from, to,
+               [&rows](uint32_t* target, const uint32_t* source, int32_t count) { rows.fast(target, source, count); });
+}
+
+void Mirror::init() {
+    FilterBase::init();
+    registerFloatInputValue("horizontal", 1.0);
+    registerFloatInputValue("vertical", 0.0);
+}
+
+void Mirror::process(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to) {
+    const bool horizontal = getFloat("horizontal") != 0, vertical = getFloat("vertical") != 0;
+    const int32_t count = to.getWidth(), height = to.getHeight();
+    const auto put = [=](const uint32_t* source, uint32_t* target) {
+        if (horizontal)
+            std::reverse_copy(source, source + count, target);
+        else
+            std::copy_n(source, count, target);
+    };
+    if (to.row(0) != from.row(0)) {
+        for (int32_t y = 0; y < height; ++y)
+            put(from.row(vertical ? height - 1 - y : y), to.row(y));
+        return;
+    }
+    if (!horizontal && !vertical)
+        return;
+    std::vector<uint32_t> upper(static_cast<size_t>(count)), lower(upper);
+    for (int32_t y = 0; y < (vertical ? (height + 1) / 2 : height); ++y) {
+        const int32_t other = vertical ? height - 1 - y : y;
+        std::copy_n(from.row(y), count, upper.data());
+        std::copy_n(from.row(other), count, lower.data());
+        put(upper.data(), to.row(other));
+        put(lower.data(), to.row(y));
+    }
+}
+
+}  // namespace Tessarine::Graphics::BitmapFilterImplementation
