@@ -1,0 +1,168 @@
+#include "frame/source/graphics/cairo/cairobitmap.h"
+#include "pluginterfaces/base/smartpointer.h"
+#include <algorithm>
+#include <cstdlib>
+
+namespace Tessarine::Graphics {
+namespace {
+constexpr uint32_t kAlphaBits = 0xFF000000;
+
+uint32_t alphaOf(uint32_t pixel) {
+    return pixel >> 24;
+}
+
+/** Each channel but alpha by a function. */
+template <class Convert>
+uint32_t converted(uint32_t pixel, const Convert& convert) {
+    return (pixel & kAlphaBits) | convert(pixel >> 16 & 0xFF) << 16 | convert(pixel >> 8 & 0xFF) << 8 |
+           convert(pixel & 0xFF);
+}
+}  // namespace
+
+uint32_t multiplied(uint32_t straight) {
+    const uint32_t alpha = alphaOf(straight);
+    if (alpha == 255)
+        return straight;
+    // to the nearest 255th, as cairo does
+    return converted(straight, [alpha](uint32_t channel) {
+        const uint32_t product = channel * alpha + 0x80;
+        return (product + (product >> 8)) >> 8;
+    });
+}
+
+uint32_t straightened(uint32_t multiplied) {
+    const uint32_t alpha = alphaOf(multiplied);
+    if (alpha == 255)
+        return multiplied;
+    if (alpha == 0)
+        return 0;
+    return converted(
+        multiplied, [alpha](uint32_t channel) { return std::min<uint32_t>((channel * 255 + alpha / 2) / alpha, 255); });
+}
+
+void PixelRect::unite(const PixelRect& other) {
+    if (other.isEmpty())
+        return;
+    *this = isEmpty() ? other
+                      : PixelRect{std::min(left, other.left), std::min(top, other.top), std::max(right, other.right),
+                                  std::max(bottom, other.bottom)};
+}
+
+void PixelRect::intersect(const PixelRect& other) {
+    *this = {std::max(left, other.left), std::max(top, other.top), std::min(right, other.right),
+             std::min(bottom, other.bottom)};
+}
+
+/** Unlocks with its end. */
+class CairoBitmap::Accessor : public FObject, public IBitmapPixelAccessor {
+public:
+    FORWARD_REFCOUNT(FObject)
+    Accessor(CairoBitmap* bitmap, unsigned flags) : bitmap(bitmap), flags(flags) {}
+    ~Accessor() override { bitmap->unlock(flags); }
+    Accessor(const Accessor&) = delete;
+    Accessor& operator=(const Accessor&) = delete;
+
+    int32_t queryInterface(const char* iid, void** obj) override {
+        return answerInterface<IBitmapPixelAccessor>(this, iid, obj) ? kResultOk : FObject::queryInterface(iid, obj);
+    }
+    int32_t getPixelFormat() override { return kPixelFormatARGB32; }
+    uint32_t getRowByteCount() override { return uint32_t(bitmap->width) * sizeof(uint32_t); }
+    void* getRowAddress(unsigned row) override {
+        return row < unsigned(bitmap->height) ? bitmap->row(int32_t(row)) : nullptr;
+    }
+
+private:
+    const IPtr<CairoBitmap> bitmap;
+    const unsigned flags;
+};
+
+void CairoBitmap::PixelsRelease::operator()(uint32_t* pixels) const {
+    std::free(pixels);
+}
+
+CairoBitmap* CairoBitmap::create(double width, double height) {
+    const bool fits =
+        width >= 1 && height >= 1 && width <= IBitmapFactory::kMaxSide && height <= IBitmapFactory::kMaxSide;
+    if (!fits || int64_t(width) * int64_t(height) > IBitmapFactory::kMaxPixels)
+        return nullptr;
+    auto* pixels = static_cast<uint32_t*>(std::calloc(size_t(width) * size_t(height), sizeof(uint32_t)));
+    return pixels ? new CairoBitmap(int32_t(width), int32_t(height), pixels) : nullptr;
+}
+
+CairoBitmap* CairoBitmap::behind(IBitmap* bitmap) {
+    FObject* object = frameworkObject(bitmap);
+    return object && object->isA(className()) ? static_cast<CairoBitmap*>(object) : nullptr;
+}
+
+int32_t CairoBitmap::queryInterface(const char* iid, void** obj) {
+    return answerInterface<IBitmap>(this, iid, obj) ? kResultOk : FObject::queryInterface(iid, obj);
+}
+
+IBitmapPixelAccessor* CairoBitmap::lockPixels(unsigned flags) {
+    const bool writes = (flags & kLockWrite) != 0;
+    if (isWritten || (writes && readers > 0))
+        return nullptr;
+    takeDrawn();
+    isWritten = writes;
+    readers += writes ? 0 : 1;
+    return new Accessor(this, flags);
+}
+
+void CairoBitmap::unlock(unsigned flags) {
+    if ((flags & kLockWrite) == 0) {
+        --readers;
+        return;
+    }
+    isWritten = false;
+    surfaceIsOld = true;
+    ++generation;
+}
+
+cairo_surface_t* CairoBitmap::getSurface() {
+    if (isWritten)
+        return nullptr;
+    if (!surface) {
+        surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
+        if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
+            surface.reset();
+            return nullptr;
+        }
+    }
+    if (surfaceIsOld)
+        multiplyAll();
+    return surface.get();
+}
+
+void CairoBitmap::multiplyAll() {
+    surfaceIsOld = false;
+    drawn = {};
+    cairo_surface_flush(surface.get());
+    unsigned char* to = cairo_image_surface_get_data(surface.get());
+    for (int32_t y = 0; y < height; ++y, to += cairo_image_surface_get_stride(surface.get()))
+        std::transform(row(y), row(y) + width, reinterpret_cast<uint32_t*>(to), multiplied);
+    cairo_surface_mark_dirty(surface.get());
+}
+
+void CairoBitmap::touch(const PixelRect& rect) {
+    drawn.unite(rect);
+    drawn.intersect({0, 0, width, height});
+    ++generation;
+}
+
+void CairoBitmap::takeDrawn() {
+    if (!surface || drawn.isEmpty())
+        return;
+    cairo_surface_flush(surface.get());
+    const unsigned char* data = cairo_image_surface_get_data(surface.get());
+    const ptrdiff_t stride = cairo_image_surface_get_stride(surface.get());
+    for (int32_t y = drawn.top; y < drawn.bottom; ++y) {
+        const auto* from = reinterpret_cast<const uint32_t*>(data + y * stride);
+        uint32_t* to = row(y);
+        for (int32_t x = drawn.left; x < drawn.right; ++x)
+            if (multiplied(to[x]) != from[x])
+                to[x] = straightened(from[x]);
+    }
+    drawn = {};
+}
+
+}  // namespace Tessarine::Graphics
