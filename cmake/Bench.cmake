@@ -21,6 +21,7 @@ set(BENCH_values tessarine_values)
 set(BENCH_frames talv_extension)
 set(BENCH_registry tessarine_platform_core)
 set(BENCH_scripts tessarine_platform_core)
+set(BENCH_images tessarine_platform_graphics)
 set(BENCH_moduleload talv_host_core)  # loads the bundle, so it must not hold its objects
 
 find_package(benchmark REQUIRED)
@@ -52,6 +53,7 @@ set(PEERS_paths PHYSFS)
 set(PEERS_network QT)
 set(PEERS_values QT)
 set(PEERS_undo QTWIDGETS)
+set(PEERS_images QTWIDGETS)
 set(PEERS_resources LIBZIP PHYSFS)
 set(PEERS_defaults QT)
 

@@ -1,4 +1,5 @@
-# Fuzzers: fuzz/<reader>_fuzz.cpp, each a program of its own on the extension and all that it stands on.
+# Fuzzers: fuzz/<reader>_fuzz.cpp, each a program of its own on the target that FUZZ_<reader> names, and all that it stands on;
+# without one, on the extension.
 if(NOT TESSARINE_FUZZ)
     return()
 endif()
@@ -6,10 +7,18 @@ if(NOT CMAKE_CXX_COMPILER_ID MATCHES Clang)
     message(FATAL_ERROR "the fuzzers want clang: cmake --preset asan")
 endif()
 
+set(FUZZ_png tessarine_platform_graphics)
+set(FUZZ_jpeg tessarine_platform_graphics)
+set(FUZZ_bmp tessarine_platform_graphics)
+
 file(GLOB _fuzzers CONFIGURE_DEPENDS fuzz/*_fuzz.cpp)
-tessarine_objects_of(talv_extension _fuzz_objects)
 foreach(_fuzzer IN LISTS _fuzzers)
     cmake_path(GET _fuzzer STEM _name)
+    string(REPLACE "_fuzz" "" _reader ${_name})
+    if(NOT FUZZ_${_reader})
+        set(FUZZ_${_reader} talv_extension)
+    endif()
+    tessarine_objects_of(${FUZZ_${_reader}} _fuzz_objects)
     add_executable(${_name} ${_fuzzer})
     tessarine_settings(${_name})
     target_link_libraries(${_name} PRIVATE ${_fuzz_objects})

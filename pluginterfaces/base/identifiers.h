@@ -102,6 +102,8 @@ inline constexpr FUIDWords kIVectorID = {0xC81E35A5, 0x57484AF3, 0xBEDAC7A1, 0xB
 inline constexpr FUIDWords kITransformMatrixID = {0x001563A4, 0xCB75408F, 0xAC5F0A9A, 0x0E18F3C6};
 inline constexpr FUIDWords kIBitmapFilterID = {0xE4423E4E, 0xE60F42B5, 0x85CCA427, 0x2FA21459};
 inline constexpr FUIDWords kIBitmapFilterFactoryID = {0x5073D4A8, 0x79E94074, 0xA676704C, 0x059F5006};
+inline constexpr FUIDWords kIColorTransformID = {0xC4A424C8, 0xDC144232, 0x960AB060, 0xC8018A60};
+inline constexpr FUIDWords kIColorGroupInformationID = {0x4C1351F0, 0xAD1D4777, 0xA40487F8, 0x625D68A5};
 
 // scripts
 inline constexpr FUIDWords kIScriptObjectID = {0xE73D8248, 0x86986AB6, 0x6CB5B4BE, 0x77F2846D};

@@ -53,7 +53,7 @@ public:
 
     /** Null, as createFromStream: missing, no image, broken, or too large. */
     virtual IBitmap* createFromPath(IPath* path) = 0;
-    /** Reads on from where the stream stands; it needs no seeking. */
+    /** Reads on from where the stream stands, in blocks, so that it ends up behind the image; it needs no seeking. */
     virtual IBitmap* createFromStream(IBStream* stream) = 0;
     /** All pixels 0; null: a side below 1, too large, or there is no memory. */
     virtual IBitmap* create(Size size) = 0;

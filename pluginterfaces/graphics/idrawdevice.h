@@ -25,7 +25,8 @@ public:
     kInvalidArgument. */
 class IDrawDevice : public FUnknown {
 public:
-    /** Without smoothing, the pixel at the end of a butt line isn't drawn, in either direction. */
+    /** Without smoothing a butt line colours the pixels whose middle it passes, from its left or upper end up to the other,
+        which is left out, in whichever direction it is drawn. */
     virtual int32_t drawLine(Point from, Point to) = 0;
     /** mode is a DrawMode, here and below. */
     virtual int32_t drawRect(Rect rect, char mode) = 0;

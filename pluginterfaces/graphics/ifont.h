@@ -16,6 +16,7 @@ public:
     virtual IFontDescription* getFontDescription() = 0;
     /** Whole ascent and descent. */
     virtual int32_t getMetrics(FontMetrics& metrics) = 0;
+    /** The size it was made with. */
     virtual double getHeight() = 0;
     /** Bits of FontStyle. */
     virtual unsigned getStyle() = 0;

@@ -1,4 +1,5 @@
 #include "pluginterfaces/base/identifiers.h"
+#include "pluginterfaces/gui/icolorgroup.h"
 #include "pluginterfaces/gui/ieventhook.h"
 #include "pluginterfaces/gui/ihostcontroller.h"
 #include "pluginterfaces/gui/iplatform.h"
@@ -26,6 +27,8 @@ DEFINE_IID_ROW(IIdleHandler, kIIdleHandlerID);
 DEFINE_IID_ROW(IPlatform, kIPlatformID);
 DEFINE_IID_ROW(IPlatform2, kIPlatform2ID);
 DEFINE_IID_ROW(ICloseWindowNotification, kICloseWindowNotificationID);
+DEFINE_IID_ROW(IColorTransform, kIColorTransformID);
+DEFINE_IID_ROW(IColorGroupInformation, kIColorGroupInformationID);
 
 constinit const FUID IHostOnOffValue_iid(kIHostOnOffValueID);
 constinit const FUID IHostIntValue_iid(kIHostIntValueID);

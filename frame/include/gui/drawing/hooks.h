@@ -3,7 +3,10 @@
 
 namespace Tessarine {
 class CmObject;
+class FStream;
+class ISkinDependent;
 class UBitmap;
+class UBitmapCollection;
 class UColor;
 
 namespace Graphics {
@@ -16,6 +19,13 @@ struct DrawingHooks {
     Graphics::IFactory* (*createFactory)() = nullptr;
     /** A bitmap that the skin names, borrowed; null: it has none. */
     UBitmap* (*skinBitmap)(const char* name) = nullptr;
+    /** Adds the bitmaps of a collection that the skin names; false: it has none. */
+    bool (*skinBitmapCollection)(const char* name, UBitmapCollection& images) = nullptr;
+    /** Who hears of a change of skin, borrowed from one to the other. */
+    void (*addSkinDependent)(ISkinDependent* dependent) = nullptr;
+    void (*removeSkinDependent)(ISkinDependent* dependent) = nullptr;
+    /** A numbered resource of a module, with a reference for the caller; null: there is none. */
+    FStream* (*openResource)(int32_t id, void* module) = nullptr;
     /** A property of a collection of the skin by its index; false: there is none. */
     bool (*skinProperty)(const char* collection, int32_t index, FString& name, CmObject*& value) = nullptr;
     /** A colour of the desktop's theme by its number, 1 and up; false: there is none. */

@@ -10,12 +10,15 @@ class CmContainer;
 class FFileType;
 class FPath;
 class FStream;
+class IAttributes;
+class IList;
 class UPhysicalDrawDevice;
 
 /** Pixels to be drawn: an image, or what stands for one.
 
-    Filters, masks and pixels change every place that shows the bitmap. Without a graphics object a load has failed: then
-    getBitmap() is null, and drawing does nothing. Main thread. */
+    Filters, masks and fills change the pixels behind getBitmap(), and so every place that shows them; those that copy take
+    what this one shows, the alpha factor along with it. Without a graphics object a load has failed: then getBitmap() is
+    null, and drawing does nothing. Main thread. */
 class UBitmap : public CmObject {
 public:
     enum ScalingAlgorithm : int32_t { kScaleByDrawing = 0, kScaleByArea = 1 };
@@ -26,9 +29,9 @@ public:
     UBitmap() = default;
     explicit UBitmap(Graphics::IBitmap* bitmap);
     UBitmap(const UPoint& size, uint32_t depth);
-    /** Pixels of its own. */
+    /** Pixels of its own, those that the other one shows. */
     UBitmap(const UBitmap& other);
-    /** Compressed image data is expanded on the way. */
+    /** From where the stream stands; of a compressed one what it holds. */
     explicit UBitmap(IBStream* stream);
     explicit UBitmap(IPath* path);
     ~UBitmap() override;
@@ -40,18 +43,22 @@ public:
     virtual int32_t getHeight() { return size.y; }
     virtual uint32_t getBitDepth() { return depth; }
     virtual Graphics::IBitmap* getBitmap() { return graphicsObject; }
-    /** What the pixels are of, borrowed. */
+    /** What this one stands for, or itself; borrowed, null: nothing. */
     virtual UBitmap* getTargetBitmap() { return this; }
-    /** Pixels of the colour become transparent, for good. */
+    /** Pixels of just this colour, alpha included, become transparent, for good. */
     virtual bool makeColorTransparent(const UColor& color);
+    /** The plain mode puts pixels in place of those that are there, the others draw over them. */
     virtual bool copyFrom(UBitmap* from, const URect& source, const URect& target, int16_t mode);
-    /** A new bitmap with a reference for the caller; null: nothing of the rectangle is there. */
+    /** A new bitmap of the rectangle's size, with a reference for the caller, transparent where there was nothing. Null: the
+        rectangle or the bitmap is empty, or there is no memory. */
     virtual UBitmap* getSection(const URect& rect);
     /** mode of UBitmapMode; false: nothing was drawn. */
     virtual bool draw(UPhysicalDrawDevice* device, const URect& source, const URect& target, int16_t mode);
-    virtual UPoint getOffset() { return {}; }
-    /** A new bitmap with a reference for the caller, as all that begin with copy; null: it failed. */
+    /** Where its pixels begin within those of getBitmap(). */
+    virtual UPoint getOffset() { return origin; }
+    /** A new bitmap with a reference for the caller, as all that copy; null: it failed. */
     virtual UBitmap* copyScaled(const Graphics::Point& newSize, ScalingAlgorithm algorithm);
+    /** alpha 0 to 1, clamped, in place of the alpha factor. */
     virtual bool drawAlpha(UPhysicalDrawDevice* device, const URect& source, const URect& target, double alpha);
 
     UBitmap* copyProcessed(Graphics::IBitmapFilter* filter);
@@ -59,7 +66,7 @@ public:
     static Graphics::IBitmapFilter* createFilter(const char* name);
     static Graphics::IBitmapFilterFactory* getFilterFactory();
     static Graphics::IBitmapFactory* getFactory();
-    /** A part of a turn. */
+    /** A part of a turn, to the left. The copy is as large as it takes. */
     UBitmap* copyRotated(float angle, bool interpolate);
     UBitmap* mirrorCopy(bool horizontal, bool vertical);
     bool mirror(bool horizontal, bool vertical);
@@ -70,23 +77,57 @@ public:
     bool tintImage(const UColor& color, float factor);
     /** Percent, modulo 101. */
     bool tintImage(const UColor& color, int32_t percent);
+    /** Alpha of each pixel. */
     bool adjustAlpha(double factor);
     bool clearFill();
     bool colorFill(const UColor& color, ColorFillMode mode);
+
+    /** In the format of the stream's file type, as PNG when it has none. false: there is no such encoder, or the stream
+        took less. */
+    bool saveToStream(FStream* stream, IAttributes* attributes);
+    /** In the format of the path's extension, whole or not at all. */
+    bool saveToFile(FPath* path, IAttributes* attributes);
+    /** The extension is one of an image. */
+    static bool isBitmapFile(FPath* path);
+    /** Elements with IBitmapCodec; with a reference for the caller, as getCodec. Null: there is no platform. */
+    static IList* getCodecs();
+    static Graphics::IBitmapCodec* getCodec(const FFileType& type);
+    /** Adds the type of each codec; the container must own what it holds. encoders: only of those that can write. */
+    static bool getFileTypes(CmContainer& types, bool encoders);
 
     double getAlphaFactor() const { return alphaFactor; }
     void setAlphaFactor(double factor) { alphaFactor = factor; }
     bool isTransparent() const { return madeTransparent; }
 
 protected:
+    friend class UBitmapCache;
+
     bool loadFromStream(IBStream* stream);
     void setGraphicsObject(Graphics::IBitmap* bitmap);
+    URect bounds() { return {0, 0, getWidth(), getHeight()}; }
+    /** The one at the end of all targets; null: there is none. Borrowed. */
+    UBitmap* pixelOwner();
+    /** Gives a copy what belongs to the pixels but isn't of them. */
+    void describe(UBitmap& copy);
 
     IPtr<Graphics::IBitmap> graphicsObject;
     UPoint size;
+    UPoint origin;
     uint32_t depth = 32;
     double alphaFactor = 1.0;
     bool madeTransparent = false;
+
+private:
+    bool drawDisabled(UPhysicalDrawDevice* device, const URect& source, const URect& target);
+    /** From one that has pixels of its own, cut to what is there on both sides. */
+    bool copyPixels(UBitmap* from, const URect& source, const UPoint& target);
+    UBitmap* scaledByArea(const UPoint& newSize);
+    UBitmap* scaledByDrawing(const UPoint& newSize);
+
+    bool isInPool = false;  // as a source of processed bitmaps
 };
+
+/** Lets go of what bitmaps share, at the end of the program. */
+bool termUBitmap();
 
 }  // namespace Tessarine

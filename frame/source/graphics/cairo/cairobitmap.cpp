@@ -5,6 +5,8 @@
 
 namespace Tessarine::Graphics {
 namespace {
+constexpr int32_t kCrowdedWidth = 256;  // pixels
+constexpr int32_t kLineOfCache = 16;
 constexpr uint32_t kAlphaBits = 0xFF000000;
 
 uint32_t alphaOf(uint32_t pixel) {
@@ -89,13 +91,13 @@ CairoBitmap* CairoBitmap::create(double width, double height) {
     return pixels ? new CairoBitmap(int32_t(width), int32_t(height), pixels) : nullptr;
 }
 
-CairoBitmap* CairoBitmap::behind(IBitmap* bitmap) {
-    FObject* object = frameworkObject(bitmap);
-    return object && object->isA(className()) ? static_cast<CairoBitmap*>(object) : nullptr;
-}
-
 int32_t CairoBitmap::queryInterface(const char* iid, void** obj) {
     return answerInterface<IBitmap>(this, iid, obj) ? kResultOk : FObject::queryInterface(iid, obj);
+}
+
+uint64_t CairoBitmap::newStamp() {
+    static uint64_t last = 0;
+    return ++last;
 }
 
 IBitmapPixelAccessor* CairoBitmap::lockPixels(unsigned flags) {
@@ -115,19 +117,34 @@ void CairoBitmap::unlock(unsigned flags) {
     }
     isWritten = false;
     surfaceIsOld = true;
-    ++generation;
+    stamp = newStamp();
+}
+
+/** Rows of some kilobytes exactly would all come to lie in the same few lines of the processor's cache. */
+ptrdiff_t CairoBitmap::surfaceStride() const {
+    return width % kCrowdedWidth == 0 ? width + kLineOfCache : width;
+}
+
+bool CairoBitmap::makeSurface() {
+    const size_t count = size_t(surfaceStride()) * size_t(height);
+    multipliedPixels.reset(static_cast<uint32_t*>(std::calloc(count, sizeof(uint32_t))));
+    if (!multipliedPixels)
+        return false;
+    surface.reset(cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(multipliedPixels.get()),
+                                                      CAIRO_FORMAT_ARGB32, width, height,
+                                                      int(surfaceStride()) * int(sizeof(uint32_t))));
+    if (cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS)
+        return true;
+    surface.reset();
+    multipliedPixels.reset();
+    return false;
 }
 
 cairo_surface_t* CairoBitmap::getSurface() {
     if (isWritten)
         return nullptr;
-    if (!surface) {
-        surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
-        if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
-            surface.reset();
-            return nullptr;
-        }
-    }
+    if (!surface && !makeSurface())
+        return nullptr;
     if (surfaceIsOld)
         multiplyAll();
     return surface.get();
@@ -137,26 +154,23 @@ void CairoBitmap::multiplyAll() {
     surfaceIsOld = false;
     drawn = {};
     cairo_surface_flush(surface.get());
-    unsigned char* to = cairo_image_surface_get_data(surface.get());
-    for (int32_t y = 0; y < height; ++y, to += cairo_image_surface_get_stride(surface.get()))
-        std::transform(row(y), row(y) + width, reinterpret_cast<uint32_t*>(to), multiplied);
+    for (int32_t y = 0; y < height; ++y)
+        std::transform(row(y), row(y) + width, getSurfacePixels().at(0, y), multiplied);
     cairo_surface_mark_dirty(surface.get());
 }
 
 void CairoBitmap::touch(const PixelRect& rect) {
     drawn.unite(rect);
     drawn.intersect({0, 0, width, height});
-    ++generation;
+    stamp = newStamp();
 }
 
 void CairoBitmap::takeDrawn() {
     if (!surface || drawn.isEmpty())
         return;
     cairo_surface_flush(surface.get());
-    const unsigned char* data = cairo_image_surface_get_data(surface.get());
-    const ptrdiff_t stride = cairo_image_surface_get_stride(surface.get());
     for (int32_t y = drawn.top; y < drawn.bottom; ++y) {
-        const auto* from = reinterpret_cast<const uint32_t*>(data + y * stride);
+        const uint32_t* from = getSurfacePixels().at(0, y);
         uint32_t* to = row(y);
         for (int32_t x = drawn.left; x < drawn.right; ++x)
             if (multiplied(to[x]) != from[x])

@@ -1,5 +1,6 @@
 #pragma once
 #include "base/source/cmobject.h"
+#include "frame/source/graphics/cairo/objectbehind.h"
 #include "pluginterfaces/graphics/ibitmap.h"
 #include <cairo.h>
 #include <memory>
@@ -19,6 +20,15 @@ struct PixelRect {
     bool operator==(const PixelRect&) const = default;
 };
 
+/** Where rows of pixels begin. */
+struct PixelRows {
+    uint32_t* first = nullptr;
+    ptrdiff_t stride = 0;  // pixels
+
+    uint32_t* at(int32_t x, int32_t y) const { return first + y * stride + x; }
+    PixelRows from(int32_t x, int32_t y) const { return {at(x, y), stride}; }
+};
+
 struct SurfaceRelease {
     void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
 };
@@ -34,7 +44,7 @@ public:
     /** With a reference for the caller; null: a side below 1, too large, or there is no memory. */
     static CairoBitmap* create(double width, double height);
     /** The bitmap behind a face; null: it is of somebody else. Borrowed. */
-    static CairoBitmap* behind(IBitmap* bitmap);
+    static CairoBitmap* behind(IBitmap* bitmap) { return objectBehind<CairoBitmap>(bitmap); }
     CairoBitmap(const CairoBitmap&) = delete;
     CairoBitmap& operator=(const CairoBitmap&) = delete;
 
@@ -46,10 +56,12 @@ public:
     int32_t getHeight() const { return height; }
     /** Up to date, borrowed, the same one each time; null: there is no memory, or it is locked for writing. */
     cairo_surface_t* getSurface();
+    /** Of the surface, which is there and was flushed. */
+    PixelRows getSurfacePixels() const { return {multipliedPixels.get(), surfaceStride()}; }
     /** Something was drawn onto the surface within these pixels. */
     void touch(const PixelRect& drawn);
-    /** Counts changes of the pixels. */
-    uint64_t getGeneration() const { return generation; }
+    /** Tells these pixels from any others of the process, and from what they were before. */
+    uint64_t getStamp() const { return stamp; }
 
 private:
     class Accessor;
@@ -59,6 +71,9 @@ private:
 
     CairoBitmap(int32_t width, int32_t height, uint32_t* pixels) : width(width), height(height), pixels(pixels) {}
     uint32_t* row(int32_t y) const { return pixels.get() + ptrdiff_t(y) * width; }
+    static uint64_t newStamp();
+    ptrdiff_t surfaceStride() const;
+    bool makeSurface();
     void unlock(unsigned flags);
     void multiplyAll();
     void takeDrawn();
@@ -66,12 +81,13 @@ private:
     const int32_t width;
     const int32_t height;
     const std::unique_ptr<uint32_t, PixelsRelease> pixels;
-    SurfaceHolder surface;
+    std::unique_ptr<uint32_t, PixelsRelease> multipliedPixels;
+    SurfaceHolder surface;     // on them
     PixelRect drawn;           // where the surface is newer
     bool surfaceIsOld = true;  // everywhere else the pixels are
     int32_t readers = 0;
     bool isWritten = false;  // locked for writing
-    uint64_t generation = 0;
+    uint64_t stamp = newStamp();
 };
 
 /** A colour with its channels multiplied by alpha, rounded, and back; colours of alpha 0 are lost. */

@@ -2,32 +2,37 @@
 #include "frame/source/graphics/cairo/cairofast.h"
 #include "frame/source/graphics/cairo/cairopath.h"
 #include "frame/source/graphics/cairo/cairotext.h"
-#include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <numeric>
+#include <utility>
 
 namespace Tessarine::Graphics {
 namespace {
-constexpr double kRange = 4e6;  // in pixels: half of what fixed coordinates of 24.8 bits hold
+constexpr double kRange = 1e5;  // in pixels; cairo holds more, but draws each dash on the way there
+constexpr double kMaxScale = 1000;
+constexpr double kMinScale = 0.001;
+constexpr double kFlat = 1e-6;        // of one direction against the other: strokes of such pens have no end
+constexpr double kMinDashes = 0.1;    // of all lengths together
+constexpr double kMinEllipse = 1e-6;  // of a side
+constexpr double kMiterReach = 5;     // of the pen's width: cairo cuts longer miters
 constexpr size_t kMaxSavedStates = 256;
 constexpr cairo_line_cap_t kCaps[] = {CAIRO_LINE_CAP_BUTT, CAIRO_LINE_CAP_ROUND, CAIRO_LINE_CAP_SQUARE};
 constexpr cairo_line_join_t kJoins[] = {CAIRO_LINE_JOIN_MITER, CAIRO_LINE_JOIN_ROUND, CAIRO_LINE_JOIN_BEVEL};
-
-cairo_matrix_t cairoMatrix(const TransformMatrix& m) {
-    return {m.xx, m.yx, m.xy, m.yy, m.x0, m.y0};
-}
-
-bool isUsable(const TransformMatrix& m) {
-    const double determinant = m.xx * m.yy - m.xy * m.yx;
-    return std::isnormal(determinant) && std::isfinite(m.x0) && std::isfinite(m.y0);
-}
 
 bool isFinite(const Point& point) {
     return std::isfinite(point.x) && std::isfinite(point.y);
 }
 
+/** The same by whole numbers; false: it lies between them, or out of range. */
 bool isWhole(double value) {
-    return value == std::floor(value);
+    return std::fabs(value) <= 2 * kRange && value == double(int32_t(value));
+}
+
+int32_t floorOf(double value) {
+    const double limited = std::clamp(value, -2 * kRange, 2 * kRange);
+    const int32_t whole = int32_t(limited);
+    return whole - (whole > limited ? 1 : 0);
 }
 
 template <class Row, size_t count>
@@ -35,48 +40,67 @@ Row rowOf(const Row (&rows)[count], int32_t index) {
     return rows[index >= 0 && size_t(index) < count ? index : 0];
 }
 
-/** Sampling stays within the source, so that what lies beside it in the bitmap doesn't show at its edges. */
-class SourcePattern {
-public:
-    SourcePattern(cairo_surface_t* surface, const Rect& source)
-        : part(cairo_surface_create_for_rectangle(surface, source.x, source.y, source.width, source.height)),
-          pattern(cairo_pattern_create_for_surface(part.get())) {
-        cairo_pattern_set_extend(pattern, CAIRO_EXTEND_PAD);
-    }
-    ~SourcePattern() { cairo_pattern_destroy(pattern); }
-    SourcePattern(const SourcePattern&) = delete;
-    SourcePattern& operator=(const SourcePattern&) = delete;
+/** Coordinates that stay in range under a matrix; 0: it can't be drawn with. */
+double rangeUnder(const cairo_matrix_t& m) {
+    const double scale = std::max(std::fabs(m.xx) + std::fabs(m.xy), std::fabs(m.yx) + std::fabs(m.yy));
+    const double offset = std::max(std::fabs(m.x0), std::fabs(m.y0));
+    const double area = std::fabs(m.xx * m.yy - m.xy * m.yx);
+    const bool usable = scale >= kMinScale && scale <= kMaxScale && area >= scale * scale * kFlat && offset < kRange;
+    return usable ? (kRange - offset) / scale : 0;
+}
 
-    void place(const Rect& source, const Rect& target, bool sameSize) {
-        const double across = source.width / target.width, down = source.height / target.height;
-        cairo_matrix_t matrix = {across, 0, 0, down, -target.x * across, -target.y * down};
-        cairo_pattern_set_matrix(pattern, &matrix);
-        cairo_pattern_set_filter(pattern, sameSize ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
-    }
-    cairo_pattern_t* get() const { return pattern; }
+cairo_matrix_t combined(const cairo_matrix_t& matrix, const TransformMatrix& added) {
+    const cairo_matrix_t first = {added.xx, added.yx, added.xy, added.yy, added.x0, added.y0};
+    cairo_matrix_t result;
+    cairo_matrix_multiply(&result, &first, &matrix);
+    return result;
+}
 
-private:
-    SurfaceHolder part;
-    cairo_pattern_t* pattern;
-};
+/** Of all dashes, and the gaps between them. */
+double lengthOf(const LineStyle& style) {
+    return std::accumulate(style.dashLengths, style.dashLengths + style.dashCount, 0.0);
+}
+
+PixelRect outwards(const Rect& rect) {
+    return {floorOf(rect.x), floorOf(rect.y), -floorOf(-(rect.x + rect.width)), -floorOf(-(rect.y + rect.height))};
+}
+
+Rect around(const Point& a, const Point& b) {
+    return {std::min(a.x, b.x), std::min(a.y, b.y), std::fabs(a.x - b.x), std::fabs(a.y - b.y)};
+}
+
+/** Cuts what leaves 0 to limit off a source, and as much off its target. False: nothing is left. */
+bool keepWithin(double limit, double& source, double& sourceLength, double& target, double& targetLength) {
+    const double start = std::max(source, 0.0), end = std::min(source + sourceLength, limit);
+    if (start >= end)
+        return false;
+    if (start == source && end == source + sourceLength)
+        return true;
+    const double factor = targetLength / sourceLength;
+    target += (start - source) * factor;
+    targetLength = (end - start) * factor;
+    source = start;
+    sourceLength = end - start;
+    return targetLength > 0;
+}
 }  // namespace
 
 CairoDevice* CairoDevice::create(CairoBitmap* bitmap, double scale) {
     cairo_surface_t* surface = bitmap ? bitmap->getSurface() : nullptr;
-    if (!surface || !std::isnormal(scale) || scale <= 0)
+    const cairo_matrix_t matrix = {scale, 0, 0, scale, 0, 0};
+    if (!surface || rangeUnder(matrix) == 0)
         return nullptr;
-    cairo_t* context = cairo_create(surface);
-    if (cairo_status(context) != CAIRO_STATUS_SUCCESS) {
-        cairo_destroy(context);
+    ContextHolder context(cairo_create(surface));
+    if (cairo_status(context.get()) != CAIRO_STATUS_SUCCESS)
         return nullptr;
-    }
-    cairo_scale(context, scale, scale);
-    return new CairoDevice(bitmap, context);
+    return new CairoDevice(bitmap, context.release(), matrix);
 }
 
-CairoDevice::CairoDevice(CairoBitmap* bitmap, cairo_t* context) : bitmap(bitmap), context(context) {
+CairoDevice::CairoDevice(CairoBitmap* bitmap, cairo_t* context, const cairo_matrix_t& matrix)
+    : bitmap(bitmap), context(context), pixels(bitmap->getSurfacePixels()) {
     state.clip = {0, 0, bitmap->getWidth(), bitmap->getHeight()};
     cairo_set_antialias(context, CAIRO_ANTIALIAS_NONE);
+    setMatrix(matrix);
 }
 
 int32_t CairoDevice::queryInterface(const char* iid, void** obj) {
@@ -92,26 +116,58 @@ int32_t CairoDevice::end() {
     return kResultOk;
 }
 
-double CairoDevice::within(double coordinate) const {
-    return std::clamp(coordinate, -kRange, kRange);
+int32_t CairoDevice::end(const Rect& drawn) {
+    PixelRect pixels = pixelsOf(drawn);
+    pixels.intersect(state.clip);
+    bitmap->touch(pixels);
+    return kResultOk;
 }
 
-/** The sides are clamped, so that a huge rectangle covers what it should. */
+bool CairoDevice::setMatrix(const cairo_matrix_t& matrix) {
+    const double range = rangeUnder(matrix);
+    if (range == 0)
+        return false;
+    penIsApplied = penIsApplied && range == state.range;
+    state.matrix = matrix;
+    state.range = range;
+    cairo_set_matrix(context.get(), &matrix);
+    return true;
+}
+
 bool CairoDevice::toCairo(const Rect& rect, Rect& result) const {
     if (rect.isEmpty() || !rect.isFinite())
         return false;
     const double left = within(rect.x), top = within(rect.y);
     result = {left, top, within(rect.x + rect.width) - left, within(rect.y + rect.height) - top};
-    return !result.isEmpty();
+    return true;
+}
+
+Rect CairoDevice::reachOf(const Rect& shape, char mode) const {
+    const double room = 1 + (mode & kDrawStroke ? state.penWidth * kMiterReach : 0);
+    return {shape.x - room, shape.y - room, shape.width + 2 * room, shape.height + 2 * room};
+}
+
+Rect CairoDevice::deviceRect(const Rect& rect) const {
+    const cairo_matrix_t& m = state.matrix;
+    const auto mapped = [](double x, double y, double width, double height, double offset) {
+        const double start = x + y + offset;
+        return std::pair(start + std::min(width, 0.0) + std::min(height, 0.0), std::fabs(width) + std::fabs(height));
+    };
+    const auto [left, width] = mapped(m.xx * rect.x, m.xy * rect.y, m.xx * rect.width, m.xy * rect.height, m.x0);
+    const auto [top, height] = mapped(m.yx * rect.x, m.yy * rect.y, m.yx * rect.width, m.yy * rect.height, m.y0);
+    return {left, top, width, height};
 }
 
 PixelRect CairoDevice::pixelsOf(const Rect& rect) const {
-    double left = rect.x, top = rect.y, right = rect.x + rect.width, bottom = rect.y + rect.height;
-    cairo_user_to_device(context.get(), &left, &top);
-    cairo_user_to_device(context.get(), &right, &bottom);
-    const auto pixel = [](double value) { return int32_t(std::clamp(value, -kRange, kRange)); };
-    return {pixel(std::floor(std::min(left, right))), pixel(std::floor(std::min(top, bottom))),
-            pixel(std::ceil(std::max(left, right))), pixel(std::ceil(std::max(top, bottom)))};
+    return outwards(deviceRect(rect));
+}
+
+bool CairoDevice::wholePixelsOf(const Rect& rect, PixelRect& pixels) const {
+    const Rect device = deviceRect(rect);
+    if (!isUpright() || !isWhole(device.x) || !isWhole(device.y) || !isWhole(device.width) || !isWhole(device.height))
+        return false;
+    pixels = outwards(device);
+    return true;
 }
 
 void CairoDevice::useColor(uint32_t spec) {
@@ -127,14 +183,15 @@ void CairoDevice::applyPen() {
     if (penIsApplied)
         return;
     const LineStyle& style = state.lineStyle;
-    cairo_set_line_width(context.get(), state.penWidth);
+    cairo_set_line_width(context.get(), std::min(state.penWidth, state.range));
     cairo_set_line_cap(context.get(), rowOf(kCaps, style.cap));
     cairo_set_line_join(context.get(), rowOf(kJoins, style.join));
-    cairo_set_dash(context.get(), style.dashLengths, style.dashCount, 0);
+    const bool isSeen = lengthOf(style) * kRange >= state.range;  // a pixel at least
+    cairo_set_dash(context.get(), style.dashLengths, isSeen ? style.dashCount : 0, 0);
     penIsApplied = true;
 }
 
-int32_t CairoDevice::finish(char mode) {
+void CairoDevice::finish(char mode) {
     if (mode & kDrawFill) {
         useColor(state.brushColor);
         if (mode & kDrawStroke)
@@ -147,8 +204,8 @@ int32_t CairoDevice::finish(char mode) {
         applyPen();
         cairo_stroke(context.get());
     }
-    cairo_new_path(context.get());
-    return end();
+    if (!(mode & kDrawFillAndStroke))
+        cairo_new_path(context.get());
 }
 
 int32_t CairoDevice::drawLine(Point from, Point to) {
@@ -156,34 +213,35 @@ int32_t CairoDevice::drawLine(Point from, Point to) {
         return kInvalidArgument;
     if (!begin())
         return kResultFalse;
-    cairo_move_to(context.get(), within(from.x), within(from.y));
-    cairo_line_to(context.get(), within(to.x), within(to.y));
-    return finish(kDrawStroke);
+    from = {within(from.x), within(from.y)};
+    to = {within(to.x), within(to.y)};
+    cairo_move_to(context.get(), from.x, from.y);
+    cairo_line_to(context.get(), to.x, to.y);
+    finish(kDrawStroke);
+    return end(reachOf(around(from, to), kDrawStroke));
+}
+
+void CairoDevice::beginPixels() {
+    cairo_surface_flush(cairo_get_target(context.get()));
+}
+
+void CairoDevice::endPixels(const PixelRect& drawn) {
+    cairo_surface_mark_dirty_rectangle(cairo_get_target(context.get()), drawn.left, drawn.top, drawn.right - drawn.left,
+                                       drawn.bottom - drawn.top);
+    bitmap->touch(drawn);
 }
 
 bool CairoDevice::fillPixels(const Rect& rect) {
-    cairo_matrix_t matrix;
-    cairo_get_matrix(context.get(), &matrix);
-    if (state.brushColor >> 24 != 0xFF || matrix.xy != 0 || matrix.yx != 0)
+    PixelRect area;
+    if (state.brushColor >> 24 != 0xFF || !state.clipIsWhole || !wholePixelsOf(rect, area))
         return false;
-    const double left = matrix.xx * rect.x + matrix.x0, top = matrix.yy * rect.y + matrix.y0;
-    const double width = matrix.xx * rect.width, height = matrix.yy * rect.height;
-    if (width <= 0 || height <= 0 || !isWhole(left) || !isWhole(top) || !isWhole(width) || !isWhole(height))
-        return false;
-    PixelRect pixels = pixelsOf(rect);
-    pixels.intersect(state.clip);
-    if (pixels.isEmpty())
+    area.intersect(state.clip);
+    if (area.isEmpty())
         return true;
-    cairo_surface_t* surface = bitmap->getSurface();
-    cairo_surface_flush(surface);
-    unsigned char* data = cairo_image_surface_get_data(surface);
-    const ptrdiff_t stride = cairo_image_surface_get_stride(surface);
-    for (int32_t y = pixels.top; y < pixels.bottom; ++y)
-        std::fill_n(reinterpret_cast<uint32_t*>(data + y * stride) + pixels.left, pixels.right - pixels.left,
-                    state.brushColor);
-    cairo_surface_mark_dirty_rectangle(surface, pixels.left, pixels.top, pixels.right - pixels.left,
-                                       pixels.bottom - pixels.top);
-    bitmap->touch(pixels);
+    beginPixels();
+    for (int32_t y = area.top; y < area.bottom; ++y)
+        std::fill_n(pixels.at(area.left, y), area.right - area.left, state.brushColor);
+    endPixels(area);
     return true;
 }
 
@@ -196,7 +254,8 @@ int32_t CairoDevice::drawRect(Rect rect, char mode) {
     if (mode == kDrawFill && fillPixels(inside))
         return kResultOk;
     cairo_rectangle(context.get(), inside.x, inside.y, inside.width, inside.height);
-    return finish(mode);
+    finish(mode);
+    return end(reachOf(inside, mode));
 }
 
 int32_t CairoDevice::drawEllipse(Rect rect, char mode) {
@@ -205,35 +264,32 @@ int32_t CairoDevice::drawEllipse(Rect rect, char mode) {
         return kInvalidArgument;
     if (!begin())
         return kResultFalse;
-    cairo_matrix_t matrix;
-    cairo_get_matrix(context.get(), &matrix);
+    if (inside.width < kMinEllipse || inside.height < kMinEllipse)
+        return kResultOk;
     cairo_translate(context.get(), inside.x + inside.width / 2, inside.y + inside.height / 2);
     cairo_scale(context.get(), inside.width / 2, inside.height / 2);
     cairo_arc(context.get(), 0, 0, 1, 0, 2 * std::numbers::pi);
     cairo_close_path(context.get());
-    cairo_set_matrix(context.get(), &matrix);
-    return finish(mode);
+    cairo_set_matrix(context.get(), &state.matrix);
+    finish(mode);
+    return end(reachOf(inside, mode));
 }
 
 int32_t CairoDevice::drawPath(IGraphicsPath* path, char mode, const TransformMatrix* matrix) {
-    const CairoPath* ours = CairoPath::behind(path);
-    if (!ours || (matrix && !isUsable(*matrix)))
-        return kInvalidArgument;
-    if (!begin())
-        return kResultFalse;
-    cairo_matrix_t before;
-    cairo_get_matrix(context.get(), &before);
-    if (matrix) {
-        const cairo_matrix_t added = cairoMatrix(*matrix);
-        cairo_transform(context.get(), &added);
-    }
+    const auto* ours = objectBehind<CairoPath>(path);
+    const cairo_matrix_t before = state.matrix;
+    const bool usable = ours && (!matrix || setMatrix(combined(before, *matrix)));
+    const bool drawn = usable && begin();
     for (const char step : {char(mode & kDrawFill), char(mode & kDrawStroke)})
-        if (step) {
-            ours->addTo(context.get(), step == kDrawStroke);
+        if (drawn && step) {
+            ours->addTo(context.get(), step == kDrawStroke, state.range);
             finish(step);
         }
-    cairo_set_matrix(context.get(), &before);
-    return kResultOk;
+    if (matrix)
+        setMatrix(before);
+    if (drawn)
+        return end();
+    return usable ? kResultFalse : kInvalidArgument;
 }
 
 int32_t CairoDevice::drawString(const tchar* text, Rect rect, IFontFace* face, unsigned colorSpec, unsigned alignment) {
@@ -241,9 +297,8 @@ int32_t CairoDevice::drawString(const tchar* text, Rect rect, IFontFace* face, u
         return kInvalidArgument;
     if (!begin())
         return kResultFalse;
-    return drawText(context.get(), text, rect, face, colorSpec, alignment, state.antialiased)
-               ? end()
-               : int32_t(kInvalidArgument);
+    useColor(colorSpec);
+    return drawText(context.get(), text, rect, face, alignment, state.antialiased) ? end() : int32_t(kInvalidArgument);
 }
 
 int32_t CairoDevice::drawBitmap(IBitmap* source, Rect part, Point target, double alpha) {
@@ -251,22 +306,64 @@ int32_t CairoDevice::drawBitmap(IBitmap* source, Rect part, Point target, double
 }
 
 int32_t CairoDevice::drawBitmapStretched(IBitmap* source, Rect part, Rect target, double alpha) {
-    CairoBitmap* ours = CairoBitmap::behind(source);
-    Rect inside;
-    if (!ours || part.isEmpty() || !part.isFinite() || !std::isfinite(alpha) || !toCairo(target, inside))
+    CairoBitmap* from = CairoBitmap::behind(source);
+    const bool usable = !part.isEmpty() && part.isFinite() && !target.isEmpty() && target.isFinite();
+    if (!from || !usable || !std::isfinite(alpha))
         return kInvalidArgument;
-    cairo_surface_t* surface = ours->getSurface();
-    if (!surface || !begin())
+    const cairo_filter_t filter =
+        part.width == target.width && part.height == target.height ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD;
+    if (!keepWithin(from->getWidth(), part.x, part.width, target.x, target.width) ||
+        !keepWithin(from->getHeight(), part.y, part.height, target.y, target.height))
+        return kResultOk;
+    if (!from->getSurface() || !begin())
         return kResultFalse;
-    SourcePattern pattern(surface, part);
-    pattern.place(part, target, part.width == target.width && part.height == target.height);
+    const Transfer transfer = {from, part, target, uint32_t(std::lround(std::clamp(alpha, 0.0, 1.0) * 255)), filter};
+    if (transfer.opacity == 0 || blendPixels(transfer))
+        return kResultOk;
+    paint(transfer);
+    return end(reachOf(target, kDrawFill));
+}
+
+bool CairoDevice::blendPixels(const Transfer& transfer) {
+    const PixelRect part = outwards(transfer.source);
+    PixelRect target;
+    const bool whole = isWhole(transfer.source.x) && isWhole(transfer.source.y) && isWhole(transfer.source.width) &&
+                       isWhole(transfer.source.height);
+    if (!whole || !state.clipIsWhole || state.matrix.xx < 0 || state.matrix.yy < 0 ||
+        !wholePixelsOf(transfer.target, target))
+        return false;
+    const int32_t width = target.right - target.left, height = target.bottom - target.top;
+    const bool asIs = transfer.from != bitmap && width == part.right - part.left && height == part.bottom - part.top;
+    const StretchedCells::Found found =
+        asIs ? StretchedCells::Found{transfer.from->getSurfacePixels().from(part.left, part.top), false}
+             : cells->find(transfer.from, part, width, height, transfer.filter);
+    if (!found.pixels.first)
+        return false;
+    PixelRect seen = target;
+    seen.intersect(state.clip);
+    if (seen.isEmpty())
+        return true;
+    const auto blend = found.isOpaque && transfer.opacity == 255 ? copyRow : blendRow;
+    beginPixels();
+    for (int32_t y = seen.top; y < seen.bottom; ++y)
+        blend(pixels.at(seen.left, y), found.pixels.at(seen.left - target.left, y - target.top), seen.right - seen.left,
+              transfer.opacity);
+    endPixels(seen);
+    return true;
+}
+
+void CairoDevice::paint(const Transfer& transfer) {
+    Rect inside;
+    if (!toCairo(transfer.target, inside))
+        return;
+    PartPattern pattern(transfer.from->getSurfacePixels(), outwards(transfer.source), transfer.from == bitmap);
+    pattern.place(transfer.source, transfer.target, transfer.filter);
     cairo_save(context.get());
     cairo_rectangle(context.get(), inside.x, inside.y, inside.width, inside.height);
     cairo_clip(context.get());
     cairo_set_source(context.get(), pattern.get());
-    cairo_paint_with_alpha(context.get(), std::clamp(alpha, 0.0, 1.0));
+    cairo_paint_with_alpha(context.get(), transfer.opacity / 255.0);
     cairo_restore(context.get());
-    return end();
 }
 
 int32_t CairoDevice::clearRect(Rect rect) {
@@ -279,7 +376,7 @@ int32_t CairoDevice::clearRect(Rect rect) {
     cairo_rectangle(context.get(), inside.x, inside.y, inside.width, inside.height);
     cairo_fill(context.get());
     cairo_set_operator(context.get(), CAIRO_OPERATOR_OVER);
-    return end();
+    return end(reachOf(inside, kDrawFill));
 }
 
 int32_t CairoDevice::setDrawAntialiased(unsigned char antialiased) {
@@ -296,7 +393,7 @@ int32_t CairoDevice::setPenColor(unsigned colorSpec) {
 }
 
 int32_t CairoDevice::setPenWidth(double width) {
-    if (!(width >= 0) || width > kRange)
+    if (!(width >= 0 && width <= kRange))
         return kInvalidArgument;
     penIsApplied = penIsApplied && state.penWidth == width;
     state.penWidth = width;
@@ -304,13 +401,12 @@ int32_t CairoDevice::setPenWidth(double width) {
 }
 
 int32_t CairoDevice::setLineStyle(const LineStyle& style) {
-    const bool countable = style.dashCount >= 0 && style.dashCount <= LineStyle::kMaxDashes;
-    const auto usable = [](double length) { return length >= 0 && length < kRange; };
-    if (!countable || !std::all_of(style.dashLengths, style.dashLengths + style.dashCount, usable))
+    if (style.dashCount < 0 || style.dashCount > LineStyle::kMaxDashes)
         return kInvalidArgument;
-    if (style.dashCount > 0 && std::all_of(style.dashLengths, style.dashLengths + style.dashCount,
-                                           [](double length) { return length < 0.01; }))
-        return kInvalidArgument;  // no end of dashes
+    const double* end = style.dashLengths + style.dashCount;
+    const auto usable = [](double length) { return length >= 0 && length < kRange; };
+    if (!std::all_of(style.dashLengths, end, usable) || (style.dashCount > 0 && lengthOf(style) < kMinDashes))
+        return kInvalidArgument;
     penIsApplied = penIsApplied && state.lineStyle == style;
     state.lineStyle = style;
     return kResultOk;
@@ -322,26 +418,29 @@ int32_t CairoDevice::setBrushColor(unsigned colorSpec) {
 }
 
 int32_t CairoDevice::concatTransformMatrix(const TransformMatrix& matrix) {
-    if (!isUsable(matrix))
-        return kInvalidArgument;
-    const cairo_matrix_t added = cairoMatrix(matrix);
-    cairo_transform(context.get(), &added);
-    return kResultOk;
+    return setMatrix(combined(state.matrix, matrix)) ? kResultOk : kInvalidArgument;
 }
 
 int32_t CairoDevice::setClip(Rect rect) {
-    Rect inside;
+    const bool usable = rect.isFinite();
+    clipTo(usable && !rect.isEmpty() ? rect : Rect());
+    return usable ? kResultOk : kInvalidArgument;
+}
+
+void CairoDevice::clipTo(const Rect& rect) {
+    const PixelRect whole = {0, 0, bitmap->getWidth(), bitmap->getHeight()};
+    PixelRect pixels;
     cairo_reset_clip(context.get());
+    state.clipIsWhole = rect.isEmpty() || wholePixelsOf(rect, pixels);
+    state.clip = rect.isEmpty() ? PixelRect() : pixelsOf(rect);
+    state.clip.intersect(whole);
+    if (state.clipIsWhole && state.clip == whole)
+        return;
+    Rect inside;
     if (!toCairo(rect, inside))
         inside = {};
-    const PixelRect whole = {0, 0, bitmap->getWidth(), bitmap->getHeight()};
-    state.clip = inside.isEmpty() ? PixelRect{} : pixelsOf(inside);
-    state.clip.intersect(whole);
-    if (state.clip == whole)
-        return kResultOk;
     cairo_rectangle(context.get(), inside.x, inside.y, inside.width, inside.height);
     cairo_clip(context.get());
-    return inside.isEmpty() ? kInvalidArgument : kResultOk;
 }
 
 int32_t CairoDevice::saveGlobalState() {
@@ -369,7 +468,7 @@ IFastLines* CairoDevice::createFastLines(int count) {
 }
 
 int32_t CairoDevice::drawFastLines(IFastLines* lines) {
-    const CairoFastLines* ours = CairoFastLines::behind(lines);
+    const auto* ours = objectBehind<CairoFastLines>(lines);
     if (!ours)
         return kInvalidArgument;
     if (!begin())
@@ -380,7 +479,8 @@ int32_t CairoDevice::drawFastLines(IFastLines* lines) {
         cairo_move_to(context.get(), within(from.x), within(from.y));
         cairo_line_to(context.get(), within(to.x), within(to.y));
     }
-    return finish(kDrawStroke);
+    finish(kDrawStroke);
+    return end();
 }
 
 IFastRects* CairoDevice::createFastRects(int count) {
@@ -390,7 +490,7 @@ IFastRects* CairoDevice::createFastRects(int count) {
 }
 
 int32_t CairoDevice::drawFastRects(IFastRects* rects, char mode) {
-    const CairoFastRects* ours = CairoFastRects::behind(rects);
+    const auto* ours = objectBehind<CairoFastRects>(rects);
     if (!ours)
         return kInvalidArgument;
     if (!begin())
@@ -399,7 +499,8 @@ int32_t CairoDevice::drawFastRects(IFastRects* rects, char mode) {
     for (const Rect& rect : ours->rects)
         if (toCairo(rect, inside) && !(mode == kDrawFill && fillPixels(inside)))
             cairo_rectangle(context.get(), inside.x, inside.y, inside.width, inside.height);
-    return finish(mode);
+    finish(mode);
+    return end();
 }
 
 }  // namespace Tessarine::Graphics

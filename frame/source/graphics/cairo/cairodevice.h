@@ -1,8 +1,9 @@
 #pragma once
 #include "base/source/cmobject.h"
-#include "frame/source/graphics/cairo/cairobitmap.h"
+#include "frame/source/graphics/cairo/cairocells.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "pluginterfaces/graphics/idrawdevice.h"
+#include <algorithm>
 #include <cairo.h>
 #include <memory>
 #include <vector>
@@ -19,7 +20,7 @@ class CairoDevice : public FObject, public IDrawDevice {
 public:
     DECLARE_CLASS_NAME(CairoDevice, FObject)
     FORWARD_REFCOUNT(FObject)
-    /** Null: the bitmap has no surface. scale: pixels of a unit, above 0. */
+    /** Null: the bitmap has no surface. scale: pixels of a unit, 0.001 to 1,000. */
     static CairoDevice* create(CairoBitmap* bitmap, double scale);
     CairoDevice(const CairoDevice&) = delete;
     CairoDevice& operator=(const CairoDevice&) = delete;
@@ -55,27 +56,55 @@ private:
         double penWidth = 1;
         LineStyle lineStyle;
         bool antialiased = false;
-        PixelRect clip;  // the smallest in pixels that holds it
+        PixelRect clip;           // the smallest in pixels that holds it
+        bool clipIsWhole = true;  // and it is no smaller
+        cairo_matrix_t matrix{};  // of the context
+        double range = 0;         // coordinates that stay in those of cairo
+    };
+    /** Where a bitmap's part comes from and goes to. */
+    struct Transfer {
+        CairoBitmap* from;
+        Rect source;
+        Rect target;
+        uint32_t opacity;  // 255ths
+        cairo_filter_t filter;
     };
 
-    CairoDevice(CairoBitmap* bitmap, cairo_t* context);
+    CairoDevice(CairoBitmap* bitmap, cairo_t* context, const cairo_matrix_t& matrix);
     /** Brings the surface up to date; false: it can't be drawn on now. */
     bool begin();
-    /** Something was drawn. Answers the result. */
+    /** Something was drawn within the clip, and the rectangle. Answers the result. */
     int32_t end();
+    int32_t end(const Rect& drawn);
     void useColor(uint32_t spec);
     void applyPen();
     /** Fills, strokes, or both, what the current path holds. */
-    int32_t finish(char mode);
-    /** Within the range of cairo's coordinates. */
-    double within(double coordinate) const;
+    void finish(char mode);
+    bool setMatrix(const cairo_matrix_t& matrix);
+    double within(double coordinate) const { return std::clamp(coordinate, -state.range, state.range); }
+    /** Within the range, so that a huge rectangle covers what it should. */
     bool toCairo(const Rect& rect, Rect& result) const;
+    /** With the room that a mode takes around a shape. */
+    Rect reachOf(const Rect& shape, char mode) const;
+    bool isUpright() const { return state.matrix.xy == 0 && state.matrix.yx == 0; }
+    /** In pixels: the rectangle around it. */
+    Rect deviceRect(const Rect& rect) const;
     PixelRect pixelsOf(const Rect& rect) const;
-    /** A rectangle of whole pixels in one opaque colour, past cairo. False: it isn't one. */
+    /** False: its sides lie within pixels, or it is turned. */
+    bool wholePixelsOf(const Rect& rect, PixelRect& pixels) const;
+    void clipTo(const Rect& rect);
+    /** Pixels are changed past cairo. */
+    void beginPixels();
+    void endPixels(const PixelRect& drawn);
+    /** A rectangle of whole pixels in one opaque colour. False: it isn't one. */
     bool fillPixels(const Rect& rect);
+    bool blendPixels(const Transfer& transfer);
+    void paint(const Transfer& transfer);
 
     const IPtr<CairoBitmap> bitmap;
     const ContextHolder context;
+    const PixelRows pixels;  // of the bitmap's surface
+    const IPtr<StretchedCells> cells = StretchedCells::shared();
     State state;
     std::vector<State> saved;
     uint32_t sourceColor = 0;  // of the context

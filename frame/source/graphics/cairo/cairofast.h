@@ -14,8 +14,6 @@ public:
 
     DECLARE_CLASS_NAME(CairoFastLines, FObject)
     FORWARD_REFCOUNT(FObject)
-    /** The object behind a face; null: it is of somebody else. Borrowed, as below. */
-    static const CairoFastLines* behind(IFastLines* lines);
     int32_t queryInterface(const char* iid, void** obj) override;
     int32_t addLine(Point from, Point to) override { return lines.push_back({from, to}), kResultOk; }
 
@@ -26,7 +24,6 @@ class CairoFastRects : public FObject, public IFastRects {
 public:
     DECLARE_CLASS_NAME(CairoFastRects, FObject)
     FORWARD_REFCOUNT(FObject)
-    static const CairoFastRects* behind(IFastRects* rects);
     int32_t queryInterface(const char* iid, void** obj) override;
     int32_t addRect(Rect rect) override { return rects.push_back(rect), kResultOk; }
 

@@ -48,11 +48,6 @@ private:
     const IPtr<CairoPath> path;
 };
 
-CairoPath* CairoPath::behind(IGraphicsPath* path) {
-    FObject* object = frameworkObject(path);
-    return object && object->isA(className()) ? static_cast<CairoPath*>(object) : nullptr;
-}
-
 int32_t CairoPath::queryInterface(const char* iid, void** obj) {
     return answerInterface<IGraphicsPath>(this, iid, obj) ? kResultOk : FObject::queryInterface(iid, obj);
 }
@@ -86,28 +81,24 @@ int32_t CairoPath::getBoundingBox(Rect& box) {
     return kResultOk;
 }
 
-void CairoPath::addTo(cairo_t* context, bool outlined) const {
+void CairoPath::addTo(cairo_t* context, bool outlined, double range) const {
+    const auto within = [range](double coordinate) { return std::clamp(coordinate, -range, range); };
     bool shown = true;
     for (const auto& [kind, points] : elements) {
-        if (kind == kMove || kind == kMoveUnfilled)
-            shown = outlined || kind == kMove;
+        const bool begins = kind == kMove || kind == kMoveUnfilled;
+        shown = begins ? outlined || kind == kMove : shown;
+        const double x = within(points[0].x), y = within(points[0].y);
         if (!shown)
             continue;
-        switch (kind) {
-        case kMove:
-        case kMoveUnfilled:
-            cairo_move_to(context, points[0].x, points[0].y);
-            break;
-        case kLine:
-            cairo_line_to(context, points[0].x, points[0].y);
-            break;
-        case kCurve:
-            cairo_curve_to(context, points[0].x, points[0].y, points[1].x, points[1].y, points[2].x, points[2].y);
-            break;
-        case kClose:
+        if (begins)
+            cairo_move_to(context, x, y);
+        else if (kind == kLine)
+            cairo_line_to(context, x, y);
+        else if (kind == kCurve)
+            cairo_curve_to(context, x, y, within(points[1].x), within(points[1].y), within(points[2].x),
+                           within(points[2].y));
+        else
             cairo_close_path(context);
-            break;
-        }
     }
 }
 

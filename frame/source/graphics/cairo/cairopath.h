@@ -11,15 +11,13 @@ public:
     DECLARE_CLASS_NAME(CairoPath, FObject)
     FORWARD_REFCOUNT(FObject)
     CairoPath() = default;
-    /** The path behind a face; null: it is of somebody else. Borrowed. */
-    static CairoPath* behind(IGraphicsPath* path);
 
     int32_t queryInterface(const char* iid, void** obj) override;
     IGraphicsPathAccessor* open() override;
     int32_t getBoundingBox(Rect& box) override;
 
-    /** Adds the figures to the current path, those that aren't to be filled only when outlined. */
-    void addTo(cairo_t* context, bool outlined) const;
+    /** Adds the figures to the current path, those that aren't to be filled only when outlined. Coordinates stop at range. */
+    void addTo(cairo_t* context, bool outlined, double range) const;
 
 private:
     class Accessor;

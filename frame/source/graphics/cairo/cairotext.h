@@ -4,8 +4,9 @@
 
 namespace Tessarine::Graphics {
 
-/** Draws a text as IDrawDevice::drawString() says, and leaves the context as it was. False: the face is of somebody else. */
-bool drawText(cairo_t* context, const tchar* text, const Rect& rect, IFontFace* face, uint32_t colorSpec,
-              unsigned alignment, bool antialiased);
+/** Draws a text as IDrawDevice::drawString() says, in the context's colour, and leaves the context as it was but for its font.
+    False: the face is of somebody else. */
+bool drawText(cairo_t* context, const tchar* text, const Rect& rect, IFontFace* face, unsigned alignment,
+              bool antialiased);
 
 }  // namespace Tessarine::Graphics

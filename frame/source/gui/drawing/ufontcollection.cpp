@@ -114,7 +114,10 @@ bool UFontCollection::registerApplicationFonts() {
     FNPath folder(*application);
     folder.goDown(u"fonts");
     const OPtr<FolderFiles> files(new FolderFiles(folder));
-    return all->registerFonts(files) == kResultOk;
+    if (all->registerFonts(files) != kResultOk)
+        return false;
+    termUFontFaceCache();  // names may mean other fonts now
+    return true;
 }
 
 }  // namespace Tessarine

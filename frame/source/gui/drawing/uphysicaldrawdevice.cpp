@@ -1,4 +1,5 @@
 #include "gui/drawing/uphysicaldrawdevice.h"
+#include "base/source/finitializer.h"
 #include "gui/drawing/hooks.h"
 #include "gui/drawing/irealtimetranslator.h"
 #include "gui/drawing/ubitmap.h"
@@ -19,6 +20,12 @@ bool gPaintOvalUsePen = false;
 
 namespace {
 constexpr float kWholeTurn = 6.2831855F;
+
+bool endDrawing() {
+    UPhysicalDrawDevice::setFactory(nullptr);
+    return true;
+}
+const OneTimeProcedure DrawingTerminator(false, endDrawing, "UPhysicalDrawDevice", 0);
 
 IPtr<IFactory>& hostFactory() {
     static IPtr<IFactory> factory;

@@ -1,0 +1,95 @@
+#include "frame/source/gui/drawing/bitmapcells.h"
+#include "gui/drawing/bitmappixelaccessor.h"
+#include <algorithm>
+
+namespace Tessarine {
+namespace {
+constexpr int64_t kManyTiles = 64;
+constexpr int32_t kPatternSide = 256;
+
+/** One direction of a cell. */
+struct Span {
+    int32_t source, sourceLength, target, targetLength;
+    int32_t offset;
+    bool repeats;
+    int64_t from, to;  // visible
+
+    int64_t countTiles() const { return repeats ? (to - from + sourceLength - 1) / sourceLength : 1; }
+    /** How many go into a larger tile. */
+    int32_t countGathered() const { return countTiles() > 1 ? std::max(kPatternSide / sourceLength, 1) : 1; }
+};
+
+Span across(const BitmapCell& cell, const URect& visible) {
+    return {cell.source.left,       cell.source.getWidth(), cell.target.left,
+            cell.target.getWidth(), cell.offset.x,          (cell.repeats & kRepeatCellHoriz) != 0,
+            int64_t(visible.left),  int64_t(visible.right)};
+}
+
+Span down(const BitmapCell& cell, const URect& visible) {
+    return {cell.source.top,         cell.source.getHeight(), cell.target.top,
+            cell.target.getHeight(), cell.offset.y,           (cell.repeats & kRepeatCellVerti) != 0,
+            int64_t(visible.top),    int64_t(visible.bottom)};
+}
+
+/** Shows each piece of the span: source, its length, target, its length. */
+template <class Show>
+void eachPiece(const Span& span, const Show& show) {
+    if (!span.repeats)
+        return show(span.source, span.sourceLength, span.target, span.targetLength);
+    const int64_t first = int64_t(span.target) - span.offset % span.sourceLength;
+    for (int64_t tile = span.from - (span.from - first) % span.sourceLength; tile < span.to;
+         tile += span.sourceLength) {
+        const int64_t from = std::max(tile, span.from), to = std::min(tile + span.sourceLength, span.to);
+        const auto length = int32_t(to - from);
+        show(span.source + int32_t(from - tile), length, int32_t(from), length);
+    }
+}
+
+/** The part so many times in both directions. */
+OPtr<UBitmap> patternOf(UBitmap* bitmap, const URect& source, int32_t columns, int32_t rows) {
+    const OPtr<UBitmap> part(bitmap->getSection(source));
+    if (!part)
+        return nullptr;
+    OPtr<UBitmap> pattern(new UBitmap(UPoint(source.getWidth() * columns, source.getHeight() * rows), 32));
+    const BitmapPixelAccessor in(part->getBitmap(), Graphics::kLockRead);
+    const BitmapPixelAccessor out(pattern->getBitmap(), Graphics::kLockWrite);
+    if (!in.isValid() || !out.isValid())
+        return nullptr;
+    for (int32_t y = 0; y < out.getHeight(); ++y)
+        for (int32_t x = 0; x < out.getWidth(); x += in.getWidth())
+            std::copy_n(in.row(y % in.getHeight()), in.getWidth(), out.row(y) + x);
+    pattern->setAlphaFactor(part->getAlphaFactor());
+    return pattern;
+}
+
+bool drawPieces(UBitmap* bitmap, const Span& columns, const Span& rows, const DrawBitmapPart& draw) {
+    bool drawn = false;
+    eachPiece(rows, [&](int32_t fromY, int32_t fromHeight, int32_t y, int32_t height) {
+        eachPiece(columns, [&](int32_t fromX, int32_t fromWidth, int32_t x, int32_t width) {
+            drawn |= draw(bitmap, URect(UPoint(fromX, fromY), UPoint(fromWidth, fromHeight)),
+                          URect(UPoint(x, y), UPoint(width, height)));
+        });
+    });
+    return drawn;
+}
+}  // namespace
+
+bool drawBitmapCell(UBitmap* bitmap, const BitmapCell& cell, const URect& visible, const DrawBitmapPart& draw) {
+    URect seen(cell.target);
+    if (!bitmap || cell.source.isEmpty() || !seen.intersect(visible))
+        return false;
+    if (cell.repeats == kStretchCell)
+        return draw(bitmap, cell.source, cell.target);
+    const Span columns = across(cell, seen), rows = down(cell, seen);
+    if (columns.countTiles() * rows.countTiles() <= kManyTiles)
+        return drawPieces(bitmap, columns, rows, draw);
+    const int32_t timesX = columns.countGathered(), timesY = rows.countGathered();
+    const OPtr<UBitmap> pattern(timesX * timesY > 1 ? patternOf(bitmap, cell.source, timesX, timesY) : nullptr);
+    if (!pattern)
+        return drawPieces(bitmap, columns, rows, draw);
+    const BitmapCell larger = {URect(0, 0, pattern->getWidth(), pattern->getHeight()), cell.target, cell.repeats,
+                               cell.offset};
+    return drawPieces(pattern, across(larger, seen), down(larger, seen), draw);
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,98 @@
+#include "gui/drawing/udynamicbitmap.h"
+#include "frame/source/gui/drawing/bitmapcells.h"
+#include "gui/drawing/ubitmapweaver.h"
+#include "gui/drawing/uoffscreen.h"
+#include <algorithm>
+
+namespace Tessarine {
+
+IMPLEMENT_CLASS(UDynamicBitmap, UDelegatedBitmap)
+
+namespace {
+int32_t length(int64_t from, int64_t to) {
+    return UPoint::clip(std::max<int64_t>(to - from, 0));
+}
+
+/** A tile is all that may be repeated, also where the source begins within it. */
+void beginTile(int32_t& cellStart, int32_t& offset, int32_t source, int32_t middle) {
+    const int32_t tileStart = std::max(middle, 0);
+    offset = length(tileStart, source);
+    cellStart = std::min(cellStart, tileStart);
+}
+}  // namespace
+
+UDynamicBitmap::UDynamicBitmap(UBitmap* target, const UPoint& size, const URect& center, int32_t style)
+    : UDelegatedBitmap(target), size(size), center(center), style(style) {}
+
+int32_t UDynamicBitmap::getWidth() {
+    return size.x > 0 ? size.x : UDelegatedBitmap::getWidth();
+}
+
+int32_t UDynamicBitmap::getHeight() {
+    return size.y > 0 ? size.y : UDelegatedBitmap::getHeight();
+}
+
+BitmapCell UDynamicBitmap::cellOf(const Marginator& cells, const UPoint& origin, int32_t column, int32_t row) const {
+    BitmapCell cell = {cells.source(column, row), cells.target(column, row)};
+    if (column == Marginator::kMiddle && (style & kRepeatHoriz) != 0) {
+        cell.repeats |= kRepeatCellHoriz;
+        beginTile(cell.source.left, cell.offset.x, origin.x, center.left);
+    }
+    if (row == Marginator::kMiddle && (style & kRepeatVerti) != 0) {
+        cell.repeats |= kRepeatCellVerti;
+        beginTile(cell.source.top, cell.offset.y, origin.y, center.top);
+    }
+    return cell;
+}
+
+bool UDynamicBitmap::drawCells(UPhysicalDrawDevice* device, const URect& source, const URect& rect,
+                               const DrawPart& drawPart) {
+    if (!device || !target || source.isEmpty() || rect.isEmpty())
+        return false;
+    const URect whole(source.left, source.top, target->getWidth(), target->getHeight());
+    const URect margins(length(source.left, center.left), length(source.top, center.top),
+                        length(std::min(center.right, source.right), whole.right),
+                        length(std::min(center.bottom, source.bottom), whole.bottom));
+    URect visible;
+    device->getClip(visible);
+    const Marginator cells(whole, rect, visible, margins);
+    bool drawn = false;
+    for (int32_t row = 0; row < Marginator::kCells; ++row)
+        for (int32_t column = 0; column < Marginator::kCells; ++column)
+            drawn |= drawBitmapCell(target, cellOf(cells, source.getOrigin(), column, row), visible, drawPart);
+    return drawn;
+}
+
+bool UDynamicBitmap::draw(UPhysicalDrawDevice* device, const URect& source, const URect& rect, int16_t mode) {
+    return drawCells(device, source, rect, [device, mode](UBitmap* part, const URect& from, const URect& to) {
+        return part->draw(device, from, to, mode);
+    });
+}
+
+bool UDynamicBitmap::drawAlpha(UPhysicalDrawDevice* device, const URect& source, const URect& rect, double alpha) {
+    return drawCells(device, source, rect, [device, alpha](UBitmap* part, const URect& from, const URect& to) {
+        return part->drawAlpha(device, from, to, alpha);
+    });
+}
+
+UBitmap* UDynamicBitmap::drawn(const URect& source, const UPoint& newSize) {
+    OPtr<UBitmap> copy(new UBitmap(newSize, getBitDepth()));
+    UOffscreen device(copy);
+    if (!drawAlpha(&device, source, URect(UPoint(), newSize), 1.0))
+        return nullptr;
+    describe(*copy);
+    return copy.detach();
+}
+
+UBitmap* UDynamicBitmap::getSection(const URect& rect) {
+    OPtr<UBitmap> whole(drawn(bounds(), UPoint(getWidth(), getHeight())));
+    return !whole || rect == bounds() ? whole.detach() : whole->getSection(rect);
+}
+
+UBitmap* UDynamicBitmap::copyScaled(const Graphics::Point& newSize, ScalingAlgorithm /*algorithm*/) {
+    constexpr int32_t kMaxSide = Graphics::IBitmapFactory::kMaxSide;
+    const bool fits = newSize.x >= 1 && newSize.y >= 1 && newSize.x <= kMaxSide && newSize.y <= kMaxSide;
+    return fits ? drawn(bounds(), UPoint(int32_t(newSize.x), int32_t(newSize.y))) : nullptr;
+}
+
+}  // namespace Tessarine

@@ -1,0 +1,46 @@
+#pragma once
+#include "gui/drawing/uscheme.h"
+#include <span>
+#include <string>
+
+namespace Gallery {
+using namespace Tessarine;  // nothing else lives here
+
+/** A picture of one family of what can be drawn, in units. */
+struct Page {
+    const char* name;
+    int32_t width, height;
+    void (*draw)(UDrawDevice& device, UScheme& scheme);
+};
+
+std::span<const Page> allPages();
+
+/** Cells in rows, each with a caption below. */
+class Sheet {
+public:
+    Sheet(UDrawDevice& device, UScheme& scheme, const UPoint& cell, int32_t columns);
+
+    /** The cell's place without the caption. */
+    URect next(const char* caption);
+    /** A rectangle of this size in the middle of the next cell. */
+    URect next(const char* caption, const UPoint& size);
+
+private:
+    UDrawDevice& device;
+    UScheme& scheme;
+    const UPoint cell;
+    const int32_t columns;
+    int32_t count = 0;
+};
+
+void drawShapes(UDrawDevice& device, UScheme& scheme);
+void drawDialog(UDrawDevice& device, UScheme& scheme);
+void drawLines(UDrawDevice& device, UScheme& scheme);
+void drawPolygons(UDrawDevice& device, UScheme& scheme);
+void drawAlignments(UDrawDevice& device, UScheme& scheme);
+void drawScripts(UDrawDevice& device, UScheme& scheme);
+void drawBitmaps(UDrawDevice& device, UScheme& scheme);
+void drawWeaver(UDrawDevice& device, UScheme& scheme);
+void drawFilters(UDrawDevice& device, UScheme& scheme);
+void drawColors(UDrawDevice& device, UScheme& scheme);
+}  // namespace Gallery
