@@ -10,6 +10,7 @@ endif()
 set(FUZZ_png tessarine_platform_graphics)
 set(FUZZ_jpeg tessarine_platform_graphics)
 set(FUZZ_bmp tessarine_platform_graphics)
+set(FUZZ_filters tessarine_drawing)
 
 file(GLOB _fuzzers CONFIGURE_DEPENDS fuzz/*_fuzz.cpp)
 foreach(_fuzzer IN LISTS _fuzzers)

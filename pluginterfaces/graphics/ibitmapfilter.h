@@ -51,8 +51,8 @@ public:
 
 class IBitmapFilterFactory : public FUnknown {
 public:
-    /** Makes the filter of a name, with a reference for the caller. */
-    using Creator = IBitmapFilter* (*)(const char* name, FUnknown* factory);
+    /** Makes the filter of a name, with a reference for the caller. Behind bitmaps stands the IBitmapFactory of its results. */
+    using Creator = IBitmapFilter* (*)(const char* name, FUnknown* bitmaps);
 
     virtual unsigned countFilters() = 0;
     /** Borrowed; null out of range. */

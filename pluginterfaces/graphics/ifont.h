@@ -29,7 +29,7 @@ class IFontDescription : public FUnknown {
 public:
     /** Borrowed. */
     virtual const tchar* getName() = 0;
-    /** With a reference for the caller. Null: size isn't above 0 and below 1,000. */
+    /** With a reference for the caller. Null: size isn't from 0.1 to below 1,000, or there is no font at all. */
     virtual IFontFace* createFace(double size, unsigned style) = 0;
 
     DECLARE_INTERFACE(IFontDescription)

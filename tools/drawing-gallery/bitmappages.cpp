@@ -100,6 +100,15 @@ UBitmap* changed(UBitmap* source, Operation operation) {
     return copy;
 }
 
+UBitmap* whiteReplaced(UBitmap* source) {
+    const OPtr<Graphics::IBitmapFilter> filter(UBitmap::createFilter("ReplaceColor"));
+    if (!filter)
+        return nullptr;
+    filter->setInputValue("colorToReplace", FVariant(int64_t(0xFFFFFFFF)));
+    filter->setInputValue("replaceColor", FVariant(int64_t(0xFFC00000)));
+    return source->copyProcessed(filter);
+}
+
 struct FilterRow {
     const char* caption;
     Change change;
@@ -132,6 +141,7 @@ const FilterRow kFilters[] = {
      [](UBitmap* b) {
          return b->copyScaled({90, 90}, UBitmap::kScaleByDrawing);
      }                                                                                                                        },
+    {"white turned to red",      whiteReplaced                                                                                },
     {"filled, alpha kept",
      [](UBitmap* b) { return changed(b, [](UBitmap& c) { c.colorFill(standard(kRed), UBitmap::kFillKeepAlpha); }); }          },
 };

@@ -10,7 +10,7 @@ public:
     virtual ~IRealtimeTranslator() = default;
     /** Borrowed until the next call. */
     virtual const tchar* translate(const tchar* text) = 0;
-    /** In pixels, rounded up. */
+    /** In pixels, rounded up. By the font's face: UDrawDevice would ask here again. */
     virtual int32_t getStringWidth(const UFont& font, const tchar* text) = 0;
 
     /** Borrowed; null: texts are drawn as they stand. */

@@ -107,6 +107,8 @@ protected:
     URect bounds() { return {0, 0, getWidth(), getHeight()}; }
     /** The one at the end of all targets; null: there is none. Borrowed. */
     UBitmap* pixelOwner();
+    /** The bitmap, null or not, is this one or stands for it. */
+    bool isBehind(UBitmap* bitmap) const;
     /** Gives a copy what belongs to the pixels but isn't of them. */
     void describe(UBitmap& copy);
 
@@ -121,6 +123,8 @@ private:
     bool drawDisabled(UPhysicalDrawDevice* device, const URect& source, const URect& target);
     /** From one that has pixels of its own, cut to what is there on both sides. */
     bool copyPixels(UBitmap* from, const URect& source, const UPoint& target);
+    /** From any, of one size; what that doesn't show becomes transparent. */
+    bool copyShown(UBitmap* from, const URect& source, const URect& target);
     UBitmap* scaledByArea(const UPoint& newSize);
     UBitmap* scaledByDrawing(const UPoint& newSize);
 

@@ -11,7 +11,7 @@ public:
     DECLARE_CLASS(UBitmapCollection, UBitmap)
     UBitmapCollection() = default;
 
-    /** Shares the bitmap; names may repeat, and null is empty. false: no bitmap. */
+    /** Shares the bitmap; names may repeat, and null is empty. false: no bitmap, or one that stands for this. */
     bool addImage(UBitmap* bitmap, const char* name);
     /** As UBitmapResource; false: it isn't there. */
     bool addImage(int32_t id, void* module);

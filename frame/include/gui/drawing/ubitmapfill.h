@@ -4,7 +4,7 @@
 
 namespace Tessarine {
 
-/** A tile of one colour, which covers whatever it is drawn into. */
+/** A tile of one colour, which covers whatever it is drawn into, and of which any part can be taken. */
 class UBitmapFill : public UBitmap {
 public:
     DECLARE_ABSTRACT_CLASS(UBitmapFill, UBitmap)
@@ -13,6 +13,7 @@ public:
 
     const UColor& getColor() const { return color; }
 
+    UBitmap* getSection(const URect& rect) override;
     bool draw(UPhysicalDrawDevice* device, const URect& source, const URect& target, int16_t mode) override;
     bool drawAlpha(UPhysicalDrawDevice* device, const URect& source, const URect& target, double alpha) override;
 

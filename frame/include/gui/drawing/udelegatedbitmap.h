@@ -34,7 +34,7 @@ public:
     explicit UDelegatedBitmap(UBitmap* target = nullptr) : target(target) {}
 
     UBitmap* getTargetBitmap() override { return target; }
-    /** Null is allowed; itself is not, and changes nothing. */
+    /** Null is allowed; what stands for this one is not, and changes nothing. */
     void delategateTo(UBitmap* newTarget);
 
 protected:

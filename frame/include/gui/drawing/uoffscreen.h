@@ -3,7 +3,8 @@
 
 namespace Tessarine {
 
-/** Draws onto a bitmap; its clip never reaches beyond that. Without pixels, and while they are locked, nothing is drawn. */
+/** Draws onto what a bitmap shows, and never beyond: of one that stands for a part of another, onto that part. Without pixels,
+    and while they are locked, nothing is drawn. */
 class UOffscreen : public UPhysicalDrawDevice {
 public:
     DECLARE_CLASS_NAME(UOffscreen, UPhysicalDrawDevice)

@@ -53,6 +53,7 @@ public:
 
     UColor() = default;
     explicit UColor(uint32_t spec) { fromColorSpec(spec); }
+    explicit UColor(UStandardColor color) : UColor(getStandardColorSpec(color)) {}
     UColor(uint16_t red, uint16_t green, uint16_t blue, uint16_t alpha = kOpaque)
         : red(red), green(green), blue(blue), alpha(alpha) {}
 

@@ -4,8 +4,8 @@
 namespace Tessarine::Graphics {
 
 BitmapFilterFactory::BitmapFilterFactory(IBitmapFactory* bitmaps) : bitmaps(bitmaps) {
-    for (const char* name : BitmapFilterImplementation::kDefaultFilterNames)
-        registerFilter(BitmapFilterImplementation::CreateDefaultBitmapFilter, name);
+    for (const auto& filter : BitmapFilterImplementation::kDefaultFilters)
+        registerFilter(BitmapFilterImplementation::CreateDefaultBitmapFilter, filter.name);
 }
 
 int32_t BitmapFilterFactory::queryInterface(const char* iid, void** obj) {

@@ -13,6 +13,12 @@ void forEachRow(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to, 
     for (int32_t y = 0; y < to.getHeight(); ++y)
         row(to.row(y), from.row(y), to.getWidth());
 }
+
+/** What a value is away from the middle, as a part of the range, which stays a number that can be reckoned with. */
+double shiftOf(double value, double range) {
+    constexpr double kFarAway = 1e9;
+    return (std::clamp(value, -kFarAway, kFarAway) - 0.5) * range;
+}
 }  // namespace
 
 void ReplaceColor::init() {
@@ -64,9 +70,8 @@ void AdjustHSL::buildTable(double percent) {
 }
 
 void AdjustHSL::process(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to) {
-    const auto shift = [this](const char* name, double range) { return (getFloat(name) - 0.5) * range; };
-    const double hue = shift("hueOffset", 360), saturation = shift("saturationShift", 200),
-                 luminance = shift("luminanceShift", 200);
+    const double hue = shiftOf(getFloat("hueOffset"), 360), saturation = shiftOf(getFloat("saturationShift"), 200),
+                 luminance = shiftOf(getFloat("luminanceShift"), 200);
     const bool changes = hue != 0 || saturation != 0 || luminance != 0;
     buildTable(luminance);
     const double turn = std::fmod(std::trunc(hue / 360 * 255), 255), factor = saturationFactor(saturation);

@@ -1,8 +1,8 @@
 #include "frame/source/graphics/bitmapfilters/areascale.h"
 #include "frame/source/graphics/bitmapfilters/colorfilters.h"
 #include "frame/source/graphics/bitmapfilters/transformfilters.h"
-#include <cstring>
-#include <iterator>
+#include <algorithm>
+#include <string_view>
 
 namespace Tessarine::Graphics::BitmapFilterImplementation {
 namespace {
@@ -10,25 +10,25 @@ template <class Filter>
 FilterBase* made(IBitmapFactory* bitmaps) {
     return new Filter(bitmaps);
 }
-
-using Maker = FilterBase* (*)(IBitmapFactory* bitmaps);
-constexpr Maker kMakers[] = {made<AdjustHSL>, made<Desaturate>, made<ReplaceColor>, made<Tint>,
-                             made<Mirror>,    made<Rotate>,     made<PNMScale>};
 }  // namespace
 
-const char* const kDefaultFilterNames[7] = {"AdjustHSL", "Desaturate", "ReplaceColor", "Tint",
-                                            "Mirror",    "Rotate",     "PNMScale"};
-static_assert(std::size(kDefaultFilterNames) == std::size(kMakers));
+constinit const DefaultFilter kDefaultFilters[] = {
+    {"AdjustHSL",    made<AdjustHSL>   },
+    {"Desaturate",   made<Desaturate>  },
+    {"ReplaceColor", made<ReplaceColor>},
+    {"Tint",         made<Tint>        },
+    {"Mirror",       made<Mirror>      },
+    {"Rotate",       made<Rotate>      },
+    {"PNMScale",     made<PNMScale>    },
+};
 
 IBitmapFilter* CreateDefaultBitmapFilter(const char* name, FUnknown* bitmaps) {
-    const FUnknownPtr<IBitmapFactory> factory(bitmaps);
-    for (size_t index = 0; index < std::size(kMakers); ++index)
-        if (std::strcmp(name, kDefaultFilterNames[index]) == 0) {
-            FilterBase* filter = kMakers[index](factory);
-            filter->init();
-            return filter;
-        }
-    return nullptr;
+    const auto row = std::ranges::find(kDefaultFilters, std::string_view(name), &DefaultFilter::name);
+    if (row == std::end(kDefaultFilters))
+        return nullptr;
+    FilterBase* filter = row->make(FUnknownPtr<IBitmapFactory>(bitmaps));
+    filter->init();
+    return filter;
 }
 
 }  // namespace Tessarine::Graphics::BitmapFilterImplementation

@@ -69,6 +69,11 @@ private:
 
 /** The filter of one of the names that come with the system; the factory of bitmaps stands behind its second argument. */
 IBitmapFilter* CreateDefaultBitmapFilter(const char* name, FUnknown* bitmaps);
-extern const char* const kDefaultFilterNames[7];
+
+struct DefaultFilter {
+    const char* name;
+    FilterBase* (*make)(IBitmapFactory* bitmaps);
+};
+extern const DefaultFilter kDefaultFilters[7];
 
 }  // namespace Tessarine::Graphics::BitmapFilterImplementation

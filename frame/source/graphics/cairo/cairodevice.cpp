@@ -9,7 +9,9 @@
 
 namespace Tessarine::Graphics {
 namespace {
-constexpr double kRange = 1e5;  // in pixels; cairo holds more, but draws each dash on the way there
+constexpr double kRange = 1e5;        // in pixels; cairo holds more, but draws each dash on the way there
+constexpr double kFarthest = 1e9;     // side of a clip: whole ones stay whole, and no matrix makes them endless
+constexpr double kMaxStretch = 1e12;  // of bitmaps: their matrices can be inverted, for cairo insists on it
 constexpr double kMaxScale = 1000;
 constexpr double kMinScale = 0.001;
 constexpr double kFlat = 1e-6;        // of one direction against the other: strokes of such pens have no end
@@ -45,7 +47,8 @@ double rangeUnder(const cairo_matrix_t& m) {
     const double scale = std::max(std::fabs(m.xx) + std::fabs(m.xy), std::fabs(m.yx) + std::fabs(m.yy));
     const double offset = std::max(std::fabs(m.x0), std::fabs(m.y0));
     const double area = std::fabs(m.xx * m.yy - m.xy * m.yx);
-    const bool usable = scale >= kMinScale && scale <= kMaxScale && area >= scale * scale * kFlat && offset < kRange;
+    const bool isNear = std::fabs(m.x0) < kRange && std::fabs(m.y0) < kRange;
+    const bool usable = scale >= kMinScale && scale <= kMaxScale && area >= scale * scale * kFlat && isNear;
     return usable ? (kRange - offset) / scale : 0;
 }
 
@@ -65,6 +68,13 @@ PixelRect outwards(const Rect& rect) {
     return {floorOf(rect.x), floorOf(rect.y), -floorOf(-(rect.x + rect.width)), -floorOf(-(rect.y + rect.height))};
 }
 
+/** Of a finite rectangle, as much as is within a distance of the origin. */
+Rect limited(const Rect& rect, double distance) {
+    const double left = std::clamp(rect.x, -distance, distance), top = std::clamp(rect.y, -distance, distance);
+    return {left, top, std::clamp(rect.x + rect.width, -distance, distance) - left,
+            std::clamp(rect.y + rect.height, -distance, distance) - top};
+}
+
 Rect around(const Point& a, const Point& b) {
     return {std::min(a.x, b.x), std::min(a.y, b.y), std::fabs(a.x - b.x), std::fabs(a.y - b.y)};
 }
@@ -72,11 +82,11 @@ Rect around(const Point& a, const Point& b) {
 /** Cuts what leaves 0 to limit off a source, and as much off its target. False: nothing is left. */
 bool keepWithin(double limit, double& source, double& sourceLength, double& target, double& targetLength) {
     const double start = std::max(source, 0.0), end = std::min(source + sourceLength, limit);
-    if (start >= end)
+    const double factor = targetLength / sourceLength;
+    if (start >= end || !(factor > 1 / kMaxStretch && factor < kMaxStretch))
         return false;
     if (start == source && end == source + sourceLength)
         return true;
-    const double factor = targetLength / sourceLength;
     target += (start - source) * factor;
     targetLength = (end - start) * factor;
     source = start;
@@ -137,8 +147,7 @@ bool CairoDevice::setMatrix(const cairo_matrix_t& matrix) {
 bool CairoDevice::toCairo(const Rect& rect, Rect& result) const {
     if (rect.isEmpty() || !rect.isFinite())
         return false;
-    const double left = within(rect.x), top = within(rect.y);
-    result = {left, top, within(rect.x + rect.width) - left, within(rect.y + rect.height) - top};
+    result = limited(rect, state.range);
     return true;
 }
 
@@ -320,8 +329,7 @@ int32_t CairoDevice::drawBitmapStretched(IBitmap* source, Rect part, Rect target
     const Transfer transfer = {from, part, target, uint32_t(std::lround(std::clamp(alpha, 0.0, 1.0) * 255)), filter};
     if (transfer.opacity == 0 || blendPixels(transfer))
         return kResultOk;
-    paint(transfer);
-    return end(reachOf(target, kDrawFill));
+    return paint(transfer);
 }
 
 bool CairoDevice::blendPixels(const Transfer& transfer) {
@@ -352,10 +360,10 @@ bool CairoDevice::blendPixels(const Transfer& transfer) {
     return true;
 }
 
-void CairoDevice::paint(const Transfer& transfer) {
+int32_t CairoDevice::paint(const Transfer& transfer) {
     Rect inside;
     if (!toCairo(transfer.target, inside))
-        return;
+        return kInvalidArgument;
     PartPattern pattern(transfer.from->getSurfacePixels(), outwards(transfer.source), transfer.from == bitmap);
     pattern.place(transfer.source, transfer.target, transfer.filter);
     cairo_save(context.get());
@@ -364,6 +372,7 @@ void CairoDevice::paint(const Transfer& transfer) {
     cairo_set_source(context.get(), pattern.get());
     cairo_paint_with_alpha(context.get(), transfer.opacity / 255.0);
     cairo_restore(context.get());
+    return end(reachOf(inside, kDrawFill));
 }
 
 int32_t CairoDevice::clearRect(Rect rect) {
@@ -423,7 +432,7 @@ int32_t CairoDevice::concatTransformMatrix(const TransformMatrix& matrix) {
 
 int32_t CairoDevice::setClip(Rect rect) {
     const bool usable = rect.isFinite();
-    clipTo(usable && !rect.isEmpty() ? rect : Rect());
+    clipTo(usable && !rect.isEmpty() ? limited(rect, kFarthest) : Rect());
     return usable ? kResultOk : kInvalidArgument;
 }
 

@@ -99,7 +99,7 @@ private:
     /** A rectangle of whole pixels in one opaque colour. False: it isn't one. */
     bool fillPixels(const Rect& rect);
     bool blendPixels(const Transfer& transfer);
-    void paint(const Transfer& transfer);
+    int32_t paint(const Transfer& transfer);
 
     const IPtr<CairoBitmap> bitmap;
     const ContextHolder context;

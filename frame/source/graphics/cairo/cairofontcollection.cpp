@@ -5,6 +5,7 @@
 
 namespace Tessarine::Graphics {
 namespace {
+constexpr double kMinSize = 0.1;
 constexpr double kSizeLimit = 1000;
 
 /** Names that skins use wherever they are shown. A font that has one is taken, or what the configuration has in its place,
@@ -46,7 +47,7 @@ int32_t CairoFontDescription::queryInterface(const char* iid, void** obj) {
 }
 
 IFontFace* CairoFontDescription::createFace(double size, unsigned style) {
-    if (!(size > 0 && size < kSizeLimit))
+    if (!(size >= kMinSize && size < kSizeLimit))
         return nullptr;
     FontMetrics metrics;
     PangoHolder<PangoFontDescription> wanted(newFont(family, size, style));

@@ -3,6 +3,7 @@
 #include "pluginterfaces/base/ibstream.h"
 #include <array>
 #include <span>
+#include <string_view>
 
 namespace Tessarine::Graphics {
 

@@ -16,7 +16,7 @@ struct Span {
 
     int64_t countTiles() const { return repeats ? (to - from + sourceLength - 1) / sourceLength : 1; }
     /** How many go into a larger tile. */
-    int32_t countGathered() const { return countTiles() > 1 ? std::max(kPatternSide / sourceLength, 1) : 1; }
+    int32_t countGathered() const { return int32_t(std::clamp<int64_t>(kPatternSide / sourceLength, 1, countTiles())); }
 };
 
 Span across(const BitmapCell& cell, const URect& visible) {

@@ -29,16 +29,17 @@ void SchemePainter::fill(const URect& rect, const UColor& color) {
 void SchemePainter::edges(const URect& rect, uint32_t sides, const UColor& color) {
     if (rect.isEmpty())
         return;
-    // corners only once, or translucent colours would show them
-    const int32_t top = rect.top + (sides & kTop ? 1 : 0), bottom = rect.bottom - (sides & kBottom ? 1 : 0);
+    // nothing twice, or translucent colours would show it: corners, nor the other side of what is one unit wide
+    const int32_t left = rect.left + (sides & kLeft ? 1 : 0), top = rect.top + (sides & kTop ? 1 : 0),
+                  bottom = rect.bottom - (sides & kBottom ? 1 : 0);
     const struct {
         uint32_t side;
         URect line;
     } kLines[] = {
-        {kTop,    {rect.left, rect.top, rect.right, rect.top + 1}      },
-        {kBottom, {rect.left, rect.bottom - 1, rect.right, rect.bottom}},
-        {kLeft,   {rect.left, top, rect.left + 1, bottom}              },
-        {kRight,  {rect.right - 1, top, rect.right, bottom}            },
+        {kTop,    {rect.left, rect.top, rect.right, rect.top + 1}                     },
+        {kBottom, {rect.left, std::max(rect.bottom - 1, top), rect.right, rect.bottom}},
+        {kLeft,   {rect.left, top, rect.left + 1, bottom}                             },
+        {kRight,  {std::max(rect.right - 1, left), top, rect.right, bottom}           },
     };
     device.setBrush(UBrush(color, true));
     for (const auto& [side, line] : kLines)

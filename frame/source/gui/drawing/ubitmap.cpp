@@ -116,6 +116,14 @@ UBitmap* UBitmap::pixelOwner() {
     return owner;
 }
 
+bool UBitmap::isBehind(UBitmap* bitmap) const {
+    while (bitmap && bitmap != this) {
+        UBitmap* target = bitmap->getTargetBitmap();
+        bitmap = target == bitmap ? nullptr : target;
+    }
+    return bitmap;
+}
+
 void UBitmap::describe(UBitmap& copy) {
     const UBitmap* owner = pixelOwner();
     if (!owner)
@@ -143,19 +151,29 @@ bool UBitmap::copyPixels(UBitmap* from, const URect& source, const UPoint& targe
     return true;
 }
 
+bool UBitmap::copyShown(UBitmap* from, const URect& source, const URect& target) {
+    URect read(source), written(target);
+    cut(written, URect(UPoint(), size), read);
+    const bool isOther = from->getTargetBitmap() == from && from->graphicsObject != graphicsObject;
+    URect inside(read);
+    inside.intersect(from->bounds());
+    if (isOther && inside == read)
+        return copyPixels(from, read, written.getOrigin());
+    const OPtr<UBitmap> part(from->getSection(read));
+    return part && copyPixels(part, part->bounds(), written.getOrigin());
+}
+
 bool UBitmap::copyFrom(UBitmap* from, const URect& source, const URect& target, int16_t mode) {
     if (!from || !graphicsObject || source.isEmpty() || target.isEmpty())
         return false;
-    const bool isPlain = mode == kBitmapPlain, sameSize = source.getSize() == target.getSize();
-    const bool isOther = from->getBitmap() != graphicsObject;
-    if (isPlain && sameSize && isOther && from->getTargetBitmap() == from)
-        return copyPixels(from, source, target.getOrigin());
-    if ((isPlain && sameSize) || !isOther) {
+    if (mode == kBitmapPlain && source.getSize() == target.getSize())
+        return copyShown(from, source, target);
+    if (from->getBitmap() == graphicsObject) {
         const OPtr<UBitmap> part(from->getSection(source));
         return part && copyFrom(part, part->bounds(), target, mode);
     }
     UOffscreen device(this);
-    if (!isPlain)
+    if (mode != kBitmapPlain)
         return from->draw(&device, source, target, mode);
     device.eraseRect(target);
     return from->drawAlpha(&device, source, target, 1.0);

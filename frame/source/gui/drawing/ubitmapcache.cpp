@@ -67,7 +67,9 @@ bool Pool::addProcessedBitmap(UBitmap* source, const char* key, UBitmap* result)
         return false;
     if (collectsGarbage)
         startTimer();
-    return items.add(item);
+    const bool added = items.add(item);
+    source->isInPool |= added;
+    return added;
 }
 
 /** The bitmaps die when all is done: each may remove others. */
@@ -124,10 +126,7 @@ UBitmap* UBitmapCache::getProcessedBitmap(UBitmap* source, const char* key) {
 
 bool UBitmapCache::addProcessedBitmap(UBitmap* source, const char* key, UBitmap* result) {
     Pool* all = Pool::instance(true);
-    const bool added = all && all->addProcessedBitmap(source, key, result);
-    if (added)
-        source->isInPool = true;
-    return added;
+    return all && all->addProcessedBitmap(source, key, result);
 }
 
 void UBitmapCache::removeProcessedBitmap(UBitmap* source) {

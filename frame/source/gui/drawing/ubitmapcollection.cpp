@@ -9,9 +9,10 @@ IMPLEMENT_CLASS(UBitmapCollection, UBitmap)
 IMPLEMENT_ABSTRACT_CLASS(USkinBitmapCollection, UBitmapCollection)
 
 bool UBitmapCollection::addImage(UBitmap* bitmap, const char* name) {
-    if (bitmap && bitmap != this)
+    const bool fits = bitmap && !isBehind(bitmap);
+    if (fits)
         images.push_back({FString(name), bitmap});
-    return bitmap && bitmap != this;
+    return fits;
 }
 
 bool UBitmapCollection::addImage(int32_t id, void* module) {

@@ -23,10 +23,10 @@ std::vector<IPtr<IBitmapCodec>> allCodecs() {
     return codecs;
 }
 
-FString wide(const char* text, FString&& result = {}) {
-    result.assign(text);
+FString wide(const char* text) {
+    FString result(text);
     result.text16();
-    return std::move(result);
+    return result;
 }
 
 /** Both the extension and the second half of the mime type are extensions of the files. */

@@ -10,16 +10,21 @@ IMPLEMENT_ABSTRACT_CLASS(USkinBitmapFill, UBitmapFill)
 
 namespace {
 /** Tiles begin where the source's place 0, 0 comes to lie. */
-bool drawTiled(UBitmap* tile, UPhysicalDrawDevice* device, const URect& source, const URect& target,
+bool drawTiled(UBitmap* tile, const URect& source, const URect& target, const URect& visible,
                const DrawBitmapPart& draw) {
     const URect whole(0, 0, tile->getWidth(), tile->getHeight());
-    if (!device || whole.isEmpty() || source.isEmpty())
+    if (whole.isEmpty() || source.isEmpty())
         return false;
-    URect visible;
-    device->getClip(visible);
     const auto within = [](int32_t place, int32_t length) { return (place % length + length) % length; };
     const UPoint offset(within(source.left, whole.right), within(source.top, whole.bottom));
     return drawBitmapCell(tile, {whole, target, kRepeatCellBoth, offset}, visible, draw);
+}
+
+URect clipOf(UPhysicalDrawDevice* device) {
+    URect clip;
+    if (device)
+        device->getClip(clip);
+    return clip;
 }
 }  // namespace
 
@@ -34,15 +39,27 @@ void UBitmapFill::setColor(const UColor& newColor) {
     colorFill(color, kFillAll);
 }
 
+UBitmap* UBitmapFill::getSection(const URect& rect) {
+    OPtr<UBitmap> section(rect.isEmpty() ? nullptr : new UBitmap(rect.getSize(), getBitDepth()));
+    const URect target(UPoint(), rect.getSize());
+    const auto copy = [&section](UBitmap* tile, const URect& from, const URect& to) {
+        return section->copyFrom(tile, from, to, kBitmapPlain);
+    };
+    if (!section || !section->getBitmap() || !drawTiled(this, rect, target, target, copy))
+        return nullptr;
+    describe(*section);
+    return section.detach();
+}
+
 bool UBitmapFill::draw(UPhysicalDrawDevice* device, const URect& source, const URect& target, int16_t mode) {
     return drawTiled(
-        this, device, source, target, [this, device, mode](UBitmap* tile, const URect& from, const URect& to) {
+        this, source, target, clipOf(device), [this, device, mode](UBitmap* tile, const URect& from, const URect& to) {
             return tile == this ? UBitmap::draw(device, from, to, mode) : tile->draw(device, from, to, mode);
         });
 }
 
 bool UBitmapFill::drawAlpha(UPhysicalDrawDevice* device, const URect& source, const URect& target, double alpha) {
-    return drawTiled(this, device, source, target,
+    return drawTiled(this, source, target, clipOf(device),
                      [this, device, alpha](UBitmap* tile, const URect& from, const URect& to) {
                          return tile == this ? UBitmap::drawAlpha(device, from, to, alpha)
                                              : tile->drawAlpha(device, from, to, alpha);

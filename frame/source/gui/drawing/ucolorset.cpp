@@ -38,9 +38,12 @@ const FString& UColorSet::Entries::nameOf(size_t index) const {
 }
 
 bool UColorSet::Entries::store(FAttributes& attributes, const char* key) const {
+    std::vector<const FString*> texts(specs.size());
+    for (const Name& each : names)
+        texts[size_t(each.index)] = &each.text;
     for (size_t index = 0; index < specs.size(); ++index) {
         OPtr<FAttributes> entry(new FAttributes);
-        if (!entry->set(kNameKey, nameOf(index)) || !entry->set(kColorKey, specs[index]) ||
+        if (!entry->set(kNameKey, *texts[index]) || !entry->set(kColorKey, specs[index]) ||
             !attributes.queueAttributes(key, entry))
             return false;
     }
@@ -55,8 +58,10 @@ bool UColorSet::Entries::restore(const FAttributes& attributes, const char* key)
         uint32_t spec = 0;
         if (!entry || !entry->get(kNameKey, text) || !entry->get(kColorKey, spec))
             return false;
-        insert(specs.size(), spec, text);
+        names.push_back({FString(text), int32_t(specs.size())});
+        specs.push_back(spec);
     }
+    std::ranges::sort(names, std::less<>());
     return true;
 }
 

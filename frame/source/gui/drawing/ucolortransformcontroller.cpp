@@ -52,6 +52,8 @@ const tchar* UColorTransformController::getLabel(Delta delta) {
 }
 
 void UColorTransformController::update(CmObject* changed, int32_t /*message*/) {
+    if (!transform)
+        return;
     if (changed == transform) {
         for (int32_t delta = 0; delta < UColorTransform::kNumDeltas; ++delta)
             values[delta]->setValue(transform->getDelta(Delta(delta)));

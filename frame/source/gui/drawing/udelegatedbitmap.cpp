@@ -65,7 +65,7 @@ bool UBitmapForwarder::drawAlpha(UPhysicalDrawDevice* device, const URect& sourc
 }
 
 void UDelegatedBitmap::delategateTo(UBitmap* newTarget) {
-    if (newTarget != this)
+    if (!isBehind(newTarget))
         target = newTarget;
 }
 

@@ -1,19 +1,24 @@
 #include "gui/drawing/uoffscreen.h"
 #include "gui/drawing/ubitmap.h"
 #include "pluginterfaces/graphics/ifactory.h"
+#include <utility>
 
 namespace Tessarine {
 namespace {
+bool moveTo(Graphics::IDrawDevice* device, const UPoint& origin) {
+    return origin == UPoint() ||
+           device->concatTransformMatrix({1, 0, 0, 1, double(origin.x), double(origin.y)}) == kResultOk;
+}
+
 OPtr<Graphics::IDrawDevice> deviceOf(UBitmap* bitmap) {
     Graphics::IBitmap* pixels = bitmap ? bitmap->getBitmap() : nullptr;
     Graphics::IFactory* factory = pixels ? UPhysicalDrawDevice::getFactory(true) : nullptr;
-    return factory ? factory->createDrawDeviceForBitmap(pixels) : nullptr;
+    OPtr<Graphics::IDrawDevice> device(factory ? factory->createDrawDeviceForBitmap(pixels) : nullptr);
+    return device && moveTo(device, bitmap->getOffset()) ? std::move(device) : nullptr;
 }
 
 URect boundsOf(UBitmap* bitmap) {
-    Graphics::IBitmap* pixels = bitmap ? bitmap->getBitmap() : nullptr;
-    const Graphics::Size size = pixels ? pixels->getSize() : Graphics::Size();
-    return {0, 0, int32_t(size.width), int32_t(size.height)};
+    return bitmap ? URect(0, 0, bitmap->getWidth(), bitmap->getHeight()) : URect();
 }
 }  // namespace
 

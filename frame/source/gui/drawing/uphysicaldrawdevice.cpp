@@ -46,6 +46,10 @@ Point boundary(const UPoint& place, double offset) {
     return {place.x + offset, place.y + offset};
 }
 
+OPtr<IGraphicsPath> roundRect(const URect& rect, int32_t radius) {
+    return UPath::createRoundRect(outline(rect), radius < 0 ? rect.getWidth() / 10.0 : radius);
+}
+
 double lineOffset(const UPen& pen) {
     return pen.width % 2 != 0 ? 0.5 : 0.0;
 }
@@ -99,8 +103,13 @@ OPtr<IGraphicsPath> pathOf(const UPolygon& polygon, Polygon kind) {
 }
 
 void drawPath(IDrawDevice* device, const OPtr<IGraphicsPath>& path, Graphics::DrawMode mode) {
-    if (device && path)
+    if (path)
         device->drawPath(path, mode, nullptr);
+}
+
+void drawPolygon(IDrawDevice* device, const UPolygon& polygon, Polygon kind, Graphics::DrawMode mode) {
+    if (device)
+        drawPath(device, pathOf(polygon, kind), mode);
 }
 }  // namespace
 
@@ -179,16 +188,16 @@ void UPhysicalDrawDevice::paintRect(const URect& rect) {
 }
 
 void UPhysicalDrawDevice::frameRoundRect(const URect& rect, int32_t radius) {
-    if (!rect.isEmpty())
-        drawPath(device, UPath::createRoundRect(outline(rect), radius), Graphics::kDrawStroke);
+    if (device && !rect.isEmpty())
+        drawPath(device, roundRect(rect, radius), Graphics::kDrawStroke);
 }
 
 void UPhysicalDrawDevice::paintRoundRect(const URect& rect, int32_t radius) {
-    if (rect.isEmpty())
+    if (!device || rect.isEmpty())
         return;
     const UPen before = pen;
     setPen(UPen(brush.color, 1, UPen::kSolid, brush.antialias));
-    drawPath(device, UPath::createRoundRect(outline(rect), radius), Graphics::kDrawFillAndStroke);
+    drawPath(device, roundRect(rect, radius), Graphics::kDrawFillAndStroke);
     setPen(before);
 }
 
@@ -230,15 +239,15 @@ void UPhysicalDrawDevice::paintOval(const URect& rect, float startAngle, float a
 }
 
 void UPhysicalDrawDevice::framePoly(const UPolygon& polygon) {
-    drawPath(device, pathOf(polygon, Polygon::kClosed), Graphics::kDrawStroke);
+    drawPolygon(device, polygon, Polygon::kClosed, Graphics::kDrawStroke);
 }
 
 void UPhysicalDrawDevice::paintPoly(const UPolygon& polygon) {
-    drawPath(device, pathOf(polygon, Polygon::kClosed), Graphics::kDrawFill);
+    drawPolygon(device, polygon, Polygon::kClosed, Graphics::kDrawFill);
 }
 
 void UPhysicalDrawDevice::polyLine(const UPolygon& polygon) {
-    drawPath(device, pathOf(polygon, Polygon::kOpen), Graphics::kDrawStroke);
+    drawPolygon(device, polygon, Polygon::kOpen, Graphics::kDrawStroke);
 }
 
 void UPhysicalDrawDevice::setPen(const UPen& newPen) {
@@ -252,7 +261,7 @@ void UPhysicalDrawDevice::setPen(const UPen& newPen) {
 }
 
 void UPhysicalDrawDevice::setPen(UStandardColor color) {
-    setPen(UPen(UColor(UColor::getStandardColorSpec(color))));
+    setPen(UPen(UColor(color)));
 }
 
 void UPhysicalDrawDevice::setBrush(const UBrush& newBrush) {
@@ -264,7 +273,7 @@ void UPhysicalDrawDevice::setBrush(const UBrush& newBrush) {
 }
 
 void UPhysicalDrawDevice::setBrush(UStandardColor color) {
-    setBrush(UBrush(UColor(UColor::getStandardColorSpec(color))));
+    setBrush(UBrush(UColor(color)));
 }
 
 void UPhysicalDrawDevice::drawString(const tchar* text, const URect& rect, int32_t flags, int32_t inset) {

@@ -207,6 +207,7 @@ void UScheme::drawGroupFrame(UDrawDevice& device, const URect& rect, const tchar
     URect extents;
     if (hasText)
         UDrawDevice::getTextExtents(font, text, extents);
+    extents.intersect({0, 0, kFarAway, kFarAway});
     const URect frame(rect.left, rect.top + extents.getHeight() / 2, rect.right, rect.bottom);
     const int32_t gapLeft = frame.left + kGroupTextLeft, gapRight = gapLeft + extents.getWidth() + 2 * kTextInset;
     const URect parts[] = {

@@ -102,14 +102,18 @@ bool takeNumber(const char*& text, int32_t& number) {
     return true;
 }
 
-/** All of 0 to 255; a hue beyond the last sector, or below the first, is black. */
+/** All of 0 to 255; with a saturation, a hue beyond the last sector, or below the first, is black. */
 void setHSV(UColor& color, int32_t hue, int32_t saturation, int32_t value) {
-    const double place = hue * 6 / 256.0;
+    const uint16_t v = fromByte(uint32_t(value));
+    if (saturation == 0) {
+        color = UColor(v, v, v, color.alpha);
+        return;
+    }
+    const double place = hue * 6.0 / 256;
     const int32_t sector = int32_t(place);
     const double fraction = place - sector, share = saturation / 255.0;
     const auto scaled = [value](double factor) { return fromByte(uint32_t(std::clamp(factor, 0.0, 1.0) * value)); };
-    const uint16_t v = fromByte(uint32_t(value)), p = scaled(1 - share), q = scaled(1 - fraction * share),
-                   t = scaled(1 - (1 - fraction) * share);
+    const uint16_t p = scaled(1 - share), q = scaled(1 - fraction * share), t = scaled(1 - (1 - fraction) * share);
     const uint16_t sectors[][3] = {
         {v, t, p},
         {q, v, p},
@@ -151,8 +155,14 @@ void setHSL(UColor& color, const UColorHSL& hsl) {
     color = UColor(fromByte(uint32_t(red)), fromByte(uint32_t(green)), fromByte(uint32_t(blue)), color.alpha);
 }
 
+/** 0 for what is no number. */
+template <class Number>
+Number bounded(Number value, Number high) {
+    return std::fmin(std::fmax(value, Number(0)), high);
+}
+
 uint16_t towards(uint16_t from, uint16_t to, float part) {
-    return uint16_t(std::clamp(float(from) + part * float(int32_t(to) - int32_t(from)), 0.0F, 65535.0F));
+    return uint16_t(bounded(float(from) + part * float(int32_t(to) - int32_t(from)), float(UColor::kOpaque)));
 }
 
 /** The brightest byte, and how far below it the darkest is. */
@@ -177,9 +187,10 @@ UColor::UColor(const UColor& a, const UColor& b, float f)
     blend(b, f);
 }
 
-UColor::UColor(const char* name, const UColor& fallback) : UColor(fallback) {
-    if (!gSkinColor || !name || !gSkinColor(name, *this))
-        colorFromString(name, *this);
+UColor::UColor(const char* name, const UColor& fallback) {
+    const bool isOfSkin = gSkinColor && name && gSkinColor(name, *this);
+    if (!isOfSkin && !colorFromString(name, *this))
+        *this = fallback;
 }
 
 uint32_t UColor::toColorSpec() const {
@@ -277,7 +288,8 @@ int32_t UColor::getLumination() const {
 }
 
 void UColor::fromHSL(double hue, double saturation, double lightness) {
-    setHSL(*this, {hue, std::clamp(saturation, 0.0, 255.0), std::clamp(lightness, 0.0, 255.0)});
+    const double around = std::isfinite(hue) ? std::fmod(hue, 255) : 0;
+    setHSL(*this, {around, bounded(saturation, 255.0), bounded(lightness, 255.0)});
 }
 
 void UColor::changeBrightness(float f) {

@@ -95,6 +95,8 @@ TEST_F(Filters, ColoursAreExact) {
     EXPECT_EQ(run(factory->createBitmapFilter("AdjustHSL"), 2, source), source);
     EXPECT_EQ(run(AdjustHSL::create(factory, 0, -100, 0), 1, {0xFF640000}), Pixels{0xFF323232});
     EXPECT_EQ(run(AdjustHSL::create(factory, 120, 0, 0), 1, {0x80640000}), Pixels{0x80026400});
+    for (const double huge : {1e308, -1e308})
+        EXPECT_EQ(run(AdjustHSL::create(factory, huge, 0, 0), 1, {0x00640000})[0] >> 24, 0U) << huge;
     EXPECT_EQ(run(Tint::create(factory, 0xFF3060C0, 0), 2, source), source);
     EXPECT_EQ(run(Tint::create(factory, 0xFF000000, 1), 1, {0xFF102030}), Pixels{0xFF1C1C1C});
     const OPtr<IBitmapFilter> replace(factory->createBitmapFilter("ReplaceColor"));

@@ -131,6 +131,7 @@ TEST_F(Device, WhatIsNoNumberDrawsNothing) {
         EXPECT_EQ(canvas.boundary->drawBitmapStretched(source, {0, 0, 4, 4}, {0, bad, 4, 4}, 1), kInvalidArgument);
         EXPECT_EQ(canvas.boundary->drawBitmap(source, {0, 0, 4, 4}, {0, 0}, bad), kInvalidArgument);
         EXPECT_EQ(canvas.boundary->concatTransformMatrix({1, 0, 0, 1, bad, 0}), kInvalidArgument);
+        EXPECT_EQ(canvas.boundary->concatTransformMatrix({1, 0, 0, 1, 0, bad}), kInvalidArgument);
         EXPECT_EQ(canvas.boundary->setPenWidth(bad), kInvalidArgument);
     }
     EXPECT_EQ(canvas.boundary->drawBitmap(nullptr, {0, 0, 4, 4}, {0, 0}, 1), kInvalidArgument);
@@ -140,6 +141,7 @@ TEST_F(Device, WhatIsNoNumberDrawsNothing) {
                   0, 0, 2, {0, 0}
     }),
               kInvalidArgument);
+    canvas.boundary->drawBitmapStretched(source, {0, 0, 1e-20, 4}, {0, 0, 1e300, 4}, 1);
     EXPECT_TRUE(canvas.ink().isEmpty());
     EXPECT_EQ(createScaledDrawDevice(nullptr, 1), nullptr);
     EXPECT_EQ(createScaledDrawDevice(source, 0), nullptr);
@@ -241,4 +243,7 @@ TEST_F(Device, ScaleIsOfTheSurfaceAlone) {
     EXPECT_EQ(canvas.picture(), (Picture{"  BBBB  ", "  BBBB  ", "????    ", "????    "}));
     EXPECT_EQ(canvas.at(1, 3), kRedPixel);  // whole pixels stay whole
     EXPECT_EQ(canvas.at(2, 3), kBluePixel);
+    canvas.boundary->setClip({-1e308, -1e308, 1.7e308, 1.7e308});
+    canvas.boundary->clearRect({0, 0, 4, 2});
+    EXPECT_TRUE(canvas.ink().isEmpty());
 }

@@ -1,4 +1,5 @@
 #include "frame/source/graphics/cairo/cairofontcollection.h"
+#include "gui/drawing/irealtimetranslator.h"
 #include "gui/drawing/ufontcollection.h"
 #include "gui/drawing/ufontfacecache.h"
 #include "pluginterfaces/filesystem/ipath.h"
@@ -195,6 +196,28 @@ TEST_F(Fonts, SmoothingIsTheDevices) {
         EXPECT_EQ(all.find('?') != std::string::npos, smooth);
         EXPECT_NE(all.find('P'), std::string::npos);
     }
+}
+
+TEST_F(Fonts, AreTranslatedWhileTheyAreDrawn) {
+    struct Doubler : IRealtimeTranslator {
+        const tchar* translate(const tchar* text) override { return (kept = std::u16string(text) + text).c_str(); }
+        int32_t getStringWidth(const UFont&, const tchar* text) override {
+            return 100 + int32_t(std::ceil(width(12, translate(text))));
+        }
+        std::u16string kept;
+    } doubler;
+    const auto drawn = [](const tchar* text) {
+        const Canvas canvas(60, 40);
+        canvas.device->setFont(font(12));
+        canvas.device->drawString(text, URect(0, 0, 60, 20), kTextRight, 0);
+        canvas.device->drawString(text, UPoint(2, 35));
+        return canvas.picture();
+    };
+    const Picture plain = drawn(u"HoHo");
+    IRealtimeTranslator::gInstance = &doubler;
+    EXPECT_EQ(drawn(u"Ho"), plain);
+    EXPECT_EQ(UDrawDevice::getStringWidth(font(12), u"Ho"), 100 + int32_t(std::ceil(width(12, u"HoHo"))));
+    IRealtimeTranslator::gInstance = nullptr;
 }
 
 TEST_F(Fonts, ScriptsAreShapedAndRunTheirWay) {

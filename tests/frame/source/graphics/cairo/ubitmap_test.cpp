@@ -247,6 +247,9 @@ TEST_F(Bitmaps, SectionsShowNothingOfTheirNeighbours) {
     EXPECT_EQ(lettersOf(mirrored), (Picture{"ff", "dd", "bb"})) << "copies are of the part";
     EXPECT_TRUE(inner->makeColorTransparent(UColor(colorOf('d'))));
     EXPECT_EQ(lettersOf(bitmap)[2], "cc  ") << "the pixels are shared";
+    UOffscreen within(inner);
+    within.drawBitmap(bitmap, URect(0, 0, 2, 2), URect(1, 0, 3, 2), kBitmapPlain);
+    EXPECT_EQ(lettersOf(bitmap), (Picture{"aabb", "aabb", "cc a", "eeff"})) << "drawn onto, and only there";
 }
 
 TEST_F(Bitmaps, NothingIsDrawnOfNothing) {
@@ -255,6 +258,9 @@ TEST_F(Bitmaps, NothingIsDrawnOfNothing) {
         strip(new UFilmStrip), section(new UBitmapSection(bitmap, everywhere)), animated(new UAnimatedBitmap(bitmap));
     const OPtr<UDelegatedBitmap> delegate(new UDelegatedBitmap);
     delegate->delategateTo(delegate);
+    const OPtr<UBitmapCollection> round(new UBitmapCollection);
+    EXPECT_TRUE(round->addImage(OPtr<UBitmap>(new UBitmapSection(delegate, everywhere)), nullptr));
+    delegate->delategateTo(round);
     const OPtr<UBitmap> target(new UBitmap(UPoint(2, 2), 32));
     UOffscreen device(target), nowhere(empty), none(nullptr);
     UBitmap* const bitmaps[] = {bitmap, empty, tooLarge, strip, section, animated, delegate};

@@ -219,6 +219,10 @@ TEST_F(Weaver, FillsCoverWhateverTheyAreDrawnInto) {
         for (const UPoint& place : places)
             EXPECT_TRUE(isNear(pixels[size_t(place.y * 200 + place.x)], row.target.contains(place) ? row.inside : 0));
     }
+    const OPtr<UBitmap> target(new UBitmap(UPoint(200, 100), 32));
+    EXPECT_TRUE(target->copyFrom(fill, URect(-5, 0, 205, 90), URect(-5, 0, 205, 90), kBitmapPlain));
+    const std::vector<uint32_t> pixels = pixelsOf(target);
+    EXPECT_EQ(std::ranges::count(pixels, 0xFFFF0000), 200 * 90);
     const OPtr<UBitmapFill> dense(new UBitmapFill(0, -4, UColor(), 7)), none(new UBitmapFill(1, 1, UColor(), -1));
     EXPECT_TRUE(dense->getAlphaFactor() == 1 && none->getAlphaFactor() == 0);
     EXPECT_FALSE(dense->drawAlpha(nullptr, kEverywhere, kEverywhere, 1));

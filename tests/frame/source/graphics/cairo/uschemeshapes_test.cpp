@@ -121,6 +121,9 @@ TEST_F(SchemeShapes, HaveTheColorsOfTheScheme) {
         SCOPED_TRACE(testing::Message() << "shape " << row.shape << " at " << row.x << ", " << row.y);
         EXPECT_EQ(drawn({30, 20}, {0, 0, 30, 20}, row.shape)[size_t(row.y)][size_t(row.x)], row.color);
     }
+    const uint32_t frame = drawn({30, 20}, {0, 0, 30, 20}, kShapeTransparentFrame)[0][15];
+    for (const URect& thin : {URect(0, 0, 30, 1), URect(0, 0, 1, 20)})
+        EXPECT_EQ(drawn({30, 20}, thin, kShapeTransparentFrame)[0][0], frame);
     scheme->setSchemeColor(kSchemeWorkArea, UColor(0xFF123456), kDisplayGroup);
     EXPECT_EQ(drawn({30, 20}, {0, 0, 30, 20}, kShapeWorkAreaFrame)[10][15], 0xFF123456);
 }

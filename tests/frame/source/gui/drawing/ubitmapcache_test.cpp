@@ -92,7 +92,7 @@ TEST_F(ProcessedBitmaps, GoWithTheirSource) {
     const OPtr<UBitmap> other(new UBitmap);
     UBitmap* first = add(source, "x");
     add(add(add(first, "of x"), "of that"), "and of that");  // each dies with the one before
-    add(delegate, "x");
+    UBitmapCache::UProcessedBitmapPool::instance(true)->addProcessedBitmap(delegate, "x", OPtr<UBitmap>(new Mortal));
     add(other, "x");
     EXPECT_EQ(count(), 6);
     source = nullptr;

@@ -4,6 +4,7 @@
 #include "storage/fmstream.h"
 #include "storage/fnewarchive.h"
 #include "storage/fpersistent.h"
+#include <cmath>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -32,6 +33,7 @@ const ColorRow kColors[] = {
     {"$ 480;0,50",        true,  0x8000, 0x8000, 0x8000, 7,      "#80808000"},
     {"$120/100,100,50",   true,  0x0100, 0xFF00, 0,      32767,  "#01FF007F"},
     {"$-120,100,999,200", true,  0,      0,      0,      65535,  "#000000"  }, // no sector has it
+    {"$-120,0,50",        true,  0x8000, 0x8000, 0x8000, 7,      "#80808000"}, // grey needs none
     {"$120 50 50",        true,  0,      0,      0,      7,      "#00000000"}, // separators eat a digit
     {"#12345",            false, 1,      2,      3,      7,      "#00000000"},
     {"#12345x",           true,  0x1200, 0x3400, 0x0500, 0xFF00, "#123405FF"}, // the length alone decides
@@ -103,8 +105,11 @@ TEST(UColor, ArithmeticWorksOnHighBytes) {
         {0xFF404040, [](UColor& c) { c.changeBrightness(9); },      0xFFFFFFFF},
         {0xFF646464, [](UColor& c) { c.makeContrastColor(1); },     0xFF131313},
         {0xFF00FF00, [](UColor& c) { c.setHue(0); },                0xFFFF0000},
-        {0xFF00FF00, [](UColor& c) { c.setHue(1000); },             0xFF000000},
+        {0xFF00FF00, [](UColor& c) { c.setHue(INT32_MAX); },        0xFF000000},
         {0xFFFF0000, [](UColor& c) { c.setSaturation(0); },         0xFFFFFFFF},
+        {0xFF646464, [](UColor& c) { c.setHue(1000); },             0xFF646464},
+        {0xFF646464, [](UColor& c) { c.blend(c, NAN); },            0xFF000000},
+        {0xFF646464, [](UColor& c) { c.fromHSL(NAN, NAN, 255); },   0xFFFFFFFF},
     };
     for (const auto& row : rows) {
         UColor changed(row.from);
@@ -118,7 +123,8 @@ TEST(UColor, ArithmeticWorksOnHighBytes) {
     EXPECT_TRUE(orange.isSimilar(UColor(0xFFFEA500), 0.001F));
     EXPECT_FALSE(orange.isSimilar(UColor(0xFF00A500), 0.1F));
     EXPECT_EQ(UColor("nothing", orange), orange);
-    EXPECT_EQ(UColor("gold", orange), UColor(0xFFFFCC66));
+    EXPECT_EQ(UColor("gold", orange), UColor(kGold));
+    EXPECT_EQ(UColor("$0,0,100", UColor(1, 2, 3, 7)), UColor(0xFF00, 0xFF00, 0xFF00));  // opaque
 }
 
 }  // namespace
