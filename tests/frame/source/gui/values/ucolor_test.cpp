@@ -100,7 +100,7 @@ TEST(UColor, ArithmeticWorksOnHighBytes) {
         {0x80640000, [](UColor& c) { c.adjustHSL(24, 0, 0); },      0x80642800},
         {0xFF640000, [](UColor& c) { c.adjustHSL(-720, -101, 0); }, 0xFF323232},
         {0xFF808080, [](UColor& c) { c.adjustHSL(0, 50, 100); },    0xFFCACACA},
-        {0xFF808080, [](UColor& c) { c.adjustHSL(0, 0, -100); },    0xFF505050},
+        {0xFF808080, [](UColor& c) { c.adjustHSL(0, 0, -100); },    0xFF494949},
         {0x12000000, [](UColor& c) { c.changeBrightness(1.5F); },   0x12808080},
         {0xFF404040, [](UColor& c) { c.changeBrightness(9); },      0xFFFFFFFF},
         {0xFF646464, [](UColor& c) { c.makeContrastColor(1); },     0xFF131313},
