@@ -7,12 +7,23 @@
 
 namespace Tessarine {
 
+/** A path as an argument where pointers are taken. */
+class At : public FNPath {
+public:
+    At(const std::string& name) {
+        FString text;
+        text.fromUTF8(name.c_str());
+        fromString(text.text16(), kFilePath);
+    }
+    operator FNPath*() { return this; }
+};
+
 /** A real folder that goes with the test. */
 class TempFolder : public TemporaryFolder {
 public:
     std::string operator/(const std::string& name) const { return (path / name).string(); }
-    FNPath at(const std::string& name) const { return pathOf(path / name); }
-    FNPath self() const { return pathOf(path); }
+    At at(const std::string& name) const { return At(path / name); }
+    At self() const { return At(path); }
     void write(const std::string& name, const std::string& text) const {
         std::ofstream(path / name, std::ios::binary) << text;
     }
@@ -25,13 +36,6 @@ public:
         for (const auto& entry : std::filesystem::directory_iterator(path))
             found.insert(entry.path().filename());
         return found;
-    }
-
-private:
-    static FNPath pathOf(const std::filesystem::path& path) {
-        FString text;
-        text.fromUTF8(path.c_str());
-        return FNPath(text.text16(), kFilePath);
     }
 };
 
