@@ -1,5 +1,6 @@
 #pragma once
 #include "storage/fpath.h"
+#include "storage/hooks.h"
 #include "tests/support/testfolder.h"
 #include <fstream>
 #include <iterator>
@@ -31,12 +32,36 @@ public:
         std::ifstream file(path / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    std::set<std::string> names() const {
+    std::set<std::string> names(const char* folder = "") const {
         std::set<std::string> found;
-        for (const auto& entry : std::filesystem::directory_iterator(path))
+        for (const auto& entry : std::filesystem::directory_iterator(path / folder))
             found.insert(entry.path().filename());
         return found;
     }
+};
+
+/** While it lives, the standard folders are these. */
+class StandardFolders {
+public:
+    StandardFolders() : before(gStorageHooks) {
+        current = this;
+        gStorageHooks.standardFolder = [](int32_t number, FNPath& path) {
+            const TempFolder* known = number == kUserFolder          ? &current->user
+                                      : number == kCommonFolder      ? &current->common
+                                      : number == kApplicationFolder ? &current->application
+                                                                     : nullptr;
+            if (known)
+                path = known->self();
+            return known != nullptr;
+        };
+    }
+    ~StandardFolders() { gStorageHooks = before; }
+
+    TempFolder user, common, application;
+
+private:
+    const StorageHooks before;
+    inline static const StandardFolders* current;
 };
 
 }  // namespace Tessarine
