@@ -22,7 +22,7 @@ constexpr uint16_t kHttpPort = 80, kHttpsPort = 443;
 constexpr int32_t kMaxDefaultLength = 1024;
 
 bool isMainThread() {
-    return gNetworkHooks.isMainThread ? gNetworkHooks.isMainThread() : ::gettid() == ::getpid();
+    return gNetworkHooks.isMainThread ? gNetworkHooks.isMainThread() : isFirstThread();
 }
 
 bool isHost(std::string_view text) {
@@ -77,7 +77,8 @@ FUrlHttpHandler::FUrlHttpHandler(FUrl& url) : FUrlHandler(url) {
 }
 
 FUrlHttpHandler::~FUrlHttpHandler() {
-    gMessenger->killMessages(static_cast<CmObject*>(this));
+    if (mayBePosted)
+        gMessenger->killMessages(static_cast<CmObject*>(this));
 }
 
 bool FUrlHttpHandler::open() {
@@ -277,7 +278,8 @@ bool FUrlHttpHandler::askMainThread(const char* question) {
         return false;
     gMessenger->postMessage(static_cast<CmObject*>(this), new FMessage(question));
     answered.wait();
-    return !cancelled && goodAnswer;
+    mayBePosted = cancelled;
+    return !mayBePosted && goodAnswer;
 }
 
 int32_t FUrlHttpHandler::notify(FMessage* message) {

@@ -191,6 +191,7 @@ TEST(NSocket, OutlivesItsPartnerAndIsNotInherited) {
     EXPECT_FALSE(socket.send("x", 1));  // a signal would end the test
     EXPECT_EQ(socket.getError(), NError::kBroken);
     EXPECT_FALSE(socket.secure("localhost"));
+    EXPECT_FALSE(socket.isOpen());  // nothing is sent in the open instead
 }
 
 TEST(NServer, RefusesAddressesThatItCannotHave) {

@@ -3,6 +3,7 @@
 #include "base/utranslatedstring.h"
 #include "network/hooks.h"
 #include "tests/support/scriptedserver.h"
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace Tessarine {
@@ -375,6 +376,38 @@ TEST(FUrlHttpHandler, MayGoWhileTheUserIsAsked) {
         gone = true;
     });
     gNetworkHooks = {};
+}
+
+/** Does something while it is told a message. */
+struct Receiver : CmObject {
+    explicit Receiver(std::function<void()> work) : work(std::move(work)) {}
+    int32_t notify(FMessage*) override {
+        work();
+        return 1;
+    }
+    std::function<void()> work;
+};
+
+TEST(FUrlHttpHandler, MayBeWaitedForWhereMessagesAreToldWhenItAskedNothing) {
+    ScriptedServer server({[](NStream& stream) {
+        char byte;
+        stream.readRaw(&byte, 1);
+    }});
+    std::atomic<FUrlHttpHandler*> handler{nullptr};
+    std::thread worker([&] {
+        Fetch fetch(at(server.port(), ""));
+        handler = fetch.handler;
+        EXPECT_FALSE(fetch.handler->open());
+    });
+    while (!handler)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    Receiver receiver([&] {
+        handler.load()->cancel();
+        worker.join();
+    });
+    gMessenger->postMessage(static_cast<CmObject*>(&receiver), new FMessage("end"));
+    gMessenger->deliverMessages();
+    EXPECT_FALSE(worker.joinable());
 }
 
 TEST(FUrl, OpensStreamsThatOutliveIt) {
