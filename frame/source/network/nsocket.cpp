@@ -91,6 +91,8 @@ bool NSocket::secure(const char* host) {
 int64_t NSocket::receive(void* buffer, int64_t count) {
     if (isDue())
         return -1;
+    if (count <= 0)
+        return 0;
     if (channel)
         return channel->receive(*this, buffer, count);
     int64_t received = 0;
@@ -103,7 +105,7 @@ int64_t NSocket::receive(void* buffer, int64_t count) {
 bool NSocket::send(const void* bytes, int64_t count) {
     if (isDue())
         return false;
-    if (channel)
+    if (channel && count > 0)
         return channel->send(*this, bytes, count);
     const char* next = static_cast<const char*>(bytes);
     while (count > 0) {

