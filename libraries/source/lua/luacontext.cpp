@@ -121,9 +121,18 @@ struct Message {
             }
             line = 0;
         }
-        const size_t close = message.rfind('\''), open = close ? message.rfind('\'', close - 1) : close;
-        if (close != std::string::npos && open != std::string::npos)
+        const size_t close = message.rfind('\''), open = openingQuote(close);
+        if (open != std::string::npos)
             token = message.substr(open + 1, close - open - 1);
+    }
+
+    /** The last one before that could open something, as an apostrophe can't. */
+    size_t openingQuote(size_t close) const {
+        size_t open = close;
+        do
+            open = open == 0 || open == std::string::npos ? std::string::npos : message.rfind('\'', open - 1);
+        while (open != std::string::npos && open > 0 && message[open - 1] != ' ');
+        return open;
     }
 
     std::string file, message, token;
@@ -449,6 +458,8 @@ LuaContext::HostCall::~HostCall() {
     uselocale(own);
     context.call = outer;
     context.limits.spare(getMilliseconds());
+    if (context.closing)
+        lua_sethook(state, onCount, LUA_MASKCOUNT, 1);  // nothing that follows the call is run
 }
 
 }  // namespace Tessarine

@@ -1,4 +1,5 @@
 #pragma once
+#include "pluginterfaces/host/iscriptengine.h"
 #include <cstddef>
 #include <cstdint>
 
@@ -46,8 +47,8 @@ private:
     bool mayGrow(const void* block, size_t oldBytes, size_t newBytes) const;
     void* refuse();
 
-    uint32_t maxMs = 1000;
-    size_t maxBytes = 16 << 20, usedBytes = 0;
+    uint32_t maxMs = IScriptContext::kDefaultMs;
+    size_t maxBytes = IScriptContext::kDefaultBytes, usedBytes = 0;
     int64_t deadlineMs = INT64_MAX;
     bool ended = false, isLifted = false;
     bool isTight = false;              // memory was refused, and none was granted since
