@@ -121,9 +121,9 @@ TEST(Buffer, CollectsAndConvertsText) {
     Buffer buffer;
     EXPECT_TRUE(buffer.appendString8("b\x8A") && buffer.prependString8("a") && buffer.appendString8(nullptr));
     EXPECT_TRUE(buffer.toWideString(0));
+    EXPECT_EQ(std::u16string(buffer.data16()), u"ab\u00E4");
     EXPECT_EQ(buffer.getFillSize(), 6u);
     EXPECT_TRUE(buffer.prependString16(u"\u65E5") && buffer.appendString16(u"!"));
-    EXPECT_EQ(std::u16string(buffer.data16()), u"\u65E5ab\u00E4!");
     EXPECT_TRUE(buffer.toMultibyteString(65001));
     EXPECT_EQ(bytesOf(buffer), "\u65E5ab\u00E4!");
     EXPECT_STREQ(buffer.data(), "\u65E5ab\u00E4!");
