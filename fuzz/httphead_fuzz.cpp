@@ -2,7 +2,6 @@
 #include "demand.h"
 #include "frame/source/storage/furlhttphead.h"
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <string>

@@ -2,7 +2,6 @@
 #include "base/fmessage.h"
 #include "storage/furlhttphandler.h"
 #include <atomic>
-#include <chrono>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>

@@ -155,6 +155,8 @@ private:
     /** In their order, of commands that are here; no key takes all that the command has. However many there are, each
         costs little. */
     void giveKeys(const KeyCommands& records);
+    /** The same, in one pass over all keys that there are. */
+    void giveManyKeys(const KeyCommands& records);
     int32_t tellHandlers(FMessage* message);
     int32_t fireNamed(const ConstString& category, const ConstString& name);
     /** Texts to hand out. */

@@ -7,7 +7,6 @@
 #include "storage/fxmlobject.h"
 #include <algorithm>
 #include <cstdlib>
-#include <utility>
 
 namespace Tessarine {
 namespace {

@@ -154,7 +154,8 @@ bool FDefaults::isEqual(const CmObject* other) const {
 }
 
 int32_t FDefaults::compare(const CmObject* other) const {
-    return std::strcmp(getGroup(), static_cast<const FDefaults*>(other)->getGroup());
+    const auto* defaults = classCast<FDefaults>(other);
+    return defaults ? std::strcmp(getGroup(), defaults->getGroup()) : CmObject::compare(other);
 }
 
 bool FDefaults::storeAttributes(FAttributes& attributes) const {

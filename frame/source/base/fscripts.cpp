@@ -5,6 +5,7 @@
 #include "base/utimer.h"
 #include "pluginterfaces/host/ihosttools.h"
 #include <algorithm>
+#include <utility>
 
 namespace Tessarine {
 

@@ -1,4 +1,5 @@
 #include "collect/cmvariant.h"
+#include "base/ftextutils.h"
 #include "collect/cmdate.h"
 #include "collect/cmstring.h"
 #include "storage/fpersistent.h"
@@ -78,13 +79,9 @@ bool textOfObject(const CmObject* object, String& text) {
         return true;
     }
     const auto* time = classCast<CmTime>(object);
-    if (!time)
-        return false;
-    String clock;
-    time->getDate().toString(text);
-    time->toString(clock);
-    text.append(" ").append(clock);
-    return true;
+    if (time)
+        FTextUtils::printDateTime(text, *time);
+    return time != nullptr;
 }
 }  // namespace
 

@@ -17,6 +17,7 @@ IMPLEMENT_CLASS(GCommandManager, CmObject)
 constinit GCommandManager* gCommandManager = nullptr;
 
 namespace {
+constexpr size_t kFewKeys = 8;
 constexpr tchar kFirstNoCharacter = 0xFFFE;
 constexpr tchar kResetQuestion[] = u"Do you want to reset all key commands?";
 
@@ -304,6 +305,16 @@ void GCommandManager::takeKeys(const KeyCommands& records) {
 }
 
 void GCommandManager::giveKeys(const KeyCommands& records) {
+    if (records.size() > kFewKeys)
+        return giveManyKeys(records);
+    for (const OPtr<GKeyCommand>& record : records)
+        if (record->keyValue == 0)
+            removeKeyCommands(record->category, record->name);
+        else if (isStorable(record->keyCode))
+            putKeyCommand(OPtr<GKeyCommand>(record).detach());
+}
+
+void GCommandManager::giveManyKeys(const KeyCommands& records) {
     std::unordered_set<uint32_t> given;  // from the end: the last one who gets a key has it
     std::unordered_set<std::u16string> emptied;
     KeyCommands left;

@@ -94,7 +94,10 @@ void FPresetItem::setName(const tchar* text) {
 }
 
 int32_t FPresetItem::compare(const CmObject* other) const {
-    const ConstString mine(getName()), theirs(static_cast<const FPresetItem*>(other)->getName());
+    const auto* item = classCast<FPresetItem>(other);
+    if (!item)
+        return CmObject::compare(other);
+    const ConstString mine(getName()), theirs(item->getName());
     const int32_t result = mine.compare(theirs, kIgnoreCase);
     return result != 0 ? result : mine.compare(theirs);
 }

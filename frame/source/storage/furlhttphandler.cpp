@@ -23,10 +23,6 @@ constexpr std::string_view kHostMarks = "-._~:[]%";
 constexpr uint16_t kHttpPort = 80, kHttpsPort = 443;
 constexpr int32_t kMaxDefaultLength = 1024;
 
-bool isMainThread() {
-    return gNetworkHooks.isMainThread ? gNetworkHooks.isMainThread() : isFirstThread();
-}
-
 bool isHost(std::string_view text) {
     const auto fits = [](char c) { return ConstString::isCharAlphaNum(c) || kHostMarks.find(c) != kHostMarks.npos; };
     return !text.empty() && std::ranges::all_of(text, fits);

@@ -3,11 +3,9 @@
 #include "base/source/hooks.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "tests/support/uncounted.h"
-#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>

@@ -15,7 +15,6 @@
 #include <chrono>
 #include <gtest/gtest.h>
 #include <optional>
-#include <thread>
 
 /** The whole extension on a pseudo-terminal, with a host that a test can take to pieces and a clock that it moves. */
 

@@ -10,7 +10,6 @@
 #include <cstring>
 #include <iterator>
 #include <string_view>
-#include <utility>
 
 namespace Tessarine {
 namespace {

@@ -1,7 +1,6 @@
 #include "base/fattribute.h"
 #include "base/fattributelistimp.h"
 #include "tests/support/uncounted.h"
-#include <climits>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <string>

@@ -1,7 +1,6 @@
 #include "base/ftextutils.h"
 #include "base/source/fstring.h"
 #include "collect/cmdate.h"
-#include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 

@@ -8,7 +8,6 @@
 #include "pluginterfaces/base/smartpointer.h"
 #include "tests/frame/source/collect/probe.h"
 #include <algorithm>
-#include <atomic>
 #include <functional>
 #include <mutex>
 #include <numeric>

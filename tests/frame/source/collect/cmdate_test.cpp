@@ -2,6 +2,7 @@
 #include "base/source/fstring.h"
 #include "storage/fpersistent.h"
 #include "tests/frame/source/storage/tempfolder.h"
+#include "tests/support/utf8.h"
 #include <gtest/gtest.h>
 #include <string>
 
@@ -11,8 +12,7 @@ namespace {
 std::string textOf(const CmDate& date, int32_t format = CmDate::kIsoDate) {
     String text;
     date.toString(text, format);
-    text.toMultiByte(kCodePageUTF8);
-    return text.text8();
+    return utf8(text);
 }
 
 TEST(CmDate, IsADayOfTheCalendarOrNone) {

@@ -258,7 +258,11 @@ TEST_F(ActionTest, BranchesAreNumberedDepthFirstAndCanBeGoneTo) {
     EXPECT_EQ(d->getNode()->getParent()->getActiveSuccessor(), d->getNode()) << "redo stays with the other one";
     EXPECT_TRUE(processor.removeAction(d));
     EXPECT_EQ(processor.countBranches(), 2);
-    play(processor, "|");
+    static int32_t warnings;
+    gActionHooks.showText = [](const tchar*) { ++warnings; };
+    play(processor, "||");
+    gActionHooks = {};
+    EXPECT_EQ(warnings, 1) << "where something is lost";
     EXPECT_FALSE(processor.anyBranchesPresent());
     EXPECT_EQ(names(processor, GActionProcessor::kAllActions), "ace");
     EXPECT_EQ(names(processor, GActionProcessor::kActivePath), "ace");

@@ -11,7 +11,6 @@
 #include "storage/fnewarchive.h"
 #include "storage/fpersistent.h"
 #include "storage/fxmlarchive.h"
-#include "storage/hooks.h"
 #include "tests/frame/source/storage/tempfolder.h"
 #include "tests/support/uncounted.h"
 #include <gtest/gtest.h>
@@ -393,26 +392,28 @@ std::string binaryFile(const std::vector<std::pair<std::string, std::string>>& r
 TEST_F(CommandTest, BinaryFilesAreTakenInOrder) {
     using namespace std::string_literals;
     const std::string none = "\0\0\0"s, one = "1\0\0"s, two = "2\0\0"s;
-    const struct {
+    struct {
         const char* name;
-        std::string bytes;
+        std::vector<std::pair<std::string, std::string>> records;
         const char *cut, *paste;
     } rows[] = {
-        {"the last one has it", binaryFile({{"Cut", one}, {"Cut", two}, {"Paste", one}}),  "2",      "1"},
-        {"emptied between",     binaryFile({{"Cut", one}, {"Cut", none}, {"Cut", two}}),   "2",      "" },
-        {"of another one",      binaryFile({{"Cut", one}, {"Paste", one}, {"Cut", none}}), "",       "1"},
-        {"unknown modifiers",   binaryFile({{"Cut", "!\0\x74"s}}),                         "Ctrl+!", "" },
-        {"a control",           binaryFile({{"Cut", one}, {"Cut", "\1\0\0"s}}),            "1",      "" },
-        {"half a pair",         binaryFile({{"Cut", one}, {"Cut", "\0\xD8\x80"s}}),        "1",      "" },
-        {"no character",        binaryFile({{"Cut", one}, {"Cut", "\xFF\xFF\x80"s}}),      "1",      "" },
+        {"the last one has it", {{"Cut", one}, {"Cut", two}, {"Paste", one}},  "2",      "1"},
+        {"emptied between",     {{"Cut", one}, {"Cut", none}, {"Cut", two}},   "2",      "" },
+        {"of another one",      {{"Cut", one}, {"Paste", one}, {"Cut", none}}, "",       "1"},
+        {"unknown modifiers",   {{"Cut", "!\0\x74"s}},                         "Ctrl+!", "" },
+        {"a control",           {{"Cut", one}, {"Cut", "\1\0\0"s}},            "1",      "" },
+        {"half a pair",         {{"Cut", one}, {"Cut", "\0\xD8\x80"s}},        "1",      "" },
+        {"no character",        {{"Cut", one}, {"Cut", "\xFF\xFF\x80"s}},      "1",      "" },
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        manager.removeAllKeyCommands();
-        EXPECT_TRUE(internalize(row.bytes));
-        EXPECT_EQ(keysOf("Edit", "Cut"), row.cut);
-        EXPECT_EQ(keysOf("Edit", "Paste"), row.paste);
-    }
+    for (auto& row : rows)
+        for (const size_t more : {0, 20}) {
+            SCOPED_TRACE(row.name);
+            row.records.resize(row.records.size() + more, {"Undo", none});
+            manager.removeAllKeyCommands();
+            EXPECT_TRUE(internalize(binaryFile(row.records)));
+            EXPECT_EQ(keysOf("Edit", "Cut"), row.cut);
+            EXPECT_EQ(keysOf("Edit", "Paste"), row.paste);
+        }
     std::vector<std::pair<std::string, std::string>> many(40'000, {"Late", none});
     for (size_t i = 0; i < many.size() / 2; ++i)
         many[i].second = {char(i), char(1 + i / 256), char(0x80)};
@@ -453,14 +454,8 @@ TEST_F(CommandTest, WhatIsExportedCanBeImported) {
 
 /** A program's files, as its defaults load and save. */
 TEST_F(CommandTest, KeysComeAndGoWithTheDefaults) {
-    static const TempFolder* user;
-    const TempFolder folder;
-    const StorageHooks before = gStorageHooks;
-    user = &folder;
-    gStorageHooks.standardFolder = [](int32_t number, FNPath& path) {
-        path = user->self();
-        return number == kUserFolder;
-    };
+    const StandardFolders folders;
+    const TempFolder& folder = folders.user;
     const auto restart = [](bool isGuest) {
         FDefaultPool::unuse();
         FDefaultPool::isGuest = isGuest;
@@ -481,6 +476,5 @@ TEST_F(CommandTest, KeysComeAndGoWithTheDefaults) {
     restart(false);
     EXPECT_EQ(keysOf("Edit", "Cut"), "X");
     FDefaultPool::unuse();
-    gStorageHooks = before;
 }
 }  // namespace

@@ -170,6 +170,7 @@ OPtr<FMemoryStream> streamWithRoot(const std::string& objects) {
 TEST_F(XmlArchive, NeitherLeaksNorDanglesWhateverRefersToWhat) {
     const std::string plain = "<int name='number' value='5'/>", owns = "<int name='ownership' value='2'/>";
     const std::string node = object("StoredNode", 2, plain), root = object("X", 1, refers(2));
+    const std::string isObject = "<int name='type' value='2'/>", owned = owns + holds("obj", item(1) + node);
     // the class of the root "r", id 1, and the nodes that it keeps alive
     const std::tuple<const char*, std::string, const char*, int32_t> rows[] = {
         {"missing", "", nullptr, 0},
@@ -182,10 +183,13 @@ TEST_F(XmlArchive, NeitherLeaksNorDanglesWhateverRefersToWhat) {
          "FXmlInstance", 1},
         {"holds itself", object("X", 1, refers(1)), "FXmlInstance", 0},
         {"ring with a known one", root + object("CmArray", 2, owns + holds("obj", item(1))), "FXmlInstance", 0},
-        {"array in itself", object("CmArray", 1, owns + holds("obj", item(1) + node)), "CmArray", 1},
+        {"array in itself", object("CmArray", 1, owned), "CmArray", 1},
         {"over an unknown one", object("CmArray", 1, owns + holds("obj", object("X", 2, refers(1)))), "CmArray", 0},
         {"array in an unknown one", object("X", 1, object("CmArray", 2, owns + holds("obj", item(1)))), "FXmlInstance",
          0},
+        {"variant in its own array",
+         object("CmVariant", 1, isObject + "<obj class='CmArray' name='obj' ID='3'>" + owned + "</obj>"), "CmVariant",
+         1},
         {"bag in itself", object("Attributes", 1, holds("l", item(1)) + node), "FAttributes", 1},
         {"bags in a ring", object("Attributes", 1, refers(3) + node) + object("Attributes", 3, refers(1)),
          "FAttributes", 1},

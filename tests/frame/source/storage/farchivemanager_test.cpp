@@ -1,6 +1,7 @@
 #include "storage/farchivemanager.h"
 #include "archiveprobes.h"
 #include "base/fcompiledinclass.h"
+#include "base/hooks.h"
 #include "collect/cmarray.h"
 #include "pathprobes.h"
 #include "pluginterfaces/base/fvariant.h"
@@ -244,6 +245,23 @@ TEST_F(ArchiveManager, MountsResourceFiles) {
     FPath inner = FArchiveManager::getPath(url);
     EXPECT_TRUE(manager->isBitwiseCopyable(url) && manager->isRegisteredURL(url));
     EXPECT_EQ(contentOf(*systemOf(utf8(url)), &inner), "text");
+}
+
+TEST_F(ArchiveManager, AsksTheRegistryOfComponentsOnTheMainThread) {
+    static int32_t classes;  // of them the last one can be made
+    const ComponentHooks before = gComponentHooks;
+    gComponentHooks.createOfCategory = [](const char* category, int32_t index, FUnknown** made) {
+        *made = index == 1 && classes == 2 ? static_cast<FObject*>(new LineSystem) : nullptr;
+        return std::string(category) == IVirtualFileSystem::kCategory && index < classes;
+    };
+    const auto mounts = [&] {
+        return OPtr<FFileSystem>(manager->createVirtualFileSystem(disk.at("box.lines"))) != nullptr;
+    };
+    for (classes = 0; classes <= 2; ++classes)
+        EXPECT_EQ(mounts(), classes == 2);
+    classes = 0;
+    EXPECT_TRUE(std::async(std::launch::async, mounts).get());
+    gComponentHooks = before;
 }
 
 TEST_F(ArchiveManager, UnmountsOnlyWhatNobodyUses) {

@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
-#include <utility>
-#include <vector>
 
 namespace Tessarine {
 namespace {

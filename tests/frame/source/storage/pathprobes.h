@@ -4,16 +4,11 @@
 #include "storage/fbstream.h"
 #include "storage/ffilesystem.h"
 #include "tempfolder.h"
+#include "tests/support/utf8.h"
 #include <gtest/gtest.h>
 
 /** What the tests of file systems share. */
 namespace Tessarine {
-
-inline std::string utf8(const ConstString& text) {
-    FString bytes(text);
-    bytes.toMultiByte(kCodePageUTF8);
-    return bytes.text8();
-}
 
 inline std::string utf8(const FPath& path) {
     FString text;

@@ -3,7 +3,6 @@
 #include "pluginterfaces/host/italvprmaccessor.h"
 #include "public.sdk/source/main/pluginfactory.h"
 #include <gtest/gtest.h>
-#include <string>
 
 using namespace Tessarine;
 

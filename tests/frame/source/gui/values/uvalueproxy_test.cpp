@@ -5,7 +5,6 @@
 #include "gui/values/uvaluelinker.h"
 #include "valuefixture.h"
 #include <functional>
-#include <memory>
 
 namespace Tessarine {
 namespace {

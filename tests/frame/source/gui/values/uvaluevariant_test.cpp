@@ -2,7 +2,6 @@
 #include "gui/values/ufloatvalue.h"
 #include "gui/values/ustringvalue.h"
 #include <gtest/gtest.h>
-#include <string>
 
 namespace Tessarine {
 namespace {

@@ -1,4 +1,5 @@
 #include "frame/source/gui/os/linux/core/folders.h"
+#include "tests/support/utf8.h"
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -34,10 +35,7 @@ private:
 
 std::string folder(PlatformFolder kind) {
     String path;
-    if (!findPlatformFolder(kind, path))
-        return "none";
-    path.toMultiByte(kCodePageUTF8);
-    return path.text8();
+    return findPlatformFolder(kind, path) ? utf8(path) : "none";
 }
 
 constexpr auto kConfig = PlatformFolder::kPreferences;

@@ -1,32 +1,19 @@
 #include "base/fdynlib.h"
 #include "base/fservice.h"
 #include "gui/os/linux/core/platformcore.h"
-#include "storage/hooks.h"
+#include "storage/farchivemanager.h"
+#include "tests/frame/source/storage/tempfolder.h"
 #include "tests/support/bundles.h"
 #include "tests/support/mapped.h"
-#include "tests/support/testfolder.h"
 #include "tests/support/uncounted.h"
 #include <cstddef>
 #include <elf.h>
 #include <gtest/gtest.h>
-#include <map>
 #include <sys/stat.h>
 
 namespace Tessarine {
 namespace {
 namespace fs = std::filesystem;
-
-fs::path gFolder;  // of the running test
-
-bool standardFolder(int32_t number, FNPath& folder) {
-    const std::map<int32_t, const char*> names = {
-        {kUserFolder,        "user"  },
-        {kCommonFolder,      "shared"},
-        {kApplicationFolder, "app"   },
-    };
-    const auto found = names.find(number);
-    return found != names.end() && folder.fromPlatformPath((gFolder / found->second).c_str());
-}
 
 FNPath pathOf(const fs::path& path) {
     FNPath result(kFolderPath);
@@ -34,23 +21,18 @@ FNPath pathOf(const fs::path& path) {
     return result;
 }
 
-class Modules : public testing::Test {
+class Modules : public testing::Test, protected StandardFolders {
 protected:
     Modules() {
         installTessarinePlatformCore();
-        gStorageHooks.standardFolder = standardFolder;
         gBundleHooks.report = [](const std::string& why) { reported() += why + "\n"; };
         reported().clear();
-        gFolder = folder.path;
-        for (const char* name : {"user", "app", "shared"})
-            fs::create_directories(folder.path / name);
         FDefaultPool::use();
         FServiceManager::use();
     }
     ~Modules() override {
         end();
         FDefaultPool::unuse();
-        gStorageHooks = before;
         gBundleHooks.report = nullptr;
     }
     static std::string& reported() {
@@ -68,16 +50,15 @@ protected:
         return *gComponentRegistry;
     }
     TestBundle bundle(const std::string& name, const std::string& text) const {
-        return TestBundle(folder.path / "app/Components", name, text);
+        return TestBundle(application.path / "Components", name, text);
     }
-    fs::path cacheFile() const { return folder.path / "user/Module Cache.xml"; }
+    fs::path cacheFile() const { return user.path / "Module Cache.xml"; }
     std::string cacheText() const {
         std::stringstream text;
         text << std::ifstream(cacheFile()).rdbuf();
         return text.str();
     }
 
-    const StorageHooks before = gStorageHooks;
     TemporaryFolder folder;
 };
 
@@ -194,7 +175,7 @@ void patch(const fs::path& file, size_t offset, const std::string& bytes) {
 }
 
 TEST_F(Modules, ThatAreOfNoUseAreRefusedWithoutHarm) {
-    const fs::path components = folder.path / "app/Components";
+    const fs::path components = application.path / "Components";
     const std::string text = "flags 16\n" + kOneService;
     const std::tuple<const char*, size_t, std::string> patches[] = {
         {"other machine", offsetof(Elf64_Ehdr, e_machine), std::string("\x16\0", 2)     },
@@ -271,11 +252,11 @@ TEST_F(Modules, OneThatIsNamedIsItsBundle) {
 
 TEST_F(Modules, ScanningMakesNoFolderAndGoesDownIntoSharedOnes) {
     EXPECT_EQ(gComponentRegistry->findModules(), 0);
-    EXPECT_FALSE(fs::exists(folder.path / "app/Components"));
-    TestBundle(folder.path / "shared/Tessarine/Components/deep", "Echo", "flags 16\n" + kOneService);
+    EXPECT_FALSE(fs::exists(application.path / "Components"));
+    TestBundle(common.path / "Tessarine/Components/deep", "Echo", "flags 16\n" + kOneService);
     EXPECT_EQ(gComponentRegistry->findSharedModules(), 1);
     EXPECT_NE(cacheText().find("Components/deep/Echo.bundle"), std::string::npos);
-    fs::path far = folder.path / "shared/Tessarine/Components";
+    fs::path far = common.path / "Tessarine/Components";
     for (int i = 0; i < 11; ++i)
         far /= std::string(200, 'f');
     TestBundle(far, "Far", "flags 16\n" + classLine(2, "Service", "Far"));
@@ -403,10 +384,28 @@ TEST_F(Modules, CompiledInClassesAreTakenInOnce) {
     EXPECT_EQ(gComponentRegistry->countComponentClasses("Compiled"), 0);
 }
 
+TEST_F(Modules, AreAskedWhatIsInAFile) {
+    static std::string asked;
+    asked.clear();
+    const TestBundle made = bundle("boxes", "flags 16\n" + classLine(1, "VirtualFileSystem", "Boxes"));
+    FComponentRegistry& registry = restart();
+    registry.addPluginInitHook([](FUnknown* /*component*/, FComponentDescription& description) {
+        asked += String(description.getName()).text8();
+    });
+    std::ofstream(folder.path / "some.box") << "content";
+    const FNPath file = pathOf(folder.path / "some.box");
+    for (const char* when : {"at first", "switched off, not again"}) {
+        EXPECT_EQ(FArchiveManager::createVirtualFileSystem(&file), nullptr) << "it is no file system";
+        EXPECT_EQ(asked, "Boxes") << when;
+        EXPECT_FALSE(registry.getModule(u"boxes")->isLoaded());
+        registry.getComponentDescription("VirtualFileSystem", 0)->setAvailable(false);
+    }
+}
+
 TEST_F(Modules, LibrariesAreFoundByName) {
     const TestBundle made = TestBundle(folder.path / "libraries", "Tools", "");
     fs::copy_file(TestBundle::built("emptymodule"), folder.path / "libraries/Plain.so");
-    fs::copy_file(TestBundle::built("emptymodule"), folder.path / "app/Tools.so");
+    fs::copy_file(TestBundle::built("emptymodule"), application.path / "Tools.so");
     FDynLibrary::addFolder(pathOf(folder.path / "libraries"));
     const std::tuple<const tchar*, bool, bool> rows[] = {
         {u"Tools",   true,  true },

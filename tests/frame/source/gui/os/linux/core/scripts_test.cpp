@@ -7,6 +7,7 @@
 #include "tests/support/mapped.h"
 #include "tests/support/testfolder.h"
 #include "tests/support/uncounted.h"
+#include "tests/support/utf8.h"
 #include <chrono>
 #include <thread>
 
@@ -22,11 +23,7 @@ bool standardFolder(int32_t number, FNPath& folder) {
 
 class Console : public FConsole {
 public:
-    void deferWrite(const ConstString& text) override {
-        String bytes(text);
-        bytes.toMultiByte(kCodePageUTF8);
-        written += bytes.text8();
-    }
+    void deferWrite(const ConstString& text) override { written += utf8(text); }
     std::string written;
 };
 
@@ -87,8 +84,7 @@ protected:
     static std::string textOf(const std::string& script) {
         String text;
         run(script).getString(text);
-        text.toMultiByte(kCodePageUTF8);
-        return text.text8();
+        return utf8(text);
     }
     std::string takeWritten() { return std::exchange(console->written, ""); }
 
