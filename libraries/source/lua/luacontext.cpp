@@ -458,8 +458,10 @@ LuaContext::HostCall::~HostCall() {
     uselocale(own);
     context.call = outer;
     context.limits.spare(getMilliseconds());
-    if (context.closing)
-        lua_sethook(state, onCount, LUA_MASKCOUNT, 1);  // nothing that follows the call is run
+    if (!context.closing)
+        return;
+    for (lua_State* each : {state, context.state})     // the coroutine, and who resumed it
+        lua_sethook(each, onCount, LUA_MASKCOUNT, 1);  // nothing that follows the call is run
 }
 
 }  // namespace Tessarine

@@ -126,6 +126,17 @@ TEST_F(XmlReading, GoesOnAfterAPauseAndStopsForGood) {
     EXPECT_EQ(context(), "Xml Error: parsing aborted \r\nLine: 1");
 }
 
+TEST_F(XmlReading, GoesOnAfterAPauseBehindTheLastPiece) {
+    listener.onStart = [](INewXmlParser* source, const std::string& name) {
+        if (name == "b")
+            source->suspend();
+    };
+    const std::string cutByABlock(33000, 'x');  // what comes behind it may be held back until all was read
+    EXPECT_TRUE(process("<a x=\"" + cutByABlock + "\"><b/><c/></a>"));
+    EXPECT_TRUE(parser.resume(&stream));
+    EXPECT_TRUE(listener.heard.ends_with("</b><c></c></a>"));
+}
+
 TEST_F(XmlReading, SharesItsHandlerWhichMayGoMeanwhile) {
     listener.onStart = [](INewXmlParser* source, const std::string&) { source->setHandler(nullptr); };
     EXPECT_EQ(referencesOf(&listener), 2u);
