@@ -65,7 +65,7 @@ FFileSystemAdapter* FFileSystemAdapter::mount(FPath* path) {
     FString extension;
     if (!path || !path->getExtension(extension))
         return nullptr;
-    const bool withModules = gComponentHooks.createOfCategory && isMainThread();
+    const bool withModules = isMainThread() && gComponentHooks.createOfCategory;
     const auto create = withModules ? gComponentHooks.createOfCategory : createOfProgram;
     FUnknown* made = nullptr;
     for (int32_t i = 0; create(IVirtualFileSystem::kCategory, i, &made); ++i) {
