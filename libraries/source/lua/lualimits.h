@@ -30,6 +30,9 @@ public:
     static int64_t now();
 
     size_t getUsedBytes() const { return usedBytes; }
+    /** How much in use makes the next search for garbage worth while: twice what is now, at least so much, but before all is
+        taken; for what the standard library refuses by itself, nobody looks for garbage first. */
+    size_t nextSearch(size_t least) const;
     /** Is called before memory is refused, whereupon the interpreter looks for garbage. It must not allocate. */
     void setRefusal(void (*function)(void* user), void* user) {
         onRefusal = function;

@@ -4,6 +4,7 @@
 #include "base/uprogresshook.h"
 #include "storage/fcstream.h"
 #include "storage/ffstream.h"
+#include "storage/fxmlarchive.h"
 #include "tests/frame/source/storage/archiveprobes.h"
 #include <random>
 #include <string>
@@ -171,6 +172,28 @@ TEST(ZLib, TheDefaultEngineUnpacksAndMeasures) {
     FCompressionStream again(streamOf(deflated(text, 6)));
     again.beginDecompress();
     EXPECT_TRUE(FStreamUnpacker(&again).getStream()->isStreamEqual(*source));
+}
+
+/** Its text is read to the end, wherever the reader's buffer happens to cut it. */
+TEST(ZLib, HoldsArchives) {
+    for (uint32_t size = 940; size < 960; ++size) {
+        const OPtr<FMemoryStream> packed(new FMemoryStream);
+        const OPtr<ZLib::ZLibEngine> engine(new ZLib::ZLibEngine);
+        const OPtr<FAttributes> bag(new FAttributes), read(new FAttributes);
+        const std::string bytes(size, 'q');
+        bag->setBinary("bytes", bytes.data(), size);
+        const OPtr<FCompressionStream> in(new FCompressionStream(packed, engine));
+        in->beginCompress(0.5F);
+        FXmlArchive writer(in, true);
+        EXPECT_TRUE(writer.saveAttributes("Test", *bag));
+        in->finish();
+        packed->rewind();
+        const OPtr<FCompressionStream> out(new FCompressionStream(packed, engine));
+        out->beginDecompress();
+        FXmlArchive reader(out, false);
+        EXPECT_TRUE(reader.loadAttributes("Test", *read));
+        EXPECT_EQ(read->getBinarySize("bytes"), size);
+    }
 }
 }  // namespace
 }  // namespace Tessarine

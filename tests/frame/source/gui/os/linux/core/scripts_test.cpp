@@ -238,6 +238,19 @@ std::string slowToCompile() {
     return text + ends;
 }
 
+TEST_F(Scripts, GarbageIsFoundBeforeTheMemoryIsGone) {
+    const char* greedy =
+        "local keep, words = {}, {} for i = 1, 90 do keep[i] = ('x'):rep(100000) .. 'y' end "
+        "for i = 1, 300 do words[i] = 'word ' .. i end "
+        "for i = 1, 5000 do table.concat(words, ', ') end return 1";
+    const char* modest =
+        "local t = {} for i = 1, 20 do t[i] = ('z'):rep(100000) end return #table.concat(t, '', 1, 10) // 1000000";
+    engine()->setLimits(20000, IScriptContext::kDefaultBytes);
+    for (const char* script : {greedy, modest, greedy, greedy, modest, modest})
+        EXPECT_EQ(run(script).getLong(), 1);
+    EXPECT_EQ(takeWritten(), "");
+}
+
 TEST_F(Scripts, WhatTakesLongToCompileIsGivenUp) {
     engine()->setLimits(100, 16 << 20);
     run(slowToCompile());
