@@ -106,6 +106,7 @@ TEST_F(Scripts, ValuesComeBackInTheirKind) {
          "6 2147483647"                                                                                                              },
         {"local t = Timer(2.9) t.period = 7 return t.period",                            CmVariant::kInteger,  "7"                   },
         {"return theApp.name",                                                           CmVariant::kString8,  "loop test"           },
+        {"local t = {} for i = 1, 20000 do t[i] = i end return #table.concat(t, ' ')",   CmVariant::kInteger,  "108893"              },
         {"return ('x-y'):find('-') .. table.concat({1, 2}, ',')",                        CmVariant::kString8,  "21,2"                },
         {"local t = {1, 3} table.insert(t, 2, 2) return table.remove(t, 1) + t[2] + #t", CmVariant::kInteger,  "6"                   },
     };
@@ -119,22 +120,24 @@ TEST_F(Scripts, ValuesComeBackInTheirKind) {
 
 TEST_F(Scripts, WhatIsWrongIsSaidOnTheConsole) {
     const std::pair<const char*, const char*> rows[] = {
-        {"x = = 1",                              "(1): Error 1: '=' unexpected symbol near '='"                              },
-        {"\nfoo()",                              "(2): Error 2: 'foo' attempt to call a nil value (global 'foo')"            },
-        {"error('f: 1: no')",                    "(1): Error 2: '' f: 1: no"                                                 },
-        {"error(\"' it is\", 0)",                "(0): Error 2: '' ' it is"                                                  },
-        {"error(\"it's not what you'd think\")", "(1): Error 2: '' it's not what you'd think"                                },
-        {"return probe.x",                       "(1): Error 2: 'x' 'Probe' has no such member: 'x'"                         },
-        {"probe:act({})",                        "(1): Error 2: 'act' bad argument #1 to 'act' (cannot be handed over)"      },
-        {"probe.act(1)",                         "(1): Error 2: 'act' 'act' is called with a colon, on an object that has it"},
-        {"Timer(5).period = 0.5",                "(1): Error 2: 'Timer' a property of 'Timer' cannot be set to this: 2"      },
-        {"Timer(5).onTimer = Timer(5)",          "(1): Error 2: 'Timer' a property of 'Timer' cannot be set to this: 2"      },
-        {"theApp:command('Edit')",               "(1): Error 2: 'theApp' command of 'theApp' refuses: 2"                     },
-        {"('x'):rep(1 << 60)",                   "(1): Error 2: 'rep' bad argument #1 to 'rep' (the text would be too long)" },
-        {"setmetatable({}, {__mode = 'k'})",     "(1): Error 2: '__mode' a metatable cannot have '__mode' here"              },
+        {"x = = 1",                                                                                                 "(1): Error 1: '=' unexpected symbol near '='"                              },
+        {"\nfoo()",                                                                                                 "(2): Error 2: 'foo' attempt to call a nil value (global 'foo')"            },
+        {"error('f: 1: no')",                                                                                       "(1): Error 2: '' f: 1: no"                                                 },
+        {"error(\"' it is\", 0)",                                                                                   "(0): Error 2: '' ' it is"                                                  },
+        {"error(\"it's not what you'd think\")",                                                                    "(1): Error 2: '' it's not what you'd think"                                },
+        {"return probe.x",                                                                                          "(1): Error 2: 'x' 'Probe' has no such member: 'x'"                         },
+        {"probe:act({})",                                                                                           "(1): Error 2: 'act' bad argument #1 to 'act' (cannot be handed over)"      },
+        {"probe.act(1)",                                                                                            "(1): Error 2: 'act' 'act' is called with a colon, on an object that has it"},
+        {"Timer(5).period = 0.5",                                                                                   "(1): Error 2: 'Timer' a property of 'Timer' cannot be set to this: 2"      },
+        {"Timer(5).onTimer = Timer(5)",                                                                             "(1): Error 2: 'Timer' a property of 'Timer' cannot be set to this: 2"      },
+        {"theApp:command('Edit')",                                                                                  "(1): Error 2: 'theApp' command of 'theApp' refuses: 2"                     },
+        {"('x'):rep(1 << 60)",                                                                                      "(1): Error 2: 'rep' bad argument #1 to 'rep' (the text would be too long)" },
+        {"setmetatable({}, {__mode = 'k'})",                                                                        "(1): Error 2: '__mode' a metatable cannot have '__mode' here"              },
         {"table.concat({}, '', 1, 1 << 60)",
-         "(1): Error 2: 'concat' bad argument #3 to 'concat' (outside of the table)"                                         },
-        {"\x1BLua",                              "(0): Error 1: 't' attempt to load a binary chunk (mode is 't')"            },
+         "(1): Error 2: 'concat' bad argument #3 to 'concat' (outside of the table)"                                                                                                            },
+        {"local t = {} for k = 0, 62 do t[1 << k] = 1 end while #t < 1 << 30 do t[#t + 1] = 1 end table.concat(t)",
+         "(1): Error 2: '' the value at 3 is no text"                                                                                                                                           },
+        {"\x1BLua",                                                                                                 "(0): Error 1: 't' attempt to load a binary chunk (mode is 't')"            },
     };
     for (const auto& [script, error] : rows) {
         run(script);
