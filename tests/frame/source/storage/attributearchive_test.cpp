@@ -427,6 +427,10 @@ TEST_F(XmlArchive, ReadsWhatPeopleWrite) {
         EXPECT_EQ(FXmlArchive(streamOf(source), false).loadAttributes("T", bag), loads);
         EXPECT_EQ(xmlOf(bag), saved);
     }
+    FAttributes bag;
+    const OPtr<FMemoryStream> stream = streamOf("<T/>junk");
+    FXmlArchive empty(stream, false);
+    EXPECT_TRUE(empty.loadAttributes("T", bag) && empty.isWhole());
 }
 
 TEST_F(XmlArchive, LoadsBagsAloneAndAsksForTheClass) {
