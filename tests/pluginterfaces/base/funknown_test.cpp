@@ -79,7 +79,7 @@ TEST(Fuid, TextFormsGoThereAndBackInTheirLengthOnly) {
 }
 
 TEST(Identifiers, AreThoseThatModulesKnow) {
-    const std::pair<const FUID&, const char*> rows[] = {
+    const std::pair<FUID, const char*> rows[] = {
         {FUnknown::iid,             "0000000000000000C000000000000046"},
         {IString::iid,              "F99DB7A30FC14821800B0CF98E348EDF"},
         {IStringResult::iid,        "550798BC872049DB84920A153B50B7A8"},
