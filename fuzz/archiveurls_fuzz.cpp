@@ -2,7 +2,7 @@
 // have, and that URLs lead to.
 #include "demand.h"
 #include "storage/farchivemanager.h"
-#include "storage/ffilearchive.h"
+#include "storage/fresourcearchive.h"
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -12,23 +12,6 @@ using namespace Tessarine;
 namespace {
 constexpr const tchar* kCache = u"/nowhere/pack~Cache";
 
-class Node : public FFileArchiveNode {
-public:
-    explicit Node(bool folder) : folder(folder) {}
-    bool isFolder() const override { return folder; }
-    void getFileName(FString& text) const override { text = name; }
-    void setFileName(const ConstString& text) override {
-        name = FString(text);
-        nameChanged();
-    }
-    int64_t getDataOffset() const override { return -1; }
-    int64_t getDataSize() const override { return 0; }
-
-private:
-    bool folder;
-    FString name;
-};
-
 class Archive : public FFileArchive {
 public:
     Archive() : FFileArchive(static_cast<FStream*>(nullptr), kWriteCached) {
@@ -36,7 +19,9 @@ public:
         setCacheFolder(&cache);
         setTree(OPtr<FFileArchiveNode>(newNode(true)));
     }
-    FFileArchiveNode* newNode(bool folder) override { return new Node(folder); }
+    FFileArchiveNode* newNode(bool folder) override {
+        return new FResourceEntry(folder ? FResourceEntry::kFolderEntry : FResourceEntry::kFileEntry);
+    }
 };
 
 FPath pathOf(const FString& text) {

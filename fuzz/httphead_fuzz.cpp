@@ -2,7 +2,6 @@
 #include "demand.h"
 #include "frame/source/storage/furlhttphead.h"
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -29,8 +28,16 @@ std::string lowered(std::string_view text) {
     return low;
 }
 
+/** The number behind the first blank; 0: it is none of a status. */
+int32_t statusIn(std::string_view line) {
+    const std::string rest(line.substr(std::min(line.find(' '), line.size())));
+    const int64_t number = std::strtoll(rest.c_str(), nullptr, 10);
+    return number >= 1 && number <= 999 ? int32_t(number) : 0;
+}
+
 /** What is known of an answer after each line. */
 struct Model {
+    int32_t status = 0;
     int64_t length = -1;
     bool hasLocation = false, isBasic = false, isProxyBasic = false;
 
@@ -63,6 +70,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         demand(!taken || lines <= FHttpHead::kMaxLines);
         demand(first || taken || line.size() > FHttpHead::kMaxLineBytes || lines > FHttpHead::kMaxLines ||
                size > FHttpHead::kMaxBytes);
+        if (first && line.size() <= FHttpHead::kMaxLineBytes)
+            model.status = statusIn(line);
+        demand(head.status == model.status && (!first || taken == (model.status != 0)));
         if (!taken)
             return 0;
         demand(head.isComplete() == (!first && line.empty()));
@@ -70,9 +80,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             model.take(line);
         demand(head.length == model.length && head.location.empty() != model.hasLocation);
         demand(head.contentBytes == -1 || head.contentBytes == head.length);
-        demand(head.wantsLogin() == (model.isBasic && head.status == 401));
-        demand(head.wantsProxyLogin() == (model.isProxyBasic && head.status == 407));
-        demand(!head.isRedirect() || (model.hasLocation && head.status / 100 == 3 && head.status != 303));
+        demand(head.wantsLogin() == (model.isBasic && model.status == 401));
+        demand(head.wantsProxyLogin() == (model.isProxyBasic && model.status == 407));
+        const bool moves = model.status == 301 || model.status == 302 || model.status == 307;
+        demand(head.isRedirect() == (model.hasLocation && moves));
         if (head.isComplete()) {
             demand(!head.takeLine("A: b"));
             return 0;

@@ -3,6 +3,8 @@
 #include "graphed/gcommandmanager.h"
 #include "graphed/gkeycommandsfile.h"
 #include "storage/fmstream.h"
+#include "storage/fpersistent.h"
+#include "storage/fxmlarchive.h"
 #include <vector>
 
 namespace KeyCommandFuzz {
@@ -34,7 +36,18 @@ inline void fill(FMemoryStream& stream, const uint8_t* data, size_t size) {
     stream.rewind();
 }
 
-/** read gives true when it has; else nothing has changed. What was read is written, and comes back. */
+/** As a program keeps them from one start to the next. */
+inline std::vector<UKeyCode> keptKeys(const GCommandManager& manager) {
+    Subject next;
+    FMemoryStream kept;
+    FAttributes bag;
+    demand(manager.storeAttributes(bag) && FXmlArchive(&kept, true).saveAttributes("KeyCommands", bag));
+    kept.rewind();
+    demand(FXmlArchive::restoreObject(&kept, "KeyCommands", &next.manager));
+    return next.keys();
+}
+
+/** read gives true when it has; else nothing has changed. What was read is written, and comes back, also as XML. */
 template <class Read, class Write>
 void check(const uint8_t* data, size_t size, Read read, Write write) {
     Subject first, second;
@@ -49,5 +62,6 @@ void check(const uint8_t* data, size_t size, Read read, Write write) {
     again.rewind();
     demand(read(again, second.manager));
     demand(first.keys() == second.keys());
+    demand(first.keys() == keptKeys(first.manager));
 }
 }  // namespace KeyCommandFuzz

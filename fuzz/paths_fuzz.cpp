@@ -1,23 +1,14 @@
-// Paths as text. An input is a byte of options, a byte that says how long the first text is, and two texts: bytes of
-// UTF-8, or 16-bit units with kAnyUnits, half surrogate pairs among them.
+// Paths as text, from the two texts of an input (twotexts.h).
 #include "demand.h"
 #include "storage/ffilesystem.h"
 #include "storage/fvfilesystem.h"
-#include "unitsof.h"
+#include "twotexts.h"
 #include <algorithm>
 #include <string>
 
 using namespace Tessarine;
 
 namespace {
-enum Options : uint8_t { kAnyUnits = 1, kAsFolder = 2 };
-
-std::u16string textOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text.text16();
-}
-
 size_t countOf(const std::u16string& text, char16_t c) {
     return size_t(std::ranges::count(text, c));
 }
@@ -77,13 +68,9 @@ void checkRoot(const std::u16string& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size < 2)
+    if (size < TwoTexts::kLeast)
         return 0;
-    const Bytes bytes(data + 2, size - 2);
-    const size_t length = std::min<size_t>(data[1], bytes.size());
-    const bool any = data[0] & kAnyUnits;
-    const std::u16string text = unitsOf(bytes.substr(0, length), any), name = unitsOf(bytes.substr(length), any);
-    const int32_t kind = data[0] & kAsFolder ? kFolderPath : kFilePath;
+    const auto [text, name, kind] = TwoTexts(data, size);
     checkPath(text, name, kind);
     checkWays(text, name);
     checkRoot(text);

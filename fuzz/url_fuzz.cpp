@@ -1,22 +1,13 @@
-// URLs as text. An input is a byte of options, a byte that says how long the first text is, and two texts, a URL and a name:
-// bytes of UTF-8, or 16-bit units with kAnyUnits, half surrogate pairs among them.
+// URLs as text: of an input's two texts (twotexts.h) one is a URL, the other a name.
 #include "demand.h"
 #include "storage/furl.h"
 #include "storage/furlhandler.h"
-#include "unitsof.h"
+#include "twotexts.h"
 #include <algorithm>
 
 using namespace Tessarine;
 
 namespace {
-enum Options : uint8_t { kAnyUnits = 1, kAsFolder = 2 };
-
-std::u16string textOf(const FUrl& url) {
-    FString text;
-    url.getUrl(text);
-    return text.text16();
-}
-
 void checkParts(const FUrl& url) {
     FUrl again;
     demand(again.setUrl(textOf(url).c_str()) && textOf(again) == textOf(url));
@@ -62,12 +53,9 @@ void checkCoding(const std::u16string& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size < 2)
+    if (size < TwoTexts::kLeast)
         return 0;
-    const Bytes bytes(data + 2, size - 2);
-    const size_t length = std::min<size_t>(data[1], bytes.size());
-    const bool any = data[0] & kAnyUnits;
-    const std::u16string text = unitsOf(bytes.substr(0, length), any), name = unitsOf(bytes.substr(length), any);
+    const auto [text, name, kind] = TwoTexts(data, size);
     checkCoding(text);
     FUrl url(u"http://old/x");
     if (!url.setUrl(text.c_str())) {
@@ -75,7 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         return 0;
     }
     checkParts(url);
-    checkWay(url, name, data[0] & kAsFolder ? kFolderPath : kFilePath);
+    checkWay(url, name, kind);
     checkRequest(url);
     checkLogin(url, name);
     return 0;

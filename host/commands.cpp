@@ -12,7 +12,6 @@ using namespace Tessarine;
 
 namespace {
 constexpr int64_t kMaxWaitMs = 24 * 60 * 60 * 1000;
-constexpr int64_t kMaxDevice = 255;
 constexpr const char* kNow = "--now";
 constexpr const char* kAllow48V = "--allow-48v";
 

@@ -1,5 +1,6 @@
 #include "host/modulehost.h"
 #include "gui/uctrler.h"
+#include "host/texts.h"
 #include <algorithm>
 #include <filesystem>
 #include <vector>
@@ -31,12 +32,6 @@ public:
 private:
     void (*before)(const std::string& text) = gBundleHooks.report;
 };
-
-std::string utf8Of(const FString& text) {
-    FString bytes(text);
-    bytes.toMultiByte(kCodePageUTF8);
-    return bytes.text8();
-}
 
 std::string componentsFolder() {
     FString folder;

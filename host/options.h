@@ -16,7 +16,8 @@ struct Options {
     enum Result { kRun, kAnswered, kRefused };
 };
 
-inline constexpr int32_t kMaxInputs = 2040;  // 255 devices of eight channels
+inline constexpr int32_t kMaxDevice = 255;             // their numbers begin with 1
+inline constexpr int32_t kMaxInputs = kMaxDevice * 8;  // with eight channels each
 
 /** kAnswered: help or version are in text. kRefused: one line that says why is in text. */
 Options::Result scanOptions(int count, char** arguments, Options& options, std::string& text);

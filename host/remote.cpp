@@ -13,7 +13,6 @@ using namespace Tessarine;
 
 namespace {
 constexpr uint32_t kLookPeriodMs = 50;
-constexpr int32_t kMaxDevice = 255;
 constexpr int32_t kLooksBetweenPorts = 2;  // by then the extension has dropped the devices of the old port
 constexpr const char* kAccessorName = "TALV Param Accessor";
 

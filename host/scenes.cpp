@@ -13,7 +13,6 @@ constexpr const tchar* kListID = u"Scenes";
 constexpr const char* kDevices = "Devices";
 constexpr const char* kID = "ID";
 constexpr const char* kChannel = "Channel";
-constexpr int32_t kMaxDevice = 255;
 constexpr size_t kMaxName = 200;  // leaves room for a number and the extension
 
 std::string keyOf(const Place& place) {

@@ -1,6 +1,7 @@
 #include "host/settingsport.h"
 #include "base/source/fbuffer.h"
 #include "gui/hooks.h"
+#include "host/options.h"
 #include "storage/fasidefile.h"
 #include "storage/ffilesystem.h"
 #include "storage/fmstream.h"
@@ -17,7 +18,6 @@ constexpr const tchar* kExtensionFolder = u"VOREN TALV Extension";
 constexpr const tchar* kFileName = u"Setup.xml";
 constexpr const char* kRoot = "VOREN-HA-Remote";
 constexpr const char* kPortElement = "ComPortName";
-constexpr int32_t kLastDevice = 255;
 constexpr int64_t kMaxSettings = 1 << 20;  // bytes; a real file has some 8 KB
 
 /** Says whether a text is a settings file. */
@@ -114,7 +114,7 @@ std::string newSettings(const std::string& port) {
     const std::string root = kRoot;
     std::string text = "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<" + root + ">\r\n";
     text.append("\t").append(portTag(port, true)).append("\r\n");
-    for (int32_t id = 1; id <= kLastDevice; ++id)
+    for (int32_t id = 1; id <= kMaxDevice; ++id)
         text += "\t<DevId-Ch id=\"" + std::to_string(id) + "\" ch=\"-1\"/>\r\n";
     return text + "</" + root + ">\r\n";
 }

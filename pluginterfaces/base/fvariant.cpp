@@ -1,5 +1,6 @@
 #include "pluginterfaces/base/fvariant.h"
 #include <algorithm>
+#include <limits>
 #include <string>
 
 namespace Tessarine {
@@ -12,6 +13,15 @@ const Char* duplicate(const Char* text) {
     return copy;
 }
 }  // namespace
+
+int64_t truncated64(double number) {
+    constexpr double kBound = 0x1p63;
+    if (number != number)
+        return 0;
+    return number >= kBound   ? std::numeric_limits<int64_t>::max()
+           : number < -kBound ? std::numeric_limits<int64_t>::min()
+                              : int64_t(number);
+}
 
 FVariant& FVariant::operator=(const FVariant& other) {
     if (this == &other)
@@ -65,7 +75,7 @@ void FVariant::setObject(FUnknown* object) {
 }
 
 int64_t FVariant::getInteger() const {
-    return type & kInteger ? value.integer : type & kFloat ? int64_t(value.number) : 0;
+    return type & kInteger ? value.integer : type & kFloat ? truncated64(value.number) : 0;
 }
 
 double FVariant::getFloat() const {

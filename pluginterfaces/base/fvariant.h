@@ -3,6 +3,18 @@
 
 namespace Tessarine {
 
+/** Without its fraction, and at the bounds of the type; 0 for what is no number. */
+int64_t truncated64(double number);
+
+/** What a variant holds; its type says which. */
+union FVariantData {
+    int64_t integer;
+    double number;
+    const char* string8;
+    const tchar* string16;
+    FUnknown* object;
+};
+
 /** A small tagged value: integer, float, text or object.
 
     Owns   a text or object only with kOwner set. A copy always owns: text is duplicated, an object shared by a reference.
@@ -43,7 +55,7 @@ public:
     bool isOwner() const { return (type & kOwner) != 0; }
     bool isEmpty() const { return getType() == kEmpty; }
     bool isString() const { return (type & (kString8 | kString16)) != 0; }
-    /** A number is converted; anything else is 0. */
+    /** A number is converted, truncated if need be; anything else is 0. */
     int64_t getInteger() const;
     double getFloat() const;
     /** Null when another kind is held. Borrowed. */
@@ -56,13 +68,7 @@ private:
     void copy(const FVariant& other);
 
     uint16_t type = kEmpty;
-    union {
-        int64_t integer;
-        double number;
-        const char* string8;
-        const tchar* string16;
-        FUnknown* object;
-    } value{0};
+    FVariantData value{0};
 };
 
 }  // namespace Tessarine

@@ -12,7 +12,8 @@
     An end      context.close(), which gives back all objects. What is still held, functions and the context itself, answers
                 kWrongState from then on.
 
-    Texts       8-bit ones are ASCII or UTF-8; an engine hands out 16-bit text for what isn't ASCII.
+    Texts       8-bit ones are ASCII or UTF-8; an engine hands out 16-bit text for what isn't ASCII. All end at their first 0, so
+                that what a script has behind one stays behind.
     Threads     main. */
 
 namespace Tessarine {
@@ -134,6 +135,8 @@ public:
     Results   kWrongState once it is closed; kResultFalse for an error that the hook has heard of; kInvalidArgument. */
 class IScriptContext : public FUnknown {
 public:
+    static constexpr uint32_t kDefaultMs = 1000, kDefaultBytes = 16 << 20;
+
     /** A global, which shares the object. */
     virtual int32_t registerObject(const char* name, IScriptObject* object) = 0;
     /** A global with a plain value. */
@@ -149,7 +152,7 @@ public:
     virtual int32_t registerClass(const SClassInfo* info) = 0;
     /** Borrowed until null takes it back. */
     virtual void setErrorHook(IScriptErrorHook* hook) = 0;
-    /** For one run from outside, and for all that the scripts keep. Neither is 0. */
+    /** For one run from outside, and for all that the scripts keep; kDefaultMs and kDefaultBytes before. Neither is 0. */
     virtual int32_t setLimits(uint32_t milliseconds, uint32_t bytes) = 0;
     /** From within a run: as soon as that has ended, which is at once. */
     virtual void close() = 0;

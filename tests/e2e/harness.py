@@ -3,6 +3,7 @@
 TALV_BUILD_DIR  the build tree that holds bin/ (default: build/release of this tree)
 TALV_SLOW       multiplies all time-outs (default: 3 with TALV_SANITIZE, as builds with sanitizers have it, otherwise 1)
 """
+import contextlib
 import json
 import os
 import select
@@ -44,10 +45,10 @@ BROADCAST = frame(0x00, 0)
 class Program:
     """A running program. What it prints is kept as (time, object) in the order of its coming."""
 
-    def __init__(self, name, *options, wrapper=(), **popen):
+    def __init__(self, name, *options, **popen):
         self.name = name
         self.process = subprocess.Popen(
-            [*wrapper, BIN / name, *map(str, options)],
+            [BIN / name, *map(str, options)],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, bufsize=1, **popen)
         self.printed = []
         self.errors = ""
@@ -85,19 +86,19 @@ class Program:
 
     def wait(self, wanted, timeout=5, since=0):
         """The first object for which wanted(object) holds; fails when there is none in time."""
-        deadline = time.monotonic() + timeout * SLOW
         at = since
+
+        def found():
+            nonlocal at
+            while at < len(self.printed) and not wanted(self.printed[at][1]):
+                at += 1
+            return at < len(self.printed) or self.finished
         with self.news:
-            while True:
-                while at < len(self.printed):
-                    if wanted(self.printed[at][1]):
-                        return self.printed[at][1]
-                    at += 1
-                left = deadline - time.monotonic()
-                if self.finished or left <= 0:
-                    last = [item for _, item in self.printed[-8:]]
-                    raise AssertionError(f"{self.name}: not seen in {timeout} s; last: {last} {self.errors}")
-                self.news.wait(left)
+            self.news.wait_for(found, timeout * SLOW)
+            if at < len(self.printed):
+                return self.printed[at][1]
+            last = [item for _, item in self.printed[-8:]]
+        raise AssertionError(f"{self.name}: not seen in {timeout} s; last: {last} {self.errors}")
 
     def wait_event(self, event, timeout=5, since=0, **fields):
         return self.wait(lambda item: matches(item, event=event, **fields), timeout, since)
@@ -124,20 +125,17 @@ class Program:
 
     def stop(self):
         """Ends it, by force if it must be. Harmless when it has ended."""
-        if self.process.poll() is None:
-            self.process.terminate()
-            try:
-                self.process.wait(10 * SLOW)
-            except subprocess.TimeoutExpired:
-                self.process.kill()
-                self.process.wait()
+        self.process.terminate()
+        try:
+            self.process.wait(10 * SLOW)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            self.process.wait()
         for thread in self.threads:
             thread.join(5 * SLOW)
         for pipe in (self.process.stdin, self.process.stdout, self.process.stderr):
-            try:
+            with contextlib.suppress(BrokenPipeError):
                 pipe.close()
-            except BrokenPipeError:
-                pass
 
 
 def matches(item, **fields):
@@ -151,7 +149,6 @@ class Sim(Program):
 
     def __init__(self, link, *options, log=True, **popen):
         super().__init__("talv-sim", "--link", link, *options, *(["--log"] if log else []), **popen)
-        self.link = Path(link)
         self.replies = 0
         try:
             self.terminal = self.wait_event("line")["terminal"]
@@ -258,17 +255,13 @@ class Port:
         """Count bytes as text; fewer when no more come in time or the line hangs up."""
         got = b""
         deadline = time.monotonic() + timeout * SLOW
-        while len(got) < count:
-            left = deadline - time.monotonic()
-            if left <= 0 or not select.select([self.handle], [], [], left)[0]:
-                break
-            try:
+        while len(got) < count and select.select([self.handle], [], [], max(0, deadline - time.monotonic()))[0]:
+            with contextlib.suppress(OSError):  # it hangs up
                 piece = os.read(self.handle, count - len(got))
-            except OSError:
-                break
-            if not piece:
-                break
-            got += piece
+                got += piece
+                if piece:
+                    continue
+            break
         return " ".join(f"{byte:02X}" for byte in got)
 
     def ask(self, text, timeout=5):

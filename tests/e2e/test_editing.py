@@ -39,44 +39,36 @@ class History(EditingTest):
                           "device 2 on input 8"])
         self.assertEqual(story["position"], 5)
         taken_back = [host.ask("undo")["steps"] for _ in range(5)]
-        self.assertEqual(taken_back[0], [{"id": 1, "channel": 8}, {"id": 2, "channel": -1}])
-        self.assertEqual(taken_back[1], [{"id": 1, "channel": -1}])
+        self.assertEqual(taken_back[:2], [[{"id": 1, "channel": 8}, {"id": 2, "channel": -1}],
+                                          [{"id": 1, "channel": -1}]])
         self.assertEqual(taken_back[3:], [[{"id": 1, "param": "gain", "ch": 0, "value": value}] for value in (11, gain)])
         self.assertFalse(host.command("undo")["ok"])
-        self.assertEqual(sim.state(1)["gain"][0], gain)
-        self.assertEqual(host.ask("connection 8")["id"], 0)
+        self.assertEqual((sim.state(1)["gain"][0], host.ask("connection 8")["id"]), (gain, 0))
         for _ in range(5):
             host.ask("redo")
         self.assertEqual((host.value(1, "gain", 0), host.ask("connection 8")["id"]), (12, 2))
         host.ask("undo")
         host.ask("set 1 brightness 3")
         self.assertFalse(host.command("redo")["ok"])
-        self.assertEqual(host.quit(), 0)
 
     def test_phantom_power_comes_on_only_by_the_word(self):
         sim, host = self.start()
-        host.ask("set 1 plus48V 2 1")
-        host.ask("ready")
-        host.ask("set 1 plus48V 2 0")
+        for line in ("set 1 plus48V 2 1", "ready", "set 1 plus48V 2 0"):
+            host.ask(line)
         mark = self.quiet_mark(sim, host)
         self.assertIn("48v", host.command("undo")["error"])
+        self.assertFalse(host.command("undo --now")["ok"])
         self.assertEqual(self.settings_since(sim, host, mark), [])
         host.ask("undo --allow-48v")
         self.assertEqual(self.settings_since(sim, host, mark), [setting(1, "plus48V", 1, 2)])
-        host.ask("undo")  # off is never refused
-        self.assertFalse(host.command("redo")["ok"])
-        self.assertFalse(host.command("redo --now")["ok"])
-        host.ask("redo --allow-48v")
-        self.assertEqual(host.value(1, "plus48V", 2), 1)
 
 
 class Scenes(EditingTest):
-    def test_a_recall_sends_what_differs(self):
+    def test_a_recall_sends_what_differs_to_those_that_are_there(self):
         sim, host = self.start()
-        for line in ("set 1 gain 0 10", "set 1 plus48V 3 1", "assign 2 16", 'scene save "Show 1"'):
-            host.ask(line)
-        self.assertEqual(host.ask("scenes")["scenes"], ["Show 1"])
-        for line in ("set 1 gain 0 20", "set 1 plus48V 3 0", "set 2 hpfFreq 7 33", "assign 2 -1"):
+        for line in ("set 1 gain 0 30", 'scene save "Show 1"', "set 1 gain 0 10", "set 1 plus48V 3 1", "assign 2 16",
+                     'scene save "Show 1"', "scene save Gone", "scene delete Gone", "set 1 gain 0 20",
+                     "set 1 plus48V 3 0", "set 2 hpfFreq 7 33", "assign 2 -1"):
             host.ask(line)
         mark = self.quiet_mark(sim, host)
         answer = host.ask('scene recall "Show 1"')
@@ -85,61 +77,22 @@ class Scenes(EditingTest):
         self.assertEqual(len(sent), 2)
         self.assertIn(setting(1, "gain", 10, 0), sent)
         self.assertEqual(host.ask("connection 16")["id"], 2)
-        self.assertEqual(host.ask('scene recall "Show 1" --allow-48v')["sent"], 1)
-        self.quiet_mark(sim, host)
-        self.assertEqual(host.ask('scene recall "Show 1" --allow-48v')["sent"], 0)
+        for count in (1, 0):
+            self.assertEqual(host.ask('scene recall "Show 1" --allow-48v')["sent"], count)
+            self.quiet_mark(sim, host)
         host.ask("undo")
         host.ask("undo")
         self.assertEqual((host.value(1, "gain", 0), host.ask("connection 16")["id"]), (20, 0))
-        self.assertEqual(host.quit(), 0)
-
-    def test_scenes_outlive_the_program_and_missing_devices_are_named(self):
-        sim, host = self.start()
-        host.ask("set 1 gain 0 10")
-        host.ask("scene save Show")
-        host.ask("set 1 gain 0 30")
-        host.ask("scene save Show")  # instead of the first
-        host.ask("scene save Gone")
-        host.ask("scene delete Gone")
         self.assertEqual(host.quit(), 0)
         sim.stop()
         sim = self.start_sim("--devices", "1:A")
         host = self.start_host()
         host.wait_ready()
         self.settle(sim, host)
-        self.assertEqual(host.ask("scenes")["scenes"], ["Show"])
-        answer = host.ask("scene recall Show")
-        self.assertEqual((answer["missing"], host.value(1, "gain", 0)), ([2], 30))
+        self.assertEqual(host.ask("scenes")["scenes"], ["Show 1"])
+        self.assertEqual(host.ask('scene recall "Show 1"')["missing"], [2])
+        self.assertEqual(host.ask("connection 16")["id"], 2, "that is the host's own")
         self.assertEqual(host.quit(), 0)
-
-    def test_bad_scenes_are_refused(self):
-        sim, host = self.start()
-        host.ask("scene save Good")
-        good = next(host.user_folder.rglob("Good.xml"))
-        text = good.read_text()
-        host.quit()
-        bad = {"Cut": text[:len(text) // 2], "Empty": "", "Other": text.replace('"Scene"', '"CmString"'),
-               "Twice": text.replace('"ID" value="2"', '"ID" value="1"'),
-               "None": text.replace('"ID" value="1"', '"ID" value="256"'),
-               "Wild": text.replace('"gain 0" value="72"', '"gain 0" value="99999999999"')}
-        for name, content in bad.items():
-            (good.parent / f"{name}.xml").write_text(content)
-        sim.stop()
-        sim = self.start_sim("--devices", "1:A,2:B")
-        host = self.start_host()
-        host.wait_ready()
-        self.settle(sim, host)
-        mark = self.quiet_mark(sim, host)
-        for name in ("Cut", "Empty", "Other", "Twice", "None", "Nowhere", "../Good", "a/b"):
-            with self.subTest(name):
-                self.assertFalse(host.command(f'scene recall "{name}"')["ok"])
-        for line in ('scene save "a/b"', "scene save", 'scene save ""', "scene save ..", "scene burn Good",
-                     "scene save Good --allow-48v", "scene delete Nowhere"):
-            with self.subTest(line):
-                self.assertFalse(host.command(line)["ok"])
-        self.assertEqual(self.settings_since(sim, host, mark), [])
-        host.ask("scene recall Wild")
-        self.assertEqual(host.value(1, "gain", 0), 72)
 
 
 class Linked(EditingTest):
@@ -173,30 +126,6 @@ class Linked(EditingTest):
         host.reply(host.count(70))
         self.assertEqual(len(self.settings_since(sim, host, mark)), 140)
         self.assertEqual((host.value(2, "gain", 0), sim.state(2)["gain"][0]), (69, 69))
-
-    def test_linking_pushes_by_the_word_and_phantom_power_by_its_own(self):
-        sim, host = self.start()
-        for line in ("set 1 gain 0 10", "set 1 plus48V 0 1", "set 2 gain 0 20", "set 2 plus48V 1 1"):
-            host.ask(line)
-        self.assertIn({"id": 2, "param": "gain", "ch": 0, "value": 10}, host.ask("link 1 0 2 0 --now")["steps"])
-        self.assertEqual((host.value(2, "gain", 0), host.value(2, "plus48V", 0)), (10, 0))
-        host.ask("link 1 0 2 1 --now --allow-48v")
-        host.ask("set 1 plus48V 0 0")
-        self.assertEqual((host.value(2, "plus48V", 0), host.value(2, "plus48V", 1)), (0, 0))
-        host.ask("set 1 plus48V 0 1")
-        self.assertEqual((host.value(2, "plus48V", 0), host.value(2, "plus48V", 1)), (0, 1))
-        for line in ("link 1 0 1 0", "link 2 0 1 0", "link 1 1 2 0", "link 1 0 9 0", "link 1 0 2 8", "link 1 0 2",
-                     "link 1 2 2 2 --allow-48v --now", "unlink 1 0 2 2"):
-            with self.subTest(line):
-                self.assertFalse(host.command(line)["ok"])
-        self.assertEqual(len(host.ask("unlink 2 0 1 0")["links"]), 1)
-        host.ask("set 1 gain 0 11")
-        self.assertEqual((host.value(2, "gain", 0), host.value(2, "gain", 1)), (10, 11))
-        host.ask("link 2 1 2 7")
-        self.assertFalse(host.command("unlink 2 1 2")["ok"])
-        self.assertEqual(host.ask("unlink 2 1")["links"], [], "as a slave and as a master")
-        self.assertFalse(host.command("unlink 2 1")["ok"])
-        self.assertEqual(host.quit(), 0)
 
 
 del LineTest, RemoteTest, EditingTest

@@ -12,13 +12,10 @@ import time
 import unittest
 
 from harness import BIN, LineTest, SLOW, frame
+from test_remote import name_report
 
 ESCAPES = re.compile(r"\x1b\[[?\d;]*[A-Za-z]")
 HOME = "\x1b[H"
-
-
-def name_report(device, name):
-    return frame(0x81, device, 3, *name.ljust(8).encode("latin-1"))
 
 
 class HostTest(LineTest):
@@ -111,6 +108,8 @@ class Ends(HostTest):
         output = process.stdout.read()
         self.assertEqual(process.wait(10 * SLOW), 0)
         self.assertEqual(re.findall(r'"reply":(\d)', output), ["1", "2", "3"])
+        self.assertRegex(output, r'^{"event":"started","module":".+","version":".+"}\n')
+        self.assertTrue(output.endswith('{"event":"stopped"}\n'))
 
     def test_a_module_that_is_none(self):
         text = self.folder / "text.so"
@@ -141,13 +140,6 @@ class Terminal:
             self.output += os.read(self.master, 65536).decode(errors="replace")
             seconds = 0
 
-    def read_until_end(self, process, seconds):
-        """Who waits without reading would let the program wait."""
-        deadline = time.monotonic() + seconds
-        while process.poll() is None and time.monotonic() < deadline:
-            self.read()
-        self.read()
-
     def screen(self):
         """The last whole page, as lines."""
         self.read()
@@ -160,16 +152,11 @@ class Terminal:
 
 
 class LiveView(HostTest):
-    def start_view(self, *sim_options, size=(30, 90), typed=None):
+    def start_view(self, *sim_options, size=(30, 90)):
         sim = self.start_sim(*(sim_options or ("--devices", "1:Drums,2:Choir")))
         terminal = Terminal(*size)
         self.addCleanup(terminal.close)
-        stdin = terminal.slave if typed is None else subprocess.PIPE
-        process = self.start_raw(stdin=stdin, stdout=terminal.slave)
-        if typed is not None:
-            process.stdin.write(typed)
-            process.stdin.close()
-            process.stdin = None
+        process = self.start_raw(stdin=terminal.slave, stdout=terminal.slave)
         return sim, terminal, process
 
     def wait_line(self, terminal, pattern, timeout=10):
@@ -238,18 +225,12 @@ class LiveView(HostTest):
         sim, terminal, process = self.start_view("--drop", "100")
         sim.wait_heard(frame(0x00, 0), 10)
         sim.raw(frame(0x80, 1))
-        sim.raw(name_report(1, "a\x1b[2J\x07b"))
+        sim.raw(name_report(1, 3, "a\x1b[2J\x07b"))
         self.wait_line(terminal, r"^1 +a\?\[2J\?b ")
         self.assertEqual(terminal.output.count("\x1b[2J"), 1, "its own at the start")
         self.assertNotIn("\x07", terminal.output)
         terminal.type("\x04")
         self.assertEqual(process.wait(10 * SLOW), 0)
-
-    def test_commands_may_come_from_elsewhere(self):
-        _, terminal, process = self.start_view(typed=b"wait ready 20000\nassign 1 16")
-        terminal.read_until_end(process, 30 * SLOW)
-        self.assertEqual(process.poll(), 0, terminal.output)
-        self.assertIn("ok  id 1  ch 16", terminal.output)
 
 
 if __name__ == "__main__":

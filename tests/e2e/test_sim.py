@@ -19,16 +19,6 @@ class Protocol(LineTest):
 
 
 class LineQuality(LineTest):
-    def test_pacing_takes_ten_bits_a_byte(self):
-        self.start_sim("--devices", "1", "--baud", "2400")
-        port = self.open_port()
-        start = time.monotonic()
-        port.write(" ".join([frame(0x60, 1, 0, 8)] * 8))
-        self.assertEqual(port.read(8 * 13), " ".join([frame(0xA0, 1, 0, *[0] * 8)] * 8))
-        seconds = time.monotonic() - start
-        self.assertGreater(seconds, 0.43)
-        self.assertLess(seconds, 0.43 + 0.3 * SLOW)
-
     def test_a_line_that_nobody_reads_loses_what_does_not_fit(self):
         sim = self.start_sim("--devices", "1", "--baud", "0")
         for _ in range(4):
@@ -99,17 +89,6 @@ class Life(LineTest):
         self.assertEqual(process.wait(5 * SLOW), 0)
         process.stdin.close()
         process.stdout.close()
-
-    def test_options_that_are_refused(self):
-        done = self.run_program("talv-sim", "--link", self.link, "--devices", "1,1")
-        self.assertEqual((done.returncode, done.stdout, done.stderr.count("\n")), (2, "", 1))
-        for option in ("--help", "--version"):
-            done = self.run_program("talv-sim", option)
-            self.assertEqual((done.returncode, done.stderr), (0, ""))
-            self.assertIn("talv-sim", done.stdout)
-        sim = self.start_sim("--devices", "1")
-        sim.send("", "# a remark", "   ")
-        self.assertEqual(sim.command("help")["event"], "help")
 
 
 if __name__ == "__main__":

@@ -33,6 +33,14 @@ public:
         values.clear();
     }
 
+    /** Three in all. */
+    void comeBack() {
+        for (int32_t device = 1; device <= 3; ++device)
+            if (!values.contains(device))
+                add(device);
+        setReady(true);
+    }
+
     IValue* getIValue(unsigned char device, TALV::TALV_ParamId id) override {
         const auto found = values.find(device);
         return found == values.end() ? nullptr : found->second[id].get();
@@ -86,11 +94,10 @@ private:
     bool ready = true;
 };
 
-class EditorTest : public HostFixture, public RemoteListener {
+class EditorTest : public HostFixture, public SilentListener {
 protected:
     void SetUp() override {
-        for (int32_t device = 1; device <= 3; ++device)
-            desk->add(device);
+        desk->comeBack();
         remote->start();
         commands = OPtr<Commands>(new Commands(
             *remote, module, [this](const Json& reply) { replies.push_back(reply); }, [] {}));
@@ -103,30 +110,39 @@ protected:
     void beginAnew() {
         TearDown();
         desk->drop();
-        desk->setReady(true);
         SetUp();
     }
 
-    void readyChanged(bool) override {}
     void deviceFound(int32_t device) override {
         if (commands)
             commands->deviceFound(device);
     }
-    void devicesGone() override {}
     void valueChanged(const ParamAddress& address) override {
         if (onChange)
             onChange(address);
     }
-    void connectionChanged() override {}
 
     Json ask(const std::string& line) {
         commands->take(line);
         return replies.back();
     }
     bool isDone(const std::string& line) { return ask(line)["ok"]; }
+    /** Commands, and what devices do: "report ID LEVEL" of a gain, "drop" and "back"; "anew" is another program. */
     void run(const char* lines) {
+        int32_t device = 0, level = 0;
         for (const std::string& line : piecesOf(lines))
-            ask(line);
+            if (std::sscanf(line.c_str(), "report %d %d", &device, &level) == 2)
+                value(device, "gain")->setValue2(level, true);
+            else if (line == "anew")
+                beginAnew();
+            else if (line == "drop")
+                desk->drop();
+            else if (line == "back")
+                desk->comeBack();
+            else if (line == "patience")
+                application.run(5500);
+            else
+                ask(line);
     }
     IPtr<IValue> value(int32_t device, const char* param, int32_t channel = 0) {
         return remote->getValue({device, findParam(param), channel});
@@ -211,33 +227,16 @@ TEST_F(EditorTest, QuickSettingsOfOneAddressAreOneStep) {
     }
 }
 
-TEST_F(EditorTest, TheLastThousandStepsAreKept) {
-    for (int32_t i = 0; i < 1010; ++i)
-        run(i % 2 ? "set 1 gain 0 1|ready" : "set 1 gain 0 2|ready");
-    EXPECT_EQ(countSteps(), 1000u);
-    int32_t undone = 0;
-    while (isDone("undo"))
-        ++undone;
-    EXPECT_EQ(undone, 1000);
-    EXPECT_EQ(channelsOf("gain"), "1 0 0");
-    EXPECT_EQ(ask("history")["position"], 0);
-}
-
 TEST_F(EditorTest, LinksAndStepsOutliveTheValues) {
-    run("link 1 0 2 0|set 1 gain 0 7");
-    desk->drop();
+    run("link 1 0 2 0|set 1 gain 0 7|drop");
     EXPECT_FALSE(isDone("undo"));
     EXPECT_FALSE(isDone("set 1 gain 0 8"));
     desk->add(1);
     desk->setReady(true);
-    value(1, "gain")->setValue2(7, true);
+    run("report 1 7");
     EXPECT_EQ(ask("undo")["missing"], Json::array({2}));
     EXPECT_EQ(value(1, "gain")->getValueInt(), 0);
-    desk->add(2);
-    desk->add(3);
-    desk->setReady(true);
-    EXPECT_EQ(channelsOf("gain"), "0 0 0");
-    run("redo|set 1 hpf 0 1");
+    run("back|redo|set 1 hpf 0 1");
     EXPECT_EQ(channelsOf("gain"), "7 7 0");
     EXPECT_EQ(channelsOf("hpf"), "1 1 0");
 }
@@ -267,100 +266,100 @@ TEST_F(EditorTest, ADeviceMayAnswerSomethingElse) {
     EXPECT_EQ(channelsOf("gain"), "30 30 30");
 }
 
-TEST_F(EditorTest, AnswersUnderWayUndoNothing) {
-    const auto report = [this](int32_t device, int32_t level) { value(device, "gain")->setValue2(level, true); };
-    run("set 1 gain 0 10|set 2 gain 0 20|link 1 0 2 0|set 1 gain 0 33|undo");
-    for (const auto& [device, level] : {
-             std::pair{1, 33},
-             {2, 33},
-             {1, 10},
-             {2, 20}
-    })
-        report(device, level);
-    EXPECT_EQ(channelsOf("gain"), "10 20 0");
-    report(1, 11);
-    EXPECT_EQ(channelsOf("gain"), "11 11 0");
-    report(1, 10);
-    EXPECT_EQ(channelsOf("gain"), "10 10 0") << "by hand";
-    report(2, 12);
-    EXPECT_EQ(channelsOf("gain"), "10 12 0");
+TEST_F(EditorTest, AnswersUnderWayUndoNothingAndReportsAreFollowed) {
+    struct Row {
+        const char *name, *lines, *expected;
+    };
+    constexpr Row kRows[] = {
+        {"answers",                                                        "set 1 gain 0 10|set 2 gain 0 20|link 1 0 2 0|set 1 gain 0 33|undo", "10 20 0"},
+        {"late ones",                                                      "report 1 33|report 2 33|report 1 10|report 2 20",                   "10 20 0"},
+        {"by hand",                                                        "report 1 11",                                                       "11 11 0"},
+        {"again",                                                          "report 1 10",                                                       "10 10 0"},
+        {"of the slave",                                                   "report 2 12",                                                       "10 12 0"},
+        {"it stood there when the link was made; nobody has set it since",
+         "anew|set 1 gain 0 10|link 1 0 2 0|set 1 gain 0 33|report 1 10",                                                                       "10 10 0"},
+        {"these devices weren't asked",                                    "set 1 gain 0 20|set 1 gain 0 33|drop|back|report 1 20",             "20 20 0"},
+        {"newer ones are awaited",                                         "set 1 gain 0 30|set 1 gain 0 33|report 1 30",                       "30 33 0"},
+        {"none has come",                                                  "patience",                                                          "30 30 0"},
+    };
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.name);
+        run(row.lines);
+        EXPECT_EQ(channelsOf("gain"), row.expected);
+    }
 }
 
-TEST_F(EditorTest, WhatOnlyLooksLikeAnAnswerIsFollowed) {
-    const auto report = [this](int32_t level) { value(1, "gain")->setValue2(level, true); };
-    run("set 1 gain 0 10|link 1 0 2 0|set 1 gain 0 33");
-    report(10);
-    EXPECT_EQ(channelsOf("gain"), "10 10 0") << "it stood there when the link was made; nobody has set it since";
-    run("set 1 gain 0 20|set 1 gain 0 33");
-    desk->drop();
-    for (int32_t device = 1; device <= 3; ++device)
-        desk->add(device);
-    desk->setReady(true);
-    report(20);
-    EXPECT_EQ(channelsOf("gain"), "20 20 0") << "these devices weren't asked";
-    run("set 1 gain 0 30|set 1 gain 0 33");
-    report(30);
-    EXPECT_EQ(channelsOf("gain"), "30 33 0");
-    application.run(5500);
-    EXPECT_EQ(channelsOf("gain"), "30 30 0") << "nothing newer has come";
+TEST_F(EditorTest, LinksAreRefusedAndEnd) {
+    run("set 1 gain 0 10|link 1 0 2 0|link 2 1 2 7");
+    for (const std::string& line :
+         piecesOf("link 1 0 1 0|link 2 0 1 0|link 1 1 2 0|link 1 0 9 0|link 1 0 2 8|link 1 0 2|"
+                  "link 1 2 2 2 --allow-48v --now|unlink 1 0 2 2|unlink 1 0 2|unlink 1 5"))
+        EXPECT_FALSE(isDone(line)) << line;
+    const Json step = {
+        {"id",    3     },
+        {"param", "gain"},
+        {"ch",    0     },
+        {"value", 10    }
+    };
+    EXPECT_EQ(ask("link 1 0 3 0 --now")["steps"], Json::array({step}));
+    EXPECT_EQ(ask("unlink 2 0 1 0")["links"].size(), 2u) << "either way round";
+    run("set 1 gain 0 11");
+    EXPECT_EQ(channelsOf("gain"), "11 0 11");
+    run("link 2 7 2 3");
+    EXPECT_EQ(ask("unlink 2 7")["links"].size(), 1u) << "as a slave and as a master";
 }
 
 TEST_F(EditorTest, NamesOfScenes) {
-    struct Row {
-        std::string word;
-        bool isName;
-    };
-    const Row rows[] = {
-        {"\"a/b\"", false},
-        {"\"\"", false},
-        {".hidden", false},
-        {"..", false},
-        {"\" a\"", false},
-        {"\"a \"", false},
-        {"\"a\\u0000b\"", false},
-        {"\"a\\u001bb\"", false},
-        {std::string(201, 'x'), false},
-        {"a*", false},
-        {"\xFF", false},
-        {"\"Take 1.5\"", true},
-        {std::string(200, 'x'), true},
-        {"A.xml", true},
-        {"--allow-48v", true},
-        {"\"\xC3\x9C \xF0\x9F\x98\x80\"", true},
-        {"\"Show 1\"", true},
-        {"C:\\\\nul", true},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.word);
-        const bool saved = isDone("scene save " + row.word);
-        EXPECT_EQ(saved, row.isName);
-        if (!saved)
-            continue;
-        EXPECT_TRUE(isDone("scene save " + row.word)) << "instead of the first";
-        const Json name = replies[replies.size() - 1]["name"];
+    auto refused = piecesOf("\"a/b\"|\"\"|.hidden|..|\" a\"|\"a \"|\"a\\u0000b\"|\"a\\u001bb\"|a*|\xFF");
+    auto names = piecesOf("\"Take 1.5\"|A.xml|--allow-48v|\"\xC3\x9C \xF0\x9F\x98\x80\"|C:\\\\nul");
+    refused.emplace_back(201, 'x');
+    names.emplace_back(200, 'x');
+    for (const std::string& word : refused)
+        EXPECT_FALSE(isDone("scene save " + word)) << word;
+    for (const std::string& word : names) {
+        SCOPED_TRACE(word);
+        EXPECT_TRUE(isDone("scene save " + word));
+        EXPECT_TRUE(isDone("scene save " + word)) << "instead of the first";
+        const Json name = replies.back()["name"];
         EXPECT_EQ(ask("scenes")["scenes"], Json::array({name}));
-        EXPECT_TRUE(isDone("scene recall " + row.word));
-        EXPECT_TRUE(isDone("scene delete " + row.word));
+        EXPECT_TRUE(isDone("scene recall " + word));
+        EXPECT_TRUE(isDone("scene delete " + word));
         EXPECT_EQ(ask("scenes")["scenes"], Json::array());
     }
 }
 
-TEST_F(EditorTest, AFolderThatIsInTheWayIsNoScene) {
+TEST_F(EditorTest, WhatIsInTheWayIsNoScene) {
     const fs::path scenes = folder.path / "user/talv-host/Presets/Scenes";
     run("set 1 gain 0 5|scene save Show|set 1 gain 0 6");
     fs::create_directory(scenes / "Taken.xml");
-    EXPECT_FALSE(isDone("scene save Taken"));
-    EXPECT_EQ(ask("scenes")["scenes"], Json::array({"Show"}));
+    fs::copy(scenes / "Show.xml", scenes / (std::string(230, 'x') + ".xml"));
     fs::copy(scenes / "Show.xml", scenes / "Copy.xml");  // by somebody else
+    for (const std::string& line : piecesOf("scene save Taken|scene save|scene burn Show|scene save Show --allow-48v|"
+                                            "scene delete Nowhere|scene recall Nowhere|scene recall ../Show"))
+        EXPECT_FALSE(isDone(line)) << line;
+    EXPECT_EQ(ask("scenes")["scenes"], Json::array({"Copy", "Show"})) << "those that can be recalled";
     EXPECT_TRUE(isDone("scene recall Copy"));
     EXPECT_EQ(channelsOf("gain"), "5 0 0");
-    fs::copy(scenes / "Show.xml", scenes / (std::string(230, 'x') + ".xml"));
-    EXPECT_EQ(ask("scenes")["scenes"], Json::array({"Copy", "Show"})) << "those that can be recalled";
+    std::ostringstream stored;
+    stored << std::ifstream(scenes / "Show.xml").rdbuf();
+    const std::string text = stored.str();
+    const auto with = [&](std::string_view from, const char* to) {
+        return std::string(text).replace(text.find(from), from.size(), to);
+    };
+    for (const std::string& bad :
+         {with(R"("Scene")", R"("CmString")"), with(R"(ID" value="2")", R"(ID" value="1")"),
+          with(R"(ID" value="1")", R"(ID" value="256")"), text.substr(0, 300), std::string()}) {
+        std::ofstream(scenes / "Copy.xml") << bad;
+        EXPECT_FALSE(isDone("scene recall Copy")) << bad;
+    }
+    std::ofstream(scenes / "Copy.xml") << with(R"("gain 0" value="5")", R"("gain 0" value="99999999999")");
+    run("scene recall Copy");
+    EXPECT_EQ(channelsOf("gain"), "100 0 0");
     fs::remove_all(scenes);
     std::ofstream(scenes) << "no folder";
-    EXPECT_FALSE(isDone("scene save Show"));
-    EXPECT_FALSE(isDone("scene recall Show"));
-    desk->drop();
+    for (const char* line : {"scene save Show", "scene recall Show"})
+        EXPECT_FALSE(isDone(line));
+    run("drop");
     EXPECT_FALSE(isDone("scene save Nothing"));
 }
 }  // namespace

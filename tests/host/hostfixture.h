@@ -57,6 +57,16 @@ private:
     Tessarine::UPluginApplication* application;
 };
 
+class SilentListener : public RemoteListener {
+public:
+    virtual ~SilentListener() = default;
+    void readyChanged(bool) override {}
+    void deviceFound(int32_t) override {}
+    void devicesGone() override {}
+    void valueChanged(const ParamAddress&) override {}
+    void connectionChanged() override {}
+};
+
 /** Keeps the first text that the module asks for: the name of its port. */
 class WatchedClasses : public HostClasses {
 public:

@@ -1,4 +1,3 @@
-#include "base/utimer.h"
 #include "tests/host/hostfixture.h"
 #include "tests/support/mapped.h"
 #include <malloc.h>
@@ -8,16 +7,11 @@ using namespace Tessarine;
 namespace HostTest {
 namespace {
 constexpr int32_t kCycles = 10, kWarmUp = 4;
-constexpr size_t kTimersOfService = 3;
 constexpr int64_t kUnevenness = 64;  // bytes: the allocator now and then gives a block a few more than it needs
 
 size_t heapInUse() {
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
-}
-
-int64_t growthSince(size_t settled) {
-    return int64_t(heapInUse()) - int64_t(settled);
 }
 
 /** The allocator keeps freed blocks aside, which then count as used: only in a process without that does the measure
@@ -33,11 +27,6 @@ bool isPlainHeap() {
     return false;
 }
 
-/** What a block takes of the heap, its header included. */
-size_t heapBlock(void* block) {
-    return malloc_usable_size(block) + sizeof(size_t);
-}
-
 class ModuleLife : public HostFixture {
 protected:
     /** The accessor, with a reference for the caller. */
@@ -47,8 +36,7 @@ protected:
                 return OPtr<TALV::ITALV_PrmAccessor>(found.detach());
         return nullptr;
     }
-    /** What stays in the heap for it. */
-    size_t runToTheFirstNotice() {
+    void runToTheFirstNotice() {
         const auto accessor = findAccessor();
         EXPECT_EQ(referencesOf(accessor.get()), 2u) << "the list's and this one";
         EXPECT_TRUE(Application::runUntil([&] { return accessor->isReady(); }, 3000));
@@ -56,8 +44,6 @@ protected:
         gController->quit(true);
         EXPECT_TRUE(module.stop());
         EXPECT_EQ(referencesOf(accessor.get()), 2u) << "this one and the notice's";
-        return heapBlock(dynamic_cast<void*>(accessor.get())) +
-               heapBlock(dynamic_cast<void*>(accessor->getIsPortUpdated()));
     }
 };
 
@@ -96,54 +82,9 @@ TEST_F(ModuleLife, TenTimesLeaveOneReferenceOnTheHostsClassesEach) {
             settled = heapInUse();
     }
     if (!kSanitized) {
-        EXPECT_LE(growthSince(settled), kUnevenness);
+        EXPECT_LE(int64_t(heapInUse()) - int64_t(settled), kUnevenness);
     }
 }
 
-/** The timers of a service stay until its module goes. */
-TEST_F(ModuleLife, ServicesAfterOneAnotherInOneModule) {
-    if (!kSanitized && !isPlainHeap())
-        return;
-    const auto application = std::make_unique<Application>();
-    load();
-    gController->quit(true);
-    size_t settled = 0;
-    for (int32_t cycle = 1; cycle <= kWarmUp + kCycles; ++cycle) {
-        start();
-        ASSERT_TRUE(module.stop());
-        ASSERT_EQ(referencesOf(&classes), uint32_t(1 + cycle));
-        if (cycle == kWarmUp)
-            settled = heapInUse();
-    }
-    if (!kSanitized) {
-        const int64_t growth = growthSince(settled);
-        const OPtr<UTimer> timer(new UTimer(nullptr, 0, 1000));
-        const size_t each = heapBlock(timer.get()) + 2 * sizeof(void*);  // and its place in a list that doubles
-        EXPECT_LE(growth, int64_t(kCycles * kTimersOfService * each) + kUnevenness);
-    }
-    module.unload();
-    EXPECT_EQ(isMapped(".bundle/"), kSanitized);
-}
-
-/** A notice keeps a reference of the accessor, and the accessor its own value; all else goes. */
-TEST_F(ModuleLife, EachNoticeLeavesAReferenceOnTheAccessor) {
-    if (!kSanitized && !isPlainHeap())
-        return;
-    size_t settled = 0, left = 0;
-    for (int32_t cycle = 1; cycle <= kWarmUp + 2; ++cycle) {
-        const size_t before = heapInUse();
-        {
-            const Application application;
-            load();
-            start();
-            left = runToTheFirstNotice();
-            module.unload();
-        }
-        settled = heapInUse() - before;
-    }
-    if (!kSanitized) {
-        EXPECT_LE(std::abs(int64_t(settled) - int64_t(left)), kUnevenness);
-    }
-}
 }  // namespace
 }  // namespace HostTest

@@ -15,14 +15,12 @@ struct TextRow {
 };
 constexpr TextRow kTexts[] = {
     {"",                             "",                             "    "                          },
-    {"abcde",                        "abcde",                        "abcd"                          },
     {"a\x1b[2J",                     "a?[2J",                        "a?[2"                          },
     {"\t\n\x7f",                     "???",                          "??? "                          },
     {"\xC2\x9B"
      "1m",                      "?1m",                          "?1m "                          },
     {"d\xC3\xA9j\xC3\xA0",           "d\xC3\xA9j\xC3\xA0",           "d\xC3\xA9j\xC3\xA0"            },
     {"\xE2\x82\xAC\xF0\x9F\x8E\xA4", "\xE2\x82\xAC\xF0\x9F\x8E\xA4", "\xE2\x82\xAC\xF0\x9F\x8E\xA4  "},
-    {"\xC3",                         "?",                            "?   "                          },
     {"\xE2\x82",                     "??",                           "??  "                          },
     {"\xFF\x80z",                    "??z",                          "??z "                          },
 };
@@ -70,20 +68,17 @@ struct KeyRow {
 constexpr KeyRow kKeys[] = {
     {"ab\x7f"
      "c",                            "ac",     LineEditor::kNothing },
-    {"\x7f\x08",                          "",       LineEditor::kNothing },
     {"a\xC3\xA9\x7f",                     "a",      LineEditor::kNothing },
     {"\xA9\xA9\x7f",                      "",       LineEditor::kNothing },
     {"abc\x15z",                          "z",      LineEditor::kNothing },
     {"a\x1b[Dz\x1b[1;5Cy",                "azy",    LineEditor::kNothing },
     {"ab\x1b[5~",                         "ab",     LineEditor::kPageUp  },
     {"\x1b[6~",                           "",       LineEditor::kPageDown},
-    {"a\x04",                             "a",      LineEditor::kNothing },
     {"\x04",                              "",       LineEditor::kEnd     },
     {"abc\x03",                           "abc",    LineEditor::kEnd     },
     {"first\nsecond\n\x1b[A",             "second", LineEditor::kNothing },
     {"first\nsecond\n\x1b[A\x1bOA\x1b[A", "first",  LineEditor::kNothing },
     {"first\n\x1b[A\x1b[B\x1b[B",         "",       LineEditor::kNothing },
-    {"\n\n\x1b[A",                        "",       LineEditor::kNothing },
     {"ab\r",                              "ab",     LineEditor::kLine    },
 };
 
@@ -102,43 +97,36 @@ TEST(LineEditor, TakesWhatATerminalSends) {
     }
 }
 
-class Pipe : public testing::Test {
-protected:
+/** A pipe with a reader of lines at its end. */
+struct Pipe : testing::Test {
     Pipe() { EXPECT_EQ(pipe(ends), 0); }
     ~Pipe() override {
-        closeEnd(0);
-        closeEnd(1);
+        close(ends[0]);
+        closeWriter();
     }
-    void closeEnd(int which) {
-        if (ends[which] >= 0)
-            close(std::exchange(ends[which], -1));
+    void closeWriter() {
+        if (ends[1] >= 0)
+            close(std::exchange(ends[1], -1));
     }
     int ends[2] = {-1, -1};
 };
 
 TEST_F(Pipe, LinesComeWholeHoweverTheyAreCut) {
-    const std::string text = "one\n\ntwo \nthe last";
-    for (size_t cut = 0; cut <= text.size(); ++cut) {
-        Pipe::closeEnd(0);
-        Pipe::closeEnd(1);
-        ASSERT_EQ(pipe(ends), 0);
-        LineReader reader(ends[0]);
-        Lines lines;
-        for (const std::string& part : {text.substr(0, cut), text.substr(cut)}) {
-            ASSERT_TRUE(writeAll(ends[1], part));
-            const bool hasPart = !part.empty();
-            EXPECT_TRUE(!hasPart || reader.read(lines));
-        }
-        closeEnd(1);
-        EXPECT_FALSE(reader.read(lines));
-        EXPECT_EQ(lines, (Lines{"one", "", "two ", "the last"})) << cut;
+    LineReader reader(ends[0]);
+    Lines lines;
+    for (const char* part : {"on", "e\n\ntwo \n", "the ", "last"}) {
+        ASSERT_TRUE(writeAll(ends[1], part));
+        EXPECT_TRUE(reader.read(lines));
     }
+    closeWriter();
+    EXPECT_FALSE(reader.read(lines));
+    EXPECT_EQ(lines, (Lines{"one", "", "two ", "the last"}));
 }
 
 TEST_F(Pipe, AnEndlessLineIsOneLineAndBounded) {
     std::thread writer([this] {
         EXPECT_TRUE(writeAll(ends[1], std::string(3 * LineReader::kMaxLine, 'x') + "\nnext\n"));
-        closeEnd(1);
+        closeWriter();
     });
     LineReader reader(ends[0]);
     Lines lines;

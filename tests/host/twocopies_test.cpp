@@ -77,34 +77,5 @@ TEST_F(TwoCopies, NoGlobalIsShared) {
     }
 }
 
-TEST_F(TwoCopies, ObjectsKnowTheirOwnFamilyOnly) {
-    const auto* theirs = static_cast<const FUID*>(inModule("_ZN9Tessarine7FObject3iidE"));
-    ASSERT_TRUE(theirs);
-    PClassInfo info;
-    void* made = nullptr;
-    ASSERT_EQ(module.getFactory()->getClassInfo(0, &info), kResultOk);
-    ASSERT_EQ(module.getFactory()->createInstance(info.cid, IPluginBase::iid, &made), kResultOk);
-    struct Row {
-        const char* name;
-        FUnknown* object;
-        const FUID* family;
-        int32_t result;
-    };
-    // the second creation adds no reference: this one is the host's, and isn't given back
-    const Row rows[] = {
-        {"theirs asked for theirs", static_cast<IPluginBase*>(made),     theirs,        kResultOk   },
-        {"theirs asked for ours",   static_cast<IPluginBase*>(made),     &FObject::iid, kNoInterface},
-        {"ours asked for ours",     static_cast<CmObject*>(gController), &FObject::iid, kResultOk   },
-        {"ours asked for theirs",   static_cast<CmObject*>(gController), theirs,        kNoInterface},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        void* face = nullptr;
-        EXPECT_EQ(row.object->queryInterface(row.family->data, &face), row.result);
-        EXPECT_EQ(face != nullptr, row.result == kResultOk);
-        if (face)
-            row.object->release();
-    }
-}
 }  // namespace
 }  // namespace HostTest

@@ -2,7 +2,9 @@
 #include "network/nserver.h"
 #include "network/nstream.h"
 #include <algorithm>
+#include <chrono>
 #include <functional>
+#include <gtest/gtest.h>
 #include <string>
 #include <thread>
 #include <utility>
@@ -21,6 +23,20 @@ inline void passOn(Tessarine::NStream& near, Tessarine::NStream& far, int64_t mo
     near.cancel();
     far.cancel();
     there.join();
+}
+
+/** Works until time-outs end it, or another thread's cancel() after a while. */
+template <class Stream, class Work>
+void worksShortly(Stream& stream, bool isCancelled, Work work) {
+    std::thread stopper([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        if (isCancelled)
+            stream.cancel();
+    });
+    const int64_t begin = Tessarine::NClock::nowMs();
+    work();
+    EXPECT_LT(Tessarine::NClock::nowMs() - begin, 5000);
+    stopper.join();
 }
 
 /** Answers connections on the loopback: the first by the first of its scripts, and so on; the last one serves all that come
@@ -46,6 +62,9 @@ public:
     /** For scripts: the last one is that of their connection. */
     const std::vector<std::string>& current() const { return requests; }
     uint16_t port() const { return server.getPort(); }
+    std::string at(const std::string& file, const std::string& login = "") const {
+        return "http://" + login + "127.0.0.1:" + std::to_string(port()) + '/' + file;
+    }
     const std::vector<std::string>& end() {
         server.cancel();
         if (thread.joinable())

@@ -3,7 +3,6 @@
 #include "network/nstream.h"
 #include "tests/support/testfolder.h"
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <set>
 #include <signal.h>

@@ -79,7 +79,8 @@ private:
     Start     use(), load(), then, when all who keep something here have registered, postInit(); save() at the end.
     Owns      its groups, and shares the auto savers. Groups are handed out borrowed, until they are removed or dropped.
     Files     are read whole or not at all: of one that can't be taken in, nothing is, and a copy of it stays ("xml.backup")
-              when it is replaced. They are written whole or not at all.
+              when it is replaced. They are written whole or not at all, but for objects that can't be stored: these are left
+              out alone.
     Threads   the main thread. */
 class FDefaultPool : public CmObject, public IDefaultPool3 {
 public:
@@ -117,7 +118,7 @@ public:
     bool load() { return loadArchive(kArchiveName); }
     /** Gives each auto saver what it stored, by its class, then runs the post-load functions. Once. */
     void postInit();
-    /** false: before postInit, or it couldn't be written. */
+    /** false: before postInit, or not all could be written. */
     bool save(bool runPreSavers);
     /** Any archive of a pool, by the name of a user file. */
     bool loadArchive(const char* name);
@@ -157,6 +158,7 @@ private:
     FDefaults* defaultsFor(const char* group);
     bool addEntry(OPtr<FDefaults> defaults);
     void removeEntry(FDefaults* defaults);
+    void saveStorable(const char* name) const;
 
     CmLinkedList entries;                                    // of FDefaults, sorted
     std::unordered_map<std::string_view, FDefaults*> index;  // the same, by the groups' own names

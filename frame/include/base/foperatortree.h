@@ -100,13 +100,18 @@ public:
     void setRightOperand(Node* node) { right.reset(node); }
 
 protected:
-    /** The operation on the value of its left operand. */
+    /** The operation on the value of its left operand. Of the usual "+" on texts a chain puts many together at once. */
     virtual T apply(const T& leftValue, void* context);
+    /** Whether it is the usual "+". */
+    virtual bool isSum() const { return operatorNumber == kPlus && left && right; }
     /** In an expression, with blanks around it. */
     virtual const char* getOperatorString() const;
 
 private:
-    std::vector<FOperationNode*> chain();
+    using Chain = std::vector<FOperationNode*>;
+    using Place = typename Chain::reverse_iterator;
+    Chain chain();
+    static void joinTexts(T& value, Place& next, const Place& end, void* context);
     void appendRight(FString& text);
 
     int32_t operatorNumber;
@@ -150,10 +155,11 @@ protected:
 };
 
 /** Adds "=~", which matches the left text with the wildcards of the right one, and ".", which asks the CmVariantContext of the
-    evaluation. */
+    evaluation. Text and pattern whose lengths multiplied are more than kMostMatched don't match. */
 class CmVariantOperation : public FOperationNode<CmVariant> {
 public:
     using FOperationNode::FOperationNode;
+    static constexpr uint64_t kMostMatched = 1 << 24;
 
 protected:
     CmVariant apply(const CmVariant& leftValue, void* context) override;

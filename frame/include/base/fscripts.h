@@ -51,11 +51,15 @@ class FScriptDebugPrint;
 
 /** A context of an engine, whose errors and output it brings to a console.
 
+    Console   a text is cut at kMaxText; of what scripts write within kWritingMs, which is as long as a run may take, all beyond
+              kMaxWritten is left out. Where a text was cut, three dots stand. Errors are told in any case.
     Life      it closes the engine's context when it goes: no script runs afterwards. */
 class FScriptContext : public CmObject, public IScriptErrorHook, public IScriptConsole {
 public:
     DECLARE_ABSTRACT_CLASS(FScriptContext, CmObject)
     FORWARD_REFCOUNT(CmObject)
+    static constexpr uint32_t kMaxText = 64 << 10, kMaxWritten = 1 << 20;  // units
+    static constexpr uint32_t kWritingMs = IScriptContext::kDefaultMs;
 
     /** Takes the context over, as createContext gives it. */
     explicit FScriptContext(IScriptContext* context);
@@ -67,7 +71,10 @@ public:
     int32_t onScriptError(IScriptContext* context, SErrorInfo* error) override;
     int32_t writeConsole(const char* text) override;
 
-    /** Makes known what scripts see. false: something was refused. */
+    /** Writes what a script wants to be shown, if there is a console. */
+    void print(const ConstString& text);
+
+    /** Makes known what scripts see; again, it changes nothing. false: something was refused. */
     virtual bool init();
     /** length in bytes, -1: all; the text is UTF-8. The script has one reference for the caller; null: the text is wrong, and
         the console says why. */
@@ -82,12 +89,16 @@ public:
 protected:
     /** The engine's part of a script; null: wrong. */
     IPtr<FUnknown> compileText(const char* text, int32_t length, SDebugInfo* info);
-    /** Takes the object over. */
-    bool registerOwned(const char* name, IScriptObject* object);
+    /** A global by the name of its class. */
+    bool show(IScriptObject* object);
 
 private:
+    uint32_t takeRoom(uint32_t units);
+
     OPtr<IScriptContext> context;
     IPtr<FConsole> console;
+    uint32_t written = 0;       // units, since writingSince
+    uint32_t writingSince = 0;  // ticks
     IPtr<FScriptDebugPrint> debugPrint;
 };
 

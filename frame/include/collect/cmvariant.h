@@ -19,6 +19,7 @@ class CmVariant : public CmObject {
 public:
     DECLARE_CLASS(CmVariant, CmObject)
     DECLARE_NEWCOPY(CmVariant)
+    /** Other numbers than FVariant's. */
     enum Type : uint16_t {
         kEmpty = 0,
         kInteger = 1,
@@ -65,7 +66,7 @@ public:
     void setString(const ConstString& text, bool own);
     /** Shares the object. */
     void setUnknown(FUnknown* object);
-    /** As a copy does. */
+    /** As a copy does. What is borrowed from one side must not be what the other side owns. */
     void assign(const FVariant& source);
     void assignTo(FVariant& target) const;
     /** A number or a text for a value of whatever form, which counts as a change by the program. Nothing for an object. */
@@ -130,13 +131,7 @@ private:
     bool restoreText(bool narrow, const FAttributes& attributes);
 
     uint16_t type = kEmpty;
-    union {
-        int64_t integer;
-        double number;
-        const char* string8;
-        const tchar* string16;
-        FUnknown* object;
-    } data{0};
+    FVariantData data{0};
 };
 
 /** What an expression's leaf gives out without a copy. */

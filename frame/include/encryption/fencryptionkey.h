@@ -19,7 +19,8 @@ public:
     /** From so many digits; below 0: all. A digit without a second one doesn't count. False, and as before: not hexadecimal. */
     bool setPlainKey(const char* text, int32_t length = -1);
     void getPlainKey(FString& text) const;
-    /** A fresh key of so many digits, which is half as many bytes; below 1: kDefaultDigits. */
+    /** A fresh key of so many digits, which is half as many bytes; below 1: kDefaultDigits. False, and as
+        before: the system gives no random bytes. */
     bool generate(int32_t length = kDefaultDigits);
     const Buffer& getBytes() const { return bytes; }
     bool isEqual(const CmObject* other) const override;

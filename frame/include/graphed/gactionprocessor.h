@@ -152,7 +152,7 @@ public:
     bool setActiveBranch(int32_t number);
     bool anyBranchesPresent() { return countBranches() > 1; }
     void removeInactiveBranches();
-    /** Of all processors. Off: their inactive branches are lost. */
+    /** Of all processors. Off: their inactive branches are lost, which the user is told before. */
     static void enableBranches(bool state);
     static bool branchesEnabled() { return gAllowBranches; }
 

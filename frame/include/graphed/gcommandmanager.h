@@ -3,6 +3,7 @@
 #include "graphed/gactionmanager.h"
 #include "graphed/gcommand.h"
 #include "graphed/gmacrocommand.h"
+#include <map>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -32,6 +33,9 @@ public:
     FORWARD_REFCOUNT(CmObject)
     enum Flag : int32_t { kKeysStored = 1, kMacrosEnabled = 4 };
 
+    using KeyCommands = std::vector<OPtr<GKeyCommand>>;
+    using KeysByCommand = std::unordered_map<const GCommand*, std::vector<const GKeyCommand*>>;
+
     GCommandManager();
     ~GCommandManager() override;
     int32_t queryInterface(const char* iid, void** obj) override;
@@ -57,17 +61,21 @@ public:
     GCommand* findCommand(const UKeyCode& key) const;
     const GKeyCommand* findKeyCommand(const UKeyCode& key) const;
     std::vector<UKeyCode> findKeyCommands(const ConstString& category, const ConstString& name) const;
+    /** In the order of the keys; under null those of commands that aren't here. Borrowed. */
+    KeysByCommand keysByCommand() const;
     /** The key is taken from whatever command has it, or would have had it. false: no key. */
     bool addKeyCommand(const UKeyCode& key, const ConstString& category, const ConstString& name);
     bool removeKeyCommand(const UKeyCode& key);
     /** Of one command. */
     void removeKeyCommands(const ConstString& category, const ConstString& name);
     void removeAllKeyCommands() { keyCommands.removeAll(); }
+    /** These instead of all, as if each was added in turn; those that can't be stored are passed over. Each has a key. */
+    void setKeyCommands(const KeyCommands& keys);
     /** Back to the keys that the commands came with, if the user agrees. */
     bool resetAllKeyCommands();
     /** The keys of a command, with commas between. */
     void getKeyCodesString(const GCommand& command, String& text) const;
-    int32_t countDormantKeyCommands() const { return dormantKeyCommands.total(); }
+    int32_t countDormantKeyCommands() const;
     /** Keys are stored with the settings. */
     void enableKeyStorage(bool state) { setFlag(kKeysStored, state); }
     bool isKeyStorageEnabled() const { return managerFlags & kKeysStored; }
@@ -110,7 +118,7 @@ public:
     // persistence
     /** An int32 count, and for each record category and name as stored texts, then the low byte of the character, the
         virtual key and the modifiers; with bit 7 of these the second byte is the high one of the character. A record
-        without a key takes all keys from its command. */
+        without a key takes all keys from its command; one whose character is none is passed over. */
     bool internalize(FArchive& archive) override;
     bool externalize(FArchive& archive) const override;
     /** "Categories", each with "Name" and "Commands", each with "Name" and "Key"; "Macros", each with "Name" and
@@ -122,8 +130,6 @@ private:
     struct OldName {
         FString oldCategory, oldName, category, name;
     };
-    using KeyRecords = std::vector<OPtr<GKeyCommand>>;
-    using KeysByCommand = std::unordered_map<const GCommand*, std::vector<const GKeyCommand*>>;  // null: unknown ones
     static constexpr uint32_t kLongestName = 255;  // characters, of what files hold
 
     void setFlag(int32_t flag, bool state) { managerFlags = state ? managerFlags | flag : managerFlags & ~flag; }
@@ -137,33 +143,35 @@ private:
     void assignKey(const UKeyCode& key, const GCommand& command);
     /** Instead of the one of this key; takes over the reference. */
     bool putKeyCommand(GKeyCommand* added);
-    bool isNameOf(const GCommand& command, const GKeyCommand& record) const;
-    /** What was stored for a command that has come. */
+    /** What was stored for a command that has come, under whichever of its names. */
     void wakeDormant(GCommand& command);
     /** The reverse, of one that goes. */
     void keepDormant(const GCommand& command);
+    /** Takes over the reference. */
+    void keepDormant(GKeyCommand* record);
     void removeCommand(GCommand* command);
     /** Null: there is a command of this name. */
     GMacroCommand* newMacro(const ConstString& name);
-    /** A known command gets the key, for another one it is kept. */
-    void takeKey(const GKeyCommand& record);
-    /** No key takes all that it has. */
-    void giveStoredKey(const GKeyCommand& record, const GCommand& command);
+    /** In their order, of commands that are here; no key takes all that the command has. However many there are, each
+        costs little. */
+    void giveKeys(const KeyCommands& records);
+    /** The same, in one pass over all keys that there are. */
+    void giveManyKeys(const KeyCommands& records);
     int32_t tellHandlers(FMessage* message);
     int32_t fireNamed(const ConstString& category, const ConstString& name);
     /** Texts to hand out. */
     const char* shown8(const FString& text);
     const tchar* shown16(const FString& text);
-    /** In the order of the keys, then the dormant ones. */
-    KeysByCommand keysByCommand() const;
     /** All that is to be stored: no key for each command, then those that it has, then those of unknown commands. Names
-        that aren't storable are left out. */
-    KeyRecords keyRecords() const;
-    void takeKeys(const KeyRecords& records);
+        and keys that aren't storable are left out. */
+    KeyCommands keyRecords() const;
+    /** A known command gets its keys, for another one they are kept. */
+    void takeKeys(const KeyCommands& records);
     bool storeKeys(FAttributes& attributes) const;
     void restoreMacro(GMacroCommand& macro, const FAttributes& attributes) const;
-    /** Not empty, not too long for one of the files, and without control characters. */
+    /** Not empty, not too long for one of the files, and without what can't be written as text. */
     static bool isStorable(const ConstString& name);
+    static bool isStorable(const UKeyCode& key);
     static bool isStorable(const ConstString& category, const ConstString& name) {
         return isStorable(category) && isStorable(name);
     }
@@ -171,7 +179,7 @@ private:
     CmArray commands{0, -1};
     std::unordered_map<std::u16string, GCommand*> byName;  // each of the commands
     CmArray categories{0, -1};
-    CmArray dormantKeyCommands{0, -1};
+    std::map<std::u16string, KeyCommands> dormantKeyCommands;  // by the full names of their commands
     CmOrderedArray keyCommands{0, -1};
     int32_t managerFlags = kKeysStored;
     std::vector<IActionHandler*> handlers;

@@ -19,7 +19,7 @@ enum Result : int32_t { kRead, kNotAKeyCommandsFile, kWrongVersion, kMalformed }
     shown to the user, and nothing has changed. */
 Result importFrom(FStream& stream, GCommandManager& manager);
 /** Commands or keys whose text has quotes or line ends, or makes too long a line, are left out. false: the stream
-    didn't take the rest. */
+    didn't take the rest, or it would be more than an import reads, 4 MiB. */
 bool exportTo(FStream& stream, const GCommandManager& manager);
 
 /** The macros alone, as XML in the root tag "MacroCommands"; they replace those of the same names. false: not written,

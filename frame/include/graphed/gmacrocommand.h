@@ -37,7 +37,7 @@ private:
 
     bool canRun() const;
     int32_t fireAll();
-    /** The one that the manager knows by this name now, or else the one that was added. */
+    /** The one that the manager knows by this name now, or else the one that was added. Null: it isn't allowed. */
     GCommand* currentCommand(int32_t index) const;
 
     CmArray commands{0, -1};

@@ -1,5 +1,4 @@
 #pragma once
-#include <cstdint>
 
 namespace Tessarine {
 class FString;
@@ -25,5 +24,7 @@ extern NetworkHooks gNetworkHooks;
 
 /** Whether it is the thread that the process began with. */
 bool isFirstThread();
+/** Whether it is the main thread, as far as that is known. */
+bool isMainThread();
 
 }  // namespace Tessarine

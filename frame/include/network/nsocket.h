@@ -32,7 +32,7 @@ public:
     bool connect(const char* host, uint16_t port);
     /** From here on encrypted, with a partner who has proved to be the host. false: it is no connection any more. */
     bool secure(const char* host);
-    /** As many bytes as there are, at least one; 0: the other side has ended; -1: a failure. */
+    /** As many bytes as there are, at least one; 0: the other side has ended, or none are wanted; -1: a failure. */
     int64_t receive(void* buffer, int64_t count);
     /** All of them. */
     bool send(const void* bytes, int64_t count);
@@ -41,7 +41,8 @@ public:
     void cancel() { interrupt.cancel(); }
     bool isCancelled() const { return interrupt.isCancelled(); }
     bool isOpen() const { return descriptor >= 0; }
-    /** What follows must be done within so many milliseconds, whatever else it may take; 0 ends that. */
+    /** All that follows must be done within so many milliseconds, besides the time-outs; 0: no longer. connect() and secure() end
+        it as well. */
     void limit(int32_t ms) { phaseEndMs = NClock::fromNowMs(ms); }
     NError getError() const { return error; }
 

@@ -31,8 +31,8 @@ private:
     Threads   any; the component is called by one at a time. Streams belong to their threads. */
 class FFileSystemAdapter : public FRemovableFileSystem {
 public:
-    /** Mounts the first component whose file types have the path's extension, and that takes it. With a reference for the
-        caller; null: there is none. */
+    /** Mounts the first component whose file types have the path's extension, and that takes it: of the program and,
+        on the main thread, of its modules. With a reference for the caller; null: there is none. */
     static FFileSystemAdapter* mount(FPath* path);
 
     /** The component is mounted on the stream already. */

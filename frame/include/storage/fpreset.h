@@ -4,6 +4,7 @@
 #include "collect/cmarray.h"
 #include "collect/cmlinkedlist.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "storage/fattributearchive.h"
 #include "storage/ffiletype.h"
 #include "storage/fpath.h"
 #include <string>
@@ -12,6 +13,23 @@
 
 namespace Tessarine {
 class FPresetList;
+
+/** How deep what is read holds its like: presets, lists and groups of objects. */
+class FPresetDepth {
+public:
+    /** Half of what an archive takes, so that what was read can be saved, whatever it stands in then. */
+    static constexpr int32_t kMaxHeight = FAttributeArchiveBase::kMaxDepth / 2;
+
+    /** Counts what was read below this; all else is none. false: it isn't complete, or too high. */
+    bool takes(CmObject* below);
+    void setComplete(bool state) { complete = state; }
+
+private:
+    static const FPresetDepth* of(CmObject* object);
+
+    bool complete = true;  // false from the factory to the end of reading: it may be what the reader stands in
+    int32_t height = 0;
+};
 
 /** A preset or a list of them, by name. It stands in one list at most, which owns it. */
 class FPresetItem : public CmObject {
@@ -25,10 +43,8 @@ public:
     /** By name, first in any case. */
     int32_t compare(const CmObject* other) const override;
 
-    /** Not while it is being read, since it may be what the reader stands in. */
-    bool isComplete() const { return complete; }
-    /** It stands in a list. */
-    bool isInList() const { return isPlaced; }
+    /** The one that it stands in; null: none. */
+    FPresetList* getList() const { return list; }
 
     DECLARE_ABSTRACT_CLASS(FPresetItem, CmObject)
 
@@ -37,17 +53,13 @@ protected:
     explicit FPresetItem(const tchar* text) { FPresetItem::setName(text); }
 
     FString name;  // wide
+    FPresetDepth depth;
 
 private:
-    friend class FPreset;
+    friend class FPresetDepth;
     friend class FPresetList;
 
-    /** Counts one that was read. false: it isn't complete, or what is below it goes deeper than an archive does. */
-    bool takesBelow(const FPresetItem& below);
-
-    bool complete = true;  // false from the factory to the end of reading
-    bool isPlaced = false;
-    int32_t height = 0;  // of the items that were read below it
+    FPresetList* list = nullptr;
 };
 
 /** A named object. */
@@ -91,7 +103,7 @@ private:
     Indices   of presets count the presets of this list alone, those of sub-lists the sub-lists alone.
     Deep      with what is in the sub-lists, each behind what stands before it.
     Names     of at most kMaxName characters; longer ones, and ids, are refused.
-    Depth     of lists that are read: FAttributeArchiveBase::kMaxDepth; what lies deeper is passed over.
+    Depth     of what is read: FPresetDepth::kMaxHeight; what lies deeper is passed over.
     Results   null, false or -1 for a miss. What is handed out is borrowed.
     Hears     whoever depends on the list, of each change.
     Threads   the main thread. */
@@ -138,6 +150,8 @@ public:
     FPreset* getPreset(int32_t index);
     /** Among all items; of this very one. */
     int32_t indexAbs(FPresetItem* item);
+    /** Among the presets; of this very one. */
+    int32_t indexOf(const FPreset* preset);
     /** Takes the reference over; index is one of all items, others mean the end. false, and it stays the caller's: null, or it
         stands in a list. */
     bool insertAt(FPresetItem* item, int32_t index);
@@ -147,6 +161,8 @@ public:
     /** Takes in another list, which stays as it is and has nothing to do with this one: items of the same name replace
         those that are here, the others come to the end. */
     void adjustTo(FPresetList* other);
+    /** A copy that shares the objects, without those that can't be saved: with this list as the bag of that depth. */
+    OPtr<FPresetList> storablePart(int32_t level);
 
     /** The id, then the items: presets that may be modified, and plain lists. */
     bool internalize(FArchive& archive) override;
@@ -170,6 +186,7 @@ protected:
 
 private:
     int32_t placeOf(int32_t index, bool presets, bool lists);
+    int32_t presetIndexOf(int32_t place) const;
     void adjustList(IPtr<FPresetList> mine, FPresetList& theirs);
     void adjustPreset(IPtr<FPreset> mine, const FPreset& theirs);
     /** At the end. */
@@ -229,7 +246,7 @@ private:
     int32_t useCount = 0;
 };
 
-/** A reference to a preset that stands in a list. */
+/** A reference to a preset, mostly of a list. */
 class FPresetPointer : public FPresetItem {
 public:
     /** Shares the preset. The dependent is borrowed, hears of the preset's changes, and may be null. */
@@ -237,8 +254,11 @@ public:
     ~FPresetPointer() override;
 
     FPreset* getPreset() const { return preset; }
+    /** As that of the preset's list, which may read it first. */
+    CmObject* getObject() const;
     const tchar* getName() const override { return preset->getName(); }
-    void setName(const tchar* text) override { preset->setName(text); }
+    /** As setPresetName of the preset's list. */
+    void setName(const tchar* text) override;
     void update(CmObject* changedObject, int32_t message) override;
     using FPresetItem::update;
 
@@ -293,18 +313,19 @@ public:
     DECLARE_CLASS(FMultiPreset, CmObject)
 
 private:
-    void take(CmObject* loaded);
+    friend class FPresetDepth;
 
     CmLinkedList objects, pendingObjects;
     bool isCopy;
-    bool restored = false;
+    FPresetDepth depth;
 };
 
 /** All preset lists of the program: those in memory are kept in files below a folder, those on disk are folders there.
 
     Life      comes with the defaults (PostDefLoadFPresetPool) and goes before them (unuse).
     Files     "RAMPresets.xml" holds the lists of memory, a ".pxml" each list with a file of its own. They are read whole or
-              not at all, and written whole or not at all. A copy (".backup") is kept of those that couldn't be read.
+              not at all, and written whole or not at all, but for presets whose objects can't be stored: these are left
+              out alone. A copy (".backup") is kept of files that couldn't be read.
     Threads   the main thread. */
 class FPresetPool : public CmObject {
 public:
@@ -314,7 +335,7 @@ public:
 
     /** Takes in what is there: lists whose ids are here are merged. false: nothing could be. */
     bool load(const FNPath& folder);
-    /** Without lists in memory nothing is written. false: a file couldn't be. */
+    /** Without lists in memory nothing is written. false: not all could be. */
     bool store(const FNPath& folder);
     /** Made when it is missing; null: no name. */
     FPresetList* getRAMList(const tchar* id, bool ownFile);
@@ -351,6 +372,7 @@ private:
     void merge(FPresetList* list);
     bool loadFile(FNPath& path, const char* root, CmObject& object);
     bool loadOwnFile(FNPath& path);
+    OPtr<FPresetPool> storablePart() const;
     bool keepSpoilt(const FNPath& folder);
 
     CmLinkedList ramLists;                                 // of FPresetList; none ever leaves

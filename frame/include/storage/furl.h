@@ -41,7 +41,7 @@ public:
         false, and as it was: the port isn't a number of 16 bits. */
     bool setUrl(const tchar* text);
     void getUrl(FString& text) const;
-    /** User and password go. */
+    /** User and password go. A file part has no "/" of its own at its start: what begins with one is printed with two. */
     void set(const tchar* protocol, const tchar* host, uint16_t port, const tchar* file);
     /** encode: text is plain, and is encoded first. */
     void setFile(const tchar* text, bool encode = false);

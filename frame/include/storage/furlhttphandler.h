@@ -18,14 +18,14 @@ class FHttpHead;
     Login       what the URL has; when that isn't taken, what the user enters, whom the main thread asks. From a worker this waits
                 for the main thread: one that waits for the worker would never be free to ask. Both go into the URL.
     Failures    404 and the like too: there is no stream then, and getStatus() tells which.
-    Threads     one at a time, except cancel() and notify(). Its end waits for a user who is being asked. */
+    Threads     one at a time, except cancel() and notify(). What a worker asks holds the handler until it was told, so that it may
+                outlive its URL. Whoever ends the main thread's loop cancels first what workers wait for. */
 class FUrlHttpHandler : public FUrlHandler {
 public:
     static constexpr int32_t kMaxRedirects = 10, kMaxLogins = 5;
     static constexpr NTimeouts kTimeouts{30000, 30000, 3600000};
 
     explicit FUrlHttpHandler(FUrl& url);
-    ~FUrlHttpHandler() override;
     FUrlHttpHandler(const FUrlHttpHandler&) = delete;
     FUrlHttpHandler& operator=(const FUrlHttpHandler&) = delete;
 

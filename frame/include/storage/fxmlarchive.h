@@ -43,6 +43,8 @@ public:
     /** One bag alone, in the root tag. What was in a loaded bag goes, unless loading fails. */
     bool saveAttributes(const char* rootTag, const FAttributes& attributes);
     bool loadAttributes(const char* rootTag, FAttributes& attributes);
+    /** Tries how it would be with so many bags around this one, and writes nothing. */
+    static bool canSave(const FAttributes& attributes, int32_t depth);
     /** The last loading came to the end tag of the root. */
     bool isWhole() const { return whole; }
 

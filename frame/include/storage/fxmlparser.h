@@ -128,6 +128,7 @@ private:
     class PieceWriter;
 
     bool refill();
+    const char* lookAhead(uint32_t count);
     void stepBack(uint32_t count);
     bool passWhile(uint16_t classes);
     bool takeUntil(Text& text, uint16_t classes);

@@ -1,20 +1,18 @@
 #include "base/fattribute.h"
 #include "base/cmunknown.h"
 #include "collect/cmstring.h"
+#include "pluginterfaces/base/fvariant.h"
 #include "storage/farchive.h"
 #include "storage/fbstream.h"
 #include "storage/fxmlobject.h"
 #include <algorithm>
 #include <cstdlib>
-#include <limits>
-#include <utility>
 
 namespace Tessarine {
 namespace {
 constexpr uint16_t kCounts = FAttributeValue::kShared | FAttributeValue::kOwned;
 constexpr uint16_t kKinds = FAttributeValue::kLong | FAttributeValue::kObject | FAttributeValue::kFloat |
                             FAttributeValue::kString | FAttributeValue::kUnknown | FAttributeValue::kPointer;
-constexpr double kLongBound = 9223372036854775808.0;  // 2^63, the first that is too large
 
 /** From malloc, with its terminator; null for an empty text, and without memory. */
 template <class Char>
@@ -27,16 +25,6 @@ void* duplicate(std::basic_string_view<Char> text) {
 
 void* duplicate(const ConstString& text) {
     return text.isWideString() ? duplicate(units16(text)) : duplicate(units8(text));
-}
-
-int64_t longOf(double number) {
-    if (number != number)
-        return 0;
-    if (number >= kLongBound)
-        return std::numeric_limits<int64_t>::max();
-    if (number < -kLongBound)
-        return std::numeric_limits<int64_t>::min();
-    return static_cast<int64_t>(number);
 }
 
 /** Null isn't what the value's kind promised. */
@@ -118,7 +106,7 @@ int64_t FAttributeValue::getLong() const {
     if (is(kLong))
         return value.number;
     if (is(kFloat))
-        return longOf(value.real);
+        return truncated64(value.real);
     getText().scanInt64(number, 0, false);
     return number;
 }

@@ -29,6 +29,14 @@ FUnknown* createComponentOf(const FUID& classID) {
     return gComponentRegistry ? gComponentRegistry->createUnknownComponent(classID, false) : nullptr;
 }
 
+bool createOfCategory(const char* category, int32_t index, FUnknown** component) {
+    if (!gComponentRegistry || index >= gComponentRegistry->countComponentClasses(category))
+        return false;
+    FComponentDescription* description = gComponentRegistry->getComponentDescription(category, index);
+    *component = description->isAvailable() ? description->createUnknown(true) : nullptr;
+    return true;
+}
+
 /** The module's object lives as long as it counts. */
 void addInstanceTo(FModule* module, CmObject* instance) {
     module->addRef();
@@ -62,7 +70,7 @@ FComponentRegistry::~FComponentRegistry() = default;
 FComponentRegistry* FComponentRegistry::use() {
     if (!gComponentRegistry)
         gComponentRegistry = new FComponentRegistry;
-    gComponentHooks = {createComponentOf, addInstanceTo, releaseInstanceOf};
+    gComponentHooks = {createComponentOf, addInstanceTo, releaseInstanceOf, createOfCategory};
     return gComponentRegistry;
 }
 
@@ -75,6 +83,7 @@ void FComponentRegistry::unuse() {
     ended->release();
     StandardPluginContext::setInstance(nullptr);
     gComponentHooks.createComponent = nullptr;  // instances that are left still count
+    gComponentHooks.createOfCategory = nullptr;
 }
 
 int32_t FComponentRegistry::queryInterface(const char* iid, void** obj) {

@@ -1,7 +1,7 @@
 #include "base/cmunknown.h"
 #include "base/fcompreg.h"
 #include "storage/fpath.h"
-#include <iterator>
+#include <cstring>
 
 namespace Tessarine {
 namespace {

@@ -27,11 +27,35 @@ int32_t resultOf(bool good) {
 
 /** Copies a whole text, or nothing. */
 template <class Char>
-int32_t copyText(const Char* text, uint32_t length, Char* target, int32_t size) {
+bool copyText(const Char* text, uint32_t length, Char* target, int32_t size) {
     if (!target || size < 0 || length >= uint32_t(size))
-        return kResultFalse;
+        return false;
     std::copy_n(text, length + 1, target);
-    return kResultOk;
+    return true;
+}
+
+template <class Value>
+int32_t write(FDefaults* defaults, bool (FDefaults::*set)(const char*, Value), const char* key, Value value) {
+    return resultOf(defaults && (defaults->*set)(key, value));
+}
+
+template <class Value>
+bool read(const FDefaults* defaults, bool (FDefaults::*get)(const char*, Value&) const, const char* key, Value& value) {
+    return defaults && (defaults->*get)(key, value);
+}
+
+/** Leaves out of an inner bag what can't be saved with so many bags around that. */
+void keepStorable(FAttributes& bag, const char* key, int32_t depth) {
+    const FAttributes* all = bag.getAttributes(key);
+    OPtr<FAttributes> part(new FAttributes);
+    for (int32_t i = 0; all && i < all->countAttributes(); ++i) {
+        const OPtr<FAttributes> one(new FAttributes);
+        one->addAttribute(new FStringIDAttribute(*all->getAttribute(i)));
+        if (FXmlArchive::canSave(*one, depth))
+            part->addAttribute(new FStringIDAttribute(*all->getAttribute(i)));
+    }
+    if (all)
+        bag.setAttributes(key, part);
 }
 
 bool storeDefaultPath(const char* pool, const char* key, const FNPath& path) {
@@ -130,7 +154,8 @@ bool FDefaults::isEqual(const CmObject* other) const {
 }
 
 int32_t FDefaults::compare(const CmObject* other) const {
-    return std::strcmp(getGroup(), static_cast<const FDefaults*>(other)->getGroup());
+    const auto* defaults = classCast<FDefaults>(other);
+    return defaults ? std::strcmp(getGroup(), defaults->getGroup()) : CmObject::compare(other);
 }
 
 bool FDefaults::storeAttributes(FAttributes& attributes) const {
@@ -168,49 +193,39 @@ int32_t FDefaultPool::queryInterface(const char* iid, void** obj) {
 // --- by group and key
 
 int32_t FDefaultPool::setLong(const char* group, const char* key, int32_t value) {
-    FDefaults* defaults = defaultsFor(group);
-    return resultOf(defaults && defaults->setLong(key, value));
+    return write(defaultsFor(group), &FDefaults::setLong, key, value);
 }
 
 int32_t FDefaultPool::getLong(const char* group, const char* key, int32_t& value) {
-    const FDefaults* defaults = findDefaults(group);
-    return resultOf(defaults && defaults->getLong(key, value));
+    return resultOf(read(findDefaults(group), &FDefaults::getLong, key, value));
 }
 
 int32_t FDefaultPool::setDouble(const char* group, const char* key, double value) {
-    FDefaults* defaults = defaultsFor(group);
-    return resultOf(defaults && defaults->setDouble(key, value));
+    return write(defaultsFor(group), &FDefaults::setDouble, key, value);
 }
 
 int32_t FDefaultPool::getDouble(const char* group, const char* key, double& value) {
-    const FDefaults* defaults = findDefaults(group);
-    return resultOf(defaults && defaults->getDouble(key, value));
+    return resultOf(read(findDefaults(group), &FDefaults::getDouble, key, value));
 }
 
 int32_t FDefaultPool::setString8(const char* group, const char* key, const char* text) {
-    FDefaults* defaults = defaultsFor(group);
-    return resultOf(defaults && defaults->setString8(key, text));
+    return write(defaultsFor(group), &FDefaults::setString8, key, text);
 }
 
 int32_t FDefaultPool::getString8(const char* group, const char* key, char* text, int32_t size) {
-    const FDefaults* defaults = findDefaults(group);
     String found;
-    if (!defaults || !defaults->getString8(key, found))
-        return kResultFalse;
-    return copyText(found.text8(), found.length(), text, size);
+    return resultOf(read(findDefaults(group), &FDefaults::getString8, key, found) &&
+                    copyText(found.text8(), found.length(), text, size));
 }
 
 int32_t FDefaultPool::setString16(const char* group, const char* key, const tchar* text) {
-    FDefaults* defaults = defaultsFor(group);
-    return resultOf(defaults && defaults->setString16(key, text));
+    return write(defaultsFor(group), &FDefaults::setString16, key, text);
 }
 
 int32_t FDefaultPool::getString16(const char* group, const char* key, tchar* text, int32_t size) {
-    const FDefaults* defaults = findDefaults(group);
     String found;
-    if (!defaults || !defaults->getString16(key, found))
-        return kResultFalse;
-    return copyText(found.text16(), found.length(), text, size);
+    return resultOf(read(findDefaults(group), &FDefaults::getString16, key, found) &&
+                    copyText(found.text16(), found.length(), text, size));
 }
 
 int32_t FDefaultPool::setTString(const char* group, const char* key, const tchar* text) {
@@ -218,9 +233,8 @@ int32_t FDefaultPool::setTString(const char* group, const char* key, const tchar
 }
 
 int32_t FDefaultPool::getTString(const char* group, const char* key, IString* text) {
-    const FDefaults* defaults = findDefaults(group);
     String found;
-    if (!text || !defaults || !defaults->getString16(key, found))
+    if (!text || !read(findDefaults(group), &FDefaults::getString16, key, found))
         return kResultFalse;
     text->setText16(found.text16());
     return kResultOk;
@@ -328,7 +342,19 @@ bool FDefaultPool::saveArchive(const char* name) {
     if (isTerminated || isGuest || (isSpoilt && !FXmlArchive::backupObjectArchive(name)))
         return false;
     isSpoilt = false;
-    return FXmlArchive::storeObject(name, kRootTag, this);
+    if (FXmlArchive::storeObject(name, kRootTag, this))
+        return true;
+    saveStorable(name);
+    return false;
+}
+
+void FDefaultPool::saveStorable(const char* name) const {
+    const OPtr<FAttributes> bag(new FAttributes);
+    storeAttributes(*bag);
+    while (FAttributes* entry = bag->unqueueAttributes(kEntries))
+        keepStorable(*entry, kValues, 2);
+    keepStorable(*bag, kAutoSavers, 1);
+    FXmlArchive::storeObject(name, kRootTag, bag);
 }
 
 void FDefaultPool::terminate() {

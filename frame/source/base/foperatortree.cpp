@@ -142,8 +142,8 @@ CmVariant matched(const CmVariant& textValue, const CmVariant& patternValue) {
     patternValue.getString(pattern);
     text.toWideString();
     pattern.toWideString();
-    const CmRegularExpression expression(pattern);
-    return CmVariant(expression.match(text));
+    const uint64_t steps = uint64_t(text.length()) * pattern.length();
+    return CmVariant(steps <= CmVariantOperation::kMostMatched && CmRegularExpression(pattern).match(text));
 }
 }  // namespace
 
@@ -168,8 +168,8 @@ FOperationNode<T>::~FOperationNode() {
 
 /** This operation and those that lead to its first operand, from above. */
 template <class T>
-std::vector<FOperationNode<T>*> FOperationNode<T>::chain() {
-    std::vector<FOperationNode*> operations;
+typename FOperationNode<T>::Chain FOperationNode<T>::chain() {
+    Chain operations;
     for (FOperationNode* each = this; each; each = each->left ? each->left->asOperation() : nullptr)
         operations.push_back(each);
     return operations;
@@ -181,12 +181,33 @@ T FOperationNode<T>::evaluate(void* context) {
         return apply(T(), context);
     if (!left->asOperation())
         return apply(left->evaluate(context), context);
-    const std::vector<FOperationNode*> operations = chain();
+    Chain operations = chain();
     Node* first = operations.back()->left.get();
     T value = first ? first->evaluate(context) : T();
-    for (auto each = operations.rbegin(); each != operations.rend(); ++each)
-        value = (*each)->apply(value, context);
+    for (auto next = operations.rbegin(); next != operations.rend();) {
+        if ((*next)->operatorNumber == kPlus && value.isString())
+            joinTexts(value, next, operations.rend(), context);
+        else
+            value = (*next++)->apply(value, context);
+    }
     return value;
+}
+
+/** As far as sums follow each other, without copying the text at each of them. */
+template <class T>
+void FOperationNode<T>::joinTexts(T& value, Place& next, const Place& end, void* context) {
+    if (!(*next)->isSum()) {
+        value = (*next++)->apply(value, context);
+        return;
+    }
+    String text;
+    value.getString(text);
+    for (; next != end && (*next)->isSum(); ++next) {
+        String more;
+        (*next)->right->evaluate(context).getString(more);
+        text.append(more);
+    }
+    value.setString(text, true);
 }
 
 template <class T>
@@ -200,7 +221,7 @@ T FOperationNode<T>::apply(const T& leftValue, void* context) {
 /** An operation without its right operand would take the next one, and so it stands in brackets unless it is the last. */
 template <class T>
 void FOperationNode<T>::toString(FString& text) {
-    const std::vector<FOperationNode*> operations = chain();
+    const Chain operations = chain();
     const auto isOpen = [this](const FOperationNode* each) { return each != this && !each->right; };
     text.append('(', int32_t(std::ranges::count_if(operations, isOpen)));
     if (Node* first = operations.back()->left.get())

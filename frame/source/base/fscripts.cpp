@@ -2,8 +2,10 @@
 #include "base/cmunknown.h"
 #include "base/fcompreg.h"
 #include "base/fmodule.h"
+#include "base/utimer.h"
 #include "pluginterfaces/host/ihosttools.h"
 #include <algorithm>
+#include <utility>
 
 namespace Tessarine {
 
@@ -16,6 +18,15 @@ FScriptingManager* gScriptManager = nullptr;
 
 namespace {
 constexpr const tchar* stringScriptError = u"%s(%d): Error %s: '%s' %s\n";
+constexpr uint32_t kMaxName = 250, kMaxMessage = 3000;  // units; an error must fit into one printed text
+
+/** Cuts behind a whole character. */
+void shorten(String& text, uint32_t most, const char* end) {
+    if (text.length() <= most)
+        return;
+    const bool splitsPair = most > 0 && text.isWideString() && (text.getChar16(most - 1) & 0xFC00) == 0xD800;
+    text.remove(most - uint32_t(splitsPair)).append(end);
+}
 
 String fromEngine(const char* text) {
     String wide;
@@ -23,6 +34,12 @@ String fromEngine(const char* text) {
         wide.assign(text);
         wide.toWideString();
     }
+    return wide;
+}
+
+String partOfError(const char* text, uint32_t most) {
+    String wide = fromEngine(text);
+    shorten(wide, most, "...");
     return wide;
 }
 
@@ -109,8 +126,8 @@ int32_t FScriptContext::onScriptError(IScriptContext* /*context*/, SErrorInfo* e
     String number, text;
     if (error->number != 0)
         number.printf(u"%d", error->number);
-    text.printf(stringScriptError, fromEngine(error->fileName).text16(), error->line, number.text16(),
-                fromEngine(error->token).text16(), fromEngine(error->message).text16());
+    text.printf(stringScriptError, partOfError(error->fileName, kMaxName).text16(), error->line, number.text16(),
+                partOfError(error->token, kMaxName).text16(), partOfError(error->message, kMaxMessage).text16());
     console->deferWrite(text);
     return kResultOk;
 }
@@ -118,19 +135,40 @@ int32_t FScriptContext::onScriptError(IScriptContext* /*context*/, SErrorInfo* e
 int32_t FScriptContext::writeConsole(const char* text) {
     if (!console)
         return kResultFalse;
-    console->deferWrite(fromEngine(text));
+    print(fromEngine(text));
     return kResultOk;
 }
 
-bool FScriptContext::init() {
-    const OPtr<FScriptDebugPrint> print(new FScriptDebugPrint(this));
-    debugPrint = print.get();
-    return context->registerObject(FScriptDebugPrint::__classInfo.className, print) == kResultOk;
+void FScriptContext::print(const ConstString& text) {
+    const uint32_t room = console ? takeRoom(text.length()) : 0;
+    if (room == 0)
+        return;
+    if (room == text.length())
+        return console->deferWrite(text);
+    String cut(text);
+    shorten(cut, room, "...\n");
+    console->deferWrite(cut);
 }
 
-bool FScriptContext::registerOwned(const char* name, IScriptObject* object) {
-    const OPtr<IScriptObject> owned(object);
-    return context->registerObject(name, owned) == kResultOk;
+uint32_t FScriptContext::takeRoom(uint32_t units) {
+    const uint32_t now = SystemTime::getTicks();
+    if (now - writingSince > kWritingMs) {
+        writingSince = now;
+        written = 0;
+    }
+    const uint32_t room = std::min({units, kMaxText, kMaxWritten - written});
+    written += room;
+    return room;
+}
+
+bool FScriptContext::init() {
+    if (!debugPrint)
+        debugPrint = OPtr<FScriptDebugPrint>(new FScriptDebugPrint(this));
+    return show(debugPrint);
+}
+
+bool FScriptContext::show(IScriptObject* object) {
+    return context->registerObject(object->getTypeInfo()->className, object) == kResultOk;
 }
 
 IPtr<FUnknown> FScriptContext::compileText(const char* text, int32_t length, SDebugInfo* info) {
@@ -231,8 +269,7 @@ constinit const SClassInfo FScriptDebugPrint::__classInfo = {"DebugPrint",      
                                                              std::size(__methods), __methods};
 
 int32_t FScriptDebugPrint::invoke(char /*index*/, SArgs& args, SVariant& /*result*/) {
-    FConsole* console = context ? context->getConsole() : nullptr;
-    if (!console)
+    if (!context)
         return kResultOk;
     String line;
     for (int32_t i = 0; i < args.count; ++i) {
@@ -240,7 +277,7 @@ int32_t FScriptDebugPrint::invoke(char /*index*/, SArgs& args, SVariant& /*resul
         CmVariant(args.variants[i]).getString(text);
         line.append(i > 0 ? " " : "").append(text);
     }
-    console->deferWrite(line.append("\n"));
+    context->print(line.append("\n"));
     return kResultOk;
 }
 

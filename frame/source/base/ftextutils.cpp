@@ -3,6 +3,7 @@
 #include "collect/cmarray.h"
 #include "collect/cmdate.h"
 #include "collect/cmstring.h"
+#include "pluginterfaces/base/fvariant.h"
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -46,12 +47,6 @@ constexpr TimeUnit kTimeUnits[] = {
     {1,     &FTextUtils::stringSecond, &FTextUtils::stringSeconds, u"s"},
 };
 static_assert(std::size(kTimeUnits) == kNumTimeUnits);
-
-/** To the nearest whole number, which may be a bound. */
-int64_t saturated(double number) {
-    constexpr double kLimit = 0x1p63;
-    return number >= kLimit ? INT64_MAX : number < -kLimit ? INT64_MIN : int64_t(number);
-}
 
 void printSampleRate(String& text, int64_t value) {
     text.printf(FTextUtils::kSampleRatePattern, double(value) / 1000);
@@ -138,7 +133,7 @@ bool FTextUtils::scanFileSize(const ConstString& text, int64_t& bytes) {
     const auto* row = std::ranges::find_if(
         kFileSizeLetters, [&](const FileSizeLetter& each) { return upper.findNext(0, each.letter) >= 0; });
     const double factor = row == std::end(kFileSizeLetters) ? 1 : row->factor;
-    bytes = saturated(number * factor + 0.5);
+    bytes = truncated64(number * factor + 0.5);
     return true;
 }
 

@@ -1,11 +1,11 @@
 #include "collect/cmvariant.h"
+#include "base/ftextutils.h"
 #include "collect/cmdate.h"
 #include "collect/cmstring.h"
 #include "storage/fpersistent.h"
 #include <algorithm>
 #include <compare>
 #include <functional>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -28,15 +28,6 @@ Char* duplicate(const Char* text, size_t units) {
 template <class Char>
 const Char* duplicate(const Char* text) {
     return text ? duplicate(text, std::char_traits<Char>::length(text)) : nullptr;
-}
-
-int64_t whole(double number) {
-    constexpr double kBound = 9223372036854775808.0;
-    if (number != number)
-        return 0;
-    return number >= kBound   ? std::numeric_limits<int64_t>::max()
-           : number < -kBound ? std::numeric_limits<int64_t>::min()
-                              : int64_t(number);
 }
 
 /** As the C library's "%lld"; by hand for what needs no care about bounds, which expressions read again and again. */
@@ -88,13 +79,9 @@ bool textOfObject(const CmObject* object, String& text) {
         return true;
     }
     const auto* time = classCast<CmTime>(object);
-    if (!time)
-        return false;
-    String clock;
-    time->getDate().toString(text);
-    time->toString(clock);
-    text.append(" ").append(clock);
-    return true;
+    if (time)
+        FTextUtils::printDateTime(text, *time);
+    return time != nullptr;
 }
 }  // namespace
 
@@ -296,7 +283,7 @@ int64_t CmVariant::getLong() const {
     case kInteger:
         return data.integer;
     case kFloat:
-        return whole(data.number);
+        return truncated64(data.number);
     case kString8:
         return wholeOf(data.string8);
     case kString16:

@@ -45,7 +45,8 @@ bool FEncryptionKey::generate(int32_t length) {
     while (digits.size() < static_cast<size_t>(length)) {
         char text[FUID::kSize * 2 + 1];
         FUID id;
-        id.generate();
+        if (!id.generate())
+            return false;
         id.toString(text);
         digits += text;
     }

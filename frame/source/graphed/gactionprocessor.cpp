@@ -11,6 +11,7 @@
 namespace Tessarine {
 namespace {
 constexpr int32_t kTickMask = 0x7FFFFFFF;  // where ticks begin anew
+constexpr tchar kBranchesGo[] = u"This will remove all inactive branches of the edit history!";
 
 /** The time now, which is asked for once a tick and whose date is worked out once a second at most. */
 const CmTime& timeOfPush(int32_t ticks) {
@@ -475,6 +476,8 @@ void GActionProcessor::enableBranches(bool state) {
     if (state)
         return;
     const std::vector<IPtr<GActionProcessor>> living(gProcessors.begin(), gProcessors.end());
+    if (gActionHooks.showText && std::ranges::any_of(living, &GActionProcessor::anyBranchesPresent))
+        gActionHooks.showText(kBranchesGo);
     for (const IPtr<GActionProcessor>& processor : living)
         processor->removeInactiveBranches();
 }

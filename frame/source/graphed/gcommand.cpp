@@ -4,7 +4,6 @@
 #include "graphed/hooks.h"
 #include "gui/values/uvalue.h"
 #include "gui/values/uvaluehooks.h"
-#include <string_view>
 #include <utility>
 
 namespace Tessarine {

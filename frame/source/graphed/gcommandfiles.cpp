@@ -34,7 +34,7 @@ StoredKey stored(const UKeyCode& key) {
 }
 
 UKeyCode restored(const StoredKey& key) {
-    const uint8_t modifiers = key.bytes[2] & uint8_t(~kWideCharacter);
+    const uint8_t modifiers = key.bytes[2] & (UKeyCode::kShift | UKeyCode::kOtherModifiers);
     if (key.bytes[2] & kWideCharacter)
         return UKeyCode(tchar(key.bytes[0] | key.bytes[1] << 8), 0, modifiers);
     return UKeyCode(key.bytes[0], key.bytes[1], modifiers);
@@ -85,15 +85,15 @@ GCommandManager::KeysByCommand GCommandManager::keysByCommand() const {
         const auto* key = static_cast<GKeyCommand*>(each);
         keys[findCommand(key->category, key->name)].push_back(key);
     }
-    for (CmObject* each : dormantKeyCommands)
-        keys[nullptr].push_back(static_cast<GKeyCommand*>(each));
+    for (const auto& [command, records] : dormantKeyCommands)
+        keys[nullptr].insert(keys[nullptr].end(), records.begin(), records.end());
     return keys;
 }
 
-GCommandManager::KeyRecords GCommandManager::keyRecords() const {
-    KeyRecords records;
+GCommandManager::KeyCommands GCommandManager::keyRecords() const {
+    KeyCommands records;
     const auto add = [&records](const UKeyCode& key, const FString& category, const FString& name) {
-        if (isStorable(category, name))
+        if (isStorable(category, name) && isStorable(key))
             records.emplace_back(new GKeyCommand(key, category, name));
     };
     const auto addAll = [&add](const std::vector<const GKeyCommand*>& keys) {
@@ -110,14 +110,8 @@ GCommandManager::KeyRecords GCommandManager::keyRecords() const {
     return records;
 }
 
-void GCommandManager::takeKeys(const KeyRecords& records) {
-    dormantKeyCommands.removeAll();
-    for (const OPtr<GKeyCommand>& record : records)
-        takeKey(*record);
-}
-
 bool GCommandManager::externalize(FArchive& archive) const {
-    const KeyRecords records = keyRecords();
+    const KeyCommands records = keyRecords();
     bool written = archive.getStream().writeInt32(int32_t(records.size()));
     for (const OPtr<GKeyCommand>& record : records)
         written = written && writeRecord(archive, *record);
@@ -129,7 +123,7 @@ bool GCommandManager::internalize(FArchive& archive) {
     int32_t count = 0;
     const int64_t left = archive.getStream().bytesLeft() - int64_t(sizeof count);
     bool read = archive.getStream().readInt32(count) && count >= 0 && (left < 0 || count <= left / kSmallestRecord);
-    KeyRecords records;
+    KeyCommands records;
     for (; read && count > 0; --count) {
         records.push_back(readRecord(archive));
         read = records.back() != nullptr;
@@ -185,7 +179,7 @@ bool GCommandManager::storeMacros(FAttributes& attributes) const {
 }
 
 bool GCommandManager::restoreAttributes(FAttributes& attributes) {
-    KeyRecords records;
+    KeyCommands records;
     while (const FAttributes* category = attributes.unqueueAttributes("Categories")) {
         FString categoryName;
         if (!category->get("Name", categoryName))
@@ -224,13 +218,13 @@ void GCommandManager::restoreMacro(GMacroCommand& macro, const FAttributes& attr
     macro.removeAllCommands();
     while (const FAttributes* entry = attributes.unqueueAttributes("Commands")) {
         FString category, name;
-        if (!entry->get("Category", category) || !entry->get("Name", name) || !isStorable(category, name) ||
-            !GMacroCommand::isAllowed(category, name))
+        if (!entry->get("Category", category) || !entry->get("Name", name) || !isStorable(category, name))
             continue;
         IPtr<GCommand> command(findCommandWithHistory(category, name));
         if (!command)
             command = OPtr<GCommand>(new GCommand(category, name));
-        macro.addCommand(command);
+        if (GMacroCommand::isAllowed(command->category, command->name))
+            macro.addCommand(command);
     }
 }
 

@@ -4,6 +4,9 @@
 #include "pluginterfaces/base/identifiers.h"
 #include <algorithm>
 #include <initializer_list>
+#include <ranges>
+#include <string_view>
+#include <unordered_set>
 
 namespace Tessarine {
 DEFINE_IID_ROW(IActionHandler, kIActionHandlerID);
@@ -14,6 +17,8 @@ IMPLEMENT_CLASS(GCommandManager, CmObject)
 constinit GCommandManager* gCommandManager = nullptr;
 
 namespace {
+constexpr size_t kFewKeys = 8;
+constexpr tchar kFirstNoCharacter = 0xFFFE;
 constexpr tchar kResetQuestion[] = u"Do you want to reset all key commands?";
 
 /** The same for names that are the same, whether they have 8 or 16 bits. */
@@ -23,14 +28,25 @@ std::u16string fullName(const ConstString& category, const ConstString& name) {
     return full.append(String(name).text16());
 }
 
+uint32_t keyValueOf(const OPtr<GKeyCommand>& key) {
+    return key->keyValue;
+}
+
+/** Of characters that every file can hold: no controls, no halves of pairs, none that are no characters. */
+bool isText(const String& wide) {
+    const std::u16string_view units(wide.text16());
+    String copy(wide);
+    return std::ranges::none_of(units, [](tchar unit) { return unit < ' ' || unit >= kFirstNoCharacter; }) &&
+           (units.empty() || (copy.toMultiByte(kCodePageUTF8) && copy.toWideString(kCodePageUTF8) && copy == wide));
+}
+
 CmObject* namedCommand(const char* category, const char* name) {
     return gCommandManager ? gCommandManager->findCommand(ConstString(category), ConstString(name)) : nullptr;
 }
 }  // namespace
 
 GCommandManager::GCommandManager() {
-    for (CmContainer* list :
-         std::initializer_list<CmContainer*>{&commands, &categories, &dormantKeyCommands, &keyCommands})
+    for (CmContainer* list : std::initializer_list<CmContainer*>{&commands, &categories, &keyCommands})
         list->_ownsObjects = CmContainer::kTakesOver;
     if (gCommandManager)
         return;
@@ -183,10 +199,16 @@ bool GCommandManager::addKeyCommand(const UKeyCode& key, const ConstString& cate
     if (key.toLong() == 0)
         return false;
     OPtr<GKeyCommand> added(new GKeyCommand(key, category, name));  // first: the names may be those of one that goes
-    for (int32_t i = dormantKeyCommands.total() - 1; i >= 0; --i)
-        if (static_cast<GKeyCommand*>(dormantKeyCommands.at(i))->keyValue == key.toLong())
-            dormantKeyCommands.removeAt(i);
+    for (auto& [command, records] : dormantKeyCommands)
+        std::erase_if(records, [&](const OPtr<GKeyCommand>& each) { return each->keyValue == added->keyValue; });
     return putKeyCommand(added.detach());
+}
+
+void GCommandManager::setKeyCommands(const KeyCommands& keys) {
+    removeAllKeyCommands();
+    giveKeys(keys);
+    for (auto& [command, records] : dormantKeyCommands)
+        std::erase_if(records, [this](const OPtr<GKeyCommand>& each) { return findKeyCommand(each->keyCode); });
 }
 
 void GCommandManager::assignKey(const UKeyCode& key, const GCommand& command) {
@@ -214,7 +236,7 @@ bool GCommandManager::resetAllKeyCommands() {
     if (gActionHooks.ask && !gActionHooks.ask(kResetQuestion))
         return false;
     removeAllKeyCommands();
-    dormantKeyCommands.removeAll();
+    dormantKeyCommands.clear();
     for (CmObject* each : commands) {
         auto* command = static_cast<GCommand*>(each);
         command->commandFlags &= ~GCommand::kKeysWereStored;
@@ -236,50 +258,92 @@ void GCommandManager::getKeyCodesString(const GCommand& command, String& text) c
     }
 }
 
-bool GCommandManager::isNameOf(const GCommand& command, const GKeyCommand& record) const {
-    return record.isOf(command.category, command.name) || std::ranges::any_of(oldNames, [&](const OldName& old) {
-               return record.isOf(old.oldCategory, old.oldName) && command.isNamed(old.category, old.name);
-           });
-}
-
 void GCommandManager::wakeDormant(GCommand& command) {
-    for (int32_t i = 0; i < dormantKeyCommands.total();) {
-        const IPtr<GKeyCommand> record(static_cast<GKeyCommand*>(dormantKeyCommands.at(i)));
-        if (!isNameOf(command, *record)) {
-            ++i;
-            continue;
-        }
-        dormantKeyCommands.removeAt(i);
-        command.commandFlags |= GCommand::kKeysWereStored;
-        giveStoredKey(*record, command);
-    }
+    KeyCommands woken;
+    const auto wake = [&](const ConstString& category, const ConstString& name) {
+        if (const auto found = dormantKeyCommands.extract(fullName(category, name)))
+            for (const OPtr<GKeyCommand>& each : found.mapped())
+                woken.emplace_back(new GKeyCommand(each->keyCode, command.category, command.name));
+    };
+    for (const OldName& old : oldNames)
+        if (command.isNamed(old.category, old.name))
+            wake(old.oldCategory, old.oldName);
+    wake(command.category, command.name);
+    if (woken.empty())
+        return;
+    command.commandFlags |= GCommand::kKeysWereStored;
+    giveKeys(woken);
 }
 
 void GCommandManager::keepDormant(const GCommand& command) {
-    dormantKeyCommands.add(new GKeyCommand(UKeyCode(), command.category, command.name));
+    keepDormant(new GKeyCommand(UKeyCode(), command.category, command.name));
     for (const UKeyCode& key : findKeyCommands(command.category, command.name))
-        dormantKeyCommands.add(new GKeyCommand(key, command.category, command.name));
+        keepDormant(new GKeyCommand(key, command.category, command.name));
 }
 
-void GCommandManager::takeKey(const GKeyCommand& record) {
-    if (const GCommand* command = findCommandWithHistory(record.category, record.name))
-        giveStoredKey(record, *command);
-    else if (isStorable(record.category, record.name))
-        dormantKeyCommands.add(new GKeyCommand(record.keyCode, record.category, record.name));
+void GCommandManager::keepDormant(GKeyCommand* record) {
+    dormantKeyCommands[fullName(record->category, record->name)].emplace_back(record);
 }
 
-void GCommandManager::giveStoredKey(const GKeyCommand& record, const GCommand& command) {
-    if (record.keyValue != 0)
-        assignKey(record.keyCode, command);
-    else
-        removeKeyCommands(command.category, command.name);
+int32_t GCommandManager::countDormantKeyCommands() const {
+    size_t count = 0;
+    for (const auto& [command, records] : dormantKeyCommands)
+        count += records.size();
+    return int32_t(count);
+}
+
+void GCommandManager::takeKeys(const KeyCommands& records) {
+    dormantKeyCommands.clear();
+    KeyCommands given;
+    for (const OPtr<GKeyCommand>& record : records) {
+        if (const GCommand* command = findCommandWithHistory(record->category, record->name))
+            given.emplace_back(new GKeyCommand(record->keyCode, command->category, command->name));
+        else if (isStorable(record->category, record->name))
+            keepDormant(OPtr<GKeyCommand>(record).detach());
+    }
+    giveKeys(given);
+}
+
+void GCommandManager::giveKeys(const KeyCommands& records) {
+    if (records.size() > kFewKeys)
+        return giveManyKeys(records);
+    for (const OPtr<GKeyCommand>& record : records)
+        if (record->keyValue == 0)
+            removeKeyCommands(record->category, record->name);
+        else if (isStorable(record->keyCode))
+            putKeyCommand(OPtr<GKeyCommand>(record).detach());
+}
+
+void GCommandManager::giveManyKeys(const KeyCommands& records) {
+    std::unordered_set<uint32_t> given;  // from the end: the last one who gets a key has it
+    std::unordered_set<std::u16string> emptied;
+    KeyCommands left;
+    const auto give = [&](GKeyCommand* record) {
+        if (record->keyValue == 0)
+            emptied.insert(fullName(record->category, record->name));
+        else if (given.insert(record->keyValue).second && !emptied.contains(fullName(record->category, record->name)))
+            left.emplace_back(IPtr<GKeyCommand>(record));
+    };
+    for (const OPtr<GKeyCommand>& record : records | std::views::reverse)
+        if (isStorable(record->keyCode))
+            give(record);
+    for (int32_t i = keyCommands.total() - 1; i >= 0; --i)
+        give(static_cast<GKeyCommand*>(keyCommands.at(i)));
+    std::ranges::sort(left, {}, &keyValueOf);
+    keyCommands.removeAll();
+    for (OPtr<GKeyCommand>& each : left)
+        keyCommands.add(each.detach());
 }
 
 bool GCommandManager::isStorable(const ConstString& name) {
     const String wide(name);
-    const std::u16string_view units(wide.text16());
-    return !units.empty() && units.size() <= kLongestName &&
-           std::ranges::none_of(units, [](tchar unit) { return unit < ' '; });
+    const size_t length = std::u16string_view(wide.text16()).size();
+    return length > 0 && length <= kLongestName && isText(wide);
+}
+
+bool GCommandManager::isStorable(const UKeyCode& key) {
+    const tchar text[] = {key.character, 0};
+    return isText(String(text));
 }
 
 // --- macros

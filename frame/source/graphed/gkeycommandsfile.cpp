@@ -17,13 +17,12 @@ constexpr char kWrittenHeader[] = "# Key Commands File\n# Version: 1.1\n";
 constexpr float kLatestVersion = 1.1f, kLastWithoutPads = 1.0f;
 constexpr char kMacrosTag[] = "MacroCommands";
 constexpr size_t kLongestLine = 1023;     // what is longer comes in pieces
-constexpr size_t kLargestFile = 1 << 20;  // bytes
+constexpr size_t kLargestFile = 4 << 20;  // bytes
 constexpr std::string_view kPadKeys[] = {"/", "*", "-", "+", "."};
 
 struct KeyLine {
     FString category, name;
-    UKeyCode key;
-    bool hasKey;  // or a text that isn't one
+    UKeyCode key;  // none, or a text that isn't one
 };
 
 /** More than the largest file may have, when it is larger. */
@@ -88,9 +87,10 @@ KeyLine scanLine(std::string_view line, float version) {
     std::array<std::string_view, 5> tokens;
     for (std::string_view& token : tokens)
         token = takeToken(line);
-    KeyLine scanned{decoded(tokens[0]), decoded(tokens[2]), {}, false};
+    KeyLine scanned{decoded(tokens[0]), decoded(tokens[2]), {}};
     const std::string key = keyTextOf(tokens[4], version);
-    scanned.hasKey = !isDropped(key, version) && scanned.key.string2KeyCode(decoded(key));
+    if (!isDropped(key, version))
+        scanned.key.string2KeyCode(decoded(key));
     return scanned;
 }
 
@@ -113,17 +113,16 @@ GKeyCommandsFile::Result scan(std::string_view text, std::vector<KeyLine>& lines
 }
 
 void assignKeys(const std::vector<KeyLine>& lines, GCommandManager& manager) {
-    bool cleared = false;
+    GCommandManager::KeyCommands keys;
+    bool anyKnown = false;
     for (const KeyLine& line : lines) {
         const GCommand* command = manager.findCommandWithHistory(line.category, line.name);
-        if (!command)
-            continue;
-        if (!cleared)
-            manager.removeAllKeyCommands();
-        cleared = true;
-        if (line.hasKey)
-            manager.addKeyCommand(line.key, command->category, command->name);
+        anyKnown = anyKnown || command;
+        if (command && !line.key.isEmpty())
+            keys.emplace_back(new GKeyCommand(line.key, command->category, command->name));
     }
+    if (anyKnown)
+        manager.setKeyCommands(keys);
 }
 
 void tellUser(GKeyCommandsFile::Result result) {
@@ -148,21 +147,19 @@ std::optional<std::string> quoted(const ConstString& text) {
     return std::string(1, '"').append(content).append(1, '"');
 }
 
-void appendLines(std::string& file, const GCommand& command, const GCommandManager& manager) {
-    const auto category = quoted(command.category), name = quoted(command.name);
-    if (!category || !name)
-        return;
-    std::vector<UKeyCode> keys = manager.findKeyCommands(command.category, command.name);
-    if (keys.empty())
-        keys.emplace_back();
-    for (const UKeyCode& each : keys) {
-        String text;
-        each.keyCode2String(text);
-        const auto key = quoted(text);
-        const std::string line = key ? *category + " " + *name + " " + *key + "\n" : std::string();
-        if (line.size() <= kLongestLine)
-            file += line;
+void appendLine(std::string& file, const GCommand& command, const UKeyCode& key) {
+    String text;
+    key.keyCode2String(text);
+    std::string line;
+    for (const ConstString& each : {ConstString(command.category), ConstString(command.name), ConstString(text)}) {
+        const auto word = quoted(each);
+        if (!word)
+            return;
+        line += *word + " ";
     }
+    line.back() = '\n';
+    if (line.size() <= kLongestLine)
+        file += line;
 }
 }  // namespace
 
@@ -180,9 +177,15 @@ GKeyCommandsFile::Result GKeyCommandsFile::importFrom(FStream& stream, GCommandM
 
 bool GKeyCommandsFile::exportTo(FStream& stream, const GCommandManager& manager) {
     std::string file(kWrittenHeader);
-    for (CmObject* each : manager.getCommands())
-        appendLines(file, *static_cast<GCommand*>(each), manager);
-    return stream.writeRaw(file.data(), int64_t(file.size())) == int64_t(file.size());
+    GCommandManager::KeysByCommand keys(manager.keysByCommand());
+    for (CmObject* each : manager.getCommands()) {
+        const auto& command = *static_cast<GCommand*>(each);
+        if (keys[&command].empty())
+            appendLine(file, command, UKeyCode());
+        for (const GKeyCommand* key : keys[&command])
+            appendLine(file, command, key->keyCode);
+    }
+    return file.size() <= kLargestFile && stream.writeRaw(file.data(), int64_t(file.size())) == int64_t(file.size());
 }
 
 bool GKeyCommandsFile::exportMacros(FStream& stream, const GCommandManager& manager) {

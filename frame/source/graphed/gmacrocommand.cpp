@@ -63,6 +63,8 @@ int32_t GMacroCommand::fireAll() {
     for (int32_t i = 0; i < commands.total() && answer != kDisabled && fired < kMostFired; ++i) {
         ++fired;
         const IPtr<GCommand> command(currentCommand(i));
+        if (!command)
+            continue;
         answer = command->fire(0);
         if (gActionHooks.idle)
             gActionHooks.idle();
@@ -74,13 +76,15 @@ bool GMacroCommand::canPerform(FMessage* message) const {
     if (!canRun())
         return false;
     const Running guard(*this);
-    return IPtr<GCommand>(currentCommand(0))->canPerform(message);
+    const IPtr<GCommand> first(currentCommand(0));
+    return first && first->canPerform(message);
 }
 
 GCommand* GMacroCommand::currentCommand(int32_t index) const {
     auto* added = static_cast<GCommand*>(commands.at(index));
     GCommand* known = gCommandManager ? gCommandManager->findCommandWithHistory(added->category, added->name) : nullptr;
-    return known ? known : added;
+    GCommand* current = known ? known : added;
+    return isAllowed(current->category, current->name) ? current : nullptr;
 }
 
 bool GMacroCommand::isAllowed(const ConstString& category, const ConstString& name) {

@@ -33,8 +33,8 @@ using FeatureTable = THashTable<Feature>;
 FeatureTable* gApplicationFeatures = nullptr;
 UpdateHandler* ownHandler = nullptr;  // made by the application, since there was none
 
-/** Undo and commands know neither application nor controller. */
-void installActionHooks() {
+/** Undo, commands and connections know neither application nor controller. */
+void installHooks() {
     gActionHooks.application = []() -> CmObject* { return gApplication; };
     gActionHooks.isModal = [] { return gController && gController->isInModalMode(); };
     gActionHooks.isMainThread = [] { return !gController || gController->isInMainThread(); };
@@ -65,7 +65,7 @@ UApplication::UApplication(UAppType type, const char* name) : appType(type) {
     gApplicationFeatures = new FeatureTable(kFeatureBuckets, hashFeature);
     gApplication = this;
     new UController(appType);  // stands in gController from now on
-    installActionHooks();
+    installHooks();
 }
 
 UApplication::~UApplication() {

@@ -9,4 +9,8 @@ bool isFirstThread() {
     return ::gettid() == ::getpid();
 }
 
+bool isMainThread() {
+    return gNetworkHooks.isMainThread ? gNetworkHooks.isMainThread() : isFirstThread();
+}
+
 }  // namespace Tessarine

@@ -78,10 +78,8 @@ bool NSocket::isConnected() {
 
 bool NSocket::secure(const char* host) {
     std::unique_ptr<NSecureChannel> made(gNetworkHooks.makeSecureChannel ? gNetworkHooks.makeSecureChannel() : nullptr);
-    if (!made || !isOpen() || channel)
-        return fail(NError::kNoSecurity);
     limit(timeouts.connectMs);
-    const bool done = made->handshake(*this, host);
+    const bool done = made && isOpen() && !channel ? made->handshake(*this, host) : fail(NError::kNoSecurity);
     limit(0);
     if (done)
         channel = std::move(made);
@@ -93,6 +91,8 @@ bool NSocket::secure(const char* host) {
 int64_t NSocket::receive(void* buffer, int64_t count) {
     if (isDue())
         return -1;
+    if (count <= 0)
+        return 0;
     if (channel)
         return channel->receive(*this, buffer, count);
     int64_t received = 0;
@@ -105,7 +105,7 @@ int64_t NSocket::receive(void* buffer, int64_t count) {
 bool NSocket::send(const void* bytes, int64_t count) {
     if (isDue())
         return false;
-    if (channel)
+    if (channel && count > 0)
         return channel->send(*this, bytes, count);
     const char* next = static_cast<const char*>(bytes);
     while (count > 0) {
@@ -119,9 +119,11 @@ bool NSocket::send(const void* bytes, int64_t count) {
 }
 
 void NSocket::close() {
+    const NError before = error;
     if (channel)
         channel->close(*this);
     channel.reset();
+    error = before;  // a goodbye that doesn't get through is no failure
     if (descriptor >= 0)
         ::close(std::exchange(descriptor, -1));
 }

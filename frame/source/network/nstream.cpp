@@ -17,7 +17,11 @@ bool NStream::connect(const char* host, uint16_t port) {
 }
 
 bool NStream::secure(const char* host) {
-    return next == filled ? socket->secure(host) : socket->fail(NError::kNoSecurity);
+    if (next == filled && socket->secure(host))
+        return true;
+    socket->fail(NError::kNoSecurity);
+    close();
+    return false;
 }
 
 void NStream::close() {

@@ -1,6 +1,7 @@
 #include "storage/fattributearchive.h"
 #include "collect/cmassociation.h"
 #include "collect/cmbuffer.h"
+#include "collect/cmvariant.h"
 #include "fobjectgraph.h"
 #include "storage/fmstream.h"
 #include <algorithm>
@@ -38,7 +39,8 @@ FAttributes* bagOf(CmObject* object) {
 }
 
 bool isHolder(CmObject* object) {
-    return bagOf(object) || classCast<CmContainer>(object) || classCast<CmAssociation>(object);
+    return bagOf(object) || classCast<CmContainer>(object) || classCast<CmAssociation>(object) ||
+           classCast<CmVariant>(object);
 }
 
 /** Spreads ids so that no file can be made whose objects all fall into one bucket. */
@@ -251,8 +253,8 @@ OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
     return OPtr<CmObject>(IPtr<CmObject>(reference.get()));
 }
 
-/** Containers, associations and bags own what is in them: nothing that owns is put into one that stands in it, and chains of
-    them end, since a chain is torn down by recursion. */
+/** Containers, associations, variants and bags own what is in them: nothing that owns is put into one that stands in it, and
+    chains of them end, since a chain is torn down by recursion. */
 bool FObjectLoader::mayHold(const Loaded& known) {
     const FXmlInstance* owner = current();
     const bool isKnownClass = known.getObject() != nullptr;

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
-#include <memory>
 #include <sys/stat.h>
 
 namespace Tessarine {

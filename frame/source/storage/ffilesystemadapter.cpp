@@ -1,6 +1,8 @@
 #include "storage/ffilesystemadapter.h"
 #include "base/fcompiledinclass.h"
+#include "base/hooks.h"
 #include "collect/cmdate.h"
+#include "network/hooks.h"
 #include "pathsteps.h"
 #include "storage/fpersistent.h"
 #include "storage/fstreamproxy.h"
@@ -31,7 +33,7 @@ bool knowsExtension(FAttributes& description, const FString& extension) {
 }
 
 /** Null: the component can't, or doesn't take the file. */
-FFileSystemAdapter* mountBy(FObject* owner, FPath* path, const FString& extension) {
+FFileSystemAdapter* mountBy(FUnknown* owner, FPath* path, const FString& extension) {
     const FUnknownPtr<IVirtualFileSystem> component(owner);
     const OPtr<FAttributes> description(new FAttributes);
     if (!component || component->describe(description) != kResultOk || !knowsExtension(*description, extension))
@@ -41,6 +43,16 @@ FFileSystemAdapter* mountBy(FObject* owner, FPath* path, const FString& extensio
     if (!stream || component->mount(stream) != kResultOk)
         return nullptr;
     return new FFileSystemAdapter(component, stream, owner);
+}
+
+bool createOfProgram(const char* category, int32_t index, FUnknown** component) {
+    for (const FCompiledInClass* each = FCompiledInClass::first(); each; each = each->next) {
+        if (std::strcmp(each->type, category) != 0 || index-- > 0)
+            continue;
+        *component = each->create();
+        return true;
+    }
+    return false;
 }
 }  // namespace
 
@@ -53,10 +65,11 @@ FFileSystemAdapter* FFileSystemAdapter::mount(FPath* path) {
     FString extension;
     if (!path || !path->getExtension(extension))
         return nullptr;
-    for (const FCompiledInClass* each = FCompiledInClass::first(); each; each = each->next) {
-        if (std::strcmp(each->type, IVirtualFileSystem::kCategory) != 0)
-            continue;
-        const OPtr<FObject> owner(each->create());
+    const bool withModules = isMainThread() && gComponentHooks.createOfCategory;
+    const auto create = withModules ? gComponentHooks.createOfCategory : createOfProgram;
+    FUnknown* made = nullptr;
+    for (int32_t i = 0; create(IVirtualFileSystem::kCategory, i, &made); ++i) {
+        const OPtr<FUnknown> owner(made);
         if (FFileSystemAdapter* mounted = mountBy(owner, path, extension))
             return mounted;
     }

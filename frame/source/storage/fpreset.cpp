@@ -4,6 +4,7 @@
 #include "storage/fattributearchive.h"
 #include "storage/fbstream.h"
 #include "storage/fpersistent.h"
+#include "storage/fxmlarchive.h"
 #include "storage/fxmlobject.h"
 #include <algorithm>
 #include <string>
@@ -29,6 +30,11 @@ constexpr FlagRow kFlags[] = {
     {"No Modify", FPreset::kCanModify},
     {"Unrenamed", FPreset::kRenamed  },
 };
+
+bool isStorable(const FPreset& preset, int32_t level) {
+    const OPtr<FAttributes> bag(new FAttributes);
+    return preset.storeAttributes(*bag) && FXmlArchive::canSave(*bag, level);
+}
 
 /** Presets and lists that wait for another one of their name, the first of a name first. */
 class ItemsByName {
@@ -66,6 +72,21 @@ IMPLEMENT_CLASS(FMultiPreset, CmObject)
 
 // --- items
 
+const FPresetDepth* FPresetDepth::of(CmObject* object) {
+    if (const auto* item = classCast<FPresetItem>(object))
+        return &item->depth;
+    const auto* group = classCast<FMultiPreset>(object);
+    return group ? &group->depth : nullptr;
+}
+
+bool FPresetDepth::takes(CmObject* below) {
+    const FPresetDepth* other = of(below);
+    if (other && (!other->complete || other->height >= kMaxHeight))
+        return false;
+    height = std::max(height, other ? other->height + 1 : 0);
+    return true;
+}
+
 void FPresetItem::setName(const tchar* text) {
     name = text;
     name.toWideString();
@@ -73,22 +94,18 @@ void FPresetItem::setName(const tchar* text) {
 }
 
 int32_t FPresetItem::compare(const CmObject* other) const {
-    const ConstString mine(getName()), theirs(static_cast<const FPresetItem*>(other)->getName());
+    const auto* item = classCast<FPresetItem>(other);
+    if (!item)
+        return CmObject::compare(other);
+    const ConstString mine(getName()), theirs(item->getName());
     const int32_t result = mine.compare(theirs, kIgnoreCase);
     return result != 0 ? result : mine.compare(theirs);
-}
-
-bool FPresetItem::takesBelow(const FPresetItem& below) {
-    if (!below.complete || below.height >= FAttributeArchiveBase::kMaxDepth)
-        return false;
-    height = std::max(height, below.height + 1);
-    return true;
 }
 
 // --- presets
 
 FPreset::FPreset() {
-    complete = false;
+    depth.setComplete(false);
 }
 
 FPreset::FPreset(CmObject* object, const tchar* name, int32_t flags)
@@ -98,12 +115,10 @@ FPreset::~FPreset() {
     dropObject(std::move(object));
 }
 
-/** An item that isn't complete holds this preset. */
 bool FPreset::take(CmObject* loaded) {
-    const auto* item = classCast<FPresetItem>(loaded);
-    if (loaded && (!item || takesBelow(*item)))
+    if (loaded && depth.takes(loaded))
         object = OPtr<CmObject>(IPtr<CmObject>(loaded));
-    complete = true;
+    depth.setComplete(true);
     return true;
 }
 
@@ -144,7 +159,7 @@ bool FPreset::restoreAttributes(FAttributes& attributes) {
 
 FPresetList::FPresetList() : items(0, -1) {
     items._ownsObjects = CmContainer::kTakesOver;
-    complete = false;
+    depth.setComplete(false);
 }
 
 FPresetList::FPresetList(const tchar* id) : FPresetItem(id), items(0, -1), id(id) {
@@ -154,7 +169,7 @@ FPresetList::FPresetList(const tchar* id) : FPresetItem(id), items(0, -1), id(id
 
 FPresetList::~FPresetList() {
     for (CmObject* item : items)
-        static_cast<FPresetItem*>(item)->isPlaced = false;
+        static_cast<FPresetItem*>(item)->list = nullptr;
 }
 
 bool FPresetList::isValidName(const tchar* text) {
@@ -298,12 +313,12 @@ int32_t FPresetList::indexAbs(FPresetItem* item) {
 
 bool FPresetList::insertAt(FPresetItem* item, int32_t index) {
     refresh();
-    if (!item || item == this || item->isPlaced)
+    if (!item || item == this || item->list)
         return false;
     const bool isInside = index >= 0 && index < items.total();
     if (!items.insertAt(item, isInside ? index : items.total()))
         return false;
-    item->isPlaced = true;
+    item->list = this;
     listCount += item->isList();
     changed();
     return true;
@@ -313,27 +328,35 @@ bool FPresetList::removePlace(int32_t place) {
     auto* item = static_cast<FPresetItem*>(items.at(place));
     if (!item)
         return false;
-    item->isPlaced = false;
+    item->list = nullptr;
     listCount -= item->isList();
     items.removeAt(place);
     changed();
     return true;
 }
 
+int32_t FPresetList::presetIndexOf(int32_t place) const {
+    int32_t index = place < 0 ? -1 : 0;
+    for (int32_t i = 0; i < place; ++i)
+        index += !static_cast<FPresetItem*>(items.at(i))->isList();
+    return index;
+}
+
 bool FPresetList::removeItem(FPresetItem* item, bool deep) {
     const int32_t place = indexAbs(item);
-    if (place >= 0 && item->isList())
-        return removePlace(place);
-    int32_t presetIndex = 0, listIndex = 0;
-    for (int32_t i = 0; i < place; ++i)
-        presetIndex += !static_cast<FPresetItem*>(items.at(i))->isList();
     if (place >= 0)
-        return removePresetAt(presetIndex);
-    while (FPresetList* list = deep ? getSubList(listIndex++) : nullptr) {
-        if (list->removeItem(item, true))
+        return item->isList() ? removePlace(place) : removePresetAt(presetIndexOf(place));
+    int32_t index = 0;
+    while (FPresetList* inner = deep ? getSubList(index++) : nullptr) {
+        if (inner->removeItem(item, true))
             return true;
     }
     return false;
+}
+
+int32_t FPresetList::indexOf(const FPreset* preset) {
+    refresh();
+    return presetIndexOf(items.indexAbs(preset));
 }
 
 void FPresetList::removeAll(bool presets, bool lists) {
@@ -373,6 +396,20 @@ void FPresetList::adjustPreset(IPtr<FPreset> mine, const FPreset& theirs) {
     mine->changed();
 }
 
+OPtr<FPresetList> FPresetList::storablePart(int32_t level) {
+    OPtr<FPresetList> part(new FPresetList(getID()));
+    part->setName(getName());
+    for (CmObject* each : items) {
+        FPresetList* inner = static_cast<FPresetItem*>(each)->toList();
+        const auto* preset = classCast<FPreset>(each);
+        if (inner && level < FAttributeArchiveBase::kMaxDepth)
+            part->insertAt(inner->storablePart(level + 1).detach(), -1);
+        else if (preset && isStorable(*preset, level))
+            part->adjustPreset(nullptr, *preset);
+    }
+    return part;
+}
+
 bool FPresetList::share(FPresetItem* item) {
     if (!insertAt(item, -1))
         return false;
@@ -380,10 +417,10 @@ bool FPresetList::share(FPresetItem* item) {
     return true;
 }
 
-/** Only what is complete, and stands nowhere: others hold this list, or would stand in two. */
+/** Only what stands nowhere, or it would stand in two. */
 bool FPresetList::takeLoaded(CmObject* loaded) {
     auto* item = classCast<FPresetItem>(loaded);
-    return item && !item->isPlaced && takesBelow(*item) && share(item);
+    return item && !item->list && depth.takes(item) && share(item);
 }
 
 void FPresetList::takeQueue(FAttributes& attributes, const char* key) {
@@ -401,7 +438,7 @@ bool FPresetList::internalize(FArchive& archive) {
     setName(id.text16());
     for (const OPtr<CmObject>& item : loaded)
         takeLoaded(item);
-    complete = true;
+    depth.setComplete(true);
     return true;
 }
 
@@ -436,7 +473,7 @@ bool FPresetList::restoreAttributes(FAttributes& attributes) {
         takeQueue(attributes, kPresets);
         takeQueue(attributes, kSubLists);
     }
-    complete = true;
+    depth.setComplete(true);
     return true;
 }
 
@@ -448,6 +485,18 @@ FPresetPointer::FPresetPointer(FPreset* preset, IDependent* dependent) : preset(
 
 FPresetPointer::~FPresetPointer() {
     preset->removeDependent(this);
+}
+
+CmObject* FPresetPointer::getObject() const {
+    FPresetList* list = preset->getList();
+    return list ? list->getPresetObject(list->indexOf(preset)) : preset->getObject();
+}
+
+void FPresetPointer::setName(const tchar* text) {
+    if (FPresetList* list = preset->getList())
+        list->setPresetName(list->indexOf(preset), text);
+    else
+        preset->setName(text);
 }
 
 void FPresetPointer::update(CmObject* changedObject, int32_t message) {
@@ -486,6 +535,7 @@ FPreset* FPresetPointerList::getPreset(int32_t index) const {
 // --- several objects
 
 FMultiPreset::FMultiPreset(bool isCopy) : isCopy(isCopy) {
+    depth.setComplete(false);
     objects._ownsObjects = pendingObjects._ownsObjects = CmContainer::kShares;
 }
 
@@ -511,18 +561,10 @@ bool FMultiPreset::storeAttributes(FAttributes& attributes) const {
     for (CmLinkedListIterator each(objects); !each.done();) {
         CmObject* object = each.next();
         const auto* pointer = isCopy ? nullptr : classCast<FPresetPointer>(object);
-        CmObject* target = pointer ? pointer->getPreset()->getObject() : object;
+        CmObject* target = pointer ? pointer->getObject() : object;
         stored = (!target || attributes.queueObject(kObjects, target)) && stored;
     }
     return stored;
-}
-
-/** What is still being read may hold this. */
-void FMultiPreset::take(CmObject* loaded) {
-    const auto* item = classCast<FPresetItem>(loaded);
-    const auto* other = classCast<FMultiPreset>(loaded);
-    if ((!item || item->isComplete()) && (!other || other->restored))
-        objects.add(loaded);
 }
 
 bool FMultiPreset::restoreAttributes(FAttributes& attributes) {
@@ -530,9 +572,11 @@ bool FMultiPreset::restoreAttributes(FAttributes& attributes) {
     objects.removeAll();
     attributes.get(kIsCopy, isCopy);
     attributes.resetList(kObjects);
-    for (int32_t left = attributes.countQueueItems(kObjects); left > 0; --left)
-        take(attributes.unqueueObject(kObjects));
-    restored = true;
+    for (int32_t left = attributes.countQueueItems(kObjects); left > 0; --left) {
+        if (CmObject* loaded = attributes.unqueueObject(kObjects); depth.takes(loaded))
+            objects.add(loaded);
+    }
+    depth.setComplete(true);
     if (!pendingObjects.isEmpty())
         deferUpdate();
     return true;

@@ -36,6 +36,16 @@ FString ownFileName(const FPresetList& list, std::set<std::u16string>& taken) {
     return numbered;
 }
 
+/** false: not all of it. */
+bool storeOwnFile(const FNPath& folder, FPresetList& list, std::set<std::u16string>& taken) {
+    const FString name = ownFileName(list, taken);
+    const FNPath file = presetPath(folder, name, ramPresetListFileType);
+    if (name.isEmpty() || savePresetFile(file, kListRoot, list))
+        return !name.isEmpty();
+    savePresetFile(file, kListRoot, *list.storablePart(1));
+    return false;
+}
+
 FNPath folderOf(int32_t standardFolder, bool create) {
     FNPath folder(kFolderPath);
     folder.getStandardFolder(standardFolder, kFolderName, create);
@@ -171,7 +181,7 @@ bool FPresetPool::removeFilePreset(FFilePresetList* list) {
 
 /** A list in another one comes with that. */
 void FPresetPool::merge(FPresetList* list) {
-    if (list->isInList())
+    if (list->getList())
         return;
     if (FPresetList* known = findRAMList(list->getID())) {
         known->adjustTo(list);
@@ -229,20 +239,30 @@ bool FPresetPool::keepSpoilt(const FNPath& folder) {
     return kept;
 }
 
+OPtr<FPresetPool> FPresetPool::storablePart() const {
+    OPtr<FPresetPool> part(new FPresetPool);
+    for (CmLinkedListIterator each(ramLists); !each.done();) {
+        auto* list = static_cast<FPresetList*>(each.next());
+        if (list->getStorageType() == FPresetList::kWithPool)
+            part->addRAMList(list->storablePart(2).detach());
+    }
+    return part;
+}
+
 bool FPresetPool::store(const FNPath& folder) {
     if (ramLists.isEmpty())
         return true;
     if (!keepSpoilt(folder))
         return false;
-    bool stored = savePresetFile(presetPath(folder, ConstString(kPoolFile), presetFileType), kPoolRoot, *this);
+    const FNPath poolFile = presetPath(folder, ConstString(kPoolFile), presetFileType);
+    bool stored = savePresetFile(poolFile, kPoolRoot, *this);
+    if (!stored)
+        savePresetFile(poolFile, kPoolRoot, *storablePart());
     std::set<std::u16string> taken;
     for (CmLinkedListIterator each(ramLists); !each.done();) {
         auto* list = static_cast<FPresetList*>(each.next());
-        if (list->getStorageType() != FPresetList::kOwnFile)
-            continue;
-        const FString name = ownFileName(*list, taken);
-        stored = !name.isEmpty() && savePresetFile(presetPath(folder, name, ramPresetListFileType), kListRoot, *list) &&
-                 stored;
+        if (list->getStorageType() == FPresetList::kOwnFile)
+            stored = storeOwnFile(folder, *list, taken) && stored;
     }
     return stored;
 }

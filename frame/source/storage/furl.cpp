@@ -365,12 +365,12 @@ bool FUrl::storeAttributes(FAttributes& attributes) const {
 
 bool FUrl::restoreAttributes(FAttributes& attributes) {
     FUrl restored;
-    int64_t number = 0;
     if (!attributes.get("Protocol", restored.protocol) || !attributes.get("File", restored.file))
         return false;
     attributes.get("Host", restored.host);
     attributes.get("User", restored.user);
     attributes.get("Password", restored.password);
+    int64_t number = Protocols::instance().find(restored.protocol).port;
     if (attributes.get("Port", number) && (number < 0 || number > UINT16_MAX))
         return false;
     restored.port = uint16_t(number);

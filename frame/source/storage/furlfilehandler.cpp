@@ -1,5 +1,7 @@
 #include "storage/ffilesystem.h"
+#include "storage/ffstream.h"
 #include "storage/furlhandler.h"
+#include <sys/stat.h>
 
 namespace Tessarine {
 namespace {
@@ -15,6 +17,13 @@ bool makePlatfromString(const FUrl& url, FString& text) {
     text = u"/";
     text += file;
     return true;
+}
+
+/** What has an end: a device may have none. */
+bool isRegular(FStream* stream) {
+    const auto* file = classCast<FFileStream>(stream);
+    struct stat status;
+    return file && ::fstat(file->getFileRef(), &status) == 0 && S_ISREG(status.st_mode);
 }
 }  // namespace
 
@@ -34,6 +43,8 @@ bool FUrlFileHandler::open() {
         return fail(NError::kBadUrl);
     FNPath path(text.text16(), kFilePath);
     stream = gFileSystem->openFile(&path, kOpenRead);
+    if (!isRegular(stream.get()))
+        stream = nullptr;
     error = stream ? NError::kNone : NError::kUnreachable;
     return stream.get() != nullptr;
 }

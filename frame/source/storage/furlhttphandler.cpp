@@ -5,6 +5,7 @@
 #include "furlhttphead.h"
 #include "furltext.h"
 #include "network/hooks.h"
+#include "pluginterfaces/base/smartpointer.h"
 #include "pluginterfaces/host/idefaultpool.h"
 #include <algorithm>
 #include <string_view>
@@ -15,15 +16,12 @@ namespace {
 constexpr UTranslatedString kLoginTitle("Authentication needed");
 constexpr const char* kAskLogin = "authenticate WWW";
 constexpr const char* kReadDefaults = "read HttpHandlerDefaults";
+constexpr const char* kAsking = "handler";
 constexpr const char* kDefaults = "HttpHandlerDefaults";
 constexpr const char* kAgent = "User-Agent: Tessarine HTTP URL Handler";
 constexpr std::string_view kHostMarks = "-._~:[]%";
 constexpr uint16_t kHttpPort = 80, kHttpsPort = 443;
 constexpr int32_t kMaxDefaultLength = 1024;
-
-bool isMainThread() {
-    return gNetworkHooks.isMainThread ? gNetworkHooks.isMainThread() : ::gettid() == ::getpid();
-}
 
 bool isHost(std::string_view text) {
     const auto fits = [](char c) { return ConstString::isCharAlphaNum(c) || kHostMarks.find(c) != kHostMarks.npos; };
@@ -74,10 +72,6 @@ void initFUrlHttpsHandler() {
 FUrlHttpHandler::FUrlHttpHandler(FUrl& url) : FUrlHandler(url) {
     if (isMainThread())
         answer(kReadDefaults);
-}
-
-FUrlHttpHandler::~FUrlHttpHandler() {
-    gMessenger->killMessages(static_cast<CmObject*>(this));
 }
 
 bool FUrlHttpHandler::open() {
@@ -156,8 +150,8 @@ FUrlHttpHandler::Step FUrlHttpHandler::request() {
         return loginToHost();
     if (head.isFailure())
         return failed(NError::kRefused);
-    stream->beginContent(head.contentBytes);
-    length = head.length;
+    stream->beginContent(head.isEmpty() ? 0 : head.contentBytes);
+    length = head.isEmpty() ? 0 : head.length;
     isContentOpen = true;
     return Step::kDone;
 }
@@ -275,7 +269,9 @@ bool FUrlHttpHandler::askMainThread(const char* question) {
     answered.reset();
     if (cancelled)
         return false;
-    gMessenger->postMessage(static_cast<CmObject*>(this), new FMessage(question));
+    OPtr<FMessage> message(new FMessage(question));
+    message->addUnknown(kAsking, this);  // receivers are borrowed, and this may go while it is told
+    gMessenger->postMessage(static_cast<CmObject*>(this), message.detach());
     answered.wait();
     return !cancelled && goodAnswer;
 }

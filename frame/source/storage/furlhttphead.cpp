@@ -7,6 +7,7 @@ namespace {
 constexpr std::string_view kLength = "Content-Length:", kLocation = "Location:", kLogin = "WWW-Authenticate:",
                            kProxyLogin = "Proxy-Authenticate:", kBasic = "Basic", kBlanks = " \t";
 constexpr size_t kLengthColumn = 16;  // behind the blank that follows the colon
+constexpr int64_t kMaxStatus = 999;
 constexpr int32_t kRedirects[] = {301, 302, 307};
 
 bool isSameLetter(char a, char b) {
@@ -50,7 +51,10 @@ bool FHttpHead::takeLine(std::string_view line) {
 bool FHttpHead::takeStatus(std::string_view line) {
     const size_t blank = line.find(' ');
     const std::string rest(line.substr(std::min(line.size(), blank)));
-    return ConstString(rest.c_str()).scanInt32(status, 0, false);
+    int64_t number = 0;  // what is beyond all bounds is no status, instead of another one
+    const bool good = ConstString(rest.c_str()).scanInt64(number, 0, false) && number >= 1 && number <= kMaxStatus;
+    status = good ? int32_t(number) : 0;
+    return good;
 }
 
 void FHttpHead::takeHeader(std::string_view line) {

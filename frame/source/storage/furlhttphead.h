@@ -20,8 +20,10 @@ public:
     bool wantsProxyLogin() const { return status == 407 && proxyBasic; }
     bool wantsLogin() const { return status == 401 && basic; }
     bool isFailure() const { return status >= 400 && status <= 599; }
+    /** Nothing follows such a head, whatever it says. */
+    bool isEmpty() const { return status == 204 || status == 304; }
 
-    int32_t status = 0;
+    int32_t status = 0;         // 1 to 999; 0: not read
     int64_t length = -1;        // as told; -1: it wasn't
     int64_t contentBytes = -1;  // the same where the line has the very form that the length is read from
     std::string location;       // UTF-8, if the server is sane

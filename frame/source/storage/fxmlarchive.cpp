@@ -128,7 +128,8 @@ bool isAscii(std::string_view text) {
 
 class XmlArchiveWriter {
 public:
-    XmlArchiveWriter(FStream& stream, const char* rootTag) : text(stream), rootTag(rootTag) {}
+    XmlArchiveWriter(FStream& stream, const char* rootTag, int32_t depth = 0)
+        : text(stream), rootTag(rootTag), depth(depth) {}
 
     bool writeRoots(const CmArray* roots, const CmArray* globalRoots);
     bool writeAttributes(const FAttributes& attributes, int32_t level);
@@ -156,7 +157,7 @@ private:
     XmlText text;
     const std::string_view rootTag;
     FSeenObjects seen;
-    int32_t depth = 0;
+    int32_t depth;
 };
 
 void XmlArchiveWriter::begin() {
@@ -430,6 +431,11 @@ bool FXmlArchive::saveAttributes(const char* rootTag, const FAttributes& attribu
     writer.begin();
     const bool all = writer.writeAttributes(attributes, 1);
     return writer.end() && all;
+}
+
+bool FXmlArchive::canSave(const FAttributes& attributes, int32_t depth) {
+    FStreamCounter nowhere;
+    return XmlArchiveWriter(nowhere, "", depth).writeAttributes(attributes, 0);
 }
 
 bool FXmlArchive::load(const char* rootTag, const char* className, bool withoutObjects) {

@@ -137,6 +137,8 @@ bool FXmlArchiveParser::startTag(const char* name, CmContainer& attributes, bool
     const int32_t bags = depth + (state.holdsBag ? 1 : 0);
     if (empty || bags > FAttributeArchiveBase::kMaxDepth) {
         finish(state);
+        if (states.empty() && rootStarted)
+            stopped = rootEnded = empty;
         return empty;
     }
     depth = bags;

@@ -341,6 +341,22 @@ bool FXmlParser::refill() {
     return buffer.getFillSize() > 0;
 }
 
+/** So many bytes from the cursor on, which fit into the buffer and stay; null: the stream has fewer. */
+const char* FXmlParser::lookAhead(uint32_t count) {
+    char* bytes = buffer.data();
+    uint32_t filled = buffer.getFillSize() - cursor;
+    if (filled >= count)
+        return bytes + cursor;
+    std::memmove(bytes, bytes + cursor, filled);
+    cursor = 0;
+    if (peekedChar)
+        bytes[filled++] = std::exchange(peekedChar, char(0));
+    for (int64_t read = 1; filled < count && stream && read > 0; filled += uint32_t(std::max<int64_t>(read, 0)))
+        read = stream->readRaw(bytes + filled, buffer.getSize() - filled);
+    buffer.setFillSize(filled);
+    return filled >= count ? bytes : nullptr;
+}
+
 void FXmlParser::stepBack(uint32_t count) {
     if (cursor >= count) {
         cursor -= count;
@@ -517,9 +533,9 @@ bool FXmlParser::looksAtEndTag() {
     const std::string_view name = getCurrentStartTag().text8();  // somebody may have asked for 16 bits
     const size_t wanted = name.size() + 2;
     const auto expected = [name](size_t i) { return i == 0 ? '<' : i == 1 ? '/' : name[i - 2]; };
-    if (cursor + wanted <= buffer.getFillSize()) {
-        const char* place = buffer.data() + cursor;
-        return place[1] == '/' && std::equal(name.begin(), name.end(), place + 2);
+    if (wanted <= buffer.getSize()) {
+        const char* place = lookAhead(uint32_t(wanted));
+        return place && place[1] == '/' && std::equal(name.begin(), name.end(), place + 2);
     }
     uint32_t passed = 0;
     bool same = true;

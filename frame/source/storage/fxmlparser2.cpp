@@ -28,6 +28,13 @@ int32_t readSome(IBStream* stream, void* buffer) {
     const bool failed = !stream || stream->read(buffer, kReadSize, &count) != kResultOk;
     return failed ? 0 : std::clamp(count, 0, kReadSize);
 }
+
+/** The last piece is through, after which no other may come. */
+bool isFinished(XML_Parser parser) {
+    XML_ParsingStatus status;
+    XML_GetParsingStatus(parser, &status);
+    return status.parsing == XML_FINISHED;
+}
 }  // namespace
 
 IMPLEMENT_CLASS(FXmlParser2, CmObject)
@@ -96,7 +103,7 @@ bool FXmlParser2::suspend() {
 bool FXmlParser2::resume(IBStream* stream) {
     return whileReading([&] {
         const XML_Status status = XML_ResumeParser(parser);
-        return status == XML_STATUS_SUSPENDED || (status == XML_STATUS_OK && readAll(stream));
+        return status == XML_STATUS_SUSPENDED || (status == XML_STATUS_OK && (isFinished(parser) || readAll(stream)));
     });
 }
 

@@ -121,9 +121,18 @@ struct Message {
             }
             line = 0;
         }
-        const size_t close = message.rfind('\''), open = close ? message.rfind('\'', close - 1) : close;
-        if (close != std::string::npos && open != std::string::npos)
+        const size_t close = message.rfind('\''), open = openingQuote(close);
+        if (open != std::string::npos)
             token = message.substr(open + 1, close - open - 1);
+    }
+
+    /** The last one before that could open something, as an apostrophe can't. */
+    size_t openingQuote(size_t close) const {
+        size_t open = close;
+        do
+            open = open == 0 || open == std::string::npos ? std::string::npos : message.rfind('\'', open - 1);
+        while (open != std::string::npos && open > 0 && message[open - 1] != ' ');
+        return open;
     }
 
     std::string file, message, token;
@@ -147,8 +156,8 @@ public:
     }
     ~Run() {
         lua_settop(usedState, top);
-        if (context->depth == 1 && context->limits.getUsedBytes() > context->collectAt)
-            context->collect();
+        if (context->depth == 1)
+            context->searchWhenDue();
         if (--context->depth == 0 && context->closing)
             context->closeState();
         if (hasOwnTime)
@@ -357,6 +366,7 @@ int32_t LuaContext::setLimits(uint32_t milliseconds, uint32_t bytes) {
     if (milliseconds == 0 || bytes == 0)
         return kInvalidArgument;
     limits.set(milliseconds, bytes);
+    collectAt = limits.nextSearch(kFirstCollection);
     return kResultOk;
 }
 
@@ -364,8 +374,7 @@ void LuaContext::onCount(lua_State* state, lua_Debug* /*record*/) {
     LuaContext& context = of(state);
     if (context.limits.isExpired())
         context.raiseTime(state, 0);
-    if (context.limits.getUsedBytes() > context.collectAt)
-        context.collect();
+    context.searchWhenDue();
     if (lua_gethookcount(state) != kInstructions)  // a coroutine that met the end of an earlier run
         lua_sethook(state, onCount, LUA_MASKCOUNT, kInstructions);
 }
@@ -382,6 +391,16 @@ void LuaContext::raiseTime(lua_State* state, int level) const {
 void LuaContext::checkTime(lua_State* state) {
     if (limits.isExpired())
         raiseTime(state, 1);
+}
+
+void LuaContext::searchWhenDue() {
+    if (limits.getUsedBytes() > collectAt)
+        collect();
+}
+
+void LuaContext::stopWhenClosed(lua_State* state) const {
+    if (closing)
+        lua_sethook(state, onCount, LUA_MASKCOUNT, 1);
 }
 
 int LuaContext::refer(lua_State* state, int index) {
@@ -421,7 +440,7 @@ void LuaContext::collect() {
     lua_gc(cleaner, LUA_GCCOLLECT);
     limits.setLifted(false);
     newMetatables = 0;
-    collectAt = std::max(kFirstCollection, 2 * limits.getUsedBytes());
+    collectAt = limits.nextSearch(kFirstCollection);
 }
 
 /** Allocates nothing: a key that is there is set to nothing. */
@@ -449,6 +468,7 @@ LuaContext::HostCall::~HostCall() {
     uselocale(own);
     context.call = outer;
     context.limits.spare(getMilliseconds());
+    context.stopWhenClosed(state);
 }
 
 }  // namespace Tessarine

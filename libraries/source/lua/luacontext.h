@@ -39,6 +39,10 @@ public:
     void registerMetatable(lua_State* state, int index);
     /** Raises when the run takes too long. For library functions whose work grows with what they are given. */
     void checkTime(lua_State* state);
+    /** Looks for garbage when it is time for it. */
+    void searchWhenDue();
+    /** After close(), nothing that follows is run. */
+    void stopWhenClosed(lua_State* state) const;
     /** Raises when there are too many. */
     void makeRoomForObject(lua_State* state);
     void countObject() { ++objectCount; }

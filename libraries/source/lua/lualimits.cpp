@@ -1,4 +1,5 @@
 #include "lualimits.h"
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 #include <utility>
@@ -12,6 +13,11 @@ constexpr size_t kShortTexts = 1024;    // bytes of their table at first; of no 
 void LuaLimits::set(uint32_t milliseconds, uint32_t bytes) {
     maxMs = milliseconds;
     maxBytes = bytes;
+}
+
+size_t LuaLimits::nextSearch(size_t least) const {
+    const size_t room = maxBytes > usedBytes ? maxBytes - usedBytes : 0;
+    return std::min(std::max(least, 2 * usedBytes), usedBytes + room / 2);
 }
 
 int64_t LuaLimits::now() {

@@ -1,4 +1,5 @@
 #pragma once
+#include "pluginterfaces/host/iscriptengine.h"
 #include <cstddef>
 #include <cstdint>
 
@@ -29,6 +30,9 @@ public:
     static int64_t now();
 
     size_t getUsedBytes() const { return usedBytes; }
+    /** How much in use makes the next search for garbage worth while: twice what is now, at least so much, but before all is
+        taken; for what the standard library refuses by itself, nobody looks for garbage first. */
+    size_t nextSearch(size_t least) const;
     /** Is called before memory is refused, whereupon the interpreter looks for garbage. It must not allocate. */
     void setRefusal(void (*function)(void* user), void* user) {
         onRefusal = function;
@@ -46,8 +50,8 @@ private:
     bool mayGrow(const void* block, size_t oldBytes, size_t newBytes) const;
     void* refuse();
 
-    uint32_t maxMs = 1000;
-    size_t maxBytes = 16 << 20, usedBytes = 0;
+    uint32_t maxMs = IScriptContext::kDefaultMs;
+    size_t maxBytes = IScriptContext::kDefaultBytes, usedBytes = 0;
     int64_t deadlineMs = INT64_MAX;
     bool ended = false, isLifted = false;
     bool isTight = false;              // memory was refused, and none was granted since

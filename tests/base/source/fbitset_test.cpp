@@ -78,9 +78,7 @@ TEST(BitSet, AgreesWithAPlainModel) {
 TEST(BitSet, RefusesWhatNoResultCouldName) {
     BitSet set(33);
     for (const uint32_t index : {UINT32_MAX, BitSet::kMaxBits})
-        EXPECT_FALSE(set.setBit(index) || set.toggleBit(index) || set.setSize(UINT32_MAX));
-    EXPECT_EQ(set.getSize(), 33u);
-    EXPECT_EQ(set.countChunks(), 2u);
+        EXPECT_FALSE(set.setBit(index) || set.toggleBit(index) || set.setSize(UINT32_MAX) || set.getSize() != 33);
 }
 
 TEST(IDSet, HandsOutTheLowestFreeNumber) {
@@ -90,12 +88,10 @@ TEST(IDSet, HandsOutTheLowestFreeNumber) {
     EXPECT_EQ(ids.getSize(), 384u);
     for (const int32_t id : {1200, 1007, 999, INT32_MIN, INT32_MAX})
         ids.releaseID(id);
-    EXPECT_EQ(ids.newID(), 1007);
-    EXPECT_EQ(ids.newID(), 1200);
-    EXPECT_EQ(ids.newID(), 1300);
+    for (const int32_t lowest : {1007, 1200, 1300})
+        EXPECT_EQ(ids.newID(), lowest);
     IDSet last(INT32_MAX, 0);
-    EXPECT_EQ(last.newID(), INT32_MAX);
-    EXPECT_EQ(last.newID(), -1);
+    EXPECT_TRUE(last.newID() == INT32_MAX && last.newID() == -1);
 }
 }  // namespace
 }  // namespace Tessarine

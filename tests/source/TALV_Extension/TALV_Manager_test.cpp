@@ -59,21 +59,17 @@ TEST_F(ManagerOnLine, TakesOneMessageATick) {
         clock->advance(50);
         EXPECT_EQ(value(kDevice, kPrmWordClock)->getValueInt(), expected);
     }
+    EXPECT_EQ(sent(), Frames()) << "reports don't come back as settings";
     EXPECT_EQ(accessor->totalDevices(), 1);
 }
 
 TEST_F(ManagerOnLine, ADeviceMayGoWhileItsReportIsTold) {
-    class Leaver : public Listener {
-    public:
-        explicit Leaver(TALV_Manager* manager) : manager(manager) {}
-        void update(FUnknown* changedUnknown, int32_t message) override {
-            Listener::update(changedUnknown, message);
-            FMessage change("Update COMPort Message");
-            if (message == kChanged)
-                manager->notify(&change);
-        }
-        TALV_Manager* manager;
-    } leaver(manager);
+    Listener leaver;
+    leaver.then = [&] {
+        FMessage change("Update COMPort Message");
+        if (leaver.heard.back() == kChanged)
+            manager->notify(&change);
+    };
     for (const Bytes& body : {
              Bytes{0xA0, kDevice, 0, 1, 2},
              Bytes{0x81, kDevice, 2, 'n', 0, 0, 0, 0, 0, 0, 0}
@@ -90,13 +86,10 @@ TEST_F(ManagerOnLine, ADeviceMayGoWhileItsReportIsTold) {
 
 TEST_F(ManagerOnLine, RefusesValuesWithoutAWay) {
     meet(0, *far);  // nobody filters it, but it can't be told from no device
-    for (IValue* each : {value(0, kPrmGain), accessor->getIsConnectionUpdated(), value(kDevice, kPrmDevName),
-                         value(kDevice, kPrmMeter), value(kDevice, kPrmMeter + 7), value(kDevice, kPrmMeterMode)})
+    for (IValue* each : {value(0, kPrmGain), value(kDevice, kPrmDevName), value(kDevice, kPrmMeter + 7)})
         EXPECT_EQ(manager->updateHeadAmpParam(each), kResultFalse);
     manager->update(value(kDevice, kPrmGain), kDestroyed);
-    manager->update(static_cast<CmObject*>(manager), kChanged);  // no value
-    EXPECT_EQ(manager->updateHeadAmpParam(value(kDevice, kPrmHPFFreq)), kResultOk);
-    EXPECT_EQ(sent(), Frames({"05 28 01 00 04 D2"})) << "a value that is asked for goes, changed or not";
+    EXPECT_EQ(sent(), Frames());
 }
 
 TEST_F(Manager, TheFirstStartOpensOnce) {
@@ -111,10 +104,8 @@ TEST_F(Manager, TheFirstStartOpensOnce) {
         EXPECT_EQ(port(), "tty.b");
         clock->advance(9000);
         deliver();
-        EXPECT_EQ(clock->starts(1000), 2u) << "made, and started by the one opening";
         EXPECT_EQ(sent(*far), Frames(4, kBroadcast));
         EXPECT_EQ(notices.heard.size(), 0u);
-        EXPECT_EQ(notice(), 0);
         EXPECT_TRUE(accessor->isReady());
         finish();
         platform.done = false;
@@ -131,13 +122,9 @@ TEST_F(ManagerOnLine, AnotherPortIsAnotherSearch) {
     Listener view;
     FObject::gUpdateHandler->addDependent(value(kDevice, kPrmGain), &view);
     arrive({0x09, 0x80, 0x07});  // a frame that will never be whole
-    class Client : public Listener {
-    public:
-        explicit Client(ITALV_PrmAccessor* accessor) : accessor(accessor) {}
-        void update(FUnknown*, int32_t) override { states.push_back(accessor->isReady()); }
-        ITALV_PrmAccessor* accessor;
-        std::vector<bool> states;
-    } client(accessor);
+    Listener client;
+    std::vector<bool> states;
+    client.then = [&] { states.push_back(accessor->isReady()); };
     FObject::gUpdateHandler->addDependent(accessor->getIsPortUpdated(), &client);
 
     choose("tty.b");
@@ -150,83 +137,53 @@ TEST_F(ManagerOnLine, AnotherPortIsAnotherSearch) {
     deliver();
     EXPECT_EQ(ManagerTest::sent(*second), Frames({kBroadcast}));
     EXPECT_EQ(accessor->totalDevices(), 0);
-    EXPECT_EQ(view.count(kDestroyed), 1u);
+    EXPECT_EQ(view.count(kDestroyed), 1);
     FObject::gUpdateHandler->removeDependent(nullptr, &view);
     hear(frame({0x80, 8}));
     EXPECT_EQ(accessor->totalDevices(), 1) << "what was left of the old line is gone";
     clock->advance(1099);
-    EXPECT_EQ(notices.heard.size(), 1u);
+    EXPECT_FALSE(accessor->isReady());
     clock->advance(1);
     EXPECT_TRUE(accessor->isReady());
-    EXPECT_EQ(notices.heard.size(), 2u);
     EXPECT_EQ(notice(), 0) << "toggled twice";
     clock->advance(9000);
-    EXPECT_EQ(notices.heard.size(), 2u);
-    EXPECT_EQ(client.states, std::vector<bool>({false, true})) << "as a client sees it when it is told";
+    EXPECT_EQ(states, std::vector<bool>({false, true})) << "as a client sees it when it is told";
     FObject::gUpdateHandler->removeDependent(nullptr, &client);
     EXPECT_EQ(ManagerTest::sent(*second).size(), 2u) << "the answer ended the search";
 }
 
 TEST_F(ManagerOnLine, TwoChangesAreTwoCyclesWithOneEnd) {
     const auto second = newLine("tty.b");
-    const size_t before = clock->starts(1000);
     choose("tty.b");
+    FMessage refresh("Refresh COMPort Message");
     choose("tty.a");
-    EXPECT_EQ(notices.heard.size(), 2u);
+    EXPECT_EQ(manager->notify(&refresh), 1);
+    EXPECT_EQ(notices.heard.size(), 3u);
     clock->advance(2000);
     EXPECT_FALSE(accessor->isReady()) << "the end of the first search doesn't count any more";
     deliver();
-    EXPECT_EQ(clock->starts(1000), before + 2);
     EXPECT_EQ(port(), "tty.a");
+    EXPECT_EQ(accessor->totalDevices(), 0);
     sent();
     clock->advance(4099);
-    EXPECT_EQ(notices.heard.size(), 2u);
+    EXPECT_FALSE(accessor->isReady());
     clock->advance(1);
     EXPECT_EQ(sent(), Frames(3, kBroadcast));
-    EXPECT_EQ(notices.heard.size(), 3u);
+    EXPECT_EQ(notices.heard.size(), 4u);
     EXPECT_TRUE(accessor->isReady());
-}
-
-TEST_F(ManagerOnLine, ARefreshOpensTheSamePortAnew) {
-    FMessage refresh("Refresh COMPort Message");
-    EXPECT_EQ(manager->notify(&refresh), 1);
-    EXPECT_EQ(notices.heard.size(), 1u);
-    deliver();
-    EXPECT_EQ(sent(), Frames({kBroadcast}));
-    EXPECT_EQ(accessor->totalDevices(), 0);
-    clock->advance(4100);
-    EXPECT_EQ(sent(), Frames(3, kBroadcast));
-    EXPECT_EQ(notices.heard.size(), 2u);
-}
-
-TEST_F(Manager, AChangeAmidASearchKeepsItsCount) {
-    const auto far = newLine("tty.a");
-    start();
-    clock->advance(2000);
-    EXPECT_EQ(sent(*far), Frames(3, kBroadcast));
-    choose("tty.b");
-    deliver();  // back to the one that there is
-    EXPECT_EQ(port(), "tty.a");
-    EXPECT_EQ(sent(*far), Frames({kBroadcast}));
-    clock->advance(9000);
-    EXPECT_EQ(sent(*far), Frames({kBroadcast})) << "the third retry of the old search";
-    EXPECT_EQ(notices.heard.size(), 2u);
 }
 
 TEST_F(ManagerOnLine, AChangeWithoutAPortHasNoEndToTell) {
     choose("tty.b");
     deliver();
     clock->advance(4100);
-    ASSERT_EQ(notices.heard.size(), 2u) << "a change that is over";
-    notices.heard.clear();
+    notices.heard.clear();  // a change that is over
 
     far.reset();
     arrive(frame({0x80, 9}));
     choose("tty.b");
-    EXPECT_EQ(notices.heard.size(), 1u);
     deliver();
     EXPECT_EQ(port(), "");
-    EXPECT_EQ(accessor->totalDevices(), 0);
     EXPECT_EQ(manager->sendRequestMessage(kDevice, kMessageReqGain), kResultFalse);
     clock->advance(50);
     EXPECT_EQ(accessor->totalDevices(), 1) << "what had come before is still read";
@@ -234,36 +191,23 @@ TEST_F(ManagerOnLine, AChangeWithoutAPortHasNoEndToTell) {
     EXPECT_TRUE(accessor->isReady());
     EXPECT_EQ(notices.heard.size(), 1u);
 
-    far = newLine("tty.c");
     choose("tty.c");
     deliver();
-    EXPECT_EQ(sent(), Frames({kBroadcast}));
-    far.reset();  // lost again, before it was told
-    choose("tty.d");
-    deliver();
-    EXPECT_EQ(notices.heard.size(), 3u);
-    clock->advance(9000);
-    EXPECT_EQ(notices.heard.size(), 4u) << "the earlier change is told now";
-    choose("tty.e");
-    deliver();
-    EXPECT_FALSE(accessor->isReady());
     clock->advance(1100);
     EXPECT_TRUE(accessor->isReady()) << "without a port and without a search";
 }
 
 TEST_F(Manager, WithoutADeviceListItWorksUnseen) {
-    const auto first = newLine("tty.a");
+    const auto far = newLine("tty.a");
     host.deviceList = nullptr;
     start();
-    EXPECT_EQ(accessor, nullptr);
-    meet(5, *first);
+    meet(5, *far);
     clock->advance(2000);
     hear(frame({0x81, 5, 3, 'n', 'a', 'm', 'e', ' ', ' ', ' ', ' '}));
-    EXPECT_EQ(sent(*first).size(), 10u);
-    const auto second = newLine("tty.b");
-    choose("tty.b");
+    EXPECT_EQ(sent(*far).size(), 10u);
+    manager->updateCOMPort();
     deliver();
-    EXPECT_EQ(sent(*second), Frames({kBroadcast}));
+    EXPECT_EQ(sent(*far), Frames({kBroadcast}));
     clock->advance(9000);
 }
 
@@ -272,8 +216,6 @@ TEST_F(Manager, AStartThatFailsIsTakenBack) {
     const OneTimeProcedure failing(
         true, [] { return false; }, "failing", 50);
     EXPECT_EQ(tryStart(), kResultFalse);
-    EXPECT_EQ(clock->starts(50) + clock->starts(1000) + clock->starts(1100), 0u);
-    EXPECT_TRUE(devices.devices.empty());
     manager->readTALVMessage();
     manager->updateCOMPort();
     EXPECT_FALSE(isPosted());
@@ -299,18 +241,15 @@ TEST_F(ManagerOnLine, EndsWithAHostThatQuits) {
     EXPECT_NE(settings().find("<ComPortName str=\"tty.b\"/>"), std::string::npos);
     EXPECT_NE(settings().find("<DevId-Ch id=\"5\" ch=\"8\"/>"), std::string::npos);
     EXPECT_FALSE(isPosted());
-    EXPECT_EQ(gApplication, nullptr);
     EXPECT_EQ(accessor->getIValue(kDevice, kPrmGain), nullptr);
-    EXPECT_EQ(accessor->totalDevices(), 0);
+    EXPECT_EQ(accessor->getIsConnectionUpdated(), nullptr);
     EXPECT_EQ(devices.countDevices(), 2) << "they are the host's";
-
     std::filesystem::remove(settingsFile());
     EXPECT_EQ(manager->terminate(), kResultOk);
     EXPECT_EQ(settings(), "") << "there is nothing to save any more";
     manager->readTALVMessage();
     manager->updateCOMPort();
     EXPECT_FALSE(isPosted());
-    end();
 }
 
 TEST_F(ManagerOnLine, ThatIsReleasedUnendedTakesAllWithIt) {
@@ -326,16 +265,12 @@ TEST_F(ManagerOnLine, ThatIsReleasedUnendedTakesAllWithIt) {
 TEST_F(Manager, ARunningSearchDiesWithIt) {
     clock.reset();
     const auto far = newLine("tty.a");
-    const auto runFor = [](int32_t ms) {
-        for (const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-             std::chrono::steady_clock::now() < end; std::this_thread::sleep_for(std::chrono::milliseconds(1)))
-            IPlatformEventHandler::instance()->doNextEvent();
-    };
     start();
-    runFor(1100);
-    EXPECT_EQ(text(far->receive(8)), std::string(kBroadcast) + " " + kBroadcast);
+    EXPECT_EQ(text(far->receive(4)), kBroadcast);
     finish();
-    runFor(1300);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(1300);
+    for (; std::chrono::steady_clock::now() < end; std::this_thread::sleep_for(std::chrono::milliseconds(1)))
+        IPlatformEventHandler::instance()->doNextEvent();
     pollfd ready{far->master, POLLIN, 0};
     EXPECT_EQ(poll(&ready, 1, 0), 0);
 }

@@ -19,14 +19,6 @@ protected:
 };
 }  // namespace
 
-TEST_F(Accessor, IsADeviceWithASecondFace) {
-    const FUnknownPtr<IPlugDevice> device(static_cast<ITALV_PrmAccessor*>(accessor.get()));
-    EXPECT_EQ(FUnknownPtr<FUnknown>(device).get(), device.get());
-    EXPECT_EQ(FUnknownPtr<ITALV_PrmAccessor>(device).get(), accessor.get());
-    EXPECT_EQ(device->getDeviceCategory(), nullptr);
-    EXPECT_EQ(device->providesPanel(), kResultFalse);
-}
-
 TEST_F(Accessor, HasNothingWithoutADataManager) {
     for (int32_t round = 0; round < 2; ++round) {
         EXPECT_EQ(accessor->getIValue(5, kPrmGain), nullptr);
@@ -43,13 +35,8 @@ TEST_F(Accessor, HasNothingWithoutADataManager) {
 }
 
 TEST_F(Accessor, AssignsEachChannelToOneDevice) {
-    struct Step {
-        const char* name;
-        int32_t devId, channel;
-        int32_t on0, on8;  // device ids afterwards
-    };
-    constexpr Step kSteps[] = {
-        {"5 takes 8",             5,   8,  0, 5  },
+    constexpr std::tuple<const char*, int32_t, int32_t, int32_t, int32_t> kSteps[] = {
+        {"5 takes 8",             5,   8,  0, 5  }, // device, channel; afterwards: who is on 0, on 8
         {"3 takes 8 from 5",      3,   8,  0, 3  },
         {"3 moves",               3,   0,  3, 0  },
         {"5 takes 8 again",       5,   8,  3, 5  },
@@ -59,12 +46,15 @@ TEST_F(Accessor, AssignsEachChannelToOneDevice) {
         {"no such device: freed", 300, 8,  0, 0  },
     };
     accessor->initialize(&data, &host);
-    for (const Step& step : kSteps) {
-        SCOPED_TRACE(step.name);
-        accessor->setConnectionPrm(step.devId, step.channel);
-        EXPECT_EQ(accessor->getConnectionPrm(0), step.on0);
-        EXPECT_EQ(accessor->getConnectionPrm(8), step.on8);
+    for (const auto& [name, devId, channel, on0, on8] : kSteps) {
+        SCOPED_TRACE(name);
+        accessor->setConnectionPrm(devId, channel);
+        EXPECT_EQ(accessor->getConnectionPrm(0), on0);
+        EXPECT_EQ(accessor->getConnectionPrm(8), on8);
         EXPECT_EQ(data.connections.total(), 255);
     }
+    data.connections.replace(200, 16);
+    data.connections.replace(7, 16);  // goes to the end
+    EXPECT_EQ(accessor->getConnectionPrm(16), 200);
     EXPECT_EQ(data.isConnectionUpdated->getValueInt(), 0) << "who changes the table toggles";
 }

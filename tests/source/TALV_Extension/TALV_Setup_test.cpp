@@ -3,31 +3,21 @@
 #include "storage/fpath.h"
 #include "storage/hooks.h"
 #include "tests/source/TALV_Extension/testhost.h"
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
-#include <sstream>
 
 using namespace TALV;
 using namespace TALV::Test;
 
 namespace {
-std::filesystem::path gUserFolder;
-
-bool userFolder(int32_t number, FNPath& folder) {
-    if (number != kUserFolder || gUserFolder.empty())
-        return false;
-    String text;
-    text.fromUTF8(gUserFolder.c_str());
-    folder.fromString(text.text16(), kFolderPath);
-    return true;
-}
-
 class Setup : public testing::Test {
 protected:
-    Setup() : before(gStorageHooks) {
-        gStorageHooks.standardFolder = userFolder;
-        gUserFolder = folder.path;
+    Setup() {
+        userFolder = folder.path;
+        gStorageHooks.standardFolder = [](int32_t number, FNPath& path) {
+            path.fromString(String(userFolder.c_str()).text16(), kFolderPath);
+            return number == kUserFolder;
+        };
         data.intialize();
         FObject::gUpdateHandler->addDependent(data.comPortValue, &manager);
     }
@@ -35,12 +25,7 @@ protected:
         FObject::gUpdateHandler->removeDependent(data.comPortValue, &manager);
         gStorageHooks = before;
     }
-    std::filesystem::path file() { return gUserFolder / "Setup.xml"; }
-    std::string content() {
-        std::ostringstream text;
-        text << std::ifstream(file(), std::ios::binary).rdbuf();
-        return text.str();
-    }
+    std::filesystem::path file() { return folder.path / "Setup.xml"; }
     void load(const std::string& text) {
         std::ofstream(file(), std::ios::binary) << text;
         setup->load();
@@ -56,9 +41,10 @@ protected:
         return channels;
     }
 
+    static inline std::string userFolder;
+    const StorageHooks before = gStorageHooks;
     Updates updates;
     TemporaryFolder folder;
-    StorageHooks before;
     TestHost host;
     Listener manager;
     TALV_DataManager data{&host, &manager};
@@ -72,33 +58,23 @@ std::string document(const std::string& content) {
 }  // namespace
 
 TEST_F(Setup, ComesBackAsItWasButForADollar) {
-    const struct {
-        const char *stored, *loaded;
-        int32_t channel;
-    } rows[] = {
-        {"tty.&<>\"' \x7E", "tty.&<>\"' \x7E", 2032                 },
-        {"tty.$a",          "other",           k_noItemForConnection}, // is stored as "&dollar;", where a reader stops
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.stored);
-        setPort(row.stored);
+    for (const std::string name : {"tty.&<>\"' \x7E", "tty.$a"}) {
+        SCOPED_TRACE(name);
+        const bool isWhole = name.find('$') == name.npos;  // is stored as "&dollar;", where a reader stops
+        setPort(name.c_str());
         data.connections.replace(255, 2032);
         setup->save();
         setPort("other");
         data.connections.replace(255, k_noItemForConnection);
         setup->load();
-        EXPECT_EQ(port(), row.loaded);
-        EXPECT_EQ(data.connections.lookupObject(255), row.channel);
+        EXPECT_EQ(port(), isWhole ? name : "other");
+        EXPECT_EQ(data.connections.lookupObject(255), isWhole ? 2032 : k_noItemForConnection);
     }
-    EXPECT_NE(content().find("str=\"tty.&dollar;a\""), std::string::npos);
+    EXPECT_NE(contentOf(file()).find("str=\"tty.&dollar;a\""), std::string::npos);
 }
 
 TEST_F(Setup, TakesConnectionsAsFarAsTheyGo) {
-    struct Row {
-        const char* xml;
-        Channels assigned;
-    };
-    const Row rows[] = {
+    const std::pair<const char*, Channels> rows[] = {
         {R"(<DevId-Ch id="7" ch="8"/>)",                                  {{7, 8}}        },
         {R"(<DevId-Ch id="7"/>)",                                         {{7, 0}}        },
         {R"(<DevId-Ch id="7" ch="5x"/>)",                                 {{7, 5}}        },
@@ -113,13 +89,12 @@ TEST_F(Setup, TakesConnectionsAsFarAsTheyGo) {
         {R"(<DevId-Ch id="7" ch="8"/><broken)",                           {{7, 8}}        },
         {R"(<DevId-Ch id="7" ch="8"/></wrong><DevId-Ch id="9" ch="8"/>)", {{7, 8}}        },
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.xml);
+    for (const auto& [xml, channels] : rows) {
+        SCOPED_TRACE(xml);
         for (int32_t id = 1; id <= 255; ++id)
             data.connections.replace(id, k_noItemForConnection);
-        load(document(row.xml));
-        EXPECT_EQ(assigned(), row.assigned);
-        EXPECT_EQ(data.connections.total(), 255);
+        load(document(xml));
+        EXPECT_EQ(assigned(), channels);
     }
 }
 

@@ -13,11 +13,8 @@
 #include "tests/source/TALV_Extension/testhost.h"
 #include <algorithm>
 #include <chrono>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <optional>
-#include <sstream>
-#include <thread>
 
 /** The whole extension on a pseudo-terminal, with a host that a test can take to pieces and a clock that it moves. */
 
@@ -49,8 +46,6 @@ public:
         }
         now = end;
     }
-    /** Timers of this period that were started so far. */
-    size_t starts(uint32_t period) const { return size_t(std::ranges::count(periods, period)); }
 
 private:
     class ManualTimer : public Timer {
@@ -70,7 +65,6 @@ private:
     static Timer* create(ITimerCallback* callback, uint32_t period) {
         auto* timer = new ManualTimer(*current, callback, period);
         current->timers.push_back(timer);
-        current->periods.push_back(period);
         return timer;
     }
     /** Of equal ones the one that was started first. */
@@ -83,7 +77,6 @@ private:
     Timer* (*before)(ITimerCallback*, uint32_t);
     uint32_t now = 0;
     std::vector<ManualTimer*> timers;  // those that run
-    std::vector<uint32_t> periods;
 };
 
 /** The host's devices, made by the module's own factory and found again by identity. */
@@ -197,11 +190,9 @@ protected:
     static std::string text(const Bytes& bytes) {
         std::string digits;
         char each[4];
-        for (const unsigned char byte : bytes) {
-            std::snprintf(each, sizeof(each), "%02X ", byte);
-            digits += each;
-        }
-        return digits.substr(0, digits.empty() ? 0 : digits.size() - 1);
+        for (const unsigned char byte : bytes)
+            digits.append(each, size_t(std::snprintf(each, sizeof(each), digits.empty() ? "%02X" : " %02X", byte)));
+        return digits;
     }
     /** The frames since the last look, seen at the far end of the open line; a frame of our own ends them. */
     Frames sent(PseudoTerminal& far) {
@@ -247,11 +238,7 @@ protected:
     bool isPosted() { return gMessenger->areMessagesPosted(static_cast<CmObject*>(manager)); }
     int32_t notice() { return accessor->getIsPortUpdated()->getValueInt(); }
     std::filesystem::path settingsFile() { return folder.path / "VOREN TALV Extension" / "Setup.xml"; }
-    std::string settings() {
-        std::ostringstream content;
-        content << std::ifstream(settingsFile(), std::ios::binary).rdbuf();
-        return content.str();
-    }
+    std::string settings() { return contentOf(settingsFile()); }
     void putSettings(const std::string& port) {
         std::filesystem::create_directory(settingsFile().parent_path());
         std::ofstream(settingsFile()) << "<VOREN-HA-Remote><ComPortName str=\"" << port << "\"/></VOREN-HA-Remote>";

@@ -6,6 +6,10 @@
 #include "pluginterfaces/host/iserialportnaming.h"
 #include "tests/support/testfolder.h"
 #include "tests/support/uncounted.h"
+#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -83,23 +87,24 @@ private:
     }
 };
 
-/** Remembers what it heard. */
+/** Remembers what it heard, and does what a test wants then. */
 class Listener : public Uncounted<IDependent> {
 public:
-    struct News {
-        FUnknown* object;
-        int32_t message;
-    };
-    void update(FUnknown* changedUnknown, int32_t message) override { heard.push_back({changedUnknown, message}); }
-    size_t count(int32_t message) const {
-        size_t number = 0;
-        for (const News& news : heard)
-            number += news.message == message;
-        return number;
+    void update(FUnknown*, int32_t message) override {
+        heard.push_back(message);
+        if (then)
+            then();
     }
+    int64_t count(int32_t message) const { return std::ranges::count(heard, message); }
 
-    std::vector<News> heard;
+    std::vector<int32_t> heard;
+    std::function<void()> then;
 };
+
+inline std::string contentOf(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
 
 /** The framework's update handler for the time of a test. */
 class Updates {

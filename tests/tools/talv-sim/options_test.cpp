@@ -1,18 +1,9 @@
 #include "tools/talv-sim/options.h"
 #include "tests/support/pieces.h"
 #include <gtest/gtest.h>
-#include <sstream>
 
 namespace TalvSim {
 namespace {
-std::vector<std::string> wordsOfText(const std::string& text) {
-    std::vector<std::string> words;
-    std::istringstream stream(text);
-    for (std::string word; stream >> word;)
-        words.push_back(word);
-    return words;
-}
-
 TEST(Options, BadOnesAreNamedInOneLine) {
     for (const std::string& line :
          piecesOf("|--link|--link=|--link x --bogus|--link x extra|--link x --baud|--link x --baud fast|"
@@ -22,7 +13,7 @@ TEST(Options, BadOnesAreNamedInOneLine) {
                   "--link x --devices 1,|--link x --devices=|--link x --devices one|--link x --devices 1,1|"
                   "--link x --devices 1:\xc3\xa9|--li x")) {
         std::string error;
-        EXPECT_FALSE(readOptions(wordsOfText(line), error)) << line;
+        EXPECT_FALSE(readOptions(line.empty() ? std::vector<std::string>() : piecesOf(line, ' '), error)) << line;
         EXPECT_FALSE(error.empty()) << line;
         EXPECT_EQ(error.find('\n'), std::string::npos) << line;
     }
@@ -30,8 +21,9 @@ TEST(Options, BadOnesAreNamedInOneLine) {
 
 TEST(Options, AreReadInEitherForm) {
     std::string error;
-    const auto options = readOptions(wordsOfText("--link=a=b --devices 7,1:Drums,255:A:B --baud 0 --corrupt 0.5 "
-                                                 "--drop=100 --seed 12345678901 --delay-ms 3 --split --log"),
+    const auto options = readOptions(piecesOf("--link=a=b --devices 7,1:Drums,255:A:B --baud 0 --corrupt 0.5 "
+                                              "--drop=100 --seed 12345678901 --delay-ms 3 --split --log",
+                                              ' '),
                                      error);
     ASSERT_TRUE(options) << error;
     EXPECT_EQ(options->link, "a=b");
@@ -51,9 +43,8 @@ TEST(Options, AreReadInEitherForm) {
 TEST(Options, HelpWinsOverWhatFollowsAndWhatIsMissing) {
     std::string error;
     for (const char* line : {"--help", "--version", "--help --bogus"}) {
-        const auto options = readOptions(wordsOfText(line), error);
-        ASSERT_TRUE(options) << line;
-        EXPECT_FALSE(options->answer.empty()) << line;
+        const auto options = readOptions(piecesOf(line, ' '), error);
+        EXPECT_TRUE(options && !options->answer.empty()) << line;
     }
 }
 }  // namespace

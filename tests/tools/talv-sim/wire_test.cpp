@@ -50,30 +50,6 @@ TEST(Wire, ValuesAreBoundedWhateverTheByte) {
     EXPECT_EQ(kParams[kHPFFreq].fromWire(3), 0);
 }
 
-TEST(Wire, HexIsReadWholeOrNotAtAll) {
-    for (const char* text : {"0", "05 2", "0x05", "05,20", "g0", "05 20 1"})
-        EXPECT_EQ(fromHex(text), std::nullopt) << text;
-    for (const char* text : {"05200103", " 05 20  0103 ", "0520 01 03"})
-        EXPECT_EQ(fromHex(text), (Bytes{5, 0x20, 1, 3})) << text;
-}
-
-struct ScanRow {
-    const char* name;
-    const char* bytes;
-    std::vector<std::string> pieces;
-    const char* rest;
-};
-const ScanRow kScans[] = {
-    {"two frames",               "03 00 00 FF 03 41 01 BD", {"03 00 00 FF", "03 41 01 BD"},             ""        },
-    {"noise before a frame",     "00 02 0D FF 03 00 00 FF", {"00 02 0D FF", "03 00 00 FF"},             ""        },
-    {"a bad one before a good",  "03 00 00 FE 03 00 00 FF", {"03 00 00 FE", "03 00 00 FF"},             ""        },
-    {"noise only",               "00 00",                   {"00 00"},                                  ""        },
-    {"cut off",                  "03 00 00 FF 05 20 01",    {"03 00 00 FF"},                            "05 20 01"},
-    {"the longest possible one",
-     "0C 20 01 00 01 02 03 04 05 06 07 08 BA",              {"0C 20 01 00 01 02 03 04 05 06 07 08 BA"},
-     ""                                                                                                           },
-};
-
 std::vector<std::string> scanned(const Bytes& bytes, size_t step, FrameScanner& scanner) {
     std::vector<std::string> pieces;
     for (size_t at = 0; at < bytes.size(); at += step) {
@@ -85,20 +61,26 @@ std::vector<std::string> scanned(const Bytes& bytes, size_t step, FrameScanner& 
 }
 
 TEST(FrameScanner, CutsFramesOutOfNoise) {
-    for (const ScanRow& row : kScans) {
-        SCOPED_TRACE(row.name);
+    const std::string longest = "0C 20 01 00 01 02 03 04 05 06 07 08 BA";
+    const std::tuple<const char*, std::vector<std::string>, const char*> rows[] = {
+        {"03 00 00 FF 03 41 01 BD", {"03 00 00 FF", "03 41 01 BD"}, ""        },
+        {"00 02 0D FF 03 00 00 FF", {"00 02 0D FF", "03 00 00 FF"}, ""        },
+        {"03 00 00 FE 03 00 00 FF", {"03 00 00 FE", "03 00 00 FF"}, ""        }, // a bad one
+        {"00 00",                   {"00 00"},                      ""        },
+        {"03 00 00 FF 05 20 01",    {"03 00 00 FF"},                "05 20 01"},
+        {longest.c_str(),           {longest},                      ""        },
+    };
+    for (const auto& [bytes, pieces, rest] : rows) {
+        SCOPED_TRACE(bytes);
         FrameScanner scanner;
-        EXPECT_EQ(scanned(hex(row.bytes), 1000, scanner), row.pieces);
-        EXPECT_EQ(scanner.isWaiting(), *row.rest != 0);
-        EXPECT_EQ(toHex(scanner.takeRest()), row.rest);
+        EXPECT_EQ(scanned(hex(bytes), 1000, scanner), pieces);
+        EXPECT_EQ(scanner.isWaiting(), *rest != 0);
+        EXPECT_EQ(toHex(scanner.takeRest()), rest);
         EXPECT_FALSE(scanner.isWaiting());
     }
-}
-
-TEST(FrameScanner, FramesMayComeByteByByte) {
-    FrameScanner scanner;
-    const std::vector<std::string> expected = {"03 41 01 BD", "05 20 01 03 20 BB"};
-    EXPECT_EQ(scanned(hex("03 41 01 BD 05 20 01 03 20 BB"), 1, scanner), expected);
+    FrameScanner byteByByte;
+    EXPECT_EQ(scanned(hex("03 41 01 BD 05 20 01 03 20 BB"), 1, byteByByte),
+              (std::vector<std::string>{"03 41 01 BD", "05 20 01 03 20 BB"}));
 }
 }  // namespace
 }  // namespace TalvSim

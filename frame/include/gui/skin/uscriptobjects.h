@@ -8,7 +8,8 @@ class UTimer;
 
 /** "Timer": calls the function "onTimer" at each period, in milliseconds, until it answers 0 or fails. While it runs it keeps
     itself, but not beyond its context. A function that refers to its own timer keeps it for as long: set it to nothing when it is
-    done. */
+    done. Where functions take so long that all timers together would need more than half of the thread, they rest longer than
+    their periods. */
 class USTimer : public FScriptObject {
 public:
     DECLARE_ABSTRACT_CLASS(USTimer, FScriptObject)

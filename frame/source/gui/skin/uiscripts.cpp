@@ -26,10 +26,10 @@ UIScriptContext::~UIScriptContext() {
 }
 
 bool UIScriptContext::init() {
-    auto* console = new USConsole(this);
-    consoleObject = console;
-    bool done = FScriptContext::init() && registerOwned(USConsole::__classInfo.className, console) &&
-                registerOwned(USApplication::__classInfo.className, new USApplication);
+    if (!consoleObject)
+        consoleObject = OPtr<USConsole>(new USConsole(this));
+    const OPtr<USApplication> application(new USApplication);
+    bool done = FScriptContext::init() && show(consoleObject) && show(application);
     for (const SClassInfo* each : kClasses)
         done = done && getEngineContext()->registerClass(each) == kResultOk;
     return done;

@@ -5,9 +5,9 @@
 #include "gui/skin/uiscripts.h"
 #include "gui/uapp.h"
 #include <algorithm>
-#include <cmath>
+#include <chrono>
+#include <cstdint>
 #include <iterator>
-#include <limits>
 #include <vector>
 
 namespace Tessarine {
@@ -24,9 +24,7 @@ bool isNumber(const FVariant* value) {
 
 /** Truncated, and at the bounds of the type. */
 int32_t wholeOf(const FVariant& value) {
-    constexpr double kMin = std::numeric_limits<int32_t>::min(), kMax = std::numeric_limits<int32_t>::max();
-    const double number = value.getType() == FVariant::kInteger ? double(value.getInteger()) : value.getFloat();
-    return std::isnan(number) ? 0 : int32_t(std::clamp(number, kMin, kMax));
+    return int32_t(std::clamp<int64_t>(value.getInteger(), INT32_MIN, INT32_MAX));
 }
 }  // namespace
 
@@ -37,6 +35,22 @@ enum TimerProperty : char { kPeriod, kOnTimer };
 enum TimerMethod : int32_t { kStart, kKill };
 constexpr const char* kNotAssigned = "Timer::onTimer not assigned!\n";
 std::vector<USTimer*> runningTimers;
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds kLongestTick(1000), kWithoutRest(50);
+Clock::time_point restUntil;  // once more as much time has passed as functions took
+
+/** In milliseconds. Short functions may take some time one after the other. */
+uint32_t remainingRest() {
+    const auto rest = std::chrono::ceil<std::chrono::milliseconds>(restUntil - kWithoutRest - Clock::now());
+    return uint32_t(std::max<int64_t>(rest.count(), 0));
+}
+
+/** A function may have waited for somebody, which isn't all counted. */
+void addRest(Clock::time_point began) {
+    const auto took = std::min<Clock::duration>(Clock::now() - began, kLongestTick);
+    restUntil = std::max(restUntil, began) + 2 * took;
+}
 
 /** Members of an object are called, not itself; and objects that keep each other would never go. */
 bool mayBeCalled(const FVariant& value) {
@@ -64,8 +78,8 @@ bool USTimer::setPeriod(const FVariant& value) {
     if (milliseconds <= 0)
         return false;
     period = uint32_t(milliseconds);
-    if (timer)
-        timer->restart(period);
+    if (timer && !timer->restart(period))
+        kill();
     return true;
 }
 
@@ -134,12 +148,14 @@ int32_t USTimer::notify(FMessage* message) {
     if (!timer || !message || !message->isType("Timer"))
         return FScriptObject::notify(message);
     const IPtr<USTimer> kept(this);
-    if (!tick())
+    const uint32_t restMs = remainingRest();
+    if (!(restMs > 0 ? timer->restart(restMs) : tick()))
         kill();
     return 1;
 }
 
 bool USTimer::tick() {
+    const Clock::time_point began = Clock::now();
     const IPtr<FUnknown> function(getObjectProperty(kOnTimer));
     SArgs none = {0, nullptr};
     SVariant value;
@@ -147,7 +163,9 @@ bool USTimer::tick() {
     const bool called = function && context && context->invoke(function, nullptr, none, value) == kResultOk;
     const bool stops = value.getType() == FVariant::kInteger && value.value.integer == 0;
     value.sempty();
-    return called && !stops;
+    addRest(began);
+    const bool hasPeriod = !timer || timer->getPeriod() == period || timer->restart(period);
+    return called && !stops && hasPeriod;
 }
 
 // --- rectangles
@@ -195,7 +213,7 @@ int32_t USRect::setProperty(char index, FVariant& value, IScriptContext* /*conte
         edges[int32_t(index)] = wholeOf(value);
         return kResultOk;
     }
-    const FVariant edge(double(edges[index - kWidth]) + wholeOf(value));
+    const FVariant edge(int64_t(edges[index - kWidth]) + wholeOf(value));
     edges[index - kWidth + kRight] = wholeOf(edge);
     return kResultOk;
 }
@@ -215,8 +233,8 @@ int32_t USConsole::invoke(char /*index*/, SArgs& args, SVariant& /*result*/) {
     String text;
     if (args.count != 1 || !CmVariant(args.variants[0]).getString(text))
         return kInvalidArgument;
-    if (FConsole* console = context ? context->getConsole() : nullptr)
-        console->deferWrite(text);
+    if (context)
+        context->print(text);
     return kResultOk;
 }
 

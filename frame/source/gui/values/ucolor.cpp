@@ -12,7 +12,6 @@
 #include <cstring>
 #include <iterator>
 #include <string_view>
-#include <utility>
 
 namespace Tessarine {
 namespace {

@@ -43,17 +43,20 @@ long controlSocket(BIO* /*bio*/, int command, long /*number*/, void* /*pointer*/
     return command == BIO_CTRL_FLUSH;
 }
 
+BIO_METHOD* makeSocketMethod() {
+    BIO_METHOD* const made = BIO_meth_new(BIO_get_new_index(), "NSocket");
+    if (made) {
+        BIO_meth_set_read(made, readSocket);
+        BIO_meth_set_write(made, writeSocket);
+        BIO_meth_set_ctrl(made, controlSocket);
+    }
+    return made;
+}
+
+/** Of all connections, and never freed: at the program's end some may still be open. Null: the library can't be had. */
 BIO_METHOD* socketMethod() {
-    static const std::unique_ptr<BIO_METHOD, Freed<BIO_meth_free>> method = [] {
-        std::unique_ptr<BIO_METHOD, Freed<BIO_meth_free>> made(BIO_meth_new(BIO_get_new_index(), "NSocket"));
-        if (made) {
-            BIO_meth_set_read(made.get(), readSocket);
-            BIO_meth_set_write(made.get(), writeSocket);
-            BIO_meth_set_ctrl(made.get(), controlSocket);
-        }
-        return made;
-    }();
-    return method.get();
+    static BIO_METHOD* const method = makeSocketMethod();
+    return method;
 }
 
 Context makeContext() {
@@ -68,10 +71,10 @@ Context makeContext() {
     return context;
 }
 
-/** Of all connections; null: the library can't be had. */
+/** As socketMethod. */
 SSL_CTX* sharedContext() {
-    static const Context context = makeContext();
-    return context.get();
+    static SSL_CTX* const context = makeContext().release();
+    return context;
 }
 
 class Channel final : public NSecureChannel {

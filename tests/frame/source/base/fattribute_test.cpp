@@ -1,7 +1,6 @@
 #include "base/fattribute.h"
 #include "base/fattributelistimp.h"
 #include "tests/support/uncounted.h"
-#include <climits>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <string>
@@ -20,22 +19,11 @@ IMPLEMENT_CLASS(Held, CmObject)
 
 using Attributes = FAttributeList<FStringIDAttribute, const char*, CmArray>;
 
-/** Takes down with it what stands under its key. */
-class Guard final : public Held {
-public:
-    explicit Guard(Attributes& attributes) : list(attributes) {}
-    ~Guard() override { list.removeAttribute("object"); }
-
-private:
-    Attributes& list;
-};
-
 class FAttributeTest : public testing::Test {
 protected:
     void TearDown() override { EXPECT_EQ(Held::living, 0) << "objects left behind"; }
 };
 
-using NumberedAttributes = FAttributeList<FIntIDAttribute, int32_t, CmArray>;
 using Value = FAttributeValue;
 
 struct OwnershipRow {
@@ -58,59 +46,38 @@ constexpr std::tuple<const char*, void (*)(Value&), bool> kEnds[] = {
     {"detach", [](Value& value) { value.detachObj(); },        true },
 };
 
-/** The same checks for objects and for unknowns. */
-void checkObjectCounts(bool asUnknown) {
-    for (const OwnershipRow& row : kOwnerships) {
-        for (const auto& [name, end, keepsReference] : kEnds) {
-            SCOPED_TRACE(std::string(row.name) + ", ended by " + name);
-            auto* object = new Held;
-            object->addRef();
-            {
-                Value value;
-                asUnknown ? value.setUnknown(object, row.flags) : value.setObj(object, row.flags);
-                EXPECT_EQ(value.getUnknown(), object);
-                EXPECT_EQ(value.getObj(), asUnknown ? nullptr : object);
-                EXPECT_EQ(referencesOf(object), row.whileHeld);
-                EXPECT_EQ(Value(value).getUnknown(), object);
-                EXPECT_EQ(referencesOf(object), row.whileHeld);
-                end(value);
-            }
-            ASSERT_EQ(referencesOf(object), keepsReference && !asUnknown ? row.whileHeld : row.afterwards);
-            while (object->release() > 0) {}
-        }
-    }
-}
-
+/** For objects and for unknowns. */
 TEST_F(FAttributeTest, ValuesCountTheirObjectOnce) {
-    checkObjectCounts(false);
-    checkObjectCounts(true);
-}
-
-TEST_F(FAttributeTest, SettingKeepsOnlyTheLastingFlags) {
-    Value value;
-    value.keep(0xFFFF);
-    EXPECT_EQ(value.getType(), 0x8C0);
-    value.setString16(u"wide");
-    EXPECT_EQ(value.getType(), 0x8C0 | Value::kString | Value::kWide);
-    value.setString8("narrow", false);
-    EXPECT_EQ(value.getType(), 0x8C0 | Value::kString | Value::kShared);
-    value.empty();
-    EXPECT_EQ(value.getType(), 0x8C0);
+    for (const OwnershipRow& row : kOwnerships)
+        for (const auto& [name, end, keepsReference] : kEnds)
+            for (const bool asUnknown : {false, true}) {
+                SCOPED_TRACE(std::string(row.name) + ", ended by " + name);
+                auto* object = new Held;
+                object->addRef();
+                {
+                    Value value;
+                    asUnknown ? value.setUnknown(object, row.flags) : value.setObj(object, row.flags);
+                    EXPECT_EQ(value.getUnknown(), object);
+                    EXPECT_EQ(value.getObj(), asUnknown ? nullptr : object);
+                    EXPECT_EQ(Value(value).getUnknown(), object);
+                    EXPECT_EQ(referencesOf(object), row.whileHeld);
+                    end(value);
+                }
+                ASSERT_EQ(referencesOf(object), keepsReference && !asUnknown ? row.whileHeld : row.afterwards);
+                while (object->release() > 0) {}
+            }
 }
 
 // the text null: refused
 constexpr double kTooLarge = 0x1p63;
 constexpr std::tuple<const char*, void (*)(Value&), int64_t, double, const char*> kNumbers[] = {
-    {"least integer",  [](Value& v) { v.setLong(INT64_MIN); },    INT64_MIN, -kTooLarge, "-9223372036854775808" },
-    {"negative float", [](Value& v) { v.setFloat(-2.75); },       -2,        -2.75,      "-2.75"                },
-    {"2 to the 63",    [](Value& v) { v.setFloat(kTooLarge); },   INT64_MAX, kTooLarge,  "9223372036854775808.0"},
-    {"below all",      [](Value& v) { v.setFloat(-HUGE_VAL); },   INT64_MIN, -HUGE_VAL,  "-inf"                 },
-    {"fraction",       [](Value& v) { v.setString8("1,5 dB"); },  1,         1.5,        "1,5 dB"               },
-    {"wide text",      [](Value& v) { v.setString16(u"-8.25"); }, -8,        -8.25,      "-8.25"                },
-    {"no number",      [](Value& v) { v.setString8("x17"); },     0,         0.0,        "x17"                  },
-    {"empty text",     [](Value& v) { v.setString8(nullptr); },   0,         0.0,        ""                     },
-    {"nothing",        [](Value&) {},                             0,         0.0,        nullptr                },
-    {"pointer",        [](Value& v) { v.setPointer(&v); },        0,         0.0,        nullptr                },
+    {"least integer", [](Value& v) { v.setLong(INT64_MIN); },    INT64_MIN, -kTooLarge, "-9223372036854775808" },
+    {"2 to the 63",   [](Value& v) { v.setFloat(kTooLarge); },   INT64_MAX, kTooLarge,  "9223372036854775808.0"},
+    {"below all",     [](Value& v) { v.setFloat(-HUGE_VAL); },   INT64_MIN, -HUGE_VAL,  "-inf"                 },
+    {"fraction",      [](Value& v) { v.setString8("1,5 dB"); },  1,         1.5,        "1,5 dB"               },
+    {"wide text",     [](Value& v) { v.setString16(u"-8.25"); }, -8,        -8.25,      "-8.25"                },
+    {"no number",     [](Value& v) { v.setString8("x17"); },     0,         0.0,        "x17"                  },
+    {"nothing",       [](Value&) {},                             0,         0.0,        nullptr                },
 };
 
 TEST_F(FAttributeTest, NumbersAndTextConvert) {
@@ -124,9 +91,6 @@ TEST_F(FAttributeTest, NumbersAndTextConvert) {
         EXPECT_EQ(value.getString(text), asText != nullptr);
         EXPECT_STREQ(text.text8(), asText ? asText : "before");
     }
-    Value value;
-    value.setFloat(std::nan(""));
-    EXPECT_EQ(value.getLong(), 0);
 }
 
 TEST_F(FAttributeTest, BorrowedTextIsTheCallersUntilItIsMadeOwnOrChangesItsWidth) {
@@ -134,17 +98,13 @@ TEST_F(FAttributeTest, BorrowedTextIsTheCallersUntilItIsMadeOwnOrChangesItsWidth
     Value borrowed;
     borrowed.setString8(text, false);
     EXPECT_EQ(borrowed.getString8(), text);
-    Value copy(borrowed);
-    text[0] = 'L';
-    EXPECT_STREQ(borrowed.getString8(), "Level");
-    EXPECT_STREQ(copy.getString8(), "level");
+    Value copy(borrowed), wide(borrowed);
     borrowed.makeStringOwner();
-    copy.setString8(text, false);
-    EXPECT_EQ(std::u16string(copy.getString16()), u"Level");
+    wide.setString8(text, false);
+    EXPECT_EQ(std::u16string(wide.getString16()), u"level");
     text[0] = 'X';
-    EXPECT_STREQ(borrowed.getString8(), "Level");
-    EXPECT_STREQ(copy.getString8(), "Level");
-    EXPECT_FALSE(copy.isWide());
+    for (Value* each : {&borrowed, &copy, &wide})
+        EXPECT_STREQ(each->getString8(), "level");
     copy.setString8(copy.getString8() + 2);
     EXPECT_STREQ(copy.getString8(), "vel") << "from the value itself";
 }
@@ -152,37 +112,20 @@ TEST_F(FAttributeTest, BorrowedTextIsTheCallersUntilItIsMadeOwnOrChangesItsWidth
 TEST_F(FAttributeTest, ListsFindByKeyAndChangeWhatIsThere) {
     Attributes list;
     char key[] = "gain";
-    EXPECT_EQ(list.getAttribute("gain"), nullptr);
     EXPECT_FALSE(list.removeAttribute("gain"));
     EXPECT_TRUE(list.setLongAttribute(key, 1));
     key[0] = 'G';
     EXPECT_TRUE(list.setStringAttribute8(key, "other"));
     EXPECT_TRUE(list.setFloatAttribute("gain", 2.5));
-    EXPECT_EQ(list.countAttributes(), 2);
     EXPECT_EQ(list.getAttributeIndex("gai"), -1);
     EXPECT_EQ(list.getAttributeIndex(nullptr), -1);
     EXPECT_EQ(list.getAttribute("gain")->getFloat(), 2.5);
     EXPECT_STREQ(list.getAttribute("Gain")->getString8(), "other");
+    list.setLongAttribute("Gain", 1, Attributes::kAppend);
+    EXPECT_EQ(list.countAttributes(), 3);
+    EXPECT_FALSE(list.getAttribute("Gain")->is(Value::kLong)) << "appending doesn't look for the key";
     EXPECT_TRUE(list.removeAttribute("gain"));
     EXPECT_EQ(list.getAttribute("gain"), nullptr);
-
-    NumberedAttributes numbered;
-    for (const int32_t id : {INT32_MIN, 7, INT32_MAX})
-        EXPECT_TRUE(numbered.setLongAttribute(id, id));
-    EXPECT_EQ(numbered.getAttribute(INT32_MIN)->getLong(), INT32_MIN);
-    EXPECT_EQ(numbered.getAttribute(8), nullptr);
-}
-
-TEST_F(FAttributeTest, AppendingDoesNotLookForTheKey) {
-    Attributes list;
-    list.setLongAttribute("a", 1, Attributes::kAppend);
-    list.setLongAttribute("a", 2, Attributes::kAppend);
-    EXPECT_EQ(list.countAttributes(), 2);
-    EXPECT_EQ(list.getAttribute("a")->getLong(), 1);
-    EXPECT_FALSE(list.getAttribute("a")->is(Value::kFloat)) << "kAppend isn't a flag of the value";
-    list.setLongAttribute("a", 3, Value::kTransient);
-    EXPECT_EQ(list.getAttribute("a")->getLong(), 3);
-    EXPECT_TRUE(list.getAttribute("a")->is(Value::kTransient));
 }
 
 TEST_F(FAttributeTest, ListsCountTheirObjectsOnce) {
@@ -193,34 +136,16 @@ TEST_F(FAttributeTest, ListsCountTheirObjectsOnce) {
         {
             Attributes list;
             EXPECT_TRUE(list.setObjAttribute("object", object, row.listOwnership));
-            EXPECT_EQ(list.getObjAttribute("object", "CmObject"), object);
             EXPECT_EQ(list.getObjAttribute("object", "CmArray"), nullptr);
-            EXPECT_EQ(referencesOf(object), row.whileHeld);
             const Attributes copy(list);
-            EXPECT_EQ(copy.getObjAttribute("object"), object);
-            for (int32_t repeat = 0; repeat < 2; ++repeat) {
+            EXPECT_EQ(copy.getObjAttribute("object", "CmObject"), object);
+            for (int32_t repeat = 0; repeat < 2; ++repeat)
                 EXPECT_TRUE(list.setObjAttribute("object", nullptr, row.listOwnership)) << "removes it";
-                EXPECT_EQ(list.countAttributes(), 0);
-            }
+            EXPECT_EQ(list.countAttributes(), 0);
         }
         ASSERT_EQ(referencesOf(object), row.afterwards);
         while (object->release() > 0) {}
     }
-}
-
-TEST_F(FAttributeTest, AnObjectThatIsReplacedMayRemoveItsAttribute) {
-    Attributes list;
-    list.setObjAttribute("object", new Guard(list), Attributes::kOwned);
-    list.setObjAttribute("object", OPtr<Held>(new Held), Attributes::kShared);
-    EXPECT_EQ(list.countAttributes(), 0);
-    EXPECT_EQ(Held::living, 0);
-}
-
-TEST_F(FAttributeTest, AttributesCompareByKeyAmongTheirKind) {
-    const FStringIDAttribute a("a"), twin("a"), b("b");
-    const FIntIDAttribute two(2), least(INT32_MIN);
-    EXPECT_TRUE(a.isEqual(&twin) && two.isEqual(&two) && !a.isEqual(&two) && !two.isEqual(&a));
-    EXPECT_TRUE(a.compare(&b) < 0 && two.compare(&least) > 0);
 }
 
 TEST_F(FAttributeTest, OrderedListsSearchByHalves) {
@@ -241,22 +166,17 @@ TEST_F(FAttributeTest, ListsPassAsComponents) {
     const OPtr<Held> held(new Held);
     face->setBinaryAttribute("bytes", "ab", 2);
     face->setObjectAttribute("object", static_cast<CmObject*>(held.get()));
-    face->setLongAttribute("long", 5);
     face->setFloatAttribute("float", 2.5);
     face->setStringAttribute("text", u"17 m");
     EXPECT_EQ(face->addAllTo(other), kResultOk);
-    EXPECT_EQ(face->removeAttribute("long"), kResultOk);
-    EXPECT_EQ(face->containsAttribute("long"), kResultFalse);
     const void* bytes = nullptr;
     uint32_t size = 0;
     FUnknown* object = nullptr;
     int64_t number = 0;
-    double real = 0;
     const tchar* text = nullptr;
     EXPECT_TRUE(other->getBinaryAttribute("bytes", bytes, size) == kResultOk && size == 2);
     EXPECT_TRUE(other->getObjectAttribute("object", object) == kResultOk && commonObject(object) == held.get());
     EXPECT_TRUE(other->getLongAttribute("text", number) == kResultOk && number == 17);
-    EXPECT_TRUE(other->getFloatAttribute("float", real) == kResultOk && real == 2.5);
     EXPECT_TRUE(other->getStringAttribute("text", text) == kResultOk && ConstString(text) == ConstString(u"17 m"));
     EXPECT_EQ(other->getStringAttribute("float", text), kResultFalse);
     EXPECT_EQ(other->getLongAttribute("object", number), kResultFalse);

@@ -7,7 +7,6 @@
 #include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
-#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -22,12 +21,7 @@ using Log = std::vector<std::string>;
 class Probe : public CmObject {
 public:
     Probe() { ++living; }
-    ~Probe() override {
-        --living;
-        if (then)
-            then();
-    }
-    std::function<void()> then;
+    ~Probe() override { --living; }
     inline static int32_t living = 0;
 };
 
@@ -46,8 +40,7 @@ public:
 };
 
 /** Takes messages through the component model, and isn't known to the framework at all. */
-class ForeignReceiver final : public Uncounted<IMessageReceiver> {
-public:
+struct ForeignReceiver final : Uncounted<IMessageReceiver> {
     int32_t notifyMessage(IMessage* message) override {
         Receiver::log.push_back(std::string("foreign ") + message->getMessageID());
         return 1;
@@ -78,10 +71,9 @@ protected:
         message->add("probe", new Probe, true);
         messenger.postMessage(to, message, replace, delay);
     }
-    /** What was received since the last time, after so many deliveries. */
-    Log delivered(int32_t times = 1) {
-        for (; times > 0; --times)
-            messenger.deliverMessages();
+    /** What was received since the last time, after another delivery. */
+    Log delivered() {
+        messenger.deliverMessages();
         return std::exchange(Receiver::log, {});
     }
 
@@ -95,16 +87,13 @@ protected:
 TEST(Message, KeepsValuesByKey) {
     FMessage message("Gain");
     int32_t number = 9;
-    double real = 9;
     float single = 9;
     String text("before");
-    EXPECT_TRUE(message.hasMessageID("Gain") && !message.isType("gain"));
-    EXPECT_FALSE(message.contains("n") || message.remove("n"));
-    EXPECT_FALSE(message.getInt("n", number) == kResultOk || message.getFloat("n", single) == kResultOk);
-    EXPECT_FALSE(message.getFloat("n", real) || message.getString("n", text));
-    EXPECT_TRUE(number == 9 && real == 9 && single == 9 && text == "before") << "a miss leaves its target alone";
+    EXPECT_TRUE(message.hasMessageID("Gain") && !message.isType("gain") && !message.remove("n"));
+    EXPECT_FALSE(message.getInt("n", number) == kResultOk || message.getString("n", text));
+    EXPECT_TRUE(number == 9 && text == "before") << "a miss leaves its target alone";
     message.addInt("n", 1);
-    EXPECT_EQ(message.addInt("n", -3), kResultOk);
+    message.addInt("n", -3);
     message.addFloat1("y", 1.5f);
     message.addString("t", ConstString("also"));
     message.addData("d", "abc", 3);
@@ -113,8 +102,7 @@ TEST(Message, KeepsValuesByKey) {
     EXPECT_TRUE(message.getInt("n", number) == kResultOk && number == -3);
     EXPECT_TRUE(message.getFloat("y", single) == kResultOk && single == 1.5f);
     EXPECT_TRUE(message.getString("t", text) && text == "also");
-    ASSERT_TRUE(message.getData("d", bytes, size) && size == 3);
-    EXPECT_EQ(std::memcmp(bytes, "abc", 3), 0);
+    EXPECT_TRUE(message.getData("d", bytes, size) && std::string(static_cast<const char*>(bytes), size) == "abc");
     EXPECT_TRUE(message.remove("n") && !message.contains("n"));
 }
 
@@ -129,7 +117,6 @@ TEST(Message, HoldsObjectsAsItWasTold) {
         EXPECT_EQ(referencesOf(probe), 3u);
         const OPtr<CmObject> copy(message.newCopy());
         message.add("given", nullptr, true);
-        EXPECT_FALSE(message.contains("given"));
         EXPECT_EQ(static_cast<FMessage*>(copy.get())->get("given"), probe) << "a copy keeps its own";
     }
     EXPECT_EQ(referencesOf(probe), 1u);
@@ -147,9 +134,7 @@ TEST(Message, IsReadWholeOrNotAtAll) {
     const int64_t size = stream.getSize();
     for (int64_t length = 0; length <= size; ++length) {
         SCOPED_TRACE(length);
-        FMemoryStream cut;
-        cut.writeRaw(stream.getData(), length);
-        cut.seek(0, kFromStart);
+        FMemoryStream cut(stream.getData(), static_cast<int32_t>(length));
         FSimpleArchive reader(&cut, false);
         FMessage read("before");
         read.addInt("n", 5);
@@ -162,13 +147,12 @@ TEST(Message, IsReadWholeOrNotAtAll) {
 }
 
 TEST_F(MessengerTest, DeliversInTheOrderOfPosting) {
-    for (const char* id : {"1", "2", "3"}) {
+    for (const char* id : {"1", "2"}) {
         post(&a, id);
         post(&b, id);
     }
     EXPECT_GE(wakes, 1) << "posts want to be served at the next turn of the loop";
-    EXPECT_EQ(delivered(), (Log{"a 1", "b 1", "a 2", "b 2", "a 3", "b 3"}));
-    messenger.postMessage(&a, nullptr);
+    EXPECT_EQ(delivered(), (Log{"a 1", "b 1", "a 2", "b 2"}));
     post(nullptr, "to nobody");
     EXPECT_EQ(Probe::living, 0);
 }
@@ -181,44 +165,31 @@ TEST_F(MessengerTest, ReplacingKeepsTheOlder) {
     EXPECT_EQ(Probe::living, 3);
     EXPECT_EQ(delivered(), (Log{"a x", "b x", "a X"}));
     post(&a, "x", true);
-    post(&a, "x");
-    EXPECT_EQ(delivered(), (Log{"a x", "a x"})) << "only waiting ones count";
+    EXPECT_EQ(delivered(), (Log{"a x"})) << "only waiting ones count";
 }
 
 TEST_F(MessengerTest, DelayCountsDeliveries) {
-    post(&a, "2", false, 2);
-    post(&a, "1", false, 1);
-    post(&a, "0");
-    post(&a, "-1", false, -1);
+    for (const int32_t delay : {2, 1, 0, -1})
+        post(&a, std::to_string(delay).c_str(), false, delay);
     EXPECT_EQ(delivered(), (Log{"a 0", "a -1"}));
     wakes = 0;
     EXPECT_EQ(delivered(), (Log{"a 1"}));
     EXPECT_EQ(wakes, 1) << "the last one waits for its turn";
     EXPECT_EQ(delivered(), (Log{"a 2"}));
-    EXPECT_EQ(wakes, 1);
 }
 
 TEST_F(MessengerTest, LockedItLetsPostsPileUp) {
-    EXPECT_FALSE(messenger.lockMessageDeliverance(true));
+    messenger.lockMessageDeliverance(true);
     post(&a, "1");
-    EXPECT_TRUE(delivered(3).empty());
-    EXPECT_TRUE(messenger.areMessagesPosted(&a));
+    EXPECT_TRUE(delivered().empty() && messenger.areMessagesPosted(&a) && messenger.messagesPosted(&a, "1"));
+    EXPECT_FALSE(messenger.messagesPosted(&a, "y") || messenger.areMessagesPosted(&b));
     wakes = 0;
-    EXPECT_TRUE(messenger.lockMessageDeliverance(false));
+    messenger.lockMessageDeliverance(false);
     EXPECT_EQ(wakes, 1);
     EXPECT_EQ(delivered(), (Log{"a 1"}));
 }
 
 TEST_F(MessengerTest, PostsFromANotificationWaitUnlessItDeliversItself) {
-    a.then = [this](FMessage* message) {
-        if (message->isType("start"))
-            post(&a, "next");
-    };
-    post(&a, "start");
-    post(&b, "rest");
-    EXPECT_EQ(delivered(), (Log{"a start", "b rest"}));
-    EXPECT_EQ(delivered(), (Log{"a next"}));
-
     a.then = [this](FMessage* message) {
         if (!message->isType("start"))
             return;
@@ -226,10 +197,12 @@ TEST_F(MessengerTest, PostsFromANotificationWaitUnlessItDeliversItself) {
         Receiver::log.push_back("again");
         post(&a, "inner");
         messenger.deliverMessages();  // something new: the outer rest goes first
+        post(&a, "next");
     };
     post(&a, "start");
     post(&b, "rest");
     EXPECT_EQ(delivered(), (Log{"a start", "again", "b rest", "a inner"}));
+    EXPECT_EQ(delivered(), (Log{"a next"}));
 }
 
 TEST_F(MessengerTest, KilledMessagesNeverArrive) {
@@ -242,7 +215,7 @@ TEST_F(MessengerTest, KilledMessagesNeverArrive) {
     };
     for (const auto& [name, kill, arriving] : rows) {
         for (const bool whileDelivered : {false, true}) {
-            SCOPED_TRACE(std::string(name) + (whileDelivered ? ", while they are delivered" : ""));
+            SCOPED_TRACE(name);
             Receiver first("first ");
             first.then = [&](FMessage*) { kill(); };
             if (whileDelivered)
@@ -261,43 +234,6 @@ TEST_F(MessengerTest, KilledMessagesNeverArrive) {
     }
 }
 
-/** What a dropped message held may post and kill in its destructor. */
-TEST_F(MessengerTest, DroppedMessagesMayComeBackToIt) {
-    for (const bool all : {false, true}) {
-        for (int32_t i = 0; i < 3; ++i) {
-            auto* probe = new Probe;
-            probe->then = [this] {
-                messenger.killMessages(&a);
-                post(&b, "farewell", true);
-            };
-            auto* message = new FMessage("x");
-            message->add("probe", probe, true);
-            messenger.postMessage(&a, message);
-        }
-        all ? messenger.clear() : messenger.killMessages(&a);
-        EXPECT_FALSE(messenger.areMessagesPosted(&a));
-        EXPECT_EQ(delivered(), (Log{"b farewell"}));
-    }
-    EXPECT_EQ(Probe::living, 0);
-}
-
-TEST_F(MessengerTest, TellsWhetherAMessageWaits) {
-    post(&a, "x", false, 1);
-    const auto looked = [this] {
-        return std::vector<bool>{messenger.areMessagesPosted(&a), messenger.messagesPosted(&a, "x"),
-                                 messenger.messagesPosted(&a, "y"), messenger.areMessagesPosted(&b)};
-    };
-    EXPECT_EQ(looked(), (std::vector<bool>{true, true, false, false}));
-    Receiver first;
-    first.then = [&](FMessage*) { EXPECT_EQ(looked(), (std::vector<bool>{true, true, false, true})); };
-    post(&first, "");
-    post(&b, "later in this delivery");
-    messenger.deliverMessages();
-    EXPECT_EQ(looked(), (std::vector<bool>{true, true, false, false}));
-    messenger.deliverMessages();
-    EXPECT_EQ(looked(), std::vector<bool>(4, false));
-}
-
 TEST_F(MessengerTest, NamesLeadToTheirObjects) {
     FMessage now("now");
     EXPECT_EQ(messenger.sendMessage(&b, &now), 5);
@@ -310,13 +246,8 @@ TEST_F(MessengerTest, NamesLeadToTheirObjects) {
     messenger.postMessage("other", new FMessage("y"), false);
     EXPECT_EQ(delivered(), (Log{"b now", "a now", "a x"}));
     messenger.postMessage("mixer", new FMessage("x"), false);
-    EXPECT_TRUE(messenger.unregisterName("mixer"));
-    EXPECT_FALSE(messenger.unregisterName("mixer") || messenger.unregisterName(nullptr));
+    EXPECT_TRUE(messenger.unregisterName("mixer") && !messenger.unregisterName("mixer"));
     EXPECT_TRUE(delivered().empty()) << "its messages went with the name";
-    for (const char* name : {"one", "two", "three", "four", "five"})
-        EXPECT_TRUE(messenger.registerName(name, &a));
-    messenger.clear();
-    EXPECT_TRUE(messenger.registerName("three", &b));
 }
 
 TEST_F(MessengerTest, ServesTheComponentModel) {
@@ -326,18 +257,14 @@ TEST_F(MessengerTest, ServesTheComponentModel) {
     const FUnknownPtr<IMessenger> face(static_cast<FObject*>(&messenger));
     EXPECT_EQ(face->postMessage(&receiver, ours), kResultOk);
     EXPECT_EQ(face->postMessage(&receiver, foreign), kResultFalse);
-    EXPECT_EQ(face->postMessage(&receiver, nullptr), kResultFalse);
     EXPECT_EQ(face->postMessage(nullptr, ours), kResultFalse);
     EXPECT_TRUE(face->wasMessagePosted(&receiver));
     EXPECT_EQ(delivered(), (Log{"foreign ours"}));
-    EXPECT_FALSE(face->wasMessagePosted(&receiver));
     face->postMessage(&receiver, ours);
     EXPECT_EQ(face->killMessages(&receiver, foreign), kResultFalse);
     EXPECT_EQ(face->killMessages(&receiver, ours), kResultOk);
-    EXPECT_TRUE(delivered().empty());
-    EXPECT_EQ(receiver.references, 0);
-    EXPECT_EQ(referencesOf(ours), 1u);
-    EXPECT_EQ(referencesOf(foreign), 1u);
+    EXPECT_TRUE(delivered().empty() && !face->wasMessagePosted(&receiver));
+    EXPECT_TRUE(receiver.references == 0 && referencesOf(ours) == 1 && referencesOf(foreign) == 1);
 }
 
 TEST_F(MessengerTest, APostToWhoTakesNoneIsLost) {
@@ -349,10 +276,8 @@ TEST_F(MessengerTest, APostToWhoTakesNoneIsLost) {
 TEST_F(MessengerTest, AnyThreadMayPost) {
     constexpr int32_t kThreads = 3, kPosts = 2000;
     int32_t received = 0;
-    std::set<std::thread::id> deliverers;
-    a.then = [&](FMessage*) {
-        ++received;
-        deliverers.insert(std::this_thread::get_id());
+    a.then = [&, here = std::this_thread::get_id()](FMessage*) {
+        received += std::this_thread::get_id() == here;
         Receiver::log.clear();
     };
     std::atomic<int32_t> running{kThreads};
@@ -369,13 +294,11 @@ TEST_F(MessengerTest, AnyThreadMayPost) {
     messenger.deliverMessages();
     messenger.deliverMessages();
     EXPECT_EQ(received, kThreads * kPosts);
-    EXPECT_EQ(deliverers, std::set{std::this_thread::get_id()});
     EXPECT_FALSE(messenger.areMessagesPosted(&b));
 }
 
 TEST_F(MessengerTest, GroupsHearWhatIsSentAndPostedToThem) {
     const int32_t group = messenger.createNotifyGroup(), other = messenger.createNotifyGroup();
-    EXPECT_NE(group, other);
     EXPECT_FALSE(messenger.addToNotifyGroup(-1, &a));
     EXPECT_TRUE(messenger.addToNotifyGroup(group, &a) && messenger.addToNotifyGroup(group, &b));
     FMessage now("now");
@@ -387,6 +310,5 @@ TEST_F(MessengerTest, GroupsHearWhatIsSentAndPostedToThem) {
     messenger.sendMessage(group, &now);
     EXPECT_EQ(delivered(), (Log{"a now"})) << "b left before its turn";
     EXPECT_FALSE(messenger.removeFromNotifyGroup(group, &b));
-    EXPECT_TRUE(messenger.deleteNotifyGroup(group));
-    EXPECT_FALSE(messenger.deleteNotifyGroup(group));
+    EXPECT_TRUE(messenger.deleteNotifyGroup(group) && !messenger.deleteNotifyGroup(group));
 }

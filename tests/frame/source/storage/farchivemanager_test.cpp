@@ -1,66 +1,34 @@
 #include "storage/farchivemanager.h"
+#include "archiveprobes.h"
 #include "base/fcompiledinclass.h"
+#include "base/hooks.h"
 #include "collect/cmarray.h"
-#include "collect/cmdate.h"
+#include "pathprobes.h"
 #include "pluginterfaces/base/fvariant.h"
 #include "storage/ffilesystemadapter.h"
-#include "storage/fmstream.h"
 #include "storage/fresourcearchive.h"
-#include "storage/furl.h"
-#include "tempfolder.h"
 #include <atomic>
 #include <cerrno>
+#include <cstring>
 #include <future>
-#include <gtest/gtest.h>
 #include <map>
 
 namespace Tessarine {
 namespace {
-FString wide(const char* text) {
+FString wide(const std::string& text) {
     FString result;
-    result.fromUTF8(text);
+    result.fromUTF8(text.c_str());
     return result;
 }
 
-FPath at(const char* text) {
-    FPath path;
-    path.fromString(wide(text).text16(), kFilePath);
-    return path;
+int32_t resultOf(bool done) {
+    return done ? kResultOk : kResultFalse;
 }
 
-std::string utf8(const ConstString& text) {
-    FString bytes(text);
-    bytes.toMultiByte(kCodePageUTF8);
-    return bytes.text8();
-}
-
-std::string textOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return utf8(text);
-}
-
-/** A container of lines "name=content". */
-class LineSystem : public FObject, public IVirtualFileSystem {
+/** A container of lines "name=content", and a walk over a copy of it. */
+class LineSystem : public FObject, public IVirtualFileSystem, public IVirtualFileIterator {
 public:
-    struct Walk : public FObject, public IVirtualFileIterator {
-        explicit Walk(LineSystem* system) : system(system), each(system->files.begin()) {}
-        int32_t getNext(const tchar** name, VirtualFileInfo* info) override {
-            if (each == system->files.end())
-                return kResultFalse;
-            current = wide((each++)->first.c_str());
-            *name = current.text16();
-            *info = {};
-            return kResultOk;
-        }
-        FORWARD_REFCOUNT(FObject)
-        int32_t queryInterface(const char* iid, void** obj) override { return FObject::queryInterface(iid, obj); }
-        LineSystem* system;
-        std::map<std::string, std::string>::iterator each;
-        FString current;
-    };
-
-    LineSystem() { ++living; }
+    explicit LineSystem(const std::map<std::string, std::string>& files = {}) : files(files) { ++living; }
     ~LineSystem() override { --living; }
     int32_t queryInterface(const char* iid, void** obj) override {
         return answerInterface<IVirtualFileSystem>(this, iid, obj) ? int32_t(kResultOk)
@@ -68,6 +36,14 @@ public:
     }
     FORWARD_REFCOUNT(FObject)
 
+    int32_t getNext(const tchar** name, VirtualFileInfo* info) override {
+        if (files.empty())
+            return kResultFalse;
+        current = wide(files.extract(files.begin()).key());
+        *name = current.text16();
+        *info = {};
+        return kResultOk;
+    }
     int32_t describe(IAttributes* attributes) override {
         attributes->set(kCanRead, FVariant(int64_t(reads)));
         attributes->set(kCanWrite, FVariant(int64_t(writes)));
@@ -89,7 +65,7 @@ public:
             if (char* mark = std::strchr(line, '='))
                 files[std::string(line, mark)] = std::string(mark + 1, std::strcspn(mark + 1, "\n"));
         mounted += !files.empty();
-        return files.empty() ? kResultFalse : kResultOk;
+        return resultOf(!files.empty());
     }
     int32_t unmount() override {
         --mounted;
@@ -97,39 +73,25 @@ public:
     }
     int32_t openFile(const tchar* path, int32_t mode, IBStream** stream) override {
         lastMode = mode;
-        const auto found = files.find(utf8(path));
-        if (found == files.end())
-            return kResultFalse;
-        auto* memory = new FMemoryStream;
-        memory->writeRaw(found->second.data(), int64_t(found->second.size()));
-        memory->rewind();
-        *stream = memory;
-        return kResultOk;
+        *stream = files.contains(utf8(path)) ? streamOf(files[utf8(path)]).detach() : nullptr;
+        return resultOf(*stream);
     }
-    int32_t removeFile(const tchar* path) override { return files.erase(utf8(path)) ? kResultOk : kResultFalse; }
+    int32_t removeFile(const tchar* path) override { return resultOf(files.erase(utf8(path))); }
     int32_t renameFile(const tchar* path, const tchar* newName) override {
-        auto taken = files.extract(utf8(path));
-        if (taken.empty())
-            return kResultFalse;
-        taken.key() = utf8(newName);
-        files.insert(std::move(taken));
-        return kResultOk;
+        files[utf8(newName)] = files[utf8(path)];
+        return removeFile(path);
     }
     int32_t getFileInfo(const tchar* path, VirtualFileInfo* info) override {
-        const auto found = files.find(utf8(path));
-        if (found == files.end())
-            return kResultFalse;
-        info->size = int64_t(found->second.size());
-        return kResultOk;
+        info->size = files.contains(utf8(path)) ? int64_t(files[utf8(path)].size()) : 0;
+        return resultOf(files.contains(utf8(path)));
     }
     int32_t newIterator(const tchar* folder, IVirtualFileIterator** iterator) override {
-        if (*folder)
-            return kResultFalse;
-        *iterator = new Walk(this);
-        return kResultOk;
+        *iterator = *folder ? nullptr : new LineSystem(files);
+        return resultOf(*iterator);
     }
 
     std::map<std::string, std::string> files;
+    FString current;
     static inline std::atomic<int32_t> living = 0, mounted = 0, lastMode = 0;
     static inline bool reads = true, writes = false;
 };
@@ -137,26 +99,26 @@ FCompiledInClass gLineSystem = {IVirtualFileSystem::kCategory, "Lines", {}, [] {
 
 class ArchiveManager : public ::testing::Test {
 protected:
-    ArchiveManager() { FCompiledInClass::registerClass(gLineSystem); }
+    ArchiveManager() {
+        FCompiledInClass::registerClass(gLineSystem);
+        disk.write("box.lines", "one=1st\ntwo=2nd\n");
+    }
     ~ArchiveManager() override {
         FArchiveManager::terminate();
-        EXPECT_EQ(LineSystem::living, 0);
-        EXPECT_EQ(LineSystem::mounted, 0);
+        EXPECT_EQ(LineSystem::living + LineSystem::mounted, 0);
         LineSystem::reads = true;
         LineSystem::writes = false;
     }
-    std::string urlOf(const char* file) const {
-        return "vfs://" + utf8(FArchiveManager::getContainerUID(disk.at(file)));
+    std::string urlOf(const char* file, const std::string& inner = "", const std::string& protocol = "vfs") const {
+        return protocol + "://" + utf8(FArchiveManager::getContainerUID(disk.at(file))) + inner;
     }
+    OPtr<FFileSystem> systemOf(const std::string& url) { return OPtr<FFileSystem>(manager->getFileSystem(At(url))); }
     FArchiveManager* manager = FArchiveManager::instance();
     TempFolder disk;
 };
 
-struct UrlRow {
-    const char *text, *protocol, *uid, *root, *inner;
-    bool isRoot;
-};
-constexpr UrlRow kUrls[] = {
+// text, protocol, identifier, root, what is within, it is the root
+constexpr std::tuple<const char*, std::string_view, std::string_view, std::string_view, const char*, bool> kUrls[] = {
     {"srf://ID/a/b.png",        "srf:",     "ID",   "srf://ID",     "a/b.png",  false},
     {"srf://ID",                "srf:",     "ID",   "srf://ID",     "",         true },
     {"archive://ID/./",         "archive:", "ID",   "archive://ID", ".",        true },
@@ -171,23 +133,22 @@ constexpr UrlRow kUrls[] = {
 };
 
 TEST_F(ArchiveManager, TakesUrlsApart) {
-    for (const UrlRow& row : kUrls) {
-        SCOPED_TRACE(row.text);
-        const FPath path = at(row.text);
-        FString protocol, uid, root;
-        EXPECT_EQ(FArchiveManager::getProtocol(path, protocol), *row.protocol != 0);
-        EXPECT_EQ(FArchiveManager::getUID(path, uid), *row.uid != 0);
-        EXPECT_EQ(FArchiveManager::getRootPath(path, root), *row.root != 0);
-        EXPECT_EQ(utf8(protocol), row.protocol);
-        EXPECT_EQ(utf8(uid), row.uid);
-        EXPECT_EQ(utf8(root), row.root);
-        EXPECT_EQ(textOf(FArchiveManager::getPath(path)), row.inner);
-        EXPECT_EQ(FArchiveManager::isRoot(path), row.isRoot);
+    for (const auto& [text, protocol, uid, root, inner, isRoot] : kUrls) {
+        SCOPED_TRACE(text);
+        FString part;
+        EXPECT_EQ(FArchiveManager::getProtocol(At(text), part), !protocol.empty());
+        EXPECT_EQ(utf8(part), protocol);
+        EXPECT_EQ(FArchiveManager::getUID(At(text), part), !uid.empty());
+        EXPECT_EQ(utf8(part), uid);
+        EXPECT_EQ(FArchiveManager::getRootPath(At(text), part), !root.empty());
+        EXPECT_EQ(utf8(part), root);
+        EXPECT_EQ(utf8(FArchiveManager::getPath(At(text))), inner);
+        EXPECT_EQ(FArchiveManager::isRoot(At(text)), isRoot);
     }
 }
 
 TEST_F(ArchiveManager, KnowsEachIdentifierOnce) {
-    FUID id;
+    FUID id, read;
     ASSERT_TRUE(id.generate());
     EXPECT_TRUE(manager->registerArchive(gFileSystem, wide("srf:"), id));
     EXPECT_FALSE(manager->registerArchive(gFileSystem, wide("vfs:"), id));
@@ -199,13 +160,12 @@ TEST_F(ArchiveManager, KnowsEachIdentifierOnce) {
     CmArray drives(0, 4);
     drives._ownsObjects = CmContainer::kTakesOver;
     ASSERT_EQ(manager->getDrives(drives), 2);
-    EXPECT_EQ(textOf(*static_cast<FPath*>(drives.at(0))), "archive://plain");
-    FUID read;
+    EXPECT_EQ(utf8(*static_cast<FPath*>(drives.at(0))), "archive://plain");
     FString text;
-    EXPECT_TRUE(FArchiveManager::getUID(*static_cast<FPath*>(drives.at(1)), text));
-    EXPECT_TRUE(FArchiveManager::getUIDFromString(text, read) && read == id);
-    EXPECT_TRUE(manager->isRegisteredURL(at("archive://plain/x")));
-    EXPECT_FALSE(manager->isRegisteredURL(at("srf://plain/x")));
+    EXPECT_TRUE(FArchiveManager::getUID(*static_cast<FPath*>(drives.at(1)), text) &&
+                FArchiveManager::getUIDFromString(text, read) && read == id);
+    EXPECT_TRUE(manager->isRegisteredURL(At("archive://plain/x")));
+    EXPECT_FALSE(manager->isRegisteredURL(At("srf://plain/x")));
     EXPECT_TRUE(manager->unregisterArchive(wide("srf:"), id, true));
     EXPECT_FALSE(manager->unregisterArchive(wide("srf:"), id, true));
     EXPECT_TRUE(manager->unregisterArchive(gFileSystem));
@@ -216,30 +176,20 @@ TEST_F(ArchiveManager, MountsWhatAComponentTakes) {
     disk.write("box.MXF", "one=1st\n100% sure=2nd\n../out=evil\n");
     disk.write("empty.lines", "");
     disk.write("box.txt", "one=1st\n");
-    for (const char* file : {"empty.lines", "box.txt", "missing.lines"}) {
-        const FPath path = at((urlOf(file) + "/one").c_str());
-        EXPECT_EQ(OPtr<FFileSystem>(manager->getFileSystem(&path)), nullptr) << file;
-    }
+    for (const char* file : {"empty.lines", "box.txt", "missing.lines"})
+        EXPECT_FALSE(systemOf(urlOf(file, "/one"))) << file;
+    EXPECT_EQ(systemOf("/x").get(), gFileSystem);
     const std::string root = urlOf("box.MXF");
-    const FPath top = at(root.c_str()), plain = at("/x"), broken = at((root + "/%00").c_str());
-    const FPath upper = at(("vfs://%2F" + root.substr(root.find("%2f") + 3)).c_str());
-    EXPECT_EQ(OPtr<FFileSystem>(manager->getFileSystem(&plain)).get(), gFileSystem);
     std::map<std::string, std::string> found;
     {
-        const OPtr<FFileIterator> entries(manager->newIterator(&top));
+        const OPtr<FFileIterator> entries(manager->newIterator(At(root)));
         ASSERT_TRUE(entries);
         for (FPath* each = entries->first(); each; each = entries->next()) {
-            const OPtr<FFileSystem> box(manager->getFileSystem(each));
+            const OPtr<FFileSystem> box = systemOf(utf8(*each));
             FPath inner = FArchiveManager::getPath(*each);
-            FStream* stream = box->openFile(&inner, kOpenRead);
-            ASSERT_TRUE(stream) << textOf(*each);
-            char text[4] = {};
-            EXPECT_EQ(stream->readRaw(text, 3), 3);
-            EXPECT_EQ(box->getFileSize(stream), 3);
-            EXPECT_TRUE(box->closeFile(stream));
+            found[utf8(*each)] = contentOf(*box, &inner);
             EXPECT_EQ(box->createFile(&inner, kOpenWrite), nullptr) << "it can't write";
             EXPECT_FALSE(manager->isBitwiseCopyable(each));
-            found[textOf(*each)] = text;
         }
     }
     const std::map<std::string, std::string> expected = {
@@ -247,19 +197,14 @@ TEST_F(ArchiveManager, MountsWhatAComponentTakes) {
         {root + "/one",           "1st"}
     };
     EXPECT_EQ(found, expected);
-    EXPECT_EQ(LineSystem::mounted, 1);
-    EXPECT_EQ(OPtr<FFileIterator>(manager->newIterator(&broken)), nullptr) << "not the root instead";
-    for (const FPath& same : {at(("srf" + root.substr(3)).c_str()), upper})
-        EXPECT_EQ(OPtr<FFileSystem>(manager->getFileSystem(&same)), OPtr<FFileSystem>(manager->getFileSystem(&top)));
+    EXPECT_EQ(OPtr<FFileIterator>(manager->newIterator(At(root + "/%00"))), nullptr) << "not the root instead";
+    for (const std::string& same : {urlOf("box.MXF", "", "srf"), "vfs://%2F" + root.substr(root.find("%2f") + 3)})
+        EXPECT_EQ(systemOf(same), systemOf(root));
     EXPECT_EQ(LineSystem::mounted, 1) << "one file, once";
 }
 
-struct AbilityRow {
-    bool reads, writes;
-    int32_t mode;
-    bool opens;
-};
-constexpr AbilityRow kAbilities[] = {
+// reads, writes, the mode, opens
+constexpr std::tuple<bool, bool, int32_t, bool> kAbilities[] = {
     {true,  false, kOpenRead,               true },
     {true,  false, kOpenWrite,              false},
     {false, true,  kOpenRead,               false},
@@ -270,29 +215,23 @@ constexpr AbilityRow kAbilities[] = {
 };
 
 TEST_F(ArchiveManager, AsksAComponentForWhatItCan) {
-    for (const AbilityRow& row : kAbilities) {
-        SCOPED_TRACE(testing::Message() << row.reads << row.writes << row.mode);
-        LineSystem::reads = row.reads;
-        LineSystem::writes = row.writes;
-        disk.write("box.lines", "one=1st\ntwo=2nd\n");
-        FNPath file = disk.at("box.lines");
-        const OPtr<FFileSystemAdapter> box(FFileSystemAdapter::mount(&file));
+    for (const auto& [reads, writes, mode, opens] : kAbilities) {
+        SCOPED_TRACE(testing::Message() << reads << writes << mode);
+        LineSystem::reads = reads;
+        LineSystem::writes = writes;
+        const OPtr<FFileSystemAdapter> box(FFileSystemAdapter::mount(disk.at("box.lines")));
         ASSERT_TRUE(box);
-        FPath one = at("/x/../one"), two = at("two"), renamed = at("uno");
         int32_t error = -1;
-        FStream* stream = box->openFile(&one, row.mode, &error);
-        EXPECT_EQ(stream != nullptr, row.opens);
-        EXPECT_EQ(error, row.opens ? 0 : EACCES);
-        EXPECT_EQ(box->closeFile(stream), row.opens);
-        EXPECT_TRUE(!row.opens || LineSystem::lastMode == (row.mode & ~kOpenShared));
-        EXPECT_FALSE(box->renameFile(&one, u"../uno"));
-        EXPECT_EQ(box->renameFile(&one, u"uno"), row.writes);
-        EXPECT_EQ(box->fileExists(&renamed), row.writes);
-        EXPECT_EQ(box->removeFile(&two), row.writes);
-        EXPECT_EQ(box->fileExists(&two), !row.writes);
-        stream = box->createFile(&renamed, kOpenWrite, &error);
-        EXPECT_EQ(stream != nullptr, row.writes);
-        EXPECT_EQ(stream && stream->writeRaw("new", 3) == 3 && box->closeFile(stream), row.writes);
+        EXPECT_EQ(box->closeFile(box->openFile(At("/x/../one"), mode, &error)), opens);
+        EXPECT_EQ(error, opens ? 0 : EACCES);
+        EXPECT_TRUE(!opens || LineSystem::lastMode == (mode & ~kOpenShared));
+        EXPECT_FALSE(box->renameFile(At("one"), u"../uno"));
+        EXPECT_EQ(box->renameFile(At("one"), u"uno"), writes);
+        EXPECT_EQ(box->fileExists(At("uno")), writes);
+        EXPECT_EQ(box->removeFile(At("two")), writes);
+        EXPECT_EQ(box->fileExists(At("two")), !writes);
+        FStream* stream = box->createFile(At("uno"), kOpenWrite, &error);
+        EXPECT_EQ(stream && stream->writeRaw("new", 3) == 3 && box->closeFile(stream), writes);
     }
 }
 
@@ -300,39 +239,52 @@ TEST_F(ArchiveManager, MountsResourceFiles) {
     FResourceArchive::doInits();
     std::filesystem::create_directory(disk / "in");
     disk.write("in/a b", "text");
-    FNPath folder = disk.at("in"), file = disk.at("pack.srf");
-    ASSERT_TRUE(OPtr<FResourceArchive>(new FResourceArchive(&file))->create(&folder, 0, nullptr, nullptr));
-    const FPath path = at(("srf" + urlOf("pack.srf").substr(3) + "/a%20b").c_str());
-    FPath inner = FArchiveManager::getPath(path);
-    const OPtr<FFileSystem> pack(manager->getFileSystem(&path));
-    ASSERT_TRUE(pack);
-    EXPECT_EQ(pack->getFileSize(&inner), 4);
-    EXPECT_TRUE(manager->isRegisteredURL(path));
-    EXPECT_TRUE(manager->isBitwiseCopyable(&path));
+    const OPtr<FResourceArchive> made(new FResourceArchive(disk.at("pack.srf")));
+    ASSERT_TRUE(made->create(disk.at("in"), 0, nullptr, nullptr));
+    At url(urlOf("pack.srf", "/a%20b", "srf"));
+    FPath inner = FArchiveManager::getPath(url);
+    EXPECT_TRUE(manager->isBitwiseCopyable(url) && manager->isRegisteredURL(url));
+    EXPECT_EQ(contentOf(*systemOf(utf8(url)), &inner), "text");
+}
+
+TEST_F(ArchiveManager, AsksTheRegistryOfComponentsOnTheMainThread) {
+    static int32_t classes;  // of them the last one can be made
+    const ComponentHooks before = gComponentHooks;
+    gComponentHooks.createOfCategory = [](const char* category, int32_t index, FUnknown** made) {
+        *made = index == 1 && classes == 2 ? static_cast<FObject*>(new LineSystem) : nullptr;
+        return std::string(category) == IVirtualFileSystem::kCategory && index < classes;
+    };
+    const auto mounts = [&] {
+        return OPtr<FFileSystem>(manager->createVirtualFileSystem(disk.at("box.lines"))) != nullptr;
+    };
+    for (classes = 0; classes <= 2; ++classes)
+        EXPECT_EQ(mounts(), classes == 2);
+    classes = 0;
+    EXPECT_TRUE(std::async(std::launch::async, mounts).get());
+    gComponentHooks = before;
 }
 
 TEST_F(ArchiveManager, UnmountsOnlyWhatNobodyUses) {
-    disk.write("box.lines", "one=1st\n");
-    const FPath path = at((urlOf("box.lines") + "/one").c_str());
-    FPath inner = at("one");
-    OPtr<FFileSystem> box(manager->getFileSystem(&path));
+    const FString uid = FArchiveManager::getContainerUID(disk.at("box.lines"));
+    const std::string url = urlOf("box.lines", "/one");
+    OPtr<FFileSystem> box = systemOf(url);
     ASSERT_TRUE(box);
-    FStream* stream = box->openFile(&inner, kOpenRead);
+    FStream* stream = box->openFile(At("one"), kOpenRead);
     manager->unmountUnusedVirtualFileSystems();
     EXPECT_EQ(LineSystem::mounted, 1);
-    EXPECT_FALSE(
-        manager->unregisterArchive(wide("vfs:"), FArchiveManager::getContainerUID(disk.at("box.lines")), true));
-    EXPECT_TRUE(manager->isRegisteredURL(path));
+    EXPECT_EQ(box->getFileSize(stream), 3);
+    EXPECT_FALSE(manager->unregisterArchive(wide("vfs:"), uid, true));
+    EXPECT_TRUE(manager->isRegisteredURL(At(url)));
     EXPECT_FALSE(static_cast<FRemovableFileSystem*>(box.get())->unmount());
     EXPECT_TRUE(box->closeFile(stream));
     manager->unmountUnusedVirtualFileSystems();
     EXPECT_EQ(LineSystem::mounted, 0);
-    EXPECT_FALSE(manager->isRegisteredURL(path));
-    EXPECT_EQ(box->openFile(&inner, kOpenRead), nullptr) << "it is gone";
-    EXPECT_EQ(box->newIterator(&inner, false), nullptr);
+    EXPECT_FALSE(manager->isRegisteredURL(At(url)));
+    EXPECT_EQ(contentOf(*box, At("one")), "(none)") << "it is gone";
+    EXPECT_EQ(box->newIterator(At(""), false), nullptr);
 
-    box = manager->getFileSystem(&path);  // mounted anew
-    stream = box->openFile(&inner, kOpenRead);
+    box = systemOf(url);  // mounted anew
+    stream = box->openFile(At("one"), kOpenRead);
     box = nullptr;
     FArchiveManager::terminate();
     char c = 0;
@@ -341,16 +293,12 @@ TEST_F(ArchiveManager, UnmountsOnlyWhatNobodyUses) {
 }
 
 TEST_F(ArchiveManager, ThreadsMountAFileOnce) {
-    disk.write("box.lines", "one=1st\n");
-    const FPath path = at((urlOf("box.lines") + "/one").c_str());
-    std::vector<std::future<FFileSystem*>> all;
+    std::vector<std::future<OPtr<FFileSystem>>> all;
     for (int32_t i = 0; i < 8; ++i)
-        all.push_back(std::async(std::launch::async, [&] { return manager->getFileSystem(&path); }));
-    std::vector<OPtr<FFileSystem>> boxes;
-    for (auto& each : all)
-        boxes.emplace_back(each.get());
-    for (const OPtr<FFileSystem>& box : boxes)
-        EXPECT_EQ(box.get(), boxes[0].get());
+        all.push_back(std::async(std::launch::async, [&] { return systemOf(urlOf("box.lines")); }));
+    const OPtr<FFileSystem> known = all[0].get();
+    for (size_t i = 1; i < all.size(); ++i)
+        EXPECT_EQ(all[i].get(), known);
 }
 }  // namespace
 }  // namespace Tessarine

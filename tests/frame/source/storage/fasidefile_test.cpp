@@ -1,9 +1,7 @@
 #include "storage/fasidefile.h"
+#include "pathprobes.h"
 #include "storage/fbstream.h"
-#include "tempfolder.h"
 #include <csignal>
-#include <functional>
-#include <gtest/gtest.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -12,33 +10,13 @@
 namespace Tessarine {
 namespace {
 constexpr int32_t kLines = 12;
-const std::string kLine(700, 'n');
-const std::string kOld = "the old content, which is shorter";
-
-std::string newContent() {
-    std::string text;
-    for (int32_t i = 0; i < kLines; ++i)
-        text += kLine;
-    return text;
-}
+const std::string kOld = "the old content, which is shorter", kNew(kLines * 700, 'n');
 
 bool save(const FPath& path) {
     FAsideFile file(gFileSystem, path);
-    if (!file.getStream())
-        return false;
-    for (int32_t i = 0; i < kLines; ++i)
-        file.getStream()->writeRaw(kLine.data(), int64_t(kLine.size()));
+    for (int32_t i = 0; file.getStream() && i < kLines; ++i)
+        file.getStream()->writeRaw(kNew.data(), int64_t(kNew.size()) / kLines);
     return file.commit();
-}
-
-/** What the function answers in a process of its own. */
-int32_t inChild(const std::function<int32_t()>& function) {
-    const pid_t child = ::fork();
-    if (child == 0)
-        ::_exit(function());
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 class AsideFile : public testing::Test {
@@ -53,43 +31,25 @@ protected:
     FNPath path = temp.at("Setup.xml");
 };
 
-TEST_F(AsideFile, SavesUnderAnyNameThatTheDiskTakes) {
+TEST_F(AsideFile, ReplacesTheOldFileOnCommitOnlyUnderAnyNameThatTheDiskTakes) {
+    FAsideFile(gFileSystem, path).getStream()->writeRaw("x", 1);
+    expectAlone(kOld);
     std::string faces = "x";
     while (faces.size() < 250)
         faces += "\xF0\x9F\x98\x80";
-    for (const std::string& name : {std::string(255, 'x'), faces}) {
-        EXPECT_TRUE(save(temp.at(name)));
-        EXPECT_EQ(temp.read(name), newContent());
-    }
+    for (const std::string& name : {std::string("Setup.xml"), std::string(255, 'x'), faces})
+        EXPECT_TRUE(save(temp.at(name)) && temp.read(name) == kNew);
     EXPECT_EQ(temp.names().size(), 3u);
-}
-
-TEST_F(AsideFile, ReplacesTheOldFileOnCommitOnly) {
-    {
-        FAsideFile file(gFileSystem, path);
-        ASSERT_NE(file.getStream(), nullptr);
-        file.getStream()->writeRaw("x", 1);
-        EXPECT_EQ(temp.read("Setup.xml"), kOld);
-    }
-    expectAlone(kOld);
-    EXPECT_TRUE(save(path));
-    expectAlone(newContent());
-    std::filesystem::remove(temp / "Setup.xml");
-    EXPECT_TRUE(save(path));
-    expectAlone(newContent());
 }
 
 TEST_F(AsideFile, CommitFailsOnceAndForAll) {
     std::filesystem::remove(temp / "Setup.xml");
     std::filesystem::create_directory(temp / "Setup.xml");
-    FAsideFile file(gFileSystem, path);
+    FAsideFile file(gFileSystem, path), nowhere(gFileSystem, temp.at("missing/Setup.xml"));
     ASSERT_NE(file.getStream(), nullptr);
-    EXPECT_FALSE(file.commit());
-    EXPECT_EQ(file.getStream(), nullptr);
-    EXPECT_FALSE(file.commit());
+    for (FAsideFile* each : {&file, &file, &nowhere})
+        EXPECT_FALSE(each->commit() || each->getStream());
     EXPECT_EQ(temp.names().size(), 1u);
-    FAsideFile nowhere(gFileSystem, temp.at("missing/Setup.xml"));
-    EXPECT_FALSE(nowhere.commit());
 }
 
 TEST_F(AsideFile, RemovesWhatCrashesLeftAndNothingElse) {
@@ -115,25 +75,23 @@ TEST_F(AsideFile, OfTwoSaversTheLaterWinsWhole) {
 }
 
 TEST_F(AsideFile, StaysOldWhenTheFileCannotGrow) {
-    const auto whole = rlim_t(newContent().size());
-    for (const rlim_t limit : {rlim_t(0), whole - 1, whole}) {
-        SCOPED_TRACE(limit);
-        const int32_t saved = inChild([&] {
-            const rlimit most = {limit, limit};
-            ::signal(SIGXFSZ, SIG_IGN);
-            ::setrlimit(RLIMIT_FSIZE, &most);
-            return int32_t(save(path));
-        });
-        EXPECT_EQ(saved, limit == whole);
-        expectAlone(limit == whole ? newContent() : kOld);
+    const auto before = ::signal(SIGXFSZ, SIG_IGN);
+    rlimit most;
+    ::getrlimit(RLIMIT_FSIZE, &most);
+    for (const size_t limit : {size_t(0), kNew.size() - 1, kNew.size()}) {
+        const rlimit less = {limit, most.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &less);
+        const bool saved = save(path);
+        ::setrlimit(RLIMIT_FSIZE, &most);
+        EXPECT_EQ(saved, limit == kNew.size());
+        expectAlone(saved ? kNew : kOld);
     }
+    ::signal(SIGXFSZ, before);
 }
 
-enum Ending { kKilled, kFinished, kFailed };
-
 /** Saves in a process of its own, which is killed at the border of a system call, the number of which counts from 0; where
-    processes can't be traced, after so many times 20 microseconds. */
-Ending saveAndKill(const FPath& path, int32_t border, bool& traced) {
+    processes can't be traced, after so many times 20 microseconds. The result is how it ended. */
+int32_t saveAndKill(const FPath& path, int32_t border, bool& traced) {
     const pid_t child = ::fork();
     if (child == 0) {
         ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
@@ -155,7 +113,7 @@ Ending saveAndKill(const FPath& path, int32_t border, bool& traced) {
         ::kill(child, SIGKILL);
         ::waitpid(child, &status, 0);
     }
-    return !WIFEXITED(status) ? kKilled : WEXITSTATUS(status) == 0 ? kFinished : kFailed;
+    return status;
 }
 
 TEST_F(AsideFile, IsOldOrNewWhereverTheProcessIsKilled) {
@@ -163,19 +121,19 @@ TEST_F(AsideFile, IsOldOrNewWhereverTheProcessIsKilled) {
     bool traced = true;
     for (int32_t border = 0;; ++border) {
         temp.write("Setup.xml", kOld);
-        const Ending ending = saveAndKill(path, border, traced);
-        ASSERT_NE(ending, kFailed);
+        const int32_t status = saveAndKill(path, border, traced);
+        ASSERT_TRUE(!WIFEXITED(status) || WEXITSTATUS(status) == 0);
         const std::string content = temp.read("Setup.xml");
-        ASSERT_TRUE(content == kOld || content == newContent()) << "killed at border " << border;
+        ASSERT_TRUE(content == kOld || content == kNew) << "killed at border " << border;
         ASSERT_LE(temp.names().size(), 2u);  // what one crash left is gone with the next save
         ++(content == kOld ? olds : news);
-        if (ending == kFinished)
+        if (WIFEXITED(status))
             break;
     }
     EXPECT_GT(olds, traced ? 2 * kLines : 0);  // each write was hit on both sides
     EXPECT_GT(news, traced ? 1 : 0);
     EXPECT_TRUE(save(path));
-    expectAlone(newContent());
+    expectAlone(kNew);
 }
 
 }  // namespace

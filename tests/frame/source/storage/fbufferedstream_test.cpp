@@ -67,15 +67,12 @@ TEST(FBufferedStream, IsTheStreamItselfOnlyFaster) {
 
 TEST(FBufferedStream, NeverReadsAFileThatIsOnlyWritten) {
     const TempFolder temp;
-    {
-        FFileStream* below = opened(temp.at("file"), kOpenCreate).detach();
-        const OPtr<FStream> cached(createWritableBufferedStream(below));
-        FMemoryStream plain;
-        workAlike(*cached, plain, 3);
-        EXPECT_TRUE(cached->verify() && !below->error());
-        const OPtr<FFileStream> reader = opened(temp.at("file"), kOpenRead);
-        EXPECT_TRUE(reader->isStreamEqual(plain));
-    }
+    FFileStream* below = opened(temp.at("file"), kOpenCreate).detach();
+    const OPtr<FStream> cached(createWritableBufferedStream(below));
+    FMemoryStream plain;
+    workAlike(*cached, plain, 3);
+    EXPECT_TRUE(cached->verify() && !below->error());
+    EXPECT_TRUE(opened(temp.at("file"), kOpenRead)->isStreamEqual(plain));
 }
 
 TEST(FBufferedStream, KeepsWhatAFullDiskDidNotTake) {
@@ -98,22 +95,13 @@ TEST(FBufferedStream, KeepsWhatAFullDiskDidNotTake) {
     EXPECT_FALSE(none.writeInt32(1) || none.flush() || none.verify() || none.seek(0, kFromEnd) >= 0);
 }
 
-class StoppingHook : public UProgressHook {
-public:
-    explicit StoppingHook(int32_t limit) : limit(limit) {}
-    bool setProgress(int32_t percent) override {
-        EXPECT_GE(percent, last);
-        last = percent;
-        return percent < limit;
-    }
-    int32_t limit, last = 0;
-};
-
 TEST(FFileStream, AHookCutsLargePiecesShort) {
+    class : public UProgressHook {
+        bool setProgress(int32_t percent) override { return percent < 50; }
+    } hook;
     const TempFolder temp;
     const OPtr<FFileStream> stream = opened(temp.at("file"), kOpenRead | kOpenCreate);
     FBufferedStream cached(stream, 100000);
-    StoppingHook hook(50);
     cached.setReadWriteHook(&hook, 1000);
     const std::string bytes(10000, 'x');
     EXPECT_EQ(stream->writeRaw(bytes.data(), 10000), 5000);
@@ -121,7 +109,6 @@ TEST(FFileStream, AHookCutsLargePiecesShort) {
     stream->setReadWriteHook(nullptr, 0);
     EXPECT_EQ(stream->writeRaw(bytes.data(), 4000), 4000);
     EXPECT_EQ(stream->getEof(), 10000);
-    EXPECT_EQ(stream->bytesLeft(), 0);
     EXPECT_TRUE(stream->verify() && stream->close() && !stream->verify());
 }
 }  // namespace

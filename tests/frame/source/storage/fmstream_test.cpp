@@ -72,8 +72,6 @@ TEST(StreamsInMemory, PlacesAndFailuresAreBounded) {
         EXPECT_EQ(stream->writeRaw("c", 1), 0);
         EXPECT_EQ(stream->writeRaw("c", kFar), 0);
         EXPECT_FALSE(stream->verify() || stream->flush());
-    }
-    for (FStream* stream : {static_cast<FStream*>(&memory), static_cast<FStream*>(&overBuffer)}) {
         stream->rewind();
         EXPECT_FALSE(stream->writeRaw("c", 1) || stream->writeInt32(1));  // the error is kept, and so is what stands
     }
@@ -91,16 +89,14 @@ TEST(FMemoryStream, TypedValuesPassOnEveryPath) {
         for (int32_t i = 0; i < 3000; ++i)  // over two steps of growth
             EXPECT_TRUE(i % 2 ? stream.writeInt32(i) : slow.writeInt32(i));
         stream.seek(4, kFromCurrent);
-        EXPECT_TRUE(stream.writeDouble(1.5) && stream.writeChar8('x'));
-        ASSERT_EQ(stream.getSize(), 3001 * 4 + 9);
+        EXPECT_TRUE(stream.writeDouble(1.5));
         stream.rewind();
         for (int32_t i = 0, read; i < 3001; ++i) {
             EXPECT_TRUE(i % 3 ? stream.readInt32(read) : slow.readInt32(read));
-            ASSERT_EQ(read, i % 3001 == 3000 ? 0 : i);  // the gap
+            ASSERT_EQ(read, i % 3000);  // and the gap
         }
         double number;
-        EXPECT_TRUE(stream.readDouble(number));
-        EXPECT_EQ(number, 1.5);
+        EXPECT_TRUE(stream.readDouble(number) && number == 1.5);
         EXPECT_FALSE(stream.readDouble(number));
         EXPECT_EQ(number, 0);
     }
@@ -113,23 +109,21 @@ TEST(FMemoryStream, AViewNeverGrows) {
     EXPECT_EQ(stream.writeRaw("ab", 2), 2);
     EXPECT_TRUE(stream.verify());
     EXPECT_EQ(stream.writeRaw("c", 1), 0);
-    stream.rewind();
-    EXPECT_EQ(stream.writeRaw("c", 1), 0);
     EXPECT_STREQ(memory, "123ab");
+    EXPECT_EQ(stream.setStreamSize(3), kResultFalse);  // five bytes are no whole step
+    EXPECT_EQ(stream.getSize(), 5);
     EXPECT_EQ(stream.setStreamSize(0), kResultOk);
     EXPECT_EQ(stream.writeRaw("own", 3), 3);
     EXPECT_EQ(textOf(stream), "own");
-    FMemoryStream values(memory, 5), odd(memory, 5), whole(memory, 0);
+    FMemoryStream values(memory, 5);
     values.reset();
     EXPECT_TRUE(values.writeInt32(1) && !values.writeInt32(2));
     EXPECT_EQ(values.getSize(), 4);
-    EXPECT_EQ(odd.setStreamSize(3), kResultFalse);  // five bytes are no whole step
-    EXPECT_EQ(odd.getSize(), 5);
 }
 
 TEST(FMemoryStream, EndsAtTheCursorAndHandsItsMemoryOver) {
     for (const bool freeing : {true, false}) {
-        FMemoryStream stream;
+        FMemoryStream stream, to;
         stream.setSize(20000);
         stream.writeRaw("abcdef", 6);
         for (const size_t end : {3, 30000, 3}) {  // behind the end too
@@ -137,16 +131,14 @@ TEST(FMemoryStream, EndsAtTheCursorAndHandsItsMemoryOver) {
             freeing ? stream.truncate() : stream.truncateToCursor();
             EXPECT_EQ(textOf(stream), "abc" + std::string(end - 3, '\0'));
         }
-        EXPECT_EQ(stream.writeRaw("x", 1), 1);
-        FMemoryStream to;
         to.writeRaw("lost", 4);
         to.takeOver(stream);
         EXPECT_EQ(stream.getData(), nullptr);
         EXPECT_TRUE(to.writeInt16(0x6261));
         char* memory = static_cast<char*>(to.pass());
-        EXPECT_EQ(std::string(memory, 6), "abcxab");
-        EXPECT_EQ(to.getSize(), 0);
+        EXPECT_EQ(std::string(memory, 5), "abcab");
         std::free(memory);
+        EXPECT_EQ(to.getSize(), 0);
         EXPECT_TRUE(to.writeInt16(0));
     }
 }
@@ -171,20 +163,16 @@ TEST(FMemoryStream, IsStoredAndRefusesSizesThatLie) {
 }
 
 TEST(FMemoryStream, SpeaksAsAComponent) {
-    OPtr<FMemoryStream> stream(new FMemoryStream);
+    const OPtr<FMemoryStream> stream(new FMemoryStream);
     stream->writeInt32(0x04030201);
-    FUnknownPtr<IBStream> face(static_cast<CmObject*>(stream.get()));
+    const FUnknownPtr<IBStream> face(static_cast<CmObject*>(stream.get()));
     ASSERT_TRUE(face && FUnknownPtr<ISizeableStream>(face) && FUnknownPtr<IMemoryStream>(face)->getSize() == 4);
     char bytes[8];
     int32_t count = -1;
-    int64_t place = -1;
-    EXPECT_EQ(face->seek(1, IBStream::kSeekSet, &place), kResultOk);
-    EXPECT_EQ(face->read(bytes, 8, &count), kResultOk);
-    EXPECT_EQ(count, 3);
     EXPECT_EQ(face->read(bytes, 8, &count), kResultFalse);
     EXPECT_EQ(count, 0);
     EXPECT_EQ(face->read(bytes, -8, nullptr), kResultFalse);
-    EXPECT_EQ(face->seek(0, 3, &place), kInvalidArgument);
+    EXPECT_EQ(face->seek(0, 3, nullptr), kInvalidArgument);
     IBStreamer streamer(face);
     streamer.byteOrder = 1;
     EXPECT_TRUE(streamer.seek(0, kFromStart) == 0 && streamer.readInt32(count));

@@ -1,62 +1,45 @@
 #include "storage/fpath.h"
+#include "pathprobes.h"
 #include "storage/fmstream.h"
 #include "storage/fnewarchive.h"
 #include "storage/fpersistent.h"
 #include "storage/hooks.h"
-#include "tempfolder.h"
-#include <gtest/gtest.h>
-#include <vector>
 
 namespace Tessarine {
 namespace {
 
 // null: nothing above
-constexpr std::tuple<const char16_t*, const char16_t*, const char16_t*, bool, const char16_t*> kPaths[] = {
-    {u"/a/b.txt", u"/a/", u"b.txt", false, u"/a"  },
-    {u"/a/b/",    u"/a/", u"b",     true,  u"/a"  },
-    {u"/a/b///",  u"/a/", u"b",     true,  u"/a"  },
-    {u"/a",       u"/",   u"a",     false, u"/"   },
-    {u"/",        u"/",   u"",      true,  nullptr},
-    {u"a/b",      u"a/",  u"b",     false, u"a"   },
-    {u"a",        u"",    u"a",     false, nullptr},
-    {u"",         u"",    u"",      false, nullptr},
+constexpr std::tuple<const char*, const char*, const char*, bool, const char*> kPaths[] = {
+    {"/a/b.txt", "/a/", "b.txt", false, "/a"   },
+    {"/a/b//",   "/a/", "b",     true,  "/a"   },
+    {"/a",       "/",   "a",     false, "/"    },
+    {"/",        "/",   "",      true,  nullptr},
+    {"a/b",      "a/",  "b",     false, "a"    },
+    {"a",        "",    "a",     false, nullptr},
+    {"",         "",    "",      false, nullptr},
 };
 
-std::u16string textOf(const FPath& path) {
-    FString text;
-    path.getFullPath(text);
-    return text.text16();
-}
-
-TEST(FPath, SplitsAndAscends) {
+TEST(FPath, SplitsAscendsAndDescends) {
     for (const auto& [text, folders, name, folder, above] : kPaths) {
-        SCOPED_TRACE(testing::PrintToString(std::u16string(text)));
-        FPath path;
-        path.fromString(text, kFilePath);
-        EXPECT_EQ(std::u16string(path.getPathName()), folders);
-        EXPECT_EQ(std::u16string(path.getName()), name);
+        SCOPED_TRACE(text);
+        FPath path = At(text);
+        EXPECT_EQ(utf8(path.getPathName()), folders);
+        EXPECT_EQ(utf8(path.getName()), name);
         EXPECT_EQ(path.isFolder(), folder);
-        const std::u16string before = textOf(path);
+        const std::string before = utf8(path);
         ASSERT_EQ(path.ascend(), above != nullptr);
-        EXPECT_EQ(textOf(path), above ? above : before);
+        EXPECT_EQ(utf8(path), above ? above : before);
         EXPECT_EQ(path.isFolder(), above || folder);
+        if (!above)
+            continue;
+        path.descend(FString(name).text16(), kFilePath);
+        EXPECT_EQ(utf8(path), before);
+        EXPECT_TRUE(path.isFile());
     }
 }
 
-TEST(FPath, DescendsFromFoldersAndTheRoot) {
-    FNPath path(u"/", kFolderPath);
-    path.descend(u"house", kFolderPath);
-    path.descend(u"Setup.xml", kFilePath);
-    EXPECT_EQ(textOf(path), u"/house/Setup.xml");
-    EXPECT_TRUE(path.isFile());
-}
-
-struct ExtensionRow {
-    const char16_t* name;
-    const char16_t* typeExtension;  // null: no type
-    int32_t loose, strict;          // the index without and with checkType
-};
-constexpr ExtensionRow kExtensions[] = {
+// name, extension of the type (null: no type), the index without and with checkType
+constexpr std::tuple<const char16_t*, const char16_t*, int32_t, int32_t> kExtensions[] = {
     {u"a.txt",        nullptr,       2,  2 },
     {u"a.b.txt",      nullptr,       4,  4 },
     {u".hidden",      nullptr,       -1, -1},
@@ -72,72 +55,59 @@ constexpr ExtensionRow kExtensions[] = {
 };
 
 TEST(FPath, FindsExtensionsByNameAndType) {
-    for (const ExtensionRow& row : kExtensions) {
-        SCOPED_TRACE(testing::PrintToString(std::u16string(row.name)));
-        FPath path;
-        path.setName(row.name);
-        if (row.typeExtension)
-            path.setFileType(FFileType(u"Type", nullptr, row.typeExtension));
-        EXPECT_EQ(path.getExtensionIndex(false), row.loose);
-        EXPECT_EQ(path.getExtensionIndex(true), row.strict);
+    FPath path;
+    for (const auto& [name, typeExtension, loose, strict] : kExtensions) {
+        SCOPED_TRACE(utf8(name));
+        path.setName(name);
+        path.setFileType(FFileType(u"Type", nullptr, typeExtension));
+        EXPECT_EQ(path.getExtensionIndex(false), loose);
+        EXPECT_EQ(path.getExtensionIndex(true), strict);
         FString stem;
         path.getNameWithoutExtension(stem, false);
-        EXPECT_EQ(std::u16string(stem.text16()),
-                  std::u16string(row.name).substr(0, row.loose < 0 ? 99 : row.loose - 1));
+        EXPECT_EQ(utf8(stem), utf8(name).substr(0, loose < 0 ? 99 : size_t(loose - 1)));
     }
-    FPath path;
     path.setName(u"a.xml");
     path.setFileType(FFileType(u"Type", u"txt"));
     EXPECT_TRUE(path.updateExtension(true));
     EXPECT_FALSE(path.updateExtension(true));
-    EXPECT_EQ(std::u16string(path.getName()), u"a.txt");
+    EXPECT_EQ(utf8(path.getName()), "a.txt");
 }
 
 TEST(FPath, OrdersAsATree) {
-    const std::vector<const char16_t*> sorted = {u"", u"/a", u"/a/b", u"/a/b/c", u"/a b", u"/a.x", u"/aa", u"/b"};
-    for (size_t i = 0; i < sorted.size(); ++i)
-        for (size_t j = 0; j < sorted.size(); ++j) {
-            const int32_t order = FPathCompare::compareTreeStyle(sorted[i], sorted[j]);
-            EXPECT_EQ(order < 0, i < j) << i << " " << j;
-            EXPECT_EQ(order == 0, i == j) << i << " " << j;
+    const char16_t* const sorted[] = {u"", u"/a", u"/a/b", u"/a/b/c", u"/a b", u"/a.x", u"/aa", u"/b"};
+    for (const auto& a : sorted)
+        for (const auto& b : sorted) {
+            const int32_t order = FPathCompare::compareTreeStyle(a, b);
+            EXPECT_EQ(order <=> 0, &a <=> &b) << utf8(a) << " " << utf8(b);
         }
     EXPECT_EQ(FPathCompare::compareTreeStyle(u"/abc", u"/abd", 3), 0);
     EXPECT_LT(FPathCompare::compareTreeStyle(u"/abc", u"/abd", 4), 0);
 }
 
-struct RelativeRow {
-    const char16_t* base;
-    const char16_t* target;
-    const char16_t* way;  // null: there is none
-    int32_t levels;
-};
-constexpr RelativeRow kWays[] = {
-    {u"/a/b",    u"/a/b/c", u"c",          0},
-    {u"/a/b/",   u"/a/c/d", u"../c/d",     1},
-    {u"/a/b/c",  u"/x",     u"../../../x", 3},
-    {u"/a/b",    u"/a/b",   u".",          0},
-    {u"/a/b",    u"/",      u"../..",      2},
-    {u"/",       u"/a",     u"a",          0},
-    {u"/a",      u"/ab",    u"../ab",      1},
-    {u"a",       u"/a",     nullptr,       0},
-    {u"/a",      u"a",      nullptr,       0},
-    {u"/a/../b", u"/c",     nullptr,       0},
+// base, target, the way (null: there is none), its levels
+constexpr std::tuple<const char*, const char*, const char*, int32_t> kWays[] = {
+    {"/a/b",    "/a/b/c", "c",          0},
+    {"/a/b/",   "/a/c/d", "../c/d",     1},
+    {"/a/b/c",  "/x",     "../../../x", 3},
+    {"/a/b",    "/a/b",   ".",          0},
+    {"/a/b",    "/",      "../..",      2},
+    {"/",       "/a",     "a",          0},
+    {"/a",      "/ab",    "../ab",      1},
+    {"a",       "/a",     nullptr,      0},
+    {"/a",      "a",      nullptr,      0},
+    {"/a/../b", "/c",     nullptr,      0},
 };
 
 TEST(FNPath, FindsTheWayAndBack) {
-    for (const RelativeRow& row : kWays) {
-        const FNPath base(row.base, kFolderPath), target(row.target, kFolderPath);
-        SCOPED_TRACE(testing::PrintToString(textOf(base) + u" " + textOf(target)));
-        FNPath way(u"old", kFilePath);
-        ASSERT_EQ(way.assignRelative(&base, &target), row.way != nullptr);
-        EXPECT_EQ(textOf(way), row.way ? row.way : u"old");
-        EXPECT_EQ(way.countAscendLevels(), row.levels);
-        if (row.way) {
-            EXPECT_EQ(textOf(way.createAbsolutePath(&base)), textOf(target));
-        }
+    for (const auto& [from, to, expected, levels] : kWays) {
+        SCOPED_TRACE(std::string(from) + " " + to);
+        At base(from), target(to), way("old");
+        ASSERT_EQ(way.assignRelative(base, target), expected != nullptr);
+        EXPECT_EQ(utf8(way), expected ? expected : "old");
+        EXPECT_EQ(way.countAscendLevels(), levels);
+        EXPECT_TRUE(!expected || way.createAbsolutePath(base) == target);
     }
-    const FNPath deep(u"/a", kFolderPath), above(u"../../../etc/./x", kFilePath);
-    EXPECT_EQ(textOf(above.createAbsolutePath(&deep)), u"/etc/x");
+    EXPECT_EQ(utf8(At("../../../etc/./x").createAbsolutePath(At("/a"))), "/etc/x");
 }
 
 TEST(FNPath, ComesBackFromBagsAndArchives) {
@@ -149,13 +119,10 @@ TEST(FNPath, ComesBackFromBagsAndArchives) {
     FNPath::storeAttrFileType = false;
     EXPECT_TRUE(fromBag.getFileType() == path.getFileType());
     FMemoryStream stream;
-    {
-        FNewArchive archive(&stream, true);
-        ASSERT_TRUE(path.externalize(archive));
-    }
+    FNewArchive writing(&stream, true), reading(&stream, false);
+    ASSERT_TRUE(path.externalize(writing));
     stream.rewind();
-    FNewArchive archive(&stream, false);
-    ASSERT_TRUE(fromArchive.internalize(archive));
+    ASSERT_TRUE(fromArchive.internalize(reading));
     for (const FNPath* each : {&fromBag, &fromArchive}) {
         EXPECT_TRUE(*each == path);
         EXPECT_EQ(each->getKind(), path.getKind());
@@ -165,73 +132,47 @@ TEST(FNPath, ComesBackFromBagsAndArchives) {
 }
 
 TEST(FNPath, ShortensToBeShown) {
-    const std::pair<uint32_t, const char16_t*> rows[] = {
-        {30, u"/home/somebody/deep/file.txt"},
-        {20, u"/home/so.../file.txt"        },
-        {12, u".../file.txt"                },
-        {8,  u"file.txt"                    },
-        {6,  u"fil..."                      },
-        {0,  u""                            },
-    };
-    for (const auto& [length, expected] : rows) {
-        FFullPathString text(FNPath(u"/home/somebody/deep/file.txt", kFilePath));
-        text.wordWrap(length);
-        EXPECT_EQ(std::u16string(text.text16()), expected);
+    for (const std::string expected :
+         {"/home/somebody/deep/file.txt", "/home/so.../file.txt", ".../file.txt", "file.txt", "fil...", ""}) {
+        FFullPathString text(At("/home/somebody/deep/file.txt"));
+        text.wordWrap(uint32_t(expected.size()));
+        EXPECT_EQ(utf8(text), expected);
     }
 }
 
-class StandardFolder : public testing::Test {
-protected:
-    ~StandardFolder() override { gStorageHooks = {}; }
-    static bool folderOf(int32_t number, FNPath& folder) {
-        folder = *userFolder;
-        folder.descend(u"deep/down", kFolderPath);
-        return number == kUserFolder;
-    }
-
-    TempFolder temp;
-    FNPath top = temp.self();
-    static inline const FNPath* userFolder;
-};
-
-TEST_F(StandardFolder, IsMadeWhenAskedForAndUnknownGivesNoPathAtAll) {
-    userFolder = &top;
+TEST(FNPath, StandardFoldersAreMadeWhenAskedForAndUnknownOnesGiveNoPathAtAll) {
+    static FNPath deep;
+    const TempFolder temp;
+    deep = temp.at("deep/down");
     EXPECT_TRUE(FNPath(u"Setup.xml", kUserFolder, kFilePath, nullptr, true).isEmpty());
-    gStorageHooks.standardFolder = folderOf;
+    gStorageHooks.standardFolder = [](int32_t number, FNPath& folder) {
+        folder = deep;
+        return number == kUserFolder;
+    };
     EXPECT_TRUE(FNPath(u"Setup.xml", kApplicationFolder, kFilePath, nullptr, true).isEmpty());
-    const FNPath looked(u"Setup.xml", kUserFolder, kFilePath, nullptr, false);
+    EXPECT_EQ(utf8(FNPath(u"Setup.xml", kUserFolder, kFilePath, nullptr, false)), temp / "deep/down/Setup.xml");
     EXPECT_EQ(temp.names().size(), 0u);
-    const FNPath made(u"Setup.xml", kUserFolder, kFilePath, u"sub", true);
-    EXPECT_EQ(textOf(looked), textOf(top) + u"/deep/down/Setup.xml");
-    EXPECT_EQ(textOf(made), textOf(top) + u"/deep/down/sub/Setup.xml");
+    EXPECT_EQ(utf8(FNPath(u"Setup.xml", kUserFolder, kFilePath, u"sub", true)), temp / "deep/down/sub/Setup.xml");
     EXPECT_TRUE(std::filesystem::is_directory(temp / "deep/down/sub"));
+    gStorageHooks = {};
 }
 
-const FFileType* asksForABang(const char* bytes, int32_t size) {
-    static const FFileType type(u"Bang", u"bang");
-    return size == 2 && bytes[0] == '!' ? &type : nullptr;
-}
-
-TEST(FFileType, IsKnownByItsFirstBytes) {
+TEST(FFileType, IsKnownByItsMarksAndFirstBytes) {
+    const FFileType xml(u"XML File", u"xml", u"xml", 0, u"text/xml");
+    EXPECT_TRUE(xml == FFileType(u"Something", u"XML"));
+    EXPECT_FALSE(xml == FFileType(u"XML File", u"xml", nullptr, 0, u"text/plain") || xml == FFileType(u"XML File"));
+    static const FFileType bang(u"Bang", u"bang");
     FFileType::registerTypeIdentifier([](const char*, int32_t) -> const FFileType* { return nullptr; });
-    FFileType::registerTypeIdentifier(asksForABang);
+    FFileType::registerTypeIdentifier([](const char* bytes, int32_t size) -> const FFileType* {
+        return size == 2 && bytes[0] == '!' ? &bang : nullptr;
+    });
     FMemoryStream stream;
     stream.writeRaw("?!x", 3);
     stream.rewind();
     EXPECT_EQ(FFileType::getTypeByStream(&stream), nullptr);
     stream.seek(1, kFromStart);
-    const FFileType* type = FFileType::getTypeByStream(&stream);
-    ASSERT_NE(type, nullptr);
-    EXPECT_TRUE(type->hasExtension("BANG"));
+    EXPECT_EQ(FFileType::getTypeByStream(&stream), &bang);
     EXPECT_EQ(stream.tell(), 1);
-}
-
-TEST(FFileType, EqualByTheMarksBothHave) {
-    const FFileType xml(u"XML File", u"xml", u"xml", 0, u"text/xml");
-    EXPECT_TRUE(xml == FFileType(u"Something", u"XML"));
-    EXPECT_FALSE(xml == FFileType(u"XML File", u"xml", nullptr, 0, u"text/plain"));
-    EXPECT_FALSE(xml == FFileType(u"XML File"));
-    EXPECT_FALSE(FFileType(u"Name").isValid());
 }
 
 }  // namespace

@@ -31,47 +31,35 @@ TEST_F(Bag, ConvertsNumbersAndTexts) {
     bag.set("whole", 300);
     bag.set("real", 2.75);
     bag.set("text", ConstString("42.5 m"));
-    bag.setObject("object", &bag);
     int8_t small = 0;
-    bool truth = false;
     uint64_t large = 0;
     float real = 0;
     String text;
-    EXPECT_TRUE(bag.get("whole", small));
-    EXPECT_EQ(small, 300 - 256);
-    EXPECT_TRUE(bag.get("whole", truth) && truth);
+    EXPECT_TRUE(bag.get("whole", small) && small == 300 - 256);
     EXPECT_TRUE(bag.get("real", large) && large == 2);
     EXPECT_TRUE(bag.get("text", real) && real == 42.5f);
     EXPECT_TRUE(bag.get("real", text));
     EXPECT_STREQ(text.text8(), "2.75");
-    EXPECT_FALSE(bag.get("object", text) || bag.get("missing", real) || bag.get(nullptr, real));
-    EXPECT_EQ(bag.getInt("missing"), 0);
-    EXPECT_EQ(bag.getString8("whole"), nullptr);
-    bag.removeAttribute("object");
+    EXPECT_FALSE(bag.get("missing", real) || bag.get(nullptr, real));
 }
 
 TEST_F(Bag, ListsAreReadOnFromTheirCursor) {
     for (int32_t i = 1; i <= 3; ++i) {
         EXPECT_EQ(bag.queue("ints", FVariant(int64_t(i))), kResultOk);
-        EXPECT_EQ(bag.queue("mixed", FVariant(double(i))), kResultOk);
-        EXPECT_EQ(bag.queue("texts", FVariant(i == 1 ? u"\u00e9" : u"b")), kResultOk);
+        EXPECT_EQ(bag.queue("reals", FVariant(double(i))), kResultOk);
+        EXPECT_EQ(bag.queue("texts", FVariant(u"\u00e9")), kResultOk);
     }
     int64_t number = 0;
     for (int32_t round = 0; round < 2; ++round) {
         for (int32_t i = 1; i <= 3; ++i)
             EXPECT_TRUE(bag.unqueueInt("ints", number) && number == i);
-        EXPECT_FALSE(bag.unqueueInt("ints", number));
+        EXPECT_FALSE(bag.unqueueInt("ints", number) || bag.unqueueInt("reals", number));
         EXPECT_EQ(number, 3);
-        EXPECT_TRUE(bag.resetList("ints"));
+        bag.resetAllLists();
     }
     FVariant value;
-    EXPECT_EQ(bag.unqueue("mixed", value), kResultOk);
-    EXPECT_EQ(value.getFloat(), 1);
-    bag.resetAllLists();
-    double real = 0;
-    EXPECT_FALSE(bag.unqueueInt("mixed", number)) << "another kind";
-    EXPECT_TRUE(bag.unqueueFloat("mixed", real) && real == 1);
     String text;
+    EXPECT_TRUE(bag.unqueue("reals", value) == kResultOk && value.getFloat() == 1);
     EXPECT_TRUE(bag.unqueueString("texts", text) && text.text16()[0] == 0xe9);
     EXPECT_EQ(bag.countQueueItems("texts"), 3);
 }
@@ -84,9 +72,7 @@ TEST_F(Bag, HoldsObjectsInTheWayTheyWereGiven) {
     EXPECT_EQ(bag.queue("owned", FVariant(member)), kResultOk) << "with a reference more";
     EXPECT_EQ(bag.unqueueObject("owned"), member);
     EXPECT_EQ(bag.unqueueObject("owned", "FMessage"), nullptr);
-    EXPECT_EQ(bag.unqueueObject("owned"), nullptr);
     EXPECT_TRUE(bag.setObject("shared", nullptr));
-    EXPECT_FALSE(bag.containsAttribute("shared"));
     EXPECT_TRUE(bag.setMember("copy", *member));
     bag.removeAttribute("owned");
     EXPECT_EQ(Member::living, 0);
@@ -94,7 +80,6 @@ TEST_F(Bag, HoldsObjectsInTheWayTheyWereGiven) {
     EXPECT_TRUE(bag.getMember("copy", again) && again.number == 7);
     EXPECT_TRUE(bag.queueMember("copies", again) && bag.queueMember("copies", again));
     EXPECT_TRUE(bag.unqueueMember("copies", again) && bag.unqueueAttributes("copies"));
-    EXPECT_FALSE(bag.unqueueMember("copies", again));
 }
 
 TEST_F(Bag, ReadsByPathAndCopiesItsOwnParts) {
@@ -119,11 +104,9 @@ TEST_F(Bag, ReadsByPathAndCopiesItsOwnParts) {
 
 TEST_F(Bag, BytesAreCutToTheRoom) {
     EXPECT_TRUE(bag.setBinary("bytes", "abcdef", 6));
-    char room[8] = "-------";
-    EXPECT_TRUE(bag.getBinary("bytes", room, 3));
-    EXPECT_STREQ(room, "abc----");
-    EXPECT_TRUE(bag.getBinary("bytes", room, 8));
-    EXPECT_STREQ(room, "abcdef-");
-    EXPECT_EQ(bag.getBinarySize("bytes"), 6u);
-    EXPECT_FALSE(bag.getBinary("missing", room, 8));
+    for (const auto& [size, read] : {std::pair(3, "abc----"), std::pair(8, "abcdef-")}) {
+        char room[8] = "-------";
+        EXPECT_TRUE(bag.getBinary("bytes", room, uint32_t(size)));
+        EXPECT_STREQ(room, read);
+    }
 }

@@ -1,12 +1,11 @@
 #include "storage/fpreset.h"
 #include "base/fdefaults.h"
-#include "collect/cmstring.h"
 #include "storage/ffilesystem.h"
 #include "storage/fmstream.h"
 #include "storage/fnewarchive.h"
 #include "storage/fxmlarchive.h"
-#include "storage/hooks.h"
 #include "tests/frame/source/storage/tempfolder.h"
+#include "tests/support/utf8.h"
 #include <gtest/gtest.h>
 
 using namespace Tessarine;
@@ -15,16 +14,9 @@ namespace {
 namespace fs = std::filesystem;
 using Names = std::set<std::string>;
 
-FPath* object(const tchar* name) {
-    auto* path = new FNPath(kFilePath);
-    path->setName(name);
-    return path;
-}
-
-std::string utf8(const tchar* text) {
-    FString name(text);
-    name.toMultiByte(65001);
-    return name.text8();
+/** A preset with an object of that name. */
+int32_t add(FPresetList* list, const tchar* name, const tchar* object, bool canModify = true, int32_t index = -1) {
+    return list->addPreset(new FNPath(object, kFilePath), name, canModify, index);
 }
 
 std::string objectName(CmObject* object) {
@@ -49,68 +41,56 @@ std::string shown(FPresetList& list) {
     return text;
 }
 
-class Presets : public testing::Test {
+class Presets : public testing::Test, protected StandardFolders {
 protected:
-    Presets() : before(gStorageHooks), pool(new FPresetPool) {
-        folders[0] = &user;
-        folders[1] = &application;
-        gStorageHooks.standardFolder = [](int32_t number, FNPath& path) {
-            if (number == kUserFolder || number == kApplicationFolder)
-                path = folders[number == kApplicationFolder]->self();
-            return number == kUserFolder || number == kApplicationFolder;
-        };
-    }
     ~Presets() override {
         FPresetPool::unuse();
         FDefaultPool::isGuest = false;
-        gStorageHooks = before;
     }
+    FPresetList* ramList(const tchar* id = u"id", bool ownFile = false) { return pool->getRAMList(id, ownFile); }
+    FPresetList* fileList(const tchar* id = u"Files") { return pool->getPresetList(id, FPresetList::kFolder, nullptr); }
+    bool store() { return pool->store(user.self()); }
     /** What the pool's files give to a new pool. */
-    std::string reloaded(const tchar* id) {
+    std::string reloaded(const tchar* id = u"id") {
         const OPtr<FPresetPool> other(new FPresetPool);
         return other->load(user.self()) && other->hasRAMList(id) ? shown(*other->getRAMList(id, false)) : "nothing";
     }
-    FFilePresetList* fileList(const tchar* id = u"Files") {
-        return static_cast<FFilePresetList*>(pool->getPresetList(id, FPresetList::kFolder, nullptr));
-    }
-    Names filesIn(const char* folder) const {
-        Names names;
-        for (const auto& entry : fs::directory_iterator(user.path / folder))
-            names.insert(entry.path().filename());
-        return names;
+    /** A new pool reads this text of a list. */
+    FPresetList* readList(std::string text, const std::string& before = "") {
+        text = "<Presets>" + before + "<rootObjects><root name='Pool'><list name='Lists' type='obj'>" +
+               "<obj class='FPresetList' ID='2'><string name='ID' value='x'/>" + text +
+               "</obj></list></root></rootObjects></Presets>";
+        std::ranges::replace(text, '\'', '"');
+        user.write("RAMPresets.xml", text);
+        pool = new FPresetPool;
+        EXPECT_TRUE(pool->load(user.self()));
+        return ramList(u"x");
     }
 
-    const StorageHooks before;
-    TempFolder user, application;
-    OPtr<FPresetPool> pool;
-    inline static const TempFolder* folders[2];
+    OPtr<FPresetPool> pool{new FPresetPool};
 };
 
 TEST_F(Presets, ListsOfMemoryComeBackWithTheirFlagsAndSubLists) {
-    EXPECT_TRUE(pool->store(user.self()));
+    EXPECT_TRUE(store());
     EXPECT_EQ(user.names(), Names{}) << "no lists, no file";
-    FPresetList* list = pool->getRAMList(u"id", false);
-    EXPECT_EQ(list->addPreset(object(u"a"), u"A \u00e9 <\"", true, -1), 0);
-    EXPECT_EQ(list->addPreset(object(u"b"), u"B", false, -1), 1);
-    EXPECT_EQ(list->addPreset(object(u"c"), u"C", true, 0), 0);
-    list->addSubList(u"sub")->addPreset(object(u"d"), u"D", true, -1);
+    FPresetList* list = ramList();
+    EXPECT_EQ(add(list, u"A \u00e9 <\"", u"a"), 0);
+    EXPECT_EQ(add(list, u"B", u"b", false), 1);
+    EXPECT_EQ(add(list, u"C", u"c", true, 0), 0);
+    add(list->addSubList(u"sub"), u"D", u"d");
     EXPECT_TRUE(list->setPresetName(0, u"C2"));
     EXPECT_FALSE(list->setPresetName(2, u"B2")) << "no modify";
-    EXPECT_EQ(list->addPreset(object(u"e"), std::u16string(256, u'x').c_str(), true, -1), -1);
+    EXPECT_EQ(add(list, std::u16string(256, u'x').c_str(), u"e"), -1);
     EXPECT_EQ(list->countPresets(true), 4);
     const std::string all = "C2=c?;A \u00e9 <\"=a;B=b!;sub[D=d;]";
-    EXPECT_EQ(shown(*list), all);
-    ASSERT_TRUE(pool->store(user.self()));
-    EXPECT_EQ(reloaded(u"id"), all);
-    for (int32_t twice = 0; twice < 2; ++twice) {
-        EXPECT_TRUE(pool->load(user.self()));
-        EXPECT_EQ(shown(*list), all) << "merged with itself";
-    }
-    list->resetRenameState(0);
+    ASSERT_TRUE(store());
+    EXPECT_EQ(reloaded(), all);
+    EXPECT_TRUE(pool->load(user.self()) && pool->load(user.self()));
+    EXPECT_EQ(shown(*list), all) << "merged with itself";
     list->removeNonModifyPresets();
     EXPECT_TRUE(list->removeItem(list->getSubList(0)->getPreset(0), true));
-    EXPECT_EQ(shown(*list), "C2=c;A \u00e9 <\"=a;sub[]");
-    list->addPreset(object(u"n"), u"New", true, 0);
+    EXPECT_EQ(shown(*list), "C2=c?;A \u00e9 <\"=a;sub[]");
+    add(list, u"New", u"n", true, 0);
     EXPECT_TRUE(pool->load(user.self()));
     EXPECT_EQ(shown(*list), "New=n;C2=c?;A \u00e9 <\"=a;sub[D=d;]B=b!;");
 }
@@ -118,14 +98,12 @@ TEST_F(Presets, ListsOfMemoryComeBackWithTheirFlagsAndSubLists) {
 TEST_F(Presets, ListsWithFilesOfTheirOwnNeedNamesThatTheDiskKnows) {
     const std::u16string longest(250, u'\u4e2d');
     for (const tchar* id : {u"plain", u"a/b", u"a*b", longest.c_str()})
-        pool->getRAMList(id, true)->addPreset(object(id), u"P", true, -1);
-    ASSERT_TRUE(pool->store(user.self()) && pool->store(user.self()));
-    std::string cut;
-    for (int32_t i = 0; i < 79; ++i)
-        cut += "\u4e2d";
+        add(ramList(id, true), id, u"o");
+    ASSERT_TRUE(store() && store());
+    const std::string cut = utf8(longest.substr(0, 79).c_str());
     EXPECT_EQ(user.names(), (Names{"RAMPresets.xml", "a_b.pxml", "a_b-01.pxml", "plain.pxml", cut + ".pxml"}));
     for (const tchar* id : {u"plain", u"a/b", u"a*b", longest.c_str()})
-        EXPECT_EQ(reloaded(id), "P=" + utf8(id) + ";");
+        EXPECT_EQ(reloaded(id), utf8(id) + "=o;");
     const OPtr<FPresetPool> other(new FPresetPool);
     other->getRAMList(u"..", true);
     EXPECT_FALSE(other->store(user.self()));
@@ -136,178 +114,166 @@ TEST_F(Presets, ListsWithFilesOfTheirOwnNeedNamesThatTheDiskKnows) {
     EXPECT_NE(reloaded(u"a/b"), "nothing") << "one that took is enough";
 }
 
-struct TextRow {
-    const char *name, *list, *shown;
-};
-constexpr TextRow kTexts[] = {
-    {"without a name",                      "<string name='ID' value='x'/>",                                     "x:"                },
-    {"with a name",                         "<string name='ID' value='x'/><string name='Name' value='Shown'/>",  "Shown:"            },
-    {"of old",
-     "<string name='ID' value='x'/>"
-     "<list name='SubLists' type='obj'><obj class='FPresetList' ID='3'><string name='ID' value='s'/></obj></list>"
+TEST_F(Presets, WhatCannotBeStoredIsLeftOutAlone) {
+    for (const bool ownFile : {false, true}) {
+        FPresetList* list = ramList(ownFile ? u"own" : u"id", ownFile);
+        add(list, u"A", u"a", false);
+        list->addPreset(new FPresetPointerList, u"gone", true, -1);
+        FPresetList* inner = list->addSubList(u"sub");
+        inner->addPreset(new FPresetPointerList, u"gone", true, -1);
+        for (int32_t depth = 0; depth < FAttributeArchiveBase::kMaxDepth; ++depth)
+            inner = inner->addSubList(u"s");
+        add(list, u"B", u"b");
+    }
+    EXPECT_FALSE(store());
+    for (const tchar* id : {u"id", u"own"}) {
+        const std::string found = reloaded(id);
+        EXPECT_TRUE(found.starts_with("A=a!;sub[s[s[") && found.ends_with("]]]B=b;")) << found;
+    }
+}
+
+constexpr std::pair<const char*, const char*> kTexts[] = {
+    {"",                                                                                                              "x:"                },
+    {"<string name='Name' value='Shown'/>",                                                                           "Shown:"            },
+    {"<list name='SubLists' type='obj'><obj class='FPresetList' ID='3'><string name='ID' value='s'/></obj></list>"
      "<list name='Presets' type='obj'><obj class='FPreset' ID='4'><string name='Name' value='p'/></obj></list>", "x:p=none?;s[]"     },
-    {"of both",
-     "<list name='Presets' type='obj'><obj class='FPreset' ID='4'><string name='Name' value='old'/></obj></list>"
-     "<list name='Items' type='obj'><obj class='FPreset' ID='5'><string name='Name' value='new'/></obj></list>"
-     "<string name='ID' value='x'/>",                                                                            "x:new=none?;"      },
-    {"in itself, twice, and around itself",
-     "<string name='ID' value='x'/><list name='Items' type='obj'><item value='2'/>"
+    {"<list name='Presets' type='obj'><obj class='FPreset' ID='4'><string name='Name' value='old'/></obj></list>"
+     "<list name='Items' type='obj'><obj class='FPreset' ID='5'><string name='Name' value='new'/></obj></list>", "x:new=none?;"      },
+    {"<list name='Items' type='obj'><item value='2'/>"  // in itself, twice, and around itself
      "<obj class='FPreset' ID='6'><string name='Name' value='p'/><obj name='Object' ID='2'/></obj><item value='6'/>"
      "<obj class='FPreset' ID='7'><string name='Name' value='m'/>"
      "<obj class='FMultiPreset' name='Object' ID='8'><list name='Objects' type='obj'><item value='7'/><item value='8'/>"
-     "</list></obj></obj></list>",                                                                               "x:p=none?;m=none?;"},
+     "<obj class='FPreset' ID='9'><obj name='Object' ID='8'/></obj></list></obj></obj></list>",                  "x:p=none?;m=none?;"},
 };
 
 TEST_F(Presets, FilesOfAllKindsAreRead) {
-    for (const TextRow& row : kTexts) {
-        SCOPED_TRACE(row.name);
-        std::string text =
-            "<Presets><rootObjects><root name='Pool'><list name='Lists' type='obj'>"
-            "<obj class='FPresetList' ID='2'>" +
-            std::string(row.list) + "</obj></list></root></rootObjects></Presets>";
-        std::ranges::replace(text, '\'', '"');
-        user.write("RAMPresets.xml", text);
-        pool = new FPresetPool;
-        ASSERT_TRUE(pool->load(user.self()));
-        FPresetList* list = pool->getRAMList(u"x", false);
-        EXPECT_EQ(utf8(list->getName()) + ":" + shown(*list), row.shown);
+    for (const auto& [text, expected] : kTexts) {
+        FPresetList* list = readList(text);
+        EXPECT_EQ(utf8(list->getName()) + ":" + shown(*list), expected) << text;
     }
 }
 
 /** Each object refers to the one before it, and the file itself is flat. */
-TEST_F(Presets, NoChainInAFileCostsStack) {
-    constexpr int32_t kMany = 50000;
+TEST_F(Presets, NoChainInAFileCostsStackOrStopsSaving) {
+    constexpr int32_t kMany = 20000;
     for (const char* kind :
          {"PresetList' ID='%d'><string name='ID' value='l'/><list name='Items' type='obj'><item value='%d'/></list>",
           "Preset' ID='%d'><obj name='Object' ID='%d'/>",
           "MultiPreset' ID='%d'><list name='Objects' type='obj'><item value='%d'/></list>"}) {
         FString one;
-        std::string text = "<Presets>";
-        for (int32_t i = 1; i <= kMany; ++i)
-            text += std::string("<obj class='F") + one.printf(kind, i, i - 1).text8() + "</obj>";
-        text +=
-            "<rootObjects><root name='Pool'><list name='Lists' type='obj'><obj class='FPresetList' ID='0'>"
-            "<string name='ID' value='x'/><list name='Items' type='obj'><obj class='FPreset' ID='100000'>"
-            "<obj name='Object' ID='50000'/></obj></list></obj></list></root></rootObjects></Presets>";
-        std::ranges::replace(text, '\'', '"');
-        user.write("RAMPresets.xml", text);
-        pool = new FPresetPool;
-        ASSERT_TRUE(pool->load(user.self()));
-        auto* list = classCast<FPresetList>(pool->getRAMList(u"x", false)->getPresetObject(0));
-        EXPECT_EQ(list != nullptr, std::string(kind).starts_with("PresetList"));
-        EXPECT_LT(list ? list->countItems(true, true, true) : 0, 1000);
+        std::string chain;
+        for (int32_t i = 11; i <= kMany; ++i)
+            chain += std::string("<obj class='F") + one.printf(kind, i, i - 1).text8() + "</obj>";
+        FPresetList* list = readList(
+            "<list name='Items' type='obj'><obj class='FPreset' ID='100000'>"
+            "<obj name='Object' ID='20000'/></obj></list>",
+            chain);
+        EXPECT_EQ(list->countPresets(false), 1);
+        EXPECT_TRUE(store()) << kind;
+        auto* top = classCast<FPresetList>(list->getPresetObject(0));
+        EXPECT_LT(top ? top->countItems(true, true, true) : 0, 300);
     }
 }
 
-TEST_F(Presets, WhatCannotBeTakenInLeavesMemoryAndACopyOfTheFile) {
-    pool->getRAMList(u"id", false)->addPreset(object(u"a"), u"A", true, -1);
-    ASSERT_TRUE(pool->store(user.self()));
+TEST_F(Presets, WhatCannotBeTakenInLeavesMemoryAsItWas) {
+    add(ramList(), u"A", u"a");
+    ASSERT_TRUE(store());
     const std::string good = user.read("RAMPresets.xml");
-    pool->getRAMList(u"id", false)->setPresetName(0, u"B");
-    std::vector<std::string> texts = {good + "more", good};
-    texts[1].replace(texts[1].find("\"ID\""), 4, "\"IE\"");
-    texts.erase(texts.begin());
+    ramList()->setPresetName(0, u"B");
+    std::vector<std::string> texts = {good};
+    texts[0].replace(texts[0].find("\"ID\""), 4, "\"IE\"");
     for (size_t length = 0; length + 1 < good.size(); length += 3)
         texts.push_back(good.substr(0, length));
     for (const std::string& text : texts) {
-        SCOPED_TRACE(text);
         user.write("RAMPresets.xml", text);
-        EXPECT_FALSE(pool->load(user.self()));
-        EXPECT_EQ(shown(*pool->getRAMList(u"id", false)), "B=a?;");
+        EXPECT_FALSE(pool->load(user.self())) << text;
+        EXPECT_EQ(shown(*ramList()), "B=a?;") << text;
     }
-    ASSERT_TRUE(pool->store(user.self()));
-    EXPECT_EQ(user.read("RAMPresets.xml.backup"), texts.back());
-    EXPECT_EQ(reloaded(u"id"), "B=a?;");
 }
 
 /** Also when others could be read in its place. */
 TEST_F(Presets, TheUsersFilesThatCannotBeReadStayAsCopies) {
     for (const bool ownFile : {false, true})
-        pool->getRAMList(ownFile ? u"own" : u"id", ownFile)->addPreset(object(u"a"), u"A", true, -1);
-    for (const TempFolder* folder : folders) {
-        fs::create_directory(folder->path / "Presets");
-        ASSERT_TRUE(pool->store(folder->at("Presets")));
-    }
-    user.write("Presets/RAMPresets.xml", "mine");
-    user.write("Presets/own.pxml", "mine too");
-    for (const char* copy : {"RAMPresets.xml.backup", "own.pxml.backup"})
-        fs::create_directory(user.path / "Presets" / copy);
+        add(ramList(ownFile ? u"own" : u"id", ownFile), u"A", u"a");
+    fs::create_directory(application.path / "Presets");
+    ASSERT_TRUE(pool->store(application.at("Presets")));
+    const fs::path folder = user.path / "Presets";
+    constexpr const char *kFiles[] = {"Presets/RAMPresets.xml", "Presets/own.pxml"},
+                         *kInTheWay = "RAMPresets.xml.backup";
+    fs::create_directories(folder / kInTheWay);
+    for (const char* file : kFiles)
+        user.write(file, "mine");
     PostDefLoadFPresetPool();
     ASSERT_EQ(gPresetPool->countRAMLists(), 2);
     PreDefSaveFPresetPool();
-    EXPECT_EQ(user.read("Presets/RAMPresets.xml"), "mine") << "no copy could be made";
-    for (const char* copy : {"RAMPresets.xml.backup", "own.pxml.backup"})
-        fs::remove(user.path / "Presets" / copy);
-    for (int32_t twice = 0; twice < 2; ++twice)
-        PreDefSaveFPresetPool();
-    EXPECT_EQ(user.read("Presets/RAMPresets.xml.backup"), "mine");
-    EXPECT_EQ(user.read("Presets/own.pxml.backup"), "mine too");
-    EXPECT_NE(user.read("Presets/own.pxml"), "mine too");
+    EXPECT_EQ(user.read(kFiles[0]), "mine") << "no copy could be made";
+    fs::remove(folder / kInTheWay);
+    PreDefSaveFPresetPool();
+    PreDefSaveFPresetPool();
+    for (const std::string file : kFiles) {
+        EXPECT_EQ(user.read(file + ".backup"), "mine");
+        EXPECT_NE(user.read(file), "mine");
+    }
 }
 
 TEST_F(Presets, AFolderHoldsAFileForEachPreset) {
     user.write("outside.xml", "<Presets/>");
-    FFilePresetList* list = fileList();
-    ASSERT_TRUE(list);
-    EXPECT_EQ(fileList(), list);
-    EXPECT_EQ(list->countUsers(), 2);
     EXPECT_EQ(fileList(u".."), nullptr);
-    EXPECT_EQ(list->addPreset(object(u"a"), u"Take 1.5", true, -1), 0);
-    EXPECT_EQ(list->addPreset(object(u"b"), u"Take 1.5", true, -1), 1);
-    EXPECT_EQ(list->addPreset(object(u"c"), u"x/y.xml", true, 0), 0);
-    EXPECT_EQ(list->addPreset(object(u"d"), u"..", true, 0), -1);
-    list->addSubList(u"sub")->addPreset(object(u"e"), u"E", true, -1);
-    EXPECT_EQ(filesIn("Presets/Files"), (Names{"Take 1.5.xml", "Take 1.5-01.xml", "x_y.xml.xml", "sub"}));
+    FPresetList* list = fileList();
+    ASSERT_TRUE(list && list == fileList());
+    EXPECT_EQ(add(list, u"Take 1.5", u"a"), 0);
+    EXPECT_EQ(add(list, u"Take 1.5", u"b"), 1);
+    EXPECT_EQ(add(list, u"x/y.xml", u"c", true, 0), 0);
+    EXPECT_EQ(add(list, u"..", u"d", true, 0), -1);
+    add(list->addSubList(u"sub"), u"E", u"e");
+    EXPECT_EQ(user.names("Presets/Files"), (Names{"Take 1.5.xml", "Take 1.5-01.xml", "x_y.xml.xml", "sub"}));
 
     user.write("Presets/Files/broken.xml", "<Presets>");
     user.write("Presets/Files/other.txt", "");
     fs::create_directory_symlink(user.path / "Presets", user.path / "Presets/Files/loop");
-    EXPECT_TRUE(pool->removeFilePreset(list));
+    EXPECT_TRUE(pool->removeFilePreset(static_cast<FFilePresetList*>(list)));
     list = fileList();
+    const OPtr<FMultiPreset> group(new FMultiPreset);
+    const OPtr<FPresetPointer> pointer(new FPresetPointer(list->getPreset(3)));
+    group->addObject(pointer);
+    const OPtr<FAttributes> bag(new FAttributes);
+    EXPECT_TRUE(group->storeAttributes(*bag));
+    EXPECT_EQ(objectName(bag->unqueueObject("Objects")), "c") << "never read";
     EXPECT_EQ(shown(*list), "broken=none?;sub[E=e?;]Take 1.5=a?;Take 1.5-01=b?;x_y.xml=c?;");
     EXPECT_TRUE(list->setPresetName(1, u"broken"));
     EXPECT_TRUE(list->setPresetName(0, u"still broken")) << "never read";
     EXPECT_TRUE(list->removePresetAt(2));
-    EXPECT_EQ(shown(*list), "still broken=none?;sub[E=e?;]broken-01=a?;x_y.xml=c?;");
-    EXPECT_EQ(filesIn("Presets/Files"),
-              (Names{"still broken.xml", "broken-01.xml", "x_y.xml.xml", "sub", "other.txt", "loop"}));
-    EXPECT_GE(list->addPreset(object(u"f"), u".5 gain", true, -1), 0);
+    pointer->setName(u"z");
+    EXPECT_EQ(shown(*list), "still broken=none?;sub[E=e?;]broken-01=a?;z=c?;");
+    EXPECT_EQ(user.names("Presets/Files"),
+              (Names{"still broken.xml", "broken-01.xml", "z.xml", "sub", "other.txt", "loop"}));
+    EXPECT_GE(add(list, u".5 gain", u"f"), 0);
     EXPECT_TRUE(fs::exists(user.path / "Presets/Files/_5 gain.xml")) << "hidden ones aren't found again";
 }
 
 TEST_F(Presets, TheFirstStartTakesTheApplicationsPresets) {
-    pool->getRAMList(u"id", false)->addPreset(object(u"a"), u"A", true, -1);
+    add(ramList(), u"A", u"a");
     fs::create_directories(application.path / "Presets/folder");
-    FNPath source = application.at("Presets");
-    ASSERT_TRUE(pool->store(source));
+    ASSERT_TRUE(pool->store(application.at("Presets")));
     application.write("Presets/folder/x.xml", "x");
-
-    FDefaultPool::isGuest = true;
-    PostDefLoadFPresetPool();
-    PreDefSaveFPresetPool();
-    EXPECT_EQ(user.names(), Names{}) << "a guest only reads";
-    EXPECT_TRUE(gPresetPool->hasRAMList(u"id"));
-    auto* guests = gPresetPool->getPresetList(u"Files", FPresetList::kFolder, nullptr);
-    EXPECT_EQ(guests->addPreset(object(u"a"), u"A", true, -1), -1);
-    EXPECT_EQ(user.names(), Names{});
-    FPresetPool::unuse();
-
-    FDefaultPool::isGuest = false;
-    PostDefLoadFPresetPool();
-    EXPECT_EQ(user.names(), Names{"Presets"});
+    for (const bool isGuest : {true, false}) {
+        FDefaultPool::isGuest = isGuest;
+        PostDefLoadFPresetPool();
+        gPresetPool->getRAMList(u"id", false)->setPresetName(0, u"mine");
+        PreDefSaveFPresetPool();
+        EXPECT_EQ(add(gPresetPool->getPresetList(u"Files", FPresetList::kFolder, nullptr), u"B", u"b"), -isGuest);
+        EXPECT_EQ(user.names().empty(), isGuest) << "it only reads";
+        FPresetPool::unuse();
+    }
     EXPECT_EQ(user.read("Presets/folder/x.xml"), "x");
-    gPresetPool->getRAMList(u"id", false)->setPresetName(0, u"mine");
-    PreDefSaveFPresetPool();
-    FPresetPool::unuse();
     PostDefLoadFPresetPool();
     EXPECT_EQ(shown(*gPresetPool->getRAMList(u"id", false)), "mine=a?;");
 }
 
 TEST_F(Presets, TheOldBinaryFileGoesOnceItWasRead) {
-    FPresetList* list = pool->getRAMList(u"id", false);
-    list->addPreset(object(u"a"), u"A", true, -1);
-    list->addPreset(object(u"b"), u"B", false, -1);
-    list->addSubList(u"sub")->addPreset(object(u"c"), u"C", true, -1);
+    add(ramList(), u"A", u"a");
+    add(ramList(), u"B", u"b", false);
+    add(ramList()->addSubList(u"sub"), u"C", u"c");
     FMemoryStream stream;
     FNewArchive archive(&stream, true);
     ASSERT_TRUE(pool->externalize(archive));
@@ -325,28 +291,14 @@ TEST_F(Presets, TheOldBinaryFileGoesOnceItWasRead) {
 }
 
 TEST_F(Presets, SeveralObjectsAreCopiedOrShared) {
-    const OPtr<CmObject> original(object(u"a"));
+    const OPtr<CmObject> original(new FNPath(u"a", kFilePath));
     for (const bool isCopy : {false, true}) {
         const OPtr<FMultiPreset> written(new FMultiPreset(isCopy)), read(new FMultiPreset(!isCopy));
-        const OPtr<FPreset> preset(new FPreset(object(u"b"), u"B"));
-        written->addObject(original);
-        EXPECT_EQ(written->getObject(0) == original.get(), !isCopy);
-        if (!isCopy)
-            written->addObject(OPtr<CmObject>(new FPresetPointer(preset)));
-        read->addObject(original);
-        FMemoryStream stream;
-        FXmlArchive writer(&stream, true);
-        ASSERT_TRUE(writer.addRoot("r", written) && writer.save("T"));
-        stream.rewind();
-        FXmlArchive reader(&stream, false);
-        ASSERT_TRUE(reader.load("T"));
-        const OPtr<CmObject> root(reader.getRoot("r"));
-        OPtr<FAttributes> bag(new FAttributes);
-        ASSERT_TRUE(root->storeAttributes(*bag) && read->restoreAttributes(*bag));
-        EXPECT_EQ(read->holdsCopies(), isCopy);
-        EXPECT_EQ(read->countObjects(), isCopy ? 1 : 2);
-        EXPECT_EQ(objectName(read->getObject(isCopy ? 0 : 1)), isCopy ? "a" : "b");
-        read->updateDone(0);
+        EXPECT_TRUE(written->addObject(original) && read->addObject(original));
+        const OPtr<FAttributes> bag(new FAttributes);
+        ASSERT_TRUE(written->storeAttributes(*bag) && read->restoreAttributes(*bag));
+        EXPECT_TRUE(read->holdsCopies() == isCopy && (read->getObject(0) == original.get()) == !isCopy);
+        EXPECT_EQ(read->countObjects(), 1);
     }
 }
 }  // namespace

@@ -1,9 +1,7 @@
 #include "storage/fvfilesystem.h"
-#include "storage/fbstream.h"
-#include "tempfolder.h"
+#include "pathprobes.h"
+#include "tests/support/pieces.h"
 #include <cerrno>
-#include <filesystem>
-#include <gtest/gtest.h>
 
 namespace Tessarine {
 namespace {
@@ -27,65 +25,41 @@ protected:
         fs::create_symlink("loop", temp / "root/loop");
         fs::create_symlink("../root/file", temp / "root/outandin");
     }
-    std::string readAll(FVFileSystem& disk, const std::u16string& name) {
-        FPath path;
-        path.fromString(name.c_str(), kFilePath);
-        FStream* stream = disk.openFile(&path, kOpenRead);
-        char bytes[100];
-        const std::string text(bytes, stream ? size_t(stream->readRaw(bytes, sizeof bytes)) : 0);
-        if (stream)
-            disk.closeFile(stream);
-        return text;
-    }
-    std::u16string at(const char* name) {
-        FString text;
-        temp.at(name).getFullPath(text);
-        return text.text16();
-    }
 
+    const std::string kNone = "(none)";
     TempFolder temp;
     FNPath root = temp.at("root");
 };
 
 TEST_F(VirtualDisk, NoPathLeavesTheRoot) {
-    FVFileSystem disk(&root, true);
-    const std::pair<std::u16string, const char*> rows[] = {
-        {u"file",                     "inside"},
-        {u"sub/../file",              "inside"},
-        {u"../../../file",            "inside"},
-        {u"sub//./file",              "below" },
-        {u"near",                     "inside"},
-        {u"nearfolder/file",          "below" },
-        {u"outandin",                 "inside"},
-        {at("root/file"),             "inside"},
-        {at("root/../root/sub/file"), "below" },
-        {u"../secret",                ""      },
-        {u"far",                      ""      },
-        {u"farfolder/file",           ""      },
-        {u"farfolder/../file",        "inside"},
-        {u"sub/../../secret",         ""      },
-        {u"loop",                     ""      },
-        {u"dangling",                 ""      },
-        {at("secret"),                ""      },
-        {at("root/../secret"),        ""      },
-        {at("rooted"),                ""      },
-        {u"/etc/passwd",              ""      },
-        {u"file\xD800",               ""      },
-        {u"..",                       ""      },
+    FVFileSystem disk(&root);
+    const std::pair<std::string, std::string> rows[] = {
+        {"inside", "file|sub/../file|../../../file|near|outandin|farfolder/../file|" + (temp / "root/file")},
+        {"below",  "sub//./file|nearfolder/file|" + (temp / "root/../root/sub/file")                       },
+        {kNone,    "../secret|far|farfolder/file|sub/../../secret|loop|dangling|..|/etc/passwd|" + (temp / "secret|") +
+                    (temp / "root/../secret|") + (temp / "rooted")                          },
     };
-    for (const auto& [name, expected] : rows) {
-        SCOPED_TRACE(testing::PrintToString(name));
-        FPath path;
-        path.fromString(name.c_str(), kFilePath);
-        EXPECT_EQ(readAll(disk, name), expected);
-        EXPECT_EQ(disk.fileExists(&path), *expected != 0);
-        EXPECT_EQ(disk.getFileSize(&path) >= 0, *expected != 0);
-    }
+    for (const auto& [expected, names] : rows)
+        for (const std::string& name : piecesOf(names)) {
+            SCOPED_TRACE(name);
+            EXPECT_EQ(contentOf(disk, At(name)), expected);
+            EXPECT_EQ(disk.fileExists(At(name)), expected != kNone);
+            EXPECT_EQ(disk.getFileSize(At(name)) >= 0, expected != kNone);
+        }
+    FPath half;
+    half.setName(u"file\xD800");
+    EXPECT_FALSE(disk.fileExists(&half));
+    FVFileSystem all(gFileSystem);
+    for (const std::string& name : {temp / "secret", (temp / "secret").substr(1), "../.." + (temp / "secret")})
+        EXPECT_EQ(contentOf(all, At(name)), "secret");
 }
 
-TEST_F(VirtualDisk, AnotherFolderInTheRootsPlaceIsntLeftEither) {
+TEST_F(VirtualDisk, WhateverIsInTheRootsPlaceIsntLeftEither) {
+    fs::create_symlink("root", temp / "top");
+    FVFileSystem disk(&root), linked(temp.at("top"));
+    EXPECT_EQ(contentOf(linked, At("nearfolder/file")), "below");
+    EXPECT_EQ(contentOf(linked, At("far")), kNone);
     for (const bool removed : {false, true}) {
-        FVFileSystem disk(&root, true);
         if (removed)
             fs::remove_all(temp / "root");
         else
@@ -93,128 +67,75 @@ TEST_F(VirtualDisk, AnotherFolderInTheRootsPlaceIsntLeftEither) {
         fs::create_directory(temp / "root");
         fs::create_symlink("../secret", temp / "root/far");
         temp.write("root/new", "new");
-        EXPECT_EQ(readAll(disk, u"far"), "");
-        EXPECT_EQ(readAll(disk, u"new"), "new");
-        FPath path;
-        path.fromString(u"new", kFilePath);
-        EXPECT_TRUE(disk.fileExists(&path));
-        EXPECT_EQ(disk.getFileSize(&path), 3);
-        path.fromString(u"file", kFilePath);
-        EXPECT_FALSE(disk.fileExists(&path));
+        for (FVFileSystem* each : {&disk, &linked}) {
+            EXPECT_EQ(contentOf(*each, At("far")), kNone);
+            EXPECT_EQ(contentOf(*each, At("new")), "new");
+            EXPECT_EQ(each->getFileSize(At("new")), 3);
+            EXPECT_FALSE(each->fileExists(At("file")));
+        }
     }
-}
-
-TEST_F(VirtualDisk, ARootThatIsALinkLeadsWhereItDoesNow) {
-    fs::create_symlink("root", temp / "top");
-    const FNPath top = temp.at("top");
-    FVFileSystem disk(&top);
-    EXPECT_EQ(readAll(disk, u"nearfolder/file"), "below");
-    EXPECT_EQ(readAll(disk, u"far"), "");
     fs::remove(temp / "top");
     fs::create_symlink("outside", temp / "top");
-    fs::create_symlink("file", temp / "outside/near");
-    for (const tchar* name : {u"file", u"near"}) {
-        FPath path;
-        path.fromString(name, kFilePath);
-        EXPECT_EQ(readAll(disk, name), "secret");
-        EXPECT_TRUE(disk.fileExists(&path));
-    }
+    EXPECT_EQ(contentOf(linked, At("file")), "secret") << "it leads there now";
 }
 
-TEST_F(VirtualDisk, NothingIsWrittenOutside) {
-    FVFileSystem disk(&root, true);
-    const std::u16string names[] = {u"far",    u"dangling", u"farfolder/new", u"farfolder/file", at("secret"),
-                                    at("new"), u"..",       u"../.."};
-    FPath inside;
-    inside.fromString(u"file", kFilePath);
-    for (const std::u16string& name : names) {
-        SCOPED_TRACE(testing::PrintToString(name));
-        FPath path;
-        path.fromString(name.c_str(), kFilePath);
+TEST_F(VirtualDisk, NothingIsWrittenOutsideOrBeforeItIsEnabled) {
+    FVFileSystem disk(&root);
+    EXPECT_EQ(disk.createFile(At("new"), kOpenWrite), nullptr);
+    EXPECT_EQ(disk.openFile(At("new"), kOpenCreate), nullptr);
+    EXPECT_FALSE(disk.enableWrite(true));
+    const std::string absolute = (temp / "secret|") + (temp / "new");
+    for (const std::string& name : piecesOf("far|dangling|farfolder/new|farfolder/file|..|" + absolute)) {
+        SCOPED_TRACE(name);
         int32_t error = 0;
-        EXPECT_EQ(disk.createFile(&path, kOpenWrite, &error), nullptr);
+        EXPECT_EQ(disk.createFile(At(name), kOpenWrite, &error), nullptr);
         EXPECT_NE(error, 0);
-        EXPECT_EQ(disk.openFile(&path, kOpenWrite), nullptr);
-        EXPECT_FALSE(disk.removeFile(&path));
-        EXPECT_FALSE(disk.createDir(&path));
-        EXPECT_FALSE(disk.removeDir(&path, true));
-        EXPECT_FALSE(disk.renameFile(&path, u"renamed"));
-        EXPECT_FALSE(disk.moveFile(&path, &inside, true));
-        EXPECT_FALSE(disk.moveFile(&inside, &path, true));
-        EXPECT_FALSE(disk.copyFile(&inside, &path));
+        EXPECT_EQ(disk.openFile(At(name), kOpenWrite), nullptr);
+        EXPECT_FALSE(disk.removeFile(At(name)) || disk.createDir(At(name)) || disk.removeDir(At(name), true));
+        EXPECT_FALSE(disk.renameFile(At(name), u"renamed") || disk.copyFile(At("file"), At(name)));
+        EXPECT_FALSE(disk.moveFile(At(name), At("file"), true) || disk.moveFile(At("file"), At(name), true));
     }
-    EXPECT_FALSE(disk.renameFile(&inside, u"../moved"));
+    EXPECT_FALSE(disk.renameFile(At("file"), u"../moved"));
+    EXPECT_TRUE(disk.closeFile(disk.createFile(At("deep/../new"), kOpenWrite)) && disk.renameFile(At("new"), u"newer"));
+    EXPECT_TRUE(fs::exists(temp / "root/newer"));
     EXPECT_EQ(temp.read("secret") + temp.read("outside/file"), "secretsecret");
     EXPECT_EQ(temp.names(), (std::set<std::string>{"root", "outside", "secret", "rooted"}));
     EXPECT_EQ(temp.read("root/file"), "inside");
 }
 
-TEST_F(VirtualDisk, AllOfTheDisksBeginsAtTheTop) {
-    FVFileSystem disk(gFileSystem);
-    for (const std::u16string& name : {at("secret"), at("secret").substr(1), u"../.." + at("secret")})
-        EXPECT_EQ(readAll(disk, name), "secret");
-}
-
-TEST_F(VirtualDisk, WritesOnlyWhenEnabled) {
-    FVFileSystem disk(&root);
-    FPath path;
-    path.fromString(u"deep/../new", kFilePath);
-    EXPECT_EQ(disk.createFile(&path, kOpenWrite), nullptr);
-    EXPECT_EQ(disk.openFile(&path, kOpenCreate), nullptr);
-    EXPECT_FALSE(disk.enableWrite(true));
-    FStream* stream = disk.createFile(&path, kOpenWrite);
-    ASSERT_NE(stream, nullptr);
-    EXPECT_TRUE(disk.closeFile(stream));
-    EXPECT_TRUE(fs::exists(temp / "root/new"));
-    EXPECT_TRUE(disk.renameFile(&path, u"newer"));
-    EXPECT_TRUE(fs::exists(temp / "root/newer"));
-}
-
 TEST_F(VirtualDisk, ListsItsOwnPathsWithoutLinksThatLeadOut) {
     FVFileSystem disk(&root);
-    std::set<std::u16string> names;
-    const OPtr<FFileIterator> files(disk.newIterator(nullptr, true));
-    for (FPath* file = files->first(); file; file = files->next()) {
-        FString text;
-        file->getFullPath(text);
-        names.insert(text.text16());
-    }
-    EXPECT_EQ(names, (std::set<std::u16string>{u"file", u"sub", u"near", u"nearfolder", u"outandin"}));
-    FPath folder;
-    folder.fromString(u"nearfolder", kFolderPath);
-    const OPtr<FFileIterator> below(disk.newIterator(&folder, true));
+    std::set<std::string> names;
+    const OPtr<FFileIterator> files(disk.newIterator(nullptr, true)), below(disk.newIterator(At("nearfolder"), true));
+    for (const FPath* file = files->first(); file; file = files->next())
+        names.insert(utf8(*file));
+    EXPECT_EQ(names, (std::set<std::string>{"file", "sub", "near", "nearfolder", "outandin"}));
     ASSERT_TRUE(below && below->first());
-    EXPECT_EQ(std::u16string(below->current()->getName()), u"file");
+    EXPECT_EQ(utf8(below->current()->getName()), "file");
 }
 
 TEST_F(VirtualDisk, CopiesWholeTreesAndKeepsThemInside) {
     FVFileSystem source(&root);
-    const FNPath extracted = temp.at("extracted");
     fs::create_directory(temp / "extracted");
     fs::create_symlink(temp / "outside", temp / "extracted/sub");  // somebody laid a trap
-    FVFileSystem target(&extracted, true);
-    FPath top;
-    EXPECT_FALSE(FCopyFileSystem(&source, &top, &target));
+    FVFileSystem target(temp.at("extracted"), true);
+    EXPECT_FALSE(FCopyFileSystem(&source, At(""), &target));
     fs::remove(temp / "extracted/sub");
-    EXPECT_TRUE(FCopyFileSystem(&source, &top, &target));
+    EXPECT_TRUE(FCopyFileSystem(&source, At(""), &target));
     EXPECT_EQ(temp.read("extracted/sub/file"), "below");
     EXPECT_EQ(temp.read("outside/file"), "secret");
     int64_t size = 0;
-    EXPECT_EQ(target.countFiles(&top, true, true, &size), 4);
+    EXPECT_EQ(target.countFiles(At(""), true, true, &size), 4);
     EXPECT_EQ(size, 6 * 3 + 5);
 }
 
 TEST_F(VirtualDisk, NoFileIsCopiedOverItselfByAnotherName) {
-    FVFileSystem source(&root), same(&root, true);
-    const FNPath below = temp.at("root/sub");
-    FVFileSystem inside(&below, true);
-    FPath top, file;
-    file.fromString(u"file", kFilePath);
+    FVFileSystem source(&root), same(&root, true), inside(temp.at("root/sub"), true);
     int32_t error = 0;
-    EXPECT_FALSE(FFileSystem::copyFile(&source, &file, &same, &file, nullptr, &error));
+    EXPECT_FALSE(FFileSystem::copyFile(&source, At("file"), &same, At("file"), nullptr, &error));
     EXPECT_EQ(error, EINVAL);
     for (FVFileSystem* target : {&same, &inside})
-        EXPECT_FALSE(FCopyFileSystem(&source, &top, target));
+        EXPECT_FALSE(FCopyFileSystem(&source, At(""), target));
     EXPECT_EQ(temp.read("root/file") + temp.read("root/sub/file"), "insidebelow");
     EXPECT_FALSE(fs::exists(temp / "root/sub/sub"));
 }
@@ -223,8 +144,7 @@ const FFileType kBoxType(u"Box", u"box");
 
 /** A box is the folder that it lies in, unless it is empty. */
 FFileSystem* openBox(FPath* path) {
-    FNPath folder;
-    static_cast<FPath&>(folder) = *path;
+    FPath folder(*path);
     folder.ascend();
     return gFileSystem->getFileSize(path) > 0 ? new FVFileSystem(&folder) : nullptr;
 }
@@ -234,15 +154,14 @@ TEST_F(VirtualDisk, FilesOfAKnownTypeActAsFolders) {
     FVFileSystem::registerHandler(&kBoxType, openBox);
     temp.write("root/a.box", "box");
     temp.write("root/empty.box", "");
-    const FNPath box = temp.at("root/a.box"), empty = temp.at("root/empty.box"), plain = temp.at("root/file");
-    FVFileSystem disk(&box);
-    EXPECT_EQ(readAll(disk, u"sub/file"), "below");
-    EXPECT_EQ(readAll(disk, u"/sub/file"), "below");
-    EXPECT_EQ(readAll(disk, u"../secret"), "");
-    for (const FNPath& path : {empty, plain, temp.at("missing")}) {
-        FVFileSystem nothing(&path);
+    FVFileSystem disk(temp.at("root/a.box"));
+    for (const char* name : {"sub/file", "/sub/file"})
+        EXPECT_EQ(contentOf(disk, At(name)), "below");
+    EXPECT_EQ(contentOf(disk, At("../secret")), kNone);
+    for (const char* name : {"root/empty.box", "root/file", "missing"}) {
+        FVFileSystem nothing(temp.at(name));
         EXPECT_FALSE(nothing.isValid());
-        EXPECT_EQ(readAll(nothing, u"file"), "");
+        EXPECT_EQ(contentOf(nothing, At("file")), kNone);
         EXPECT_EQ(nothing.newIterator(nullptr, true), nullptr);
     }
 }

@@ -1,14 +1,11 @@
 #include "storage/fxmlparser2.h"
 #include "archiveprobes.h"
-#include "base/source/classfactory.h"
 #include "collect/cmstring.h"
 #include "pluginterfaces/base/istringresult.h"
 #include "tests/support/uncounted.h"
 #include <algorithm>
 #include <functional>
 #include <limits>
-#include <utility>
-#include <vector>
 
 namespace Tessarine {
 namespace {
@@ -94,17 +91,15 @@ TEST_F(XmlReading, WhatCameBeforeAFaultStaysTold) {
 }
 
 TEST_F(XmlReading, EntitiesDontGrowWithoutEnd) {
-    std::string text = "<!DOCTYPE a [<!ENTITY e0 \"0123456789\">";
+    std::string text = "<!DOCTYPE a [<!ENTITY e0 \"0123456789\">", inner;
     for (int32_t i = 1; i < 9; ++i) {
-        const std::string inner = "&e" + std::to_string(i - 1) + ";";
-        text += "<!ENTITY e" + std::to_string(i) + " \"";
+        inner.clear();
         for (int32_t times = 0; times < 10; ++times)
-            text += inner;
-        text += "\">";
+            inner += "&e" + std::to_string(i - 1) + ";";
+        text += "<!ENTITY e" + std::to_string(i) + " \"" + inner + "\">";
     }
     EXPECT_FALSE(process(text + "]><a>&e8;</a>"));
     EXPECT_LT(listener.heard.size(), 10u << 20);
-    EXPECT_EQ(context(), "no error");  // one without a context
 }
 
 TEST_F(XmlReading, GoesOverItsBlocksAndLeavesWhatFollowsInTheStream) {
@@ -118,17 +113,28 @@ TEST_F(XmlReading, GoesOverItsBlocksAndLeavesWhatFollowsInTheStream) {
 }
 
 TEST_F(XmlReading, GoesOnAfterAPauseAndStopsForGood) {
-    listener.onStart = [](INewXmlParser* source, const std::string& name) {
+    listener.onStart = [&](INewXmlParser* source, const std::string& name) {
         EXPECT_TRUE(name == "c" ? source->stop() : source->suspend());
+        EXPECT_FALSE(source->process(&stream) || source->resume(&stream) || source->reset(nullptr));
     };
     EXPECT_TRUE(process("<a>\n<b/><c/><d/></a>"));
     EXPECT_EQ(listener.heard, "<a>");
     EXPECT_FALSE(parser.setEncoding("utf-8"));
     EXPECT_TRUE(parser.resume(&stream));
     EXPECT_FALSE(parser.resume(&stream));
-    EXPECT_EQ(listener.heard.substr(0, 14), "<a>\n<b></b><c>");
-    EXPECT_EQ(listener.heard.find("<d>"), std::string::npos);
+    EXPECT_EQ(listener.heard, "<a>\n<b></b><c></c>");
     EXPECT_EQ(context(), "Xml Error: parsing aborted \r\nLine: 1");
+}
+
+TEST_F(XmlReading, GoesOnAfterAPauseBehindTheLastPiece) {
+    listener.onStart = [](INewXmlParser* source, const std::string& name) {
+        if (name == "b")
+            source->suspend();
+    };
+    const std::string cutByABlock(33000, 'x');  // what comes behind it may be held back until all was read
+    EXPECT_TRUE(process("<a x=\"" + cutByABlock + "\"><b/><c/></a>"));
+    EXPECT_TRUE(parser.resume(&stream));
+    EXPECT_TRUE(listener.heard.ends_with("</b><c></c></a>"));
 }
 
 TEST_F(XmlReading, SharesItsHandlerWhichMayGoMeanwhile) {
@@ -139,28 +145,10 @@ TEST_F(XmlReading, SharesItsHandlerWhichMayGoMeanwhile) {
     EXPECT_EQ(referencesOf(&listener), 1u);
 }
 
-TEST_F(XmlReading, DoesNotBeginAnewInTheMiddle) {
-    listener.onStart = [&](INewXmlParser* source, const std::string&) {
-        EXPECT_FALSE(source->process(&stream) || source->resume(&stream) || source->reset(nullptr));
-    };
-    EXPECT_TRUE(process("<a><b/></a>"));
-    EXPECT_EQ(listener.heard, "<a><b></b></a>");
-}
-
-TEST(XmlClasses, AreMadeByIdentifierWithItsFace) {
-    FUnknown* made = ClassFactory::instance(false)->createObjectByID(INewXmlParser::iid);
-    const OPtr<INewXmlParser> parser(static_cast<INewXmlParser*>(made));  // as a module takes it
-    ASSERT_TRUE(parser);
-    EXPECT_FALSE(parser->process(nullptr));
-    EXPECT_EQ(FUnknownPtr<INewXmlParser>(made).get(), parser.get());
-}
-
 TEST(XmlAttributes, TheFirstOfANameCounts) {
     const char* pairs[] = {"id", "5", "ch", "8", "id", "6", nullptr};
-    const XmlAttributeAccessor accessor(pairs);
-    EXPECT_STREQ(accessor.lookupValue("id"), "5");
-    EXPECT_EQ(accessor.lookupValue("5"), nullptr);
-    EXPECT_EQ(XmlAttributeAccessor(nullptr).lookupValue("id"), nullptr);
+    EXPECT_STREQ(XmlAttributeAccessor(pairs).lookupValue("id"), "5");
+    EXPECT_EQ(XmlAttributeAccessor(pairs).lookupValue("5"), nullptr);
 }
 
 class XmlWriting : public testing::Test {
@@ -196,49 +184,6 @@ TEST_F(XmlWriting, OneTagALineButNoneInsideText) {
               "   <b>\r\n"
               "'t' &amp; \xC3\xA4&lt;\xC3\xA4&gt;-9223372036854775808-2.5</b>\r\n"
               "</a>\r\n");
-}
-
-/** Writes what it hears; a tag without anything inside is an empty one. */
-class Copier : public XmlHandler {
-public:
-    explicit Copier(XmlWriter2& target) : writer(target) {}
-    void startTag(INewXmlParser*, const char* name, const char** attributes) override {
-        finish(kXmlStartTagOpen);
-        writer.beginStartTag(name);
-        for (; *attributes; attributes += 2) {
-            String value;
-            value.fromUTF8(attributes[1]);
-            writer.appendAttribute16(attributes[0], value.text16());
-        }
-        pushData(new CmString(name));
-        begun = true;
-    }
-    void endTag(INewXmlParser*, const char* name) override {
-        EXPECT_STREQ(static_cast<CmString*>(peekData())->text8(), name);
-        popData();
-        if (!finish(kXmlStartTagEmpty))
-            writer.writeEndTag(name, false);
-    }
-    void comment(INewXmlParser*, const char* text) override {
-        finish(kXmlStartTagOpen);
-        const std::string whole(text);
-        writer.writeComment8(whole.substr(1, whole.size() - 2).c_str());
-    }
-
-private:
-    bool finish(XmlStartTagType type) { return std::exchange(begun, false) && writer.finishStartTag(type); }
-
-    XmlWriter2& writer;
-    bool begun = false;
-};
-
-TEST_F(XmlWriting, WritesWhatTheReaderReads) {
-    const std::string golden = goldenFile("xmlwriter2.xml");
-    const OPtr<FMemoryStream> source = streamOf(golden);
-    Copier copier(writer);
-    writer.writeIntro(true);
-    EXPECT_TRUE(FXmlParser2(&copier, nullptr).process(source));
-    EXPECT_EQ(textOf(stream), golden);
 }
 
 TEST(XmlWritingFails, WhenTheStreamTakesNoMore) {

@@ -2,7 +2,6 @@
 #include "archiveprobes.h"
 #include "base/source/classfactory.h"
 #include <functional>
-#include <vector>
 
 namespace Tessarine {
 namespace {
@@ -17,35 +16,31 @@ public:
     }
     ~Reader() override { setStream(nullptr); }
     bool startTag(const char* name, CmContainer& attributes, bool empty, void* userData) override {
-        heard += std::string("<") + name;
+        heard.append("<").append(name);
         for (int32_t i = 0; i < attributes.total(); ++i) {
             const auto* each = static_cast<FXmlAttribute*>(attributes.at(i));
-            heard += std::string(" ") + each->name.text8() + "=" +
-                     (each->value.isWideString() ? "wide" : each->value.text8());
+            heard.append(" ").append(each->name.text8()).append("=");
+            heard += each->value.isWideString() ? "wide" : each->value.text8();
         }
         heard += empty ? "/>" : userData ? "^>" : ">";
         return !onStart || onStart(name);
     }
     bool endTag(const char* name, void*) override {
-        heard += std::string("</") + name + ">";
+        heard.append("</").append(name).append(">");
         return true;
     }
     void gotData(void* data, uint32_t size, void*) override {
         heard.append("[").append(static_cast<char*>(data), size).append("]");
-        sizes.push_back(size);
     }
     void gotComment(const char* text, void*, bool last) override {
         heard.append("{").append(text).append(last ? "}" : "+}");
     }
     std::string error() const { return errorCode ? std::string(1, '!').append(std::to_string(errorCode)) : ""; }
-    using FXmlParser::encoding;
     using FXmlParser::errorCode;
-    using FXmlParser::lineNumber;
     using FXmlParser::stopped;
     using FXmlParser::tagStack;
 
     std::string heard;
-    std::vector<uint32_t> sizes;
     std::function<bool(const std::string&)> onStart;
     const OPtr<FMemoryStream> memory;
 };
@@ -60,20 +55,12 @@ std::string read(const std::string& text, int32_t options, bool buffered) {
 const std::tuple<const char*, int32_t, const char*> kReadings[] = {
     {"",                                                              0,                                                             ""                                      },
     {"\r\n <a x='1'\ty = \"2\"\n/>",                                  0,                                                             "<a x=1 y=2/>"                          },
-    {"<a  1='2' \xE4='3'> 5</a>",                                     0,                                                             "<a 1=2 \xE4=3>[5][]</a>"               },
     {"<a>x<b>y</b>z</a>",                                             0,                                                             "<a>[x<b>y</b>z][]</a>"                 },
-    {"<a> <b>y</b>z</a>",                                             0,                                                             "<a><b>[y][]</b>[z][]</a>"              },
-    {"<a>x</ab>",                                                     0,                                                             "<a>[x][]</a>"                          },
     {"<a></ab>",                                                      0,                                                             "<a></a>"                               },
     {"<a></b>",                                                       0,                                                             "<a>!1"                                 },
-    {"</a>",                                                          0,                                                             "!1"                                    },
-    {"<a></a >",                                                      0,                                                             "<a>!1 open"                            },
     {"<a><b>",                                                        0,                                                             "<a><b> open"                           }, // a cut between tags isn't seen
     {"<a>x",                                                          0,                                                             "<a>[x]!3 open"                         },
     {"<a b=\"",                                                       0,                                                             "!1"                                    },
-    {"<a b>",                                                         0,                                                             "!1"                                    },
-    {"<a b=c>",                                                       0,                                                             "!1"                                    },
-    {"<a / >",                                                        0,                                                             "!1"                                    },
     {"<a",                                                            0,                                                             "!1"                                    },
     {"x<a/>",                                                         0,                                                             "[x][]<a/>"                             },
     {"x<1<a/>",                                                       0,                                                             "[x][<1][]<a/>"                         },
@@ -81,21 +68,17 @@ const std::tuple<const char*, int32_t, const char*> kReadings[] = {
     {"<a<b>x</a</a<b>",                                               0,                                                             "<a<b>[x</a][]</a<b>"                   },
     {"<?xml version=\"1.0\" encoding='utf-8'?>\n<a/>",                0,                                                             "<a/>"                                  },
     {"<?xml\n?>",                                                     0,                                                             "!1"                                    },
-    {"<?xml x?>",                                                     0,                                                             "!1"                                    },
     {"<!DOCTYPE a [<!ENTITY b \"]>\"> >] '>'><a/>",                   0,                                                             "<a/>"                                  },
     {"<!DOCTYPE a",                                                   0,                                                             "!3"                                    },
-    {"<!x>",                                                          0,                                                             "!1"                                    },
     {"<a><![CDATA[ x]]]></a>",                                        0,                                                             "<a></a>"                               },
     {"<a><![CDATA[",                                                  0,                                                             "<a>!3 open"                            },
     {"<!-- a-b <!-- c --> d --><a/>",                                 0,                                                             "<a/>"                                  },
     {"<!-- a-b < <!-- c --> d --><a/>",                               FXmlParser::kParseComments,                                    "{ ab   c  d }<a/>"                     },
     {"<!--a<!--b-->",                                                 FXmlParser::kParseComments | FXmlParser::kSplitNestedComments, "{a}{b}"                                },
     {"<!--!<!x<!-y->-- >--->",                                        FXmlParser::kParseComments,                                    "{!!x!y> >}"                            },
-    {"<!-- a --",                                                     FXmlParser::kParseComments,                                    "!3"                                    },
     {"<!----><a/>",                                                   FXmlParser::kParseComments,                                    "<a/>"                                  },
     {"<a>\n <b/></a>",                                                FXmlParser::kKeepSpaces,                                       "<a>[ <b/>][]</a>"                      },
     {"<a b=\"c\\\"d\"/>",                                             FXmlParser::kBackslashEscape,                                  "<a b=c\\\"d/>"                         },
-    {"<a b=\"c\\\"/>",                                                0,                                                             "<a b=c\\/>"                            },
     {"<a></a><b>",                                                    FXmlParser::kStopAfterMainTag,                                 "<a></a>"                               },
     {"<a b='&foo;&#65;&#x41;&amp;lt;&Acirc;&#x20AC;&eacute;&&#0;'/>", 0,                                                             "<a b=&foo;AA&lt;&Acirc;\xAC\x8E&&#0;/>"},
     {"<a b='&nbsp;&eacute;&iquest;&#xg;&lt'/>",                       FXmlParser::kWindowsEntities,                                  "<a b=\xA0\xE9\xBF&#xg;&lt/>"           },
@@ -123,53 +106,38 @@ TEST(FXmlParser, ReadsTheSameWhereverABufferEnds) {
 }
 
 TEST(FXmlParser, TellsTextInPieces) {
-    const std::pair<size_t, std::vector<uint32_t>> rows[] = {
-        {4095, {4095, 0}      },
-        {4096, {4096, 0}      },
-        {4097, {4096, 1, 0}   },
-        {8192, {4096, 4096, 0}},
+    const std::string full(4096, 'x'), most(4095, 'x'), almost(4094, 'x'), tagged(4092, 'x');
+    const std::pair<std::string, std::string> rows[] = {
+        {most,                  "[" + most + "][]"              },
+        {full,                  "[" + full + "][]"              },
+        {full + "y",            "[" + full + "][y][]"           },
+        {full + full,           "[" + full + "][" + full + "][]"},
+        {tagged + "<b/>y<c/>",  "[" + tagged + "<b/>][y][]<c/>" }, // a tag is text in the first only
+        {"<!--" + most + "-->", "{" + almost + "+}{x}"          },
     };
-    for (const auto& [length, pieces] : rows)
-        for (const bool buffered : {true, false}) {
-            SCOPED_TRACE(length);
-            Reader reader("<a>" + std::string(length, 'x') + "</a>", buffered);
-            EXPECT_TRUE(reader.process(nullptr));
-            EXPECT_EQ(reader.sizes, pieces);
-        }
-    // an inner tag is text in the first piece only
-    Reader reader("<a>" + std::string(4092, 'x') + "<b/>y<c/></a>", true);
-    EXPECT_TRUE(reader.process(nullptr));
-    EXPECT_EQ(reader.sizes, (std::vector<uint32_t>{4096, 1, 0}));
-    EXPECT_EQ(reader.heard.substr(reader.heard.find("[y]")), "[y][]<c/></a>");
-    Reader comment("<!--" + std::string(4095, 'x') + "-->", true, FXmlParser::kParseComments);
-    EXPECT_TRUE(comment.process(nullptr));
-    EXPECT_EQ(comment.heard, std::string("{").append(4094, 'x') + "+}{x}");
+    for (const auto& [text, heard] : rows)
+        for (const bool buffered : {true, false})
+            EXPECT_EQ(read("<a>" + text + "</a>", FXmlParser::kParseComments, buffered), "<a>" + heard + "</a>");
 }
 
-TEST(FXmlParser, LimitsWhatAnAttributeHolds) {
-    const auto tag = [](size_t name, size_t value) {
-        return "<a " + std::string(name, 'n') + "=\"" + std::string(value, 'v') + "\"/>";
-    };
-    for (const bool buffered : {true, false}) {
-        EXPECT_NE(read(tag(47, 2047), 0, buffered).find("vv/>"), std::string::npos);
-        EXPECT_EQ(read(tag(48, 1), 0, buffered), "!1");
-        EXPECT_EQ(read(tag(1, 2048), 0, buffered), "!1");
-        std::string longest("<");
-        longest.append(4095, 'n');
-        EXPECT_EQ(read(longest + "/>", 0, buffered).size(), 4098u);
-        EXPECT_EQ(read(longest + "n/>", 0, buffered), "!1");
-    }
-}
-
-TEST(FXmlParser, ANulIsTheEnd) {
+TEST(FXmlParser, LimitsWhatAnAttributeHoldsAndEndsAtANul) {
     using namespace std::string_literals;
-    for (const bool buffered : {true, false}) {
-        EXPECT_EQ(read("<a>\r\0<b/>"s, 0, buffered), "<a> open");
-        EXPECT_EQ(read("<a>x\0</a>"s, 0, buffered), "<a>[x]!3 open");
-        EXPECT_EQ(read("<a \0/>"s, 0, buffered), "!1");
-        EXPECT_EQ(read("<a b='\0'/>"s, 0, buffered), "!1");
-        EXPECT_EQ(read("<a\0/>"s, 0, buffered), "!1");
-    }
+    const std::string longest(4095, 'n'), name(47, 'n'), value(2047, 'v');
+    const std::pair<std::string, std::string> rows[] = {
+        {"<a " + name + "='" + value + "'/>", "<a " + name + "=" + value + "/>"},
+        {"<a " + name + "n='1'/>",            "!1"                             },
+        {"<a n='" + value + "v'/>",           "!1"                             },
+        {"<" + longest + "/>",                "<" + longest + "/>"             },
+        {"<" + longest + "n/>",               "!1"                             },
+        {"<a>\r\0<b/>"s,                      "<a> open"                       },
+        {"<a>x\0</a>"s,                       "<a>[x]!3 open"                  },
+        {"<a \0/>"s,                          "!1"                             },
+        {"<a b='\0'/>"s,                      "!1"                             },
+        {"<a\0/>"s,                           "!1"                             },
+    };
+    for (const auto& [text, heard] : rows)
+        for (const bool buffered : {true, false})
+            EXPECT_EQ(read(text, 0, buffered), heard);
 }
 
 TEST(FXmlParser, AnElementIsReadWhereItBeginsOrSkipped) {
@@ -196,17 +164,13 @@ TEST(FXmlParser, AnElementIsReadWhereItBeginsOrSkipped) {
 TEST(FXmlParser, HandlersEndTheReading) {
     Reader refused("<a/>\n<b/>", true), own("<a/>", true), stopping("<a/><b/>", true);
     refused.onStart = [&](const std::string& name) { return name == "a"; };
-    own.onStart = [&](const std::string&) {
-        own.errorCode = FXmlParser::kErrorUnexpectedTag;
-        return false;
-    };
+    own.onStart = [&](const std::string&) { return !(own.errorCode = FXmlParser::kErrorUnexpectedTag); };
     stopping.onStart = [&](const std::string&) { return stopping.stopped = true; };
-    EXPECT_FALSE(refused.process(nullptr));
+    EXPECT_FALSE(refused.process(nullptr) || own.process(nullptr));
     FString line;
     refused.getErrorContext(line);
     EXPECT_STREQ(line.text8(), "Line 2");
     EXPECT_EQ(std::u16string(refused.errorMessage()), u"Unexpected tag or invalid attributes!");
-    EXPECT_FALSE(own.process(nullptr));
     EXPECT_EQ(own.error(), "!5");
     EXPECT_TRUE(stopping.process(nullptr));
     EXPECT_EQ(stopping.heard, "<a/>");
@@ -223,43 +187,12 @@ TEST(FXmlParser, CallsInsideOneAnotherHaveALimit) {
     }
 }
 
-TEST(FXmlParser, CountsTheLinesBetweenTags) {
-    for (const bool buffered : {true, false}) {
-        Reader reader("\r\n\n\r\r\n\n<!-- \r\n\n -->\n<![CDATA[.\n]]><a b='\n'>x\n</a>", buffered);
-        EXPECT_TRUE(reader.process(nullptr));
-        EXPECT_EQ(reader.lineNumber, 8);
-    }
-}
-
-TEST(FXmlParser, KnowsTheDeclaredEncodingOnlyInThisSpelling) {
-    for (const char* name : {"utf-8", "UTF-8", "utf8"}) {
-        Reader reader("<?xml encoding=\"" + std::string(name) + "\"?>", true);
-        EXPECT_TRUE(reader.process(nullptr));
-        EXPECT_EQ(reader.encoding, name == std::string("utf-8") ? 65001u : 0u);
-    }
-}
-
-TEST(FXmlParser, GoesBackOverTheEdgeOfItsBuffer) {
-    for (const bool buffered : {true, false}) {
-        Reader reader("abc", buffered);
-        EXPECT_EQ(reader.nextChar(), 'a');
-        EXPECT_EQ(reader.getStreamPosition(), 1);
-        EXPECT_EQ(reader.peekChar(), 'b');
-        reader.ungetChar('?');
-        reader.ungetChar(0);
-        for (const char expected : {'a', 'b', 'c', '\0'})
-            EXPECT_EQ(reader.nextChar(), expected);
-        reader.ungetChar('?');
-        EXPECT_EQ(reader.nextChar(), 'c');
-    }
-}
-
 /** A component's view of the parser. */
 struct Definition final : IXmlParserDef {
-    bool startTag(IXmlParser* parser, const char* name, int32_t count, const char** names, const char** values, bool,
+    bool startTag(IXmlParser*, const char* name, int32_t count, const char** names, const char** values, bool,
                   void*) override {
         heard += std::string("<") + name + (count > 0 ? std::string(" ") + names[0] + "=" + values[0] : "") + ">";
-        return name[0] != 's' || parser->stop(IXmlParser::kStopAsMalformed) != IXmlParser::kDone;
+        return true;
     }
     bool endTag(IXmlParser*, const char* name, void*) override { return heard += std::string("</") + name + ">", true; }
     void gotData(IXmlParser*, void* data, uint32_t size, void*) override {
@@ -288,17 +221,14 @@ TEST(FPlugXmlParser, IsMadeByIdentifierAndLeavesTheRestInTheStream) {
 }
 
 TEST(FPlugXmlParser, RefusesThe51stAttribute) {
-    for (const int32_t count : {50, 51}) {
-        std::string text = "<a";
-        for (int32_t i = 0; i < count; ++i)
-            text += " n='v'";
-        text += "/>";
-        const OPtr<FMemoryStream> stream = streamOf(text);
+    std::string text = "<a";
+    for (int32_t count = 1; count <= 51; ++count) {
+        text += " n='v'";
+        const OPtr<FMemoryStream> stream = streamOf(text + "/>");
         Definition definition;
         const OPtr<FPlugXmlParser> parser(new FPlugXmlParser);
         parser->initialize(stream, &definition);
-        EXPECT_EQ(parser->process(nullptr), count == 50 ? 0 : 1);
-        EXPECT_EQ(std::u16string(parser->errorMessage()), count == 50 ? u"" : u"Unexpected tag or invalid attributes!");
+        EXPECT_EQ(parser->process(nullptr), count <= 50 ? 0 : 1);
     }
 }
 

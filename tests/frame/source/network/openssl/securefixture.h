@@ -1,23 +1,20 @@
 #pragma once
 #include "network/hooks.h"
 #include "network/openssl/securenetwork.h"
-#include "storage/furlhttphandler.h"
+#include "tests/support/fetch.h"
 #include "tests/support/scriptedserver.h"
 #include "tests/support/webserver.h"
-#include <gtest/gtest.h>
 #include <map>
 
 namespace Tessarine {
-inline constexpr NTimeouts kTimeouts = {5000, 5000, 20000};
-
 /** Certificates of an authority of the test's own, made by the openssl command in a folder. */
 class Certificates {
 public:
     explicit Certificates(const std::filesystem::path& folder) : folder(folder) {
-        const std::string forHere = "subjectAltName=DNS:localhost,IP:127.0.0.1";
-        good = selfSigned("authority", "basicConstraints=critical,CA:TRUE") && selfSigned("own", forHere) &&
-               issued("right", forHere, 1) && issued("wronghost", "subjectAltName=DNS:elsewhere.example", 1) &&
-               issued("expired", forHere, -1);
+        const std::string forHere = "subjectAltName=DNS:localhost,IP:127.0.0.1,IP:::1";
+        good = made("authority", "basicConstraints=critical,CA:TRUE", "-key authority.key") &&
+               made("own", forHere, "-key own.key") && made("right", forHere) &&
+               made("expired", forHere, kIssued, -1) && made("wronghost", "subjectAltName=DNS:elsewhere.example");
     }
     std::string of(const std::string& name) const { return (folder / (name + ".pem")).string(); }
     std::string keyOf(const std::string& name) const { return (folder / (name + ".key")).string(); }
@@ -28,28 +25,16 @@ private:
     bool openssl(const std::string& arguments) {
         return std::system(("cd " + folder.string() + " && openssl " + arguments + " 2>/dev/null").c_str()) == 0;
     }
-    bool selfSigned(const std::string& name, const std::string& extension) {
-        return openssl("req -x509 " + newKey(name, extension) + " -days 1 -out " + name + ".pem");
-    }
-    bool issued(const std::string& name, const std::string& extension, int days) {
-        return openssl("req " + newKey(name, extension) + " -out " + name + ".csr") &&
-               openssl("x509 -req -in " + name +
-                       ".csr -CA authority.pem -CAkey authority.key -copy_extensions copy -days " +
-                       std::to_string(days) + " -out " + name + ".pem");
-    }
-    static std::string newKey(const std::string& name, const std::string& extension) {
-        return "-newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj /CN=" + name + " -keyout " + name +
-               ".key -addext " + extension;
+    bool made(const std::string& name, const std::string& extension, const char* signer = kIssued, int days = 1) {
+        return openssl("req -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj /CN=" + name + " -keyout " + name +
+                       ".key -addext " + extension + " -out " + name + ".csr") &&
+               openssl("x509 -req -in " + name + ".csr -copy_extensions copy -days " + std::to_string(days) + " -out " +
+                       name + ".pem " + signer);
     }
 
+    static constexpr const char* kIssued = "-CA authority.pem -CAkey authority.key";
     std::filesystem::path folder;
 };
-
-inline std::string contentOf(FStream* stream) {
-    std::string content(1 << 22, 0);
-    content.resize(stream ? size_t(stream->readRaw(content.data(), int64_t(content.size()))) : 0);
-    return content;
-}
 
 /** A server with one port for each certificate, and one in the open. */
 class SecureNetwork : public testing::Test {
@@ -64,15 +49,16 @@ protected:
         EXPECT_FALSE(trustAuthoritiesOf(certificates.keyOf("right").c_str()));
         ASSERT_TRUE(trustAuthoritiesOf(certificates.of("authority").c_str()));
         std::string blocks;
-        const auto listen = [&](const std::string& name, const std::string& options) {
+        const auto listen = [&](const char* name, const std::string& options, const char* address = "127.0.0.1:") {
             const uint16_t port = ports.try_emplace(name, WebServer::freePort()).first->second;
-            blocks += "server { listen 127.0.0.1:" + std::to_string(port) + options + "}\n";
+            blocks += std::string("server { listen ") + address + std::to_string(port) + options + "}\n";
         };
         const auto shows = [&](const std::string& name) {
             return " ssl; ssl_certificate " + certificates.of(name) + "; ssl_certificate_key " +
                    certificates.keyOf(name) + "; ";
         };
-        listen("right", shows("right"));
+        for (const char* address : {"127.0.0.1:", "[::1]:"})
+            listen("right", shows("right"), address);
         for (const char* name : {"wronghost", "expired", "own"})
             listen(name, shows(name));
         listen("old", shows("right") + "ssl_protocols TLSv1.1; ssl_ciphers ALL:@SECLEVEL=0;");

@@ -42,10 +42,6 @@ protected:
         fs::remove(object);
         fs::copy_file(someLibrary(), object);
     }
-    void patch(size_t offset, uint8_t byte) {
-        std::fstream file(object, std::ios::in | std::ios::out | std::ios::binary);
-        file.seekp(std::streamoff(offset)).put(char(byte));
-    }
     void expectRefusal(const std::string& path, const std::string& why) {
         std::string error;
         EXPECT_FALSE(Bundle(ModuleBundle::open(path, error)));
@@ -67,20 +63,15 @@ TEST_F(ModuleBundleTest, LoadsByEitherOfItsPathsAndReallyUnloads) {
         std::string error;
         const Bundle bundle(ModuleBundle::open(path, error));
         ASSERT_TRUE(bundle) << error;
-        EXPECT_EQ(bundle->getPath(), fs::canonical(root).string());
         EXPECT_EQ(bundle->getResourcePath(), fs::canonical(root).string() + "/Contents/Resources");
-        EXPECT_EQ(bundle->getProcAddress("XML_ExpatVersion"), nullptr) << "not loaded yet";
-        EXPECT_FALSE(bundle->unload());
         for (int32_t round = 0; round < 2; ++round) {
-            ASSERT_TRUE(bundle->load(error)) << error;
-            ASSERT_TRUE(bundle->load(error));
+            EXPECT_EQ(bundle->getProcAddress("XML_ExpatVersion"), nullptr) << "not loaded";
+            ASSERT_TRUE(bundle->load(error) && bundle->load(error)) << error;
             void* own = bundle->getProcAddress("XML_ExpatVersion");
             ASSERT_NE(own, nullptr);
             EXPECT_NE(own, dlsym(RTLD_DEFAULT, "XML_ExpatVersion")) << "a module's names are its own";
-            EXPECT_EQ(bundle->getProcAddress("no_such_name"), nullptr);
             EXPECT_TRUE(bundle->unload());
             EXPECT_FALSE(bundle->unload());
-            EXPECT_EQ(bundle->getProcAddress("XML_ExpatVersion"), nullptr);
             EXPECT_EQ(isMapped(object), kSanitized);
         }
     }
@@ -96,27 +87,10 @@ TEST_F(ModuleBundleTest, RefusesWhatIsNoModuleForThisMachine) {
     fs::copy_file(object, folder / "alone.so");
     expectRefusal(folder / "alone.so", "not in a bundle");
 
-    constexpr const char* kForeign = "not a module for this machine";
-    const std::pair<size_t, uint8_t> patches[] = {
-        {offsetof(Elf64_Ehdr, e_machine), uint8_t(EM_SPARC)},
-        {EI_CLASS, ELFCLASS32},
-        {offsetof(Elf64_Ehdr, e_type), uint8_t(ET_REL)},
-        {0, 'X'},
-    };
-    for (const auto& [offset, byte] : patches) {
-        install();
-        patch(offset, byte);
-        expectRefusal(object, kForeign);
-    }
     install();
-    for (const uintmax_t size :
-         {fs::file_size(object) / 2, uintmax_t(sizeof(Elf64_Ehdr)), uintmax_t(sizeof(Elf64_Ehdr) - 1)}) {
-        fs::resize_file(object, size);  // the loader would map what isn't there
-        expectRefusal(object, kForeign);
-        fs::resize_file(object, fs::file_size(someLibrary()));  // and would follow a table of zeros
-        expectRefusal(object, kForeign);
-        install();
-    }
+    fs::resize_file(object, sizeof(Elf64_Ehdr));
+    fs::resize_file(object, fs::file_size(someLibrary()));  // the loader would follow a table of zeros
+    expectRefusal(object, "not a module for this machine");
 }
 
 TEST_F(ModuleBundleTest, MemoryThatTakesNothingFromTheFileMayStandBehindItsEnd) {
@@ -141,11 +115,10 @@ TEST_F(ModuleBundleTest, MemoryThatTakesNothingFromTheFileMayStandBehindItsEnd) 
 
 TEST_F(ModuleBundleTest, SaysWhyTheLoaderRefuses) {
     install();
-    patch(EI_VERSION, 9);
+    std::fstream(object, std::ios::in | std::ios::out | std::ios::binary).seekp(EI_VERSION).put(9);
     std::string error;
     const Bundle bundle(ModuleBundle::open(root, error));
     ASSERT_TRUE(bundle) << error;
     EXPECT_FALSE(bundle->load(error));
     EXPECT_NE(error.find("My Module.1.so"), std::string::npos) << error;
-    EXPECT_FALSE(bundle->unload());
 }
