@@ -12,7 +12,7 @@ public:
     virtual const tchar* getClassName(const char* type, int32_t index) = 0;
     /** A new object with one reference for the caller; null on a miss. The type "UID" takes the 32 digits of an identifier
         for a name. */
-    virtual FUnknown* createClassInstance(const char* type, const tchar* name) = 0;
+    virtual FUnknown* createClassInstance(const char* type, const char* name) = 0;
     /** Gives back what createClassInstance gave. */
     virtual void releaseClassInstance(FUnknown* object) = 0;
     /** Makes the classes of a factory known, which is shared: a module whose code it is must stay loaded by its factory's

@@ -55,7 +55,7 @@ private:
 void useOwnComponent(IComponentFactory& components) {
     const char* category = settings.classes.front().category;
     if (components.countClasses(category) > 0)
-        ownComponent = components.createClassInstance(category, components.getClassName(category, 0));
+        ownComponent = components.createClassInstance(category, settings.classes.front().name);
     if (settings.uses == 1)
         ownComponent = nullptr;
 }

@@ -174,7 +174,7 @@ public:
     int32_t queryInterface(const char* iid, void** obj) override;
     int32_t countClasses(const char* type) override { return countComponentClasses(type); }
     const tchar* getClassName(const char* type, int32_t index) override;
-    FUnknown* createClassInstance(const char* type, const tchar* name) override;
+    FUnknown* createClassInstance(const char* type, const char* name) override;
     void releaseClassInstance(FUnknown* object) override;
     int32_t addComponentClasses(IPluginFactory* factory, FUnknown* context) override;
 

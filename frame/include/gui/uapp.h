@@ -4,6 +4,7 @@
 #include "pluginterfaces/base/fvariant.h"
 
 namespace Tessarine {
+class FComponentDescription;
 
 /** What kind of program stands on the framework. */
 enum UAppType : int32_t { kStandalone = 1, kTool = 2, kPlugin = 3 };
@@ -37,6 +38,8 @@ public:
     virtual bool canQuit(bool force);
     virtual const FString& getName() const { return appName; }
     virtual void setName(const char* name);
+    /** A class of a component became known. */
+    virtual void notifyNewComponent(FComponentDescription& /*description*/) {}
     virtual bool hasFeature(const char* name) const;
     /** kResultOk, or kAppFeatureNotDefined. */
     virtual int32_t getFeatureValue(const char* name, FVariant& value) const;

@@ -279,13 +279,13 @@ const tchar* FComponentRegistry::getClassName(const char* type, int32_t index) {
     return description ? description->getName().text16() : nullptr;
 }
 
-FUnknown* FComponentRegistry::createClassInstance(const char* type, const tchar* name) {
+FUnknown* FComponentRegistry::createClassInstance(const char* type, const char* name) {
     if (!type || !name)
         return nullptr;
     FUID cid;
     if (std::strcmp(type, kByIdentifier) != 0)
-        return createUnknownComponent(type, name, true);
-    return cid.fromString(String(name).text8()) ? createUnknownComponent(cid, true) : nullptr;
+        return createUnknownComponent(type, String(name).text16(), true);
+    return cid.fromString(name) ? createUnknownComponent(cid, true) : nullptr;
 }
 
 void FComponentRegistry::releaseClassInstance(FUnknown* object) {

@@ -159,9 +159,11 @@ int32_t FDefaults::compare(const CmObject* other) const {
 }
 
 bool FDefaults::storeAttributes(FAttributes& attributes) const {
+    if (!attributes.setString(kGroup, group))
+        return false;
     if (version != 0)
         attributes.set(kVersion, version);
-    return attributes.setString(kGroup, group) && (!values || attributes.setAttributes(kValues, values));
+    return !values || attributes.setAttributes(kValues, values);
 }
 
 bool FDefaults::restoreAttributes(FAttributes& attributes) {

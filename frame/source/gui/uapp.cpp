@@ -1,6 +1,7 @@
 #include "gui/uapp.h"
 #include "base/fdefaults.h"
 #include "base/fmessage.h"
+#include "base/fmodman.h"
 #include "base/fservice.h"
 #include "base/source/finitializer.h"
 #include "base/source/thashtable.h"
@@ -48,6 +49,10 @@ void installHooks() {
         if (gControllerHooks.showText)
             gControllerHooks.showText(text, 0);
     };
+    gComponentEventHooks.newComponent = [](FComponentDescription& description) {
+        if (gApplication)
+            gApplication->notifyNewComponent(description);
+    };
 }
 }  // namespace
 
@@ -77,6 +82,7 @@ UApplication::~UApplication() {
 /** In the reverse of what each one needs; the views' own services will stand between the messenger and the controller. */
 void UApplication::destroyGlobals() {
     gActionHooks = {};
+    gComponentEventHooks.newComponent = nullptr;
     OneTimeProcedure::terminate();
     FServiceManager::unuse();
     FComponentRegistry::unuse();

@@ -125,10 +125,6 @@ void FXmlArchiveParser::resolveReferences(RootList& roots) {
 }
 
 bool FXmlArchiveParser::startTag(const char* name, CmContainer& attributes, bool empty, void* /*userData*/) {
-    if (states.empty() && rootStarted) {
-        stopped = true;  // behind the root
-        return true;
-    }
     if (states.size() >= kMaxOpen)
         return false;
     State state = stateOf(name, tagOf(attributes));

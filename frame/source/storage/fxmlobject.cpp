@@ -5,6 +5,14 @@
 namespace Tessarine {
 namespace {
 thread_local std::vector<OPtr<CmObject>>* dropped = nullptr;  // while one is being dropped
+
+/** Of the bags that the object lends, too: they stay as they are while the copies are stripped. */
+bool storeCopy(const CmObject& object, FAttributes& form) {
+    const OPtr<FAttributes> lent(new FAttributes);
+    const bool stored = object.storeAttributes(*lent);
+    form.addAllFrom(*lent);
+    return stored;
+}
 }  // namespace
 
 IMPLEMENT_ABSTRACT_CLASS(FXmlObject, CmObject)
@@ -154,7 +162,7 @@ OPtr<CmObject> FCmObjectStripper::formOf(CmObject* object, bool& whole) {
         if (!form)
             form = OPtr<FXmlInstance>(new FXmlInstance(reinterpret_cast<uintptr_t>(object), persistentNameOf(*object)));
         known.emplace(object, Stripped{object, form, true});
-        const bool stored = unknown || object->storeAttributes(*form->getAttributes());
+        const bool stored = unknown || storeCopy(*object, *form->getAttributes());
         whole = strip(*form->getAttributes()) && stored && whole;
         found = known.find(object);
         found->second.isOpen = false;

@@ -102,9 +102,19 @@ bool writePart(IBStream* stream, const Part& part) {
     return output.flush();
 }
 
-OPtr<ElementData> newLine(int32_t depth) {
+std::string lineOf(int32_t depth) {
     std::string text(size_t(std::max(depth, 0)) + 1, '\t');
     text.front() = '\n';
+    return text;
+}
+
+/** A line that reformatting began here before: it says nothing of where the closing tag was. */
+bool isOwnLine(const ElementData& text, const Node* next, int32_t depth) {
+    return next && (next->isA("Element") || next->isA("Comment")) && textOf(text) == lineOf(depth);
+}
+
+OPtr<ElementData> newLine(int32_t depth) {
+    const std::string text = lineOf(depth);
     OPtr<ElementData> node(new ElementData);
     node->setData(text.data(), int32_t(text.size()));
     return node;
@@ -195,9 +205,11 @@ void Element::reformatChildren(int32_t depth) {
         old.push_back(child);
     children.removeAll();
     bool endsOnOwnLine = false;
-    for (const IPtr<Node>& child : old) {
+    for (size_t index = 0; index < old.size(); ++index) {
+        Node* child = old[index];
         const auto* text = nodeAs<ElementData>(child);
-        if (text)
+        const Node* next = index + 1 < old.size() ? old[index + 1].get() : nullptr;
+        if (text && !isOwnLine(*text, next, depth + 1))
             endsOnOwnLine = text->isFormatData();
         else if (nodeAs<Element>(child) || nodeAs<Comment>(child))
             addChild(newLine(depth + 1));

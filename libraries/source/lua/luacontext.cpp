@@ -215,7 +215,7 @@ int LuaContext::prepare(lua_State* state) {
     lua_pushliteral(state, "__mode");
     lua_xmove(state, thread, kModeName);
     context.cleaner = thread;
-    context.limits.setRefusal([](void* self) { static_cast<LuaContext*>(self)->removeWeakness(); }, &context);
+    context.limits.setRefusal([](void* self) { static_cast<LuaContext*>(self)->onRefusal(); }, &context);
     lua_gc(state, LUA_GCSTOP);
     return 0;
 }
@@ -441,6 +441,12 @@ void LuaContext::collect() {
     limits.setLifted(false);
     newMetatables = 0;
     collectAt = limits.nextSearch(kFirstCollection);
+}
+
+/** What the standard library is refused, it doesn't ask for again after a search: the next chance for one is taken. */
+void LuaContext::onRefusal() {
+    removeWeakness();
+    collectAt = 0;
 }
 
 /** Allocates nothing: a key that is there is set to nothing. */

@@ -92,6 +92,7 @@ private:
 
     static int prepare(lua_State* state);
     void collect();
+    void onRefusal();
     void removeWeakness();
     LuaContext() = default;
     virtual ~LuaContext();

@@ -104,8 +104,8 @@ size_t joinedLength(lua_State* state, lua_Integer first, lua_Integer last, size_
         size_t own = 0;
         lua_rawgeti(state, 1, i);
         if (!lua_tolstring(state, -1, &own))
-            luaL_error(state, "the value at %d is no text", int(i));
-        length += own + gapLength;
+            luaL_error(state, "the value at %I is no text", i);
+        length += own + (i < last ? gapLength : 0);
         lua_pop(state, 1);
     }
     return length;

@@ -13,7 +13,7 @@ constinit const FUID LuaFunction::iid(0x4CB45C95, 0xA1E3471D, 0x9E3B2A56, 0x70C8
 
 namespace {
 constexpr tchar kReplacement = 0xFFFD;
-constexpr size_t kBytesOfUnit = 3;                           // at most, in UTF-8
+constexpr size_t kMostBytes = 4;                             // of a character, in UTF-8
 constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};  // by the number of bytes that follow the first
 constexpr size_t kNoLead = std::size(kSmallest);             // nothing that begins a character
 
@@ -77,10 +77,18 @@ char* putCharacter(char* bytes, char32_t c) {
     return bytes;
 }
 
+/** Bytes in UTF-8. */
+size_t narrowLength(const tchar* text) {
+    char unused[kMostBytes];
+    size_t length = 0;
+    while (*text)
+        length += size_t(putCharacter(unused, takeCharacter(text)) - unused);
+    return length;
+}
+
 void pushWide(lua_State* state, const tchar* text) {
     luaL_Buffer buffer;
-    const size_t units = std::char_traits<tchar>::length(text);
-    char* const bytes = luaL_buffinitsize(state, &buffer, units * kBytesOfUnit + 1);
+    char* const bytes = luaL_buffinitsize(state, &buffer, narrowLength(text));
     char* end = bytes;
     for (const tchar* next = text; *next;)
         end = putCharacter(end, takeCharacter(next));

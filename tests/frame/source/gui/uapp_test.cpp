@@ -1,4 +1,5 @@
 #include "gui/uapp.h"
+#include "base/fcompreg.h"
 #include "base/source/finitializer.h"
 #include "tests/frame/source/gui/controllerfixture.h"
 #include "tests/frame/source/storage/tempfolder.h"
@@ -33,6 +34,7 @@ public:
         UPluginApplication::postInit();
         steps.push_back("postInit");
     }
+    void notifyNewComponent(FComponentDescription& description) override { steps.push_back(description.getType()); }
 };
 
 class Application : public ControllerTest {
@@ -96,6 +98,15 @@ TEST_F(Application, StartsStepByStepAndStopsAtTheFirstFailure) {
         EXPECT_EQ(steps, row.steps);
         OneTimeProcedure::cancel();
     }
+}
+
+TEST_F(Application, HearsOfNewComponents) {
+    const OPtr<RecordingApplication> application(new RecordingApplication);
+    ASSERT_TRUE(application->initPlugin());
+    steps.clear();
+    const FUID cid(1, 2, 3, 4);
+    EXPECT_TRUE(FComponentRegistry::use()->addComponentClass("Sort", u"Name", cid, nullptr));
+    EXPECT_EQ(steps, Log{"Sort"});
 }
 
 TEST_F(Application, LeavesNothingBehindAndCanBeMadeAgain) {

@@ -502,6 +502,26 @@ TYPED_TEST(AttributeArchives, AndObjectArchivesKeepEveryClass) {
     }
 }
 
+/** Stores a bag that it keeps. */
+class Lender : public CmObject {
+public:
+    DECLARE_ABSTRACT_CLASS(Lender, CmObject)
+    bool storeAttributes(FAttributes& attributes) const override { return attributes.setAttributes("lent", kept); }
+    OPtr<FAttributes> kept{new FAttributes};
+};
+IMPLEMENT_ABSTRACT_CLASS(Lender, CmObject)
+
+TEST_F(BinArchive, StripsNoBagOfALiveObject) {
+    const OPtr<Lender> lender(new Lender);
+    const OPtr<StoredNode> node = graph();
+    lender->kept->setObject("node", node.get());
+    FAttributes bag;
+    bag.setObject("lender", lender.get());
+    EXPECT_TRUE(bag.stripObjects());
+    EXPECT_EQ(lender->kept->getObject("node", "StoredNode"), node.get());
+    EXPECT_TRUE(bag.getObjectAttributes("lender")->getAttributes("lent")->getObjectAttributes("node"));
+}
+
 TEST_F(BinArchive, StripsWithoutAnObjectLeftAlive) {
     const OPtr<FXmlReference> identity(new FXmlReference(0));
     FAttributes bag;

@@ -42,7 +42,8 @@ TEST(XmlDocument, LosesNothingAndIndentsLines) {
         Document document;
         ASSERT_TRUE(load(document, text));
         EXPECT_EQ(saved(document, false), kIntro + plain);
-        EXPECT_EQ(saved(document, true), kIntro + reformatted);
+        for (int32_t round = 0; round < 2; ++round)
+            EXPECT_EQ(saved(document, true), kIntro + reformatted);
     }
 }
 

@@ -275,7 +275,7 @@ TEST_F(Modules, LiveAsLongAsTheirInstances) {
     EXPECT_FALSE(module->isLoaded());
     char digits[33];
     description->getCID().toString(digits);
-    FUnknown* byDigits = gComponentRegistry->createClassInstance("UID", String(digits).text16());
+    FUnknown* byDigits = gComponentRegistry->createClassInstance("UID", digits);
     ASSERT_TRUE(byDigits);
     gComponentRegistry->releaseClassInstance(byDigits);
     EXPECT_FALSE(module->isLoaded());

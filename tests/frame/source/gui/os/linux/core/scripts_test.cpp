@@ -99,6 +99,7 @@ TEST_F(Scripts, ValuesComeBackInTheirKind) {
         {"return '\\xFF' .. ('\\xBF'):rep(2)",                                           CmVariant::kString16, "\uFFFD\uFFFD\uFFFD"  },
         {"return true",                                                                  CmVariant::kInteger,  "1"                   },
         {"probe.a = 'G\u00FCte \U0001F600' return probe.a",                              CmVariant::kString16, "G\u00FCte \U0001F600"},
+        {"probe.a = ('x'):rep(400000) .. '\u00E9' return #probe.a",                      CmVariant::kInteger,  "400002"              },
         {"probe.a = probe return probe.a == probe",                                      CmVariant::kInteger,  "1"                   },
         {"probe.b = function() return 7 end return probe.b()",                           CmVariant::kInteger,  "7"                   },
         {"probe.a = 1 probe.a = nil return probe.a",                                     CmVariant::kEmpty,    ""                    },
@@ -252,6 +253,9 @@ TEST_F(Scripts, GarbageIsFoundBeforeTheMemoryIsGone) {
     for (const char* script : {greedy, modest, greedy, greedy, modest, modest})
         EXPECT_EQ(run(script).getLong(), 1);
     EXPECT_EQ(takeWritten(), "");
+    run("local k = {} while true do k[#k + 1] = ('x'):rep(100000) .. #k end");
+    EXPECT_NE(takeWritten().find("not enough memory"), std::string::npos);
+    EXPECT_EQ(run("return #('x'):rep(200000)").getLong(), 200000) << "one greedy script spoils nothing for the next";
 }
 
 TEST_F(Scripts, WhatTakesLongToCompileIsGivenUp) {
