@@ -49,6 +49,9 @@ AIMS_NS = {
     "ReadStoredResources": 1e9 * 1024 / 9e9,
     "PackResources": 1e9 * 1024 / 84e6,
     "ParseGainReport": 50,
+    "FillRect": 200,
+    "DrawNineCells": 2000,
+    "DrawLabel": 2900,
     "ModuleLoad": 20e6,
     "StartWithCachedBundles/200": 20e6,
 }

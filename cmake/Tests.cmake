@@ -11,6 +11,7 @@ set(TESSARINE_TEST_ENVIRONMENT
     TALV_BUILD_DIR=${CMAKE_BINARY_DIR}
     TALV_SOURCE_DIR=${CMAKE_SOURCE_DIR}
     TALV_SANITIZE=${TESSARINE_SANITIZE}
+    FONTCONFIG_FILE=${CMAKE_SOURCE_DIR}/tests/support/fonts.conf
     "ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:strict_init_order=1"
     "LSAN_OPTIONS=suppressions=${_suppressions}/lsan.txt:print_suppressions=0"
     "UBSAN_OPTIONS=print_stacktrace=1"

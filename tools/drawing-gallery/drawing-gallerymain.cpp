@@ -1,8 +1,5 @@
 #include "base/fhostclasses.h"
 #include "graphics/platformgraphics.h"
-#include "gui/drawing/uphysicaldrawdevice.h"
-#include "gui/drawing/usystemscheme.h"
-#include "pluginterfaces/graphics/ifactory.h"
 #include "pluginterfaces/host/ihosttools.h"
 #include "storage/ffilesystem.h"
 #include "storage/ffstream.h"
@@ -55,7 +52,8 @@ std::optional<Options> readOptions(const std::vector<std::string>& words) {
     return std::ranges::all_of(options.pages, isKnown) ? std::optional(options) : std::nullopt;
 }
 
-IPtr<Graphics::IBitmapCodec> pngCodec(Graphics::IBitmapFactory* bitmaps) {
+IPtr<Graphics::IBitmapCodec> pngCodec() {
+    Graphics::IBitmapFactory* bitmaps = bitmapFactory();
     void* made = nullptr;
     FHostClasses().createClassInstance(IList::iid, &made);
     const OPtr<IList> codecs(static_cast<IList*>(made));
@@ -67,20 +65,6 @@ IPtr<Graphics::IBitmapCodec> pngCodec(Graphics::IBitmapFactory* bitmaps) {
             return codec.get();
     }
     return nullptr;
-}
-
-/** With a reference for the caller; null: there is no memory, or nothing that draws. */
-OPtr<Graphics::IBitmap> pictureOf(const Page& page, Graphics::IBitmapFactory* bitmaps, int32_t scale) {
-    OPtr<Graphics::IBitmap> bitmap(bitmaps->create({double(page.width) * scale, double(page.height) * scale}));
-    const OPtr<Graphics::IDrawDevice> boundary(bitmap ? Graphics::createScaledDrawDevice(bitmap, scale) : nullptr);
-    if (!boundary)
-        return nullptr;
-    const OPtr<UPhysicalDrawDevice> device(new UPhysicalDrawDevice(boundary));
-    const OPtr<UScheme> scheme(new UScheme);
-    device->setBrush(scheme->getBrush(kSchemeWindowBack));
-    device->paintRect({0, 0, page.width, page.height});
-    page.draw(*device, *scheme);
-    return bitmap;
 }
 
 bool write(Graphics::IBitmap* bitmap, Graphics::IBitmapCodec* codec, const std::string& name) {
@@ -101,9 +85,7 @@ int fail(const std::string& why) {
 
 int run(const Options& options) {
     installTessarinePlatformGraphics();
-    Graphics::IFactory* factory = UPhysicalDrawDevice::getFactory(true);
-    Graphics::IBitmapFactory* bitmaps = factory ? factory->getBitmapFactory() : nullptr;
-    const IPtr<Graphics::IBitmapCodec> codec = pngCodec(bitmaps);
+    const IPtr<Graphics::IBitmapCodec> codec = pngCodec();
     if (!codec)
         return fail("nothing here draws or writes pictures");
     for (const Page& page : allPages()) {
@@ -112,7 +94,7 @@ int run(const Options& options) {
         const std::string name = options.folder + "/" + page.name + (options.scale == 2 ? "@2x.png" : ".png");
         if (!isWanted)
             continue;
-        const OPtr<Graphics::IBitmap> bitmap = pictureOf(page, bitmaps, options.scale);
+        const OPtr<Graphics::IBitmap> bitmap = pictureOf(page, options.scale);
         if (!bitmap || !write(bitmap, codec, name))
             return fail(name + ": can't be written");
     }

@@ -1,4 +1,7 @@
 #include "tools/drawing-gallery/page.h"
+#include "graphics/platformgraphics.h"
+#include "gui/drawing/uphysicaldrawdevice.h"
+#include "pluginterfaces/graphics/ifactory.h"
 
 namespace Gallery {
 namespace {
@@ -20,6 +23,26 @@ constexpr Page kPages[] = {
 
 std::span<const Page> allPages() {
     return kPages;
+}
+
+Graphics::IBitmapFactory* bitmapFactory() {
+    Graphics::IFactory* factory = UPhysicalDrawDevice::getFactory(true);
+    return factory ? factory->getBitmapFactory() : nullptr;
+}
+
+OPtr<Graphics::IBitmap> pictureOf(const Page& page, int32_t scale) {
+    Graphics::IBitmapFactory* bitmaps = bitmapFactory();
+    OPtr<Graphics::IBitmap> bitmap(bitmaps ? bitmaps->create({double(page.width) * scale, double(page.height) * scale})
+                                           : nullptr);
+    const OPtr<Graphics::IDrawDevice> boundary(bitmap ? Graphics::createScaledDrawDevice(bitmap, scale) : nullptr);
+    if (!boundary)
+        return nullptr;
+    const OPtr<UPhysicalDrawDevice> device(new UPhysicalDrawDevice(boundary));
+    const OPtr<UScheme> scheme(new UScheme);
+    device->setBrush(scheme->getBrush(kSchemeWindowBack));
+    device->paintRect({0, 0, page.width, page.height});
+    page.draw(*device, *scheme);
+    return bitmap;
 }
 
 Sheet::Sheet(UDrawDevice& device, UScheme& scheme, const UPoint& cell, int32_t columns)

@@ -1,5 +1,6 @@
 #pragma once
 #include "gui/drawing/uscheme.h"
+#include "pluginterfaces/graphics/ibitmap.h"
 #include <span>
 #include <string>
 
@@ -14,6 +15,11 @@ struct Page {
 };
 
 std::span<const Page> allPages();
+
+/** What makes the pictures; null where nothing draws. */
+Graphics::IBitmapFactory* bitmapFactory();
+/** The page, drawn with so many pixels to a unit. Null: there is no memory, or nothing that draws. */
+OPtr<Graphics::IBitmap> pictureOf(const Page& page, int32_t scale);
 
 /** Cells in rows, each with a caption below. */
 class Sheet {

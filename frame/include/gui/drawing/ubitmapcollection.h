@@ -18,7 +18,7 @@ public:
     int32_t countImages() const { return int32_t(images.size()); }
     /** Borrowed, as the others; null: there is none. */
     UBitmap* getCurrentImage() const { return getIndexedImage(current); }
-    /** false, and the old one stays: out of range. */
+    /** false, and the old one stays: out of range, or one that has come to stand for this. */
     bool setCurrentImage(int32_t index);
     UBitmap* getIndexedImage(int32_t index) const;
     /** The first of the name. */

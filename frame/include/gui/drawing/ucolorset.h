@@ -47,7 +47,7 @@ public:
     /** Other names too; a set that has another number of colours than defaults begins anew. */
     void restoreDefaults();
 
-    // All colours by an amount from 0 to 255, up to the end of the range.
+    // All colours by an amount from 0 to 255 of the six-sided cone, up to the end of the range.
 
     void increaseBrightness(int32_t amount) { step(0, amount); }
     void decreaseBrightness(int32_t amount) { step(0, -int64_t(amount)); }
@@ -87,7 +87,7 @@ private:
     };
 
     bool isInside(int32_t index) const { return size_t(index) < colors.specs.size(); }
-    void step(int64_t saturation, int64_t lightness);
+    void step(int64_t saturation, int64_t brightness);
 
     Entries colors, defaults;
     FString name;

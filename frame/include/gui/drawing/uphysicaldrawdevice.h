@@ -2,6 +2,7 @@
 #include "gui/drawing/udrawdevice.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "pluginterfaces/graphics/idrawdevice.h"
+#include <vector>
 
 namespace Tessarine {
 
@@ -82,6 +83,7 @@ private:
     UBrush brush;
     UFont font;
     URect clip = {-kFarAway, -kFarAway, kFarAway, kFarAway};
+    std::vector<URect> savedClips;  // in step with the boundary's states
 };
 
 }  // namespace Tessarine

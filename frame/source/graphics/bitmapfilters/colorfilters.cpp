@@ -1,5 +1,6 @@
 #include "frame/source/graphics/bitmapfilters/colorfilters.h"
 #include "frame/source/graphics/bitmapfilters/pixelrows.h"
+#include "gui/values/ucolorhsl.h"
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -74,25 +75,13 @@ void AdjustHSL::process(const BitmapPixelAccessor& from, const BitmapPixelAccess
                  luminance = shiftOf(getFloat("luminanceShift"), 200);
     const bool changes = hue != 0 || saturation != 0 || luminance != 0;
     buildTable(luminance);
-    const double turn = std::fmod(std::trunc(hue / 360 * 255), 255), factor = saturationFactor(saturation);
+    const HSLRows rows(std::fmod(std::trunc(hue / 360 * 255), 255), saturationFactor(saturation), lightness);
     forEachRow(from, to, [&](uint32_t* target, const uint32_t* source, int32_t count) {
         if (changes)
-            adjustRow(target, source, count, turn, factor);
+            rows.fast(target, source, count);
         else if (target != source)
             std::copy_n(source, count, target);
     });
-}
-
-void AdjustHSL::adjustRow(uint32_t* to, const uint32_t* from, int32_t count, double turn, double saturation) const {
-    for (int32_t i = 0; i < count; ++i) {
-        int32_t red = int32_t(redOf(from[i])), green = int32_t(greenOf(from[i])), blue = int32_t(blueOf(from[i]));
-        UColorHSL color = UColorHSL::fromBytes(red, green, blue);
-        color.hue += turn;
-        color.saturation = std::clamp(color.saturation * saturation, 0.0, 255.0);
-        color.lightness = lightness[size_t(color.lightness * 2)];
-        color.toBytes(red, green, blue);
-        to[i] = pixelOf(alphaOf(from[i]), uint32_t(red), uint32_t(green), uint32_t(blue));
-    }
 }
 
 void Tint::init() {

@@ -1,7 +1,6 @@
 #pragma once
 #include "frame/source/graphics/bitmapfilters/filterbase.h"
-#include "gui/values/ucolorhsl.h"
-#include <array>
+#include "frame/source/graphics/bitmapfilters/hslrows.h"
 
 namespace Tessarine::Graphics::BitmapFilterImplementation {
 
@@ -35,10 +34,8 @@ protected:
 
 private:
     void buildTable(double percent);
-    void adjustRow(uint32_t* to, const uint32_t* from, int32_t count, double turn, double saturation) const;
 
-    /** The lightness that becomes of each sum of the highest and the lowest channel. */
-    std::array<double, 511> lightness{};
+    HSLRows::Lightness lightness{};
     bool tableIsBuilt = false;
 };
 

@@ -21,21 +21,27 @@ GrayRows::GrayRows(double grayFactor, double alphaFactor) {
         grays[sum] = cutByte(double(sum) * grayFactor / 3);
     for (size_t alpha = 0; alpha < alphas.size(); ++alpha)
         alphas[alpha] = cutByte(double(alpha) * alphaFactor);
-    grayScale = scaleOf(grays, grayFactor / 3);
-    alphaScale = scaleOf(alphas, alphaFactor);
+    keepsAlpha = alphas[1] == 1 && alphas[254] == 254;
+    isFast = findParts(grays, grayFactor / 3, grayParts) && (keepsAlpha || findParts(alphas, alphaFactor, alphaParts));
 }
 
+/** False: there is none that gives all bytes of a table. */
 template <size_t size>
-float GrayRows::scaleOf(const std::array<uint8_t, size>& table, double factor) {
-    const float nearest = float(factor);
-    for (const float scale : {nearest, std::nextafter(nearest, HUGE_VALF), std::nextafter(nearest, 0.0F)}) {
-        const auto agrees = [&, index = 0](uint8_t byte) mutable {
-            return uint8_t(std::clamp(float(index++) * scale, 0.0F, 255.0F)) == byte;
+bool GrayRows::findParts(const std::array<uint8_t, size>& table, double factor, FactorParts& parts) {
+    if (factor >= 1)
+        return false;
+    const auto below = uint32_t(std::max(factor, 0.0) * 4294967296.0);
+    for (const uint32_t tried : {below, below + 1}) {
+        parts = {uint16_t(tried >> 16), uint16_t(tried)};
+        const auto agrees = [&parts, value = 0U](uint8_t byte) mutable {
+            const uint32_t product = (value * parts.high + (value * parts.low >> 16) + 1) >> 16;
+            ++value;
+            return std::min<uint32_t>(product, 255) == byte;
         };
-        if (std::isfinite(scale) && std::all_of(table.begin(), table.end(), agrees))
-            return scale;
+        if (std::all_of(table.begin(), table.end(), agrees))
+            return true;
     }
-    return 0;
+    return false;
 }
 
 void GrayRows::plain(uint32_t* to, const uint32_t* from, int32_t count) const {
@@ -102,9 +108,28 @@ __m128 clampFour(__m128 values, float high) {
     return _mm_min_ps(_mm_max_ps(values, _mm_setzero_ps()), _mm_set1_ps(high));
 }
 
-__m128i scaled(__m128i values, __m128 scale) {
-    return _mm_cvttps_epi32(clampFour(_mm_mul_ps(_mm_cvtepi32_ps(values), scale), 255));
+/** The channels of each pixel but alpha. */
+__m128i sumsOf(__m128i pixels) {
+    const __m128i ends = _mm_madd_epi16(_mm_and_si128(pixels, _mm_set1_epi32(0xFF00FF)), _mm_set1_epi16(1));
+    return _mm_add_epi32(ends, bytesAt<8>(pixels));
 }
+
+class EightProducts {
+public:
+    explicit EightProducts(const FactorParts& parts)
+        : high(_mm_set1_epi16(int16_t(parts.high))), low(_mm_set1_epi16(int16_t(parts.low))) {}
+
+    /** Bytes of words below 766. */
+    __m128i of(__m128i values) const {
+        const __m128i rest = _mm_mulhi_epu16(values, low);
+        const __m128i full = _mm_cmpeq_epi16(_mm_adds_epu16(_mm_mullo_epi16(values, high), rest), _mm_set1_epi16(-1));
+        return _mm_min_epi16(_mm_sub_epi16(_mm_mulhi_epu16(values, high), full), _mm_set1_epi16(255));
+    }
+
+private:
+    const __m128i high;
+    const __m128i low;
+};
 
 __m128i fourPixels(__m128i alpha, __m128i red, __m128i green, __m128i blue) {
     return _mm_or_si128(_mm_or_si128(_mm_slli_epi32(alpha, 24), _mm_slli_epi32(red, 16)),
@@ -113,15 +138,18 @@ __m128i fourPixels(__m128i alpha, __m128i red, __m128i green, __m128i blue) {
 }  // namespace
 
 void GrayRows::fast(uint32_t* to, const uint32_t* from, int32_t count) const {
-    if (grayScale == 0 || alphaScale == 0)
-        return plain(to, from, count);
-    const __m128 gray = _mm_set1_ps(grayScale), alpha = _mm_set1_ps(alphaScale);
+    const EightProducts grays8(grayParts), alphas8(alphaParts);
+    const int32_t end = isFast ? count - 7 : 0;
+    const bool keeps = keepsAlpha;
     int32_t i = 0;
-    for (; i + 4 <= count; i += 4) {
-        const __m128i four = loadFour(from + i);
-        const __m128i sum = _mm_add_epi32(_mm_add_epi32(bytesAt<16>(four), bytesAt<8>(four)), bytesAt<0>(four));
-        const __m128i grays4 = scaled(sum, gray);
-        storeFour(to + i, fourPixels(scaled(_mm_srli_epi32(four, 24), alpha), grays4, grays4, grays4));
+    for (; i < end; i += 8) {
+        const __m128i first = loadFour(from + i), second = loadFour(from + i + 4);
+        const __m128i gray = grays8.of(_mm_packs_epi32(sumsOf(first), sumsOf(second)));
+        const __m128i alpha = _mm_packs_epi32(_mm_srli_epi32(first, 24), _mm_srli_epi32(second, 24));
+        const __m128i low = _mm_or_si128(gray, _mm_slli_epi16(gray, 8));
+        const __m128i high = _mm_or_si128(gray, _mm_slli_epi16(keeps ? alpha : alphas8.of(alpha), 8));
+        storeFour(to + i, _mm_unpacklo_epi16(low, high));
+        storeFour(to + i + 4, _mm_unpackhi_epi16(low, high));
     }
     plain(to + i, from + i, count - i);
 }

@@ -23,6 +23,12 @@ inline uint32_t pixelOf(uint32_t alpha, uint32_t red, uint32_t green, uint32_t b
     return alpha << 24 | red << 16 | green << 8 | blue;
 }
 
+/** A factor below 1, in parts of 2^16 and of 2^32. */
+struct FactorParts {
+    uint16_t high;
+    uint16_t low;
+};
+
 /** The mean of the channels times a factor, and alpha times another. */
 class GrayRows {
 public:
@@ -32,14 +38,16 @@ public:
     void fast(uint32_t* to, const uint32_t* from, int32_t count) const;
 
 private:
-    /** A number that, multiplied and cut off, gives a table's bytes; 0: there is none. */
+    /** Those that give all bytes of a table; false: there are none. */
     template <size_t size>
-    static float scaleOf(const std::array<uint8_t, size>& table, double factor);
+    static bool findParts(const std::array<uint8_t, size>& table, double factor, FactorParts& parts);
 
     std::array<uint8_t, 766> grays;  // by the sum of the channels
     std::array<uint8_t, 256> alphas;
-    float grayScale;
-    float alphaScale;
+    FactorParts grayParts{};
+    FactorParts alphaParts{};
+    bool keepsAlpha;
+    bool isFast;  // the parts are there
 };
 
 /** Moves the colours towards one, each keeping its brightness. */

@@ -21,10 +21,12 @@ public:
     void interpolatedPlain(uint32_t* to, int32_t count, const SampleLine& line) const;
 
 private:
+    struct Places;  // of a line, from one to the next
+
     uint32_t at(int64_t x, int64_t y) const;
-    uint32_t mean(int64_t x, int64_t y) const;
-    uint32_t meanInside(int64_t x, int64_t y) const;
-    bool hasFourAt(int64_t x, int64_t y) const;
+    void putMeans(uint32_t* to, int32_t count, Places& places) const;
+    /** The same where the bitmap has all four pixels around each. */
+    void putMeansInside(uint32_t* to, int32_t count, Places& places) const;
 
     const BitmapPixelAccessor& pixels;
 };

@@ -42,19 +42,6 @@ uint32_t straightened(uint32_t multiplied) {
         multiplied, [alpha](uint32_t channel) { return std::min<uint32_t>((channel * 255 + alpha / 2) / alpha, 255); });
 }
 
-void PixelRect::unite(const PixelRect& other) {
-    if (other.isEmpty())
-        return;
-    *this = isEmpty() ? other
-                      : PixelRect{std::min(left, other.left), std::min(top, other.top), std::max(right, other.right),
-                                  std::max(bottom, other.bottom)};
-}
-
-void PixelRect::intersect(const PixelRect& other) {
-    *this = {std::max(left, other.left), std::max(top, other.top), std::min(right, other.right),
-             std::min(bottom, other.bottom)};
-}
-
 /** Unlocks with its end. */
 class CairoBitmap::Accessor : public FObject, public IBitmapPixelAccessor {
 public:
@@ -95,10 +82,7 @@ int32_t CairoBitmap::queryInterface(const char* iid, void** obj) {
     return answerInterface<IBitmap>(this, iid, obj) ? kResultOk : FObject::queryInterface(iid, obj);
 }
 
-uint64_t CairoBitmap::newStamp() {
-    static uint64_t last = 0;
-    return ++last;
-}
+uint64_t CairoBitmap::lastStamp = 0;
 
 IBitmapPixelAccessor* CairoBitmap::lockPixels(unsigned flags) {
     const bool writes = (flags & kLockWrite) != 0;
@@ -157,12 +141,6 @@ void CairoBitmap::multiplyAll() {
     for (int32_t y = 0; y < height; ++y)
         std::transform(row(y), row(y) + width, getSurfacePixels().at(0, y), multiplied);
     cairo_surface_mark_dirty(surface.get());
-}
-
-void CairoBitmap::touch(const PixelRect& rect) {
-    drawn.unite(rect);
-    drawn.intersect({0, 0, width, height});
-    stamp = newStamp();
 }
 
 void CairoBitmap::takeDrawn() {

@@ -2,6 +2,7 @@
 #include "base/source/cmobject.h"
 #include "frame/source/graphics/cairo/objectbehind.h"
 #include "pluginterfaces/graphics/ibitmap.h"
+#include <algorithm>
 #include <cairo.h>
 #include <memory>
 
@@ -19,6 +20,19 @@ struct PixelRect {
     void intersect(const PixelRect& other);
     bool operator==(const PixelRect&) const = default;
 };
+
+inline void PixelRect::unite(const PixelRect& other) {
+    if (other.isEmpty())
+        return;
+    *this = isEmpty() ? other
+                      : PixelRect{std::min(left, other.left), std::min(top, other.top), std::max(right, other.right),
+                                  std::max(bottom, other.bottom)};
+}
+
+inline void PixelRect::intersect(const PixelRect& other) {
+    *this = {std::max(left, other.left), std::max(top, other.top), std::min(right, other.right),
+             std::min(bottom, other.bottom)};
+}
 
 /** Where rows of pixels begin. */
 struct PixelRows {
@@ -58,8 +72,11 @@ public:
     cairo_surface_t* getSurface();
     /** Of the surface, which is there and was flushed. */
     PixelRows getSurfacePixels() const { return {multipliedPixels.get(), surfaceStride()}; }
-    /** Something was drawn onto the surface within these pixels. */
-    void touch(const PixelRect& drawn);
+    /** Something was drawn onto the surface within these pixels, which are all of the bitmap. */
+    void touch(const PixelRect& rect) {
+        drawn.unite(rect);
+        stamp = newStamp();
+    }
     /** Tells these pixels from any others of the process, and from what they were before. */
     uint64_t getStamp() const { return stamp; }
 
@@ -71,12 +88,14 @@ private:
 
     CairoBitmap(int32_t width, int32_t height, uint32_t* pixels) : width(width), height(height), pixels(pixels) {}
     uint32_t* row(int32_t y) const { return pixels.get() + ptrdiff_t(y) * width; }
-    static uint64_t newStamp();
+    static uint64_t newStamp() { return ++lastStamp; }
     ptrdiff_t surfaceStride() const;
     bool makeSurface();
     void unlock(unsigned flags);
     void multiplyAll();
     void takeDrawn();
+
+    static uint64_t lastStamp;
 
     const int32_t width;
     const int32_t height;

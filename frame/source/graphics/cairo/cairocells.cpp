@@ -1,13 +1,15 @@
 #include "frame/source/graphics/cairo/cairocells.h"
 #include <algorithm>
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
+#include <cstring>
+#include <cwchar>
+#include <span>
 
 namespace Tessarine::Graphics {
 namespace {
 constexpr int64_t kMaxCell = 1 << 16;     // pixels; larger ones are seldom drawn twice alike
 constexpr size_t kMaxAllCells = 1 << 21;  // pixels: 8 MB, and then all go
+constexpr size_t kSets = 64;
+constexpr size_t kPlaces = 4;  // of a set: enough for the cells of many frames to stay beside each other
 
 StretchedCells* gShared = nullptr;  // borrowed
 
@@ -30,49 +32,63 @@ uint32_t summed(uint32_t a, uint32_t b) {
     return result;
 }
 
-#ifdef __SSE2__
-/** Eight channels of 16 bits times 255ths, rounded as above. */
-__m128i part255(__m128i values, __m128i of255) {
-    const __m128i product = _mm_add_epi16(_mm_mullo_epi16(values, of255), _mm_set1_epi16(0x80));
-    return _mm_mulhi_epu16(product, _mm_set1_epi16(0x0101));
-}
+/** Pixels that the processor takes at once, as the compiler makes them of its registers. */
+template <int32_t bytes>
+struct Wide {
+    using Bytes [[gnu::vector_size(bytes)]] = uint8_t;
+    using Halves [[gnu::vector_size(bytes)]] = uint16_t;
+    using Words [[gnu::vector_size(bytes)]] = uint32_t;
 
-/** Four pixels, each by what stands in both halves of its word. */
-__m128i dimmed(__m128i pixels, __m128i of255) {
-    const __m128i even = part255(_mm_and_si128(pixels, _mm_set1_epi16(0xFF)), of255);
-    const __m128i odd = part255(_mm_srli_epi16(pixels, 8), of255);
-    return _mm_or_si128(even, _mm_slli_epi16(odd, 8));
-}
-
-__m128i laidOver(__m128i to, __m128i from) {
-    const __m128i rest = _mm_sub_epi32(_mm_set1_epi32(255), _mm_srli_epi32(from, 24));
-    return _mm_adds_epu8(from, dimmed(to, _mm_or_si128(rest, _mm_slli_epi32(rest, 16))));
-}
-
-bool allOf(__m128i comparison) {
-    return _mm_movemask_epi8(comparison) == 0xFFFF;
-}
-
-/** Four pixels at a time; answers how many are done. */
-int32_t blendFours(uint32_t* to, const uint32_t* from, int32_t count, uint32_t opacity) {
-    const __m128i alphaBits = _mm_set1_epi32(int32_t(0xFF000000)), zero = _mm_setzero_si128();
-    const __m128i factor = _mm_set1_epi16(int16_t(opacity));
-    int32_t done = 0;
-    for (; done + 4 <= count; done += 4) {
-        auto* place = reinterpret_cast<__m128i*>(to + done);
-        __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + done));
-        if (opacity != 255)
-            source = dimmed(source, factor);
-        if (allOf(_mm_cmpeq_epi32(source, zero)))
-            continue;
-        const bool opaque = allOf(_mm_cmpeq_epi32(_mm_and_si128(source, alphaBits), alphaBits));
-        _mm_storeu_si128(place, opaque ? source : laidOver(_mm_loadu_si128(place), source));
+    /** Each channel by 255ths, which stand in both halves of its word; rounded as above. */
+    [[gnu::always_inline]] static void dim(Words& pixels, const Halves& of255) {
+        Halves even = (Halves(pixels) & 0xFF) * of255 + 0x80, odd = (Halves(pixels) >> 8) * of255 + 0x80;
+        even = (even + (even >> 8)) >> 8;
+        odd = (odd + (odd >> 8)) & 0xFF00;
+        pixels = Words(even | odd);
     }
-    return done;
+
+    [[gnu::always_inline]] static void layOver(Words& to, const Words& from) {
+        Words rest = ~from >> 24;
+        rest |= rest << 16;
+        dim(to, Halves(rest));
+        const Bytes below = Bytes(to), room = ~Bytes(from);
+        to = Words((below < room ? below : room) + Bytes(from));
+    }
+
+    /** Answers how many are done. */
+    [[gnu::always_inline]] static int32_t blend(uint32_t* to, const uint32_t* from, int32_t count, uint32_t opacity) {
+        constexpr int32_t kStep = bytes / int32_t(sizeof(uint32_t));
+        const Halves factor = Halves{} + uint16_t(opacity);
+        int32_t done = 0;
+        for (; done + kStep <= count; done += kStep) {
+            Words source, target;
+            std::memcpy(&source, from + done, bytes);
+            std::memcpy(&target, to + done, bytes);
+            if (opacity != 255)
+                dim(source, factor);
+            layOver(target, source);
+            std::memcpy(to + done, &target, bytes);
+        }
+        return done;
+    }
+};
+
+template <int32_t... steps>
+[[gnu::always_inline]] inline void blendBy(const PixelRows& to, const PixelRows& from, int32_t width, int32_t height,
+                                           uint32_t opacity) {
+    for (int32_t y = 0; y < height; ++y) {
+        int32_t done = 0;
+        ((done += Wide<steps>::blend(to.at(done, y), from.at(done, y), width - done, opacity)), ...);
+        if (done < width)
+            blendRowPlain(to.at(done, y), from.at(done, y), width - done, opacity);
+    }
 }
-#else
-int32_t blendFours(uint32_t*, const uint32_t*, int32_t, uint32_t) {
-    return 0;
+
+#ifdef __x86_64__
+/** The same, compiled for more than every processor has. */
+[[gnu::target("avx2")]] void blendByEights(const PixelRows& to, const PixelRows& from, int32_t width, int32_t height,
+                                           uint32_t opacity) {
+    blendBy<32, 16>(to, from, width, height, opacity);
 }
 #endif
 }  // namespace
@@ -84,13 +100,24 @@ void blendRowPlain(uint32_t* to, const uint32_t* from, int32_t count, uint32_t o
     }
 }
 
-void blendRow(uint32_t* to, const uint32_t* from, int32_t count, uint32_t opacity) {
-    const int32_t done = blendFours(to, from, count, opacity);
-    blendRowPlain(to + done, from + done, count - done, opacity);
+void blendRows(const PixelRows& to, const PixelRows& from, int32_t width, int32_t height, uint32_t opacity) {
+#ifdef __x86_64__
+    if (__builtin_cpu_supports("avx2"))
+        return blendByEights(to, from, width, height, opacity);
+#endif
+    blendBy<16>(to, from, width, height, opacity);
 }
 
-void copyRow(uint32_t* to, const uint32_t* from, int32_t count, uint32_t /*opacity*/) {
-    std::copy_n(from, count, to);
+void copyRows(const PixelRows& to, const PixelRows& from, int32_t width, int32_t height, uint32_t /*opacity*/) {
+    for (int32_t y = 0; y < height; ++y)
+        std::copy_n(from.at(0, y), width, to.at(0, y));
+}
+
+/** The library's function takes the widest stores that the processor has. */
+void fillRows(const PixelRows& to, int32_t width, int32_t height, uint32_t pixel) {
+    static_assert(sizeof(wchar_t) == sizeof(uint32_t));
+    for (int32_t y = 0; y < height; ++y)
+        std::wmemset(reinterpret_cast<wchar_t*>(to.at(0, y)), wchar_t(pixel), size_t(width));
 }
 
 PartPattern::PartPattern(const PixelRows& pixels, const PixelRect& part, bool copied) : part(part) {
@@ -99,8 +126,7 @@ PartPattern::PartPattern(const PixelRows& pixels, const PixelRect& part, bool co
     if (copied) {
         copy.resize(size_t(width) * size_t(height));
         const PixelRows own = {copy.data(), width};
-        for (int32_t y = 0; y < height; ++y)
-            std::copy_n(rows.at(0, y), width, own.at(0, y));
+        copyRows(own, rows, width, height, 255);
         rows = own;
     }
     view.reset(cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(rows.first), CAIRO_FORMAT_ARGB32,
@@ -124,6 +150,8 @@ IPtr<StretchedCells> StretchedCells::shared() {
     return OPtr<StretchedCells>(gShared);
 }
 
+StretchedCells::StretchedCells() : cells(kSets * kPlaces) {}
+
 StretchedCells::~StretchedCells() {
     gShared = nullptr;
 }
@@ -140,13 +168,19 @@ void StretchedCells::empty() {
     total = 0;
 }
 
+StretchedCells::Cell& StretchedCells::placeOf(const Key& key) {
+    const std::span<Cell> set = std::span(cells).subspan(key.hash() % kSets * kPlaces, kPlaces);
+    const auto found = std::ranges::find(set, key, &Cell::key);
+    return found != set.end() ? *found : *std::ranges::min_element(set, {}, &Cell::lastUse);
+}
+
 StretchedCells::Found StretchedCells::find(CairoBitmap* bitmap, const PixelRect& source, int32_t width, int32_t height,
                                            cairo_filter_t filter) {
     const int64_t size = int64_t(width) * height;
     if (size > kMaxCell)
         return {};
     const Key key = {bitmap->getStamp(), source, width, height, filter};
-    Cell& cell = cells[key.hash() % cells.size()];
+    Cell& cell = placeOf(key);
     if (cell.key != key) {
         if (total - cell.pixels.size() + size_t(size) > kMaxAllCells)
             empty();
@@ -154,6 +188,7 @@ StretchedCells::Found StretchedCells::find(CairoBitmap* bitmap, const PixelRect&
         cell = stretched(key, bitmap);
         total += cell.pixels.size();
     }
+    cell.lastUse = ++uses;
     return {
         {cell.pixels.data(), width},
         cell.isOpaque

@@ -6,10 +6,11 @@
 namespace Tessarine::Graphics {
 
 /** Pixels of multiplied colours laid over others; from keeps opacity 255ths of itself. */
-void blendRow(uint32_t* to, const uint32_t* from, int32_t count, uint32_t opacity);
+void blendRows(const PixelRows& to, const PixelRows& from, int32_t width, int32_t height, uint32_t opacity);
 /** Of pixels that are opaque, at full opacity. */
-void copyRow(uint32_t* to, const uint32_t* from, int32_t count, uint32_t opacity);
-/** The same bytes as by blendRow(), one by one. */
+void copyRows(const PixelRows& to, const PixelRows& from, int32_t width, int32_t height, uint32_t opacity);
+void fillRows(const PixelRows& to, int32_t width, int32_t height, uint32_t pixel);
+/** The same bytes as by blendRows(), one by one. */
 void blendRowPlain(uint32_t* to, const uint32_t* from, int32_t count, uint32_t opacity);
 
 /** A part of a surface's pixels as a source, which is sampled up to its edges and no further. They must outlive it. */
@@ -64,14 +65,18 @@ private:
         Key key;
         std::vector<uint32_t> pixels;
         bool isOpaque = false;
+        uint64_t lastUse = 0;
     };
 
-    StretchedCells() : cells(256) {}
+    StretchedCells();
+    /** The cell of the key, or the one to give up for it. */
+    Cell& placeOf(const Key& key);
     static Cell stretched(const Key& key, CairoBitmap* bitmap);
     void empty();
 
-    std::vector<Cell> cells;  // each in its place by the key's hash
+    std::vector<Cell> cells;  // each in one of a few places by the key's hash
     size_t total = 0;         // pixels
+    uint64_t uses = 0;
 };
 
 }  // namespace Tessarine::Graphics

@@ -12,6 +12,7 @@ namespace {
 constexpr double kRange = 1e5;        // in pixels; cairo holds more, but draws each dash on the way there
 constexpr double kFarthest = 1e9;     // side of a clip: whole ones stay whole, and no matrix makes them endless
 constexpr double kMaxStretch = 1e12;  // of bitmaps: their matrices can be inverted, for cairo insists on it
+constexpr double kMaxStep = 30000;    // pixels of a bitmap that one of the surface steps over: cairo breaks at 32768
 constexpr double kMaxScale = 1000;
 constexpr double kMinScale = 0.001;
 constexpr double kFlat = 1e-6;        // of one direction against the other: strokes of such pens have no end
@@ -77,6 +78,13 @@ Rect limited(const Rect& rect, double distance) {
 
 Rect around(const Point& a, const Point& b) {
     return {std::min(a.x, b.x), std::min(a.y, b.y), std::fabs(a.x - b.x), std::fabs(a.y - b.y)};
+}
+
+/** Pixels of the source that one of the surface steps over. */
+double stepOf(cairo_matrix_t matrix, const Rect& source, const Rect& target) {
+    cairo_matrix_invert(&matrix);
+    return std::max((std::fabs(matrix.xx) + std::fabs(matrix.xy)) * source.width / target.width,
+                    (std::fabs(matrix.yx) + std::fabs(matrix.yy)) * source.height / target.height);
 }
 
 /** Cuts what leaves 0 to limit off a source, and as much off its target. False: nothing is left. */
@@ -171,11 +179,13 @@ PixelRect CairoDevice::pixelsOf(const Rect& rect) const {
     return outwards(deviceRect(rect));
 }
 
-bool CairoDevice::wholePixelsOf(const Rect& rect, PixelRect& pixels) const {
+bool CairoDevice::partsOf(const Rect& rect, const Point& parts, PixelRect& pixels) const {
     const Rect device = deviceRect(rect);
-    if (!isUpright() || !isWhole(device.x) || !isWhole(device.y) || !isWhole(device.width) || !isWhole(device.height))
+    if (!isUpright() || !isWhole(device.x * parts.x) || !isWhole(device.width * parts.x) ||
+        !isWhole(device.y * parts.y) || !isWhole(device.height * parts.y))
         return false;
-    pixels = outwards(device);
+    pixels = {floorOf(device.x), floorOf(device.y), floorOf(device.x + device.width),
+              floorOf(device.y + device.height)};
     return true;
 }
 
@@ -224,6 +234,8 @@ int32_t CairoDevice::drawLine(Point from, Point to) {
         return kResultFalse;
     from = {within(from.x), within(from.y)};
     to = {within(to.x), within(to.y)};
+    if (fillLine(from, to))
+        return kResultOk;
     cairo_move_to(context.get(), from.x, from.y);
     cairo_line_to(context.get(), to.x, to.y);
     finish(kDrawStroke);
@@ -240,18 +252,36 @@ void CairoDevice::endPixels(const PixelRect& drawn) {
     bitmap->touch(drawn);
 }
 
-bool CairoDevice::fillPixels(const Rect& rect) {
-    PixelRect area;
-    if (state.brushColor >> 24 != 0xFF || !state.clipIsWhole || !wholePixelsOf(rect, area))
+bool CairoDevice::fillPixels(PixelRect area, uint32_t color) {
+    if (color >> 24 != 0xFF || !state.clipIsWhole)
         return false;
     area.intersect(state.clip);
     if (area.isEmpty())
         return true;
     beginPixels();
-    for (int32_t y = area.top; y < area.bottom; ++y)
-        std::fill_n(pixels.at(area.left, y), area.right - area.left, state.brushColor);
+    fillRows(pixels.from(area.left, area.top), area.right - area.left, area.bottom - area.top, color);
     endPixels(area);
     return true;
+}
+
+bool CairoDevice::fillRect(const Rect& rect) {
+    PixelRect area;
+    return wholePixelsOf(rect, area) && fillPixels(area, state.brushColor);
+}
+
+/** A pixel belongs to a line that passes its middle, so that ends may be there as well as between pixels. */
+bool CairoDevice::fillLine(const Point& from, const Point& to) {
+    const LineStyle& style = state.lineStyle;
+    const bool isPlain = style.dashCount == 0 && rowOf(kCaps, style.cap) == CAIRO_LINE_CAP_BUTT;
+    const bool isLevel = from.y == to.y, isPlumb = from.x == to.x;
+    if (state.antialiased || !isPlain || isLevel == isPlumb)
+        return false;
+    const double width = std::min(state.penWidth, state.range);
+    const Rect line = around(from, to);
+    const Rect level = {line.x, line.y - width / 2, line.width, width};
+    const Rect plumb = {line.x - width / 2, line.y, width, line.height};
+    PixelRect area;
+    return (isLevel ? partsOf(level, {2, 1}, area) : partsOf(plumb, {1, 2}, area)) && fillPixels(area, state.penColor);
 }
 
 int32_t CairoDevice::drawRect(Rect rect, char mode) {
@@ -260,7 +290,7 @@ int32_t CairoDevice::drawRect(Rect rect, char mode) {
         return kInvalidArgument;
     if (!begin())
         return kResultFalse;
-    if (mode == kDrawFill && fillPixels(inside))
+    if (mode == kDrawFill && fillRect(inside))
         return kResultOk;
     cairo_rectangle(context.get(), inside.x, inside.y, inside.width, inside.height);
     finish(mode);
@@ -351,11 +381,10 @@ bool CairoDevice::blendPixels(const Transfer& transfer) {
     seen.intersect(state.clip);
     if (seen.isEmpty())
         return true;
-    const auto blend = found.isOpaque && transfer.opacity == 255 ? copyRow : blendRow;
+    const auto put = found.isOpaque && transfer.opacity == 255 ? copyRows : blendRows;
     beginPixels();
-    for (int32_t y = seen.top; y < seen.bottom; ++y)
-        blend(pixels.at(seen.left, y), found.pixels.at(seen.left - target.left, y - target.top), seen.right - seen.left,
-              transfer.opacity);
+    put(pixels.from(seen.left, seen.top), found.pixels.from(seen.left - target.left, seen.top - target.top),
+        seen.right - seen.left, seen.bottom - seen.top, transfer.opacity);
     endPixels(seen);
     return true;
 }
@@ -364,6 +393,8 @@ int32_t CairoDevice::paint(const Transfer& transfer) {
     Rect inside;
     if (!toCairo(transfer.target, inside))
         return kInvalidArgument;
+    if (stepOf(state.matrix, transfer.source, transfer.target) > kMaxStep)
+        return kResultOk;
     PartPattern pattern(transfer.from->getSurfacePixels(), outwards(transfer.source), transfer.from == bitmap);
     pattern.place(transfer.source, transfer.target, transfer.filter);
     cairo_save(context.get());
@@ -483,7 +514,7 @@ int32_t CairoDevice::drawFastLines(IFastLines* lines) {
     if (!begin())
         return kResultFalse;
     for (const auto& [from, to] : ours->lines) {
-        if (!isFinite(from) || !isFinite(to))
+        if (!isFinite(from) || !isFinite(to) || fillLine(from, to))
             continue;
         cairo_move_to(context.get(), within(from.x), within(from.y));
         cairo_line_to(context.get(), within(to.x), within(to.y));
@@ -506,7 +537,7 @@ int32_t CairoDevice::drawFastRects(IFastRects* rects, char mode) {
         return kResultFalse;
     Rect inside;
     for (const Rect& rect : ours->rects)
-        if (toCairo(rect, inside) && !(mode == kDrawFill && fillPixels(inside)))
+        if (toCairo(rect, inside) && !(mode == kDrawFill && fillRect(inside)))
             cairo_rectangle(context.get(), inside.x, inside.y, inside.width, inside.height);
     finish(mode);
     return end();

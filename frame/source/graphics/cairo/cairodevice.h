@@ -90,14 +90,18 @@ private:
     /** In pixels: the rectangle around it. */
     Rect deviceRect(const Rect& rect) const;
     PixelRect pixelsOf(const Rect& rect) const;
-    /** False: its sides lie within pixels, or it is turned. */
-    bool wholePixelsOf(const Rect& rect, PixelRect& pixels) const;
+    /** The pixels that begin within it. False: it is turned, or its sides lie elsewhere than at so many parts of a pixel. */
+    bool partsOf(const Rect& rect, const Point& parts, PixelRect& pixels) const;
+    bool wholePixelsOf(const Rect& rect, PixelRect& pixels) const { return partsOf(rect, {1, 1}, pixels); }
     void clipTo(const Rect& rect);
     /** Pixels are changed past cairo. */
     void beginPixels();
     void endPixels(const PixelRect& drawn);
-    /** A rectangle of whole pixels in one opaque colour. False: it isn't one. */
-    bool fillPixels(const Rect& rect);
+    /** In one opaque colour. False: it isn't opaque, or the clip lies within pixels. */
+    bool fillPixels(PixelRect area, uint32_t color);
+    /** A rectangle of whole pixels, and a line of them, level or plumb. False: it isn't one. */
+    bool fillRect(const Rect& rect);
+    bool fillLine(const Point& from, const Point& to);
     bool blendPixels(const Transfer& transfer);
     int32_t paint(const Transfer& transfer);
 

@@ -207,7 +207,7 @@ bool UBitmap::drawDisabled(UPhysicalDrawDevice* device, const URect& source, con
 bool UBitmap::drawAlpha(UPhysicalDrawDevice* device, const URect& source, const URect& target, double alpha) {
     Graphics::IDrawDevice* surface = device ? device->getDevice() : nullptr;
     URect from(source), to(target);
-    const bool sameSize = source.getSize() == target.getSize();
+    const bool sameSize = source.getWidth() == target.getWidth() && source.getHeight() == target.getHeight();
     if (sameSize)
         cut(from, bounds(), to);
     if (!surface || !graphicsObject || from.isEmpty() || to.isEmpty())

@@ -21,9 +21,10 @@ bool UBitmapCollection::addImage(int32_t id, void* module) {
 }
 
 bool UBitmapCollection::setCurrentImage(int32_t index) {
-    if (isInside(index))
+    const bool fits = isInside(index) && !isBehind(getIndexedImage(index));
+    if (fits)
         current = index;
-    return isInside(index);
+    return fits;
 }
 
 UBitmap* UBitmapCollection::getIndexedImage(int32_t index) const {

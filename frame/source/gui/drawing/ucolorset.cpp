@@ -8,10 +8,20 @@ namespace {
 constexpr char kNameKey[] = "Name", kColorKey[] = "Color";
 constexpr char kSetNameKey[] = "SetName", kSetKey[] = "Set", kDefaultsKey[] = "DefSet", kFixedSizeKey[] = "FixedSize";
 
-uint32_t stepped(uint32_t spec, int64_t saturation, int64_t lightness) {
+/** All of 0 to 255: the double cone's place for one of the six-sided cone. */
+UColorHSL fromHSV(double hue, double saturation, double value) {
+    const double lightness = value * (1 - saturation / 510), room = std::min(lightness, 255 - lightness);
+    return {hue, room > 0 ? (value - lightness) * 255 / room : 0, lightness};
+}
+
+uint32_t stepped(uint32_t spec, int64_t saturation, int64_t brightness) {
+    const auto stepOf = [](double from, int64_t by) { return std::clamp(from + double(by), 0.0, 255.0); };
     UColor color(spec);
-    const UColorHSL hsl = UColorHSL::fromBytes(color.red >> 8, color.green >> 8, color.blue >> 8);
-    color.fromHSL(hsl.hue, hsl.saturation + double(saturation), hsl.lightness + double(lightness));
+    const int32_t red = color.red >> 8, green = color.green >> 8, blue = color.blue >> 8;
+    const int32_t value = std::max({red, green, blue}), range = value - std::min({red, green, blue});
+    const UColorHSL hsl = fromHSV(UColorHSL::fromBytes(red, green, blue).hue,
+                                  stepOf(value ? 255.0 * range / value : 0, saturation), stepOf(value, brightness));
+    color.fromHSL(hsl.hue, hsl.saturation, hsl.lightness);
     return color.toColorSpec();
 }
 }  // namespace
@@ -124,9 +134,9 @@ void UColorSet::restoreDefaults() {
     colors = defaults;
 }
 
-void UColorSet::step(int64_t saturation, int64_t lightness) {
+void UColorSet::step(int64_t saturation, int64_t brightness) {
     for (uint32_t& spec : colors.specs)
-        spec = stepped(spec, saturation, lightness);
+        spec = stepped(spec, saturation, brightness);
 }
 
 bool UColorSet::getPreferenceName(int32_t index, FString& result) const {

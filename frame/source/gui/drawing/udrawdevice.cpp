@@ -1,5 +1,6 @@
 #include "gui/drawing/udrawdevice.h"
 #include "gui/drawing/irealtimetranslator.h"
+#include <algorithm>
 #include <cmath>
 #include <string>
 
@@ -8,7 +9,7 @@ namespace {
 constexpr UTextMetrics kNoFaceMetrics = {10, 7, 3, 3};
 
 int32_t roundedUp(double length) {
-    return length >= INT32_MAX ? INT32_MAX : int32_t(std::ceil(length));
+    return int32_t(std::clamp<double>(std::ceil(length), INT32_MIN, INT32_MAX));
 }
 }  // namespace
 

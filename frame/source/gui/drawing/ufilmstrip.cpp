@@ -8,9 +8,10 @@ namespace Tessarine {
 IMPLEMENT_CLASS(UFilmStrip, UBitmap)
 
 namespace {
-/** 0 also for what is no number. */
-double position(float value) {
-    return value > 0 ? std::min(value, 1.0F) : 0;
+/** A part of so many, in a float's own precision: 0.7 of 10 is 7. 0 also for what is no number. */
+double partOf(int32_t count, float value) {
+    const float part = value > 0 ? float(count) * std::min(value, 1.0F) : 0;
+    return std::min<double>(part, count);
 }
 }  // namespace
 
@@ -34,11 +35,11 @@ void UFilmStrip::getRect(URect& rect, int32_t frame) {
 }
 
 void UFilmStrip::getRect(URect& rect, float value) {
-    getRect(rect, int32_t(std::floor((frames - 1) * position(value) + 0.5)));
+    getRect(rect, int32_t(std::floor(partOf(frames - 1, value) + 0.5)));
 }
 
 void UFilmStrip::getStripRect(URect& rect, float value) {
-    const UPoint end = frameOrigin(int32_t(frames * position(value)));
+    const UPoint end = frameOrigin(int32_t(partOf(frames, value)));
     rect = alignment == kHorizontal ? URect(0, 0, end.x, getHeight()) : URect(0, 0, getWidth(), end.y);
 }
 

@@ -70,15 +70,14 @@ bool UBrush::internalize(FArchive& archive) {
 }
 
 bool UBrush::storeAttributes(FAttributes& attributes) const {
-    return attributes.setMember("Color", color) && attributes.set("Antialias", int32_t(antialias));
+    return attributes.setMember("Color", color) && attributes.set("Antialias", antialias);
 }
 
 bool UBrush::restoreAttributes(FAttributes& attributes) {
     UBrush stored;
-    int32_t flag = 0;
     if (!attributes.getMember("Color", stored.color))
         return false;
-    stored.antialias = attributes.get("Antialias", flag) && flag != 0;
+    attributes.get("Antialias", stored.antialias);
     *this = stored;
     return true;
 }

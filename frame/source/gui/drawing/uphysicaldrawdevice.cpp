@@ -351,13 +351,15 @@ void UPhysicalDrawDevice::resetAttributes() {
 }
 
 void UPhysicalDrawDevice::saveState() {
-    if (device)
-        device->saveGlobalState();
+    if (device && device->saveGlobalState() == kResultOk)
+        savedClips.push_back(clip);
 }
 
 void UPhysicalDrawDevice::restoreState() {
-    if (device)
-        device->restoreGlobalState();
+    if (!device || device->restoreGlobalState() != kResultOk || savedClips.empty())
+        return;
+    clip = savedClips.back();
+    savedClips.pop_back();
 }
 
 }  // namespace Tessarine

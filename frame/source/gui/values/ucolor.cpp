@@ -101,6 +101,10 @@ bool takeNumber(const char*& text, int32_t& number) {
     return true;
 }
 
+int32_t roundedUp(double value) {
+    return int32_t(std::clamp<double>(std::ceil(value), INT32_MIN, INT32_MAX));
+}
+
 /** All of 0 to 255; with a saturation, a hue beyond the last sector, or below the first, is black. */
 void setHSV(UColor& color, int32_t hue, int32_t saturation, int32_t value) {
     const uint16_t v = fromByte(uint32_t(value));
@@ -109,10 +113,10 @@ void setHSV(UColor& color, int32_t hue, int32_t saturation, int32_t value) {
         return;
     }
     const double place = hue * 6.0 / 256;
-    const int32_t sector = int32_t(place);
-    const double fraction = place - sector, share = saturation / 255.0;
-    const auto scaled = [value](double factor) { return fromByte(uint32_t(std::clamp(factor, 0.0, 1.0) * value)); };
-    const uint16_t p = scaled(1 - share), q = scaled(1 - fraction * share), t = scaled(1 - (1 - fraction) * share);
+    const int32_t sector = int32_t(std::floor(place));
+    const auto lessBy = [=](double part) { return fromByte(uint32_t((1 - part * saturation / 255) * value)); };
+    const double fraction = place - sector;
+    const uint16_t p = lessBy(1), q = lessBy(fraction), t = lessBy(1 - fraction);
     const uint16_t sectors[][3] = {
         {v, t, p},
         {q, v, p},
@@ -137,8 +141,8 @@ bool fromHSVText(const char* text, UColor& color) {
     const auto percentOf = [&](size_t index, int32_t whole) {
         return std::clamp(numbers[index], 0, 100) * whole / 100.0;
     };
-    setHSV(color, int32_t(std::ceil(numbers[0] % 360 / 360.0 * 255)), int32_t(std::ceil(percentOf(1, 255))),
-           int32_t(std::ceil(percentOf(2, 255))));
+    setHSV(color, roundedUp(numbers[0] % 360 / 360.0 * 255), roundedUp(percentOf(1, 255)),
+           roundedUp(percentOf(2, 255)));
     if (count == 4)
         color.alpha = uint16_t(percentOf(3, UColor::kOpaque));
     return true;
@@ -266,7 +270,7 @@ void UColor::blend(const UColor& other, float f) {
 }
 
 int32_t UColor::getHue() const {
-    return HSVRange(*this).range == 0 ? 0 : int32_t(toHSL(*this).hue + 0.5) % 256;
+    return HSVRange(*this).range == 0 ? 0 : int32_t(std::lround(toHSL(*this).hue));
 }
 
 int32_t UColor::getSaturation() const {
@@ -309,15 +313,15 @@ void UColor::adjustHSL(int32_t hue, int32_t saturation, int32_t luminance) {
 }
 
 void UColor::convertLegacyToRealHSV(int32_t& hue, int32_t& saturation, int32_t& value) {
-    hue = int32_t(std::ceil(hue * 360 / 255.0));
-    saturation = int32_t(std::ceil(saturation / 255.0 * 100));
-    value = int32_t(std::ceil(value / 255.0 * 100));
+    hue = roundedUp(hue * 360.0 / 255);
+    saturation = roundedUp(saturation / 255.0 * 100);
+    value = roundedUp(value / 255.0 * 100);
 }
 
 void UColor::convertRealToLegacyHSV(int32_t& hue, int32_t& saturation, int32_t& value) {
-    hue = int32_t(std::ceil(hue / 360.0 * 255));
-    saturation = int32_t(std::ceil(saturation * 255 / 100.0));
-    value = int32_t(std::ceil(value * 255 / 100.0));
+    hue = roundedUp(hue / 360.0 * 255);
+    saturation = roundedUp(saturation * 255.0 / 100);
+    value = roundedUp(value * 255.0 / 100);
 }
 
 bool UColor::isEqual(const CmObject* other) const {

@@ -1,8 +1,11 @@
+#include "frame/source/graphics/bitmapfilters/arearows.h"
+#include "frame/source/graphics/bitmapfilters/hslrows.h"
 #include "frame/source/graphics/bitmapfilters/pixelrows.h"
 #include "frame/source/graphics/bitmapfilters/samplerows.h"
 #include "graphics/bitmapfilters/bitmapfilter.h"
 #include "graphics/bitmapfilters/bitmapfilterfactory.h"
 #include "tests/support/memorybitmap.h"
+#include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
@@ -120,11 +123,18 @@ TEST_F(Filters, FastRowsGiveThePlainBytes) {
     using namespace BitmapFilterImplementation;
     const Pixels source = noise(4099);
     Pixels plain(source), fast(source);
-    const double factors[] = {0, 0.25, 1 / 3.0, 0.5, 0.7, 1, 1.5, 3, 100, -1, 1e300};
+    HSLRows::Lightness lightness;
+    for (size_t sum = 0; sum < lightness.size(); ++sum)
+        lightness[sum] = double(sum % 256);
+    const double factors[] = {0, 0.25, 1 / 3.0, 0.5, 0.7, 1, 1.5, 2.91, 3, 100, -1, 1e300};
     for (const double factor : factors) {
         const GrayRows gray(factor, 1 - factor / 2);
         gray.plain(plain.data(), source.data(), int32_t(source.size()));
         gray.fast(fast.data(), source.data(), int32_t(source.size()));
+        EXPECT_EQ(plain, fast) << factor;
+        const HSLRows hsl(std::fmod(factor * 85, 255), std::clamp(factor, 0.0, 2.0), lightness);
+        hsl.plain(plain.data(), source.data(), int32_t(source.size()));
+        hsl.fast(fast.data(), source.data(), int32_t(source.size()));
         EXPECT_EQ(plain, fast) << factor;
         const TintRows tint(0xFF336699, factor);
         tint.plain(plain.data(), source.data(), int32_t(source.size()));
@@ -146,6 +156,25 @@ TEST_F(Filters, FastRowsGiveThePlainBytes) {
     }
 }
 
+TEST_F(Filters, FastScalingGivesThePlainBytes) {
+    using namespace BitmapFilterImplementation;
+    const OPtr<MemoryBitmap> source(new MemoryBitmap(29, 30));
+    for (const uint32_t opaqueRows : {0U, 15U, 30U}) {
+        Pixels content = noise(29 * 30);
+        for (size_t i = 0; i < 29 * size_t(opaqueRows); ++i)
+            content[i] |= 0xFF000000;
+        source->set(content);
+        for (const int32_t side : {1, 2, 13, 30, 63}) {
+            const OPtr<MemoryBitmap> plain(new MemoryBitmap(side, 2 * side)), fast(new MemoryBitmap(side, 2 * side));
+            const BitmapPixelAccessor from(source, kLockRead);
+            scaleAreaPlain(from, BitmapPixelAccessor(plain, kLockWrite));
+            scaleArea(from, BitmapPixelAccessor(fast, kLockWrite));
+            EXPECT_EQ(plain->all(), fast->all()) << side << " " << opaqueRows;
+            EXPECT_TRUE(fast->gapsAreUntouched());
+        }
+    }
+}
+
 TEST_F(Filters, MirrorAndQuarterTurnsMovePixels) {
     const Pixels source = {1, 2, 3, 4, 5, 6};
     using BitmapFilter::Mirror;
@@ -163,6 +192,9 @@ TEST_F(Filters, MirrorAndQuarterTurnsMovePixels) {
         EXPECT_EQ(size, (Size{2, 3}));
         EXPECT_EQ(turned(0.5), (Pixels{6, 5, 4, 3, 2, 1}));
         EXPECT_EQ(turned(-1), source);
+        const Pixels wide = noise(600);
+        EXPECT_EQ(run(BitmapFilter::Rotate::create(factory, 0.5, interpolate, false, nullptr), 300, wide),
+                  Pixels(wide.rbegin(), wide.rend()));
     }
     const Point corner{0, 0};
     EXPECT_EQ(run(BitmapFilter::Rotate::create(factory, 0.5, false, false, &corner), 3, source), Pixels(6, 0));

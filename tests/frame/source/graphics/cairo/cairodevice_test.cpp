@@ -171,13 +171,32 @@ TEST_F(Device, PixelsThatDrawingLeftAloneKeepTheirColours) {
 }
 
 TEST_F(Device, FastRowsGiveThePlainBytes) {
-    const std::vector<uint32_t> from = multipliedNoise(1003), below = multipliedNoise(1013);
+    std::vector<uint32_t> from = multipliedNoise(1001), below = multipliedNoise(1011);
     for (const uint32_t opacity : {0U, 1U, 128U, 254U, 255U}) {
         std::vector<uint32_t> plain(below.begin() + 10, below.end()), fast(plain);
-        blendRowPlain(plain.data(), from.data(), 1003, opacity);
-        blendRow(fast.data(), from.data(), 1003, opacity);
+        blendRowPlain(plain.data(), from.data(), 1001, opacity);
+        blendRows({fast.data(), 77}, {from.data(), 77}, 77, 13, opacity);
         EXPECT_EQ(fast, plain) << opacity;
     }
+}
+
+TEST_F(Device, LinesPastCairoAreThoseByIt) {
+    constexpr double kEnds[] = {-1, 0.5, 1, 2.25, 3.5, 4, 9};
+    for (const double scale : {1.0, 2.0})
+        for (const double width : {0.0, 1.0, 2.0, 3.0})
+            for (const double place : {1.0, 2.5, 3.75})
+                for (const double start : kEnds)
+                    for (const double end : kEnds) {
+                        const Canvas past(6, 6, scale), by(6, 6, scale);
+                        by.boundary->setClip({-8.25, -8.25, 99, 99});
+                        for (const Canvas* canvas : {&past, &by}) {
+                            canvas->boundary->setPenWidth(width);
+                            canvas->boundary->drawLine({start, place}, {end, place});
+                            canvas->boundary->drawLine({place, end}, {place, start});
+                        }
+                        EXPECT_EQ(past.picture(), by.picture())
+                            << scale << " " << width << " " << place << " " << start << " " << end;
+                    }
 }
 
 TEST_F(Device, NothingBesideTheSourceIsSampled) {

@@ -197,6 +197,8 @@ TEST_F(Bitmaps, FilmStripGeometry) {
         {5,         UFilmStrip::kHorizontal, 7.0F,      {16, 0, 20, 11}, {0, 0, 20, 11}},
         {5,         UFilmStrip::kHorizontal, kNoNumber, {0, 0, 4, 11},   {0, 0, 0, 11} },
         {5,         UFilmStrip::kVertical,   1.0F,      {0, 8, 20, 10},  {0, 0, 20, 10}},
+        {10,        UFilmStrip::kHorizontal, 0.7F,      {12, 0, 14, 11}, {0, 0, 14, 11}},
+        {11,        UFilmStrip::kVertical,   0.35F,     {0, 4, 20, 5},   {0, 0, 20, 3} },
         {0,         UFilmStrip::kVertical,   0.7F,      {0, 0, 20, 11},  {0, 0, 20, 0} },
         {INT32_MAX, UFilmStrip::kVertical,   1.0F,      {0, 0, 20, 0},   {0, 0, 20, 0} },
     };
@@ -288,6 +290,12 @@ TEST_F(Bitmaps, CollectionsAreTheirCurrentImage) {
         EXPECT_FALSE(images->setCurrentImage(outside) || images->getIndexedImage(outside));
     const OPtr<UBitmap> copy(new UBitmap(*images));
     EXPECT_EQ(lettersOf(copy), (Picture{"bb"}));
+    const OPtr<UDelegatedBitmap> ring(new UDelegatedBitmap(a));
+    EXPECT_TRUE(images->addImage(ring, "ring"));
+    ring->delategateTo(images);
+    EXPECT_FALSE(images->setCurrentImage(3));
+    EXPECT_EQ(images->getCurrentImage(), b.get());
+    ring->delategateTo(nullptr);
 }
 
 /** A skin of its own for each test. */

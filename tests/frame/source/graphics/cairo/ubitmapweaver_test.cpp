@@ -68,6 +68,9 @@ TEST_F(Weaver, StaysWithinBothClips) {
     UOffscreen device(target);
     const URect outer(0, 0, 5, 4);
     device.setClip(outer);
+    device.saveState();
+    device.setClip(URect(0, 0, 1, 1));
+    device.restoreState();
     UBitmapWeaver::weave(device, tile, kTiledArea, URect(-3, -2, 100, 100), URect(3, 1, 100, 3), URect());
     EXPECT_EQ(lettersOf(target), (Picture{"      ", "   cd ", "   gh ", "      "}));
     UBitmapWeaver::weave(device, even, kScaledMarginArea, URect(0, 0, 6, 4), URect(1, 0, 3, 4), URect(1, 1, 1, 1));

@@ -54,12 +54,13 @@ TEST(UColorSet, StepsStopAtTheEnds) {
         int32_t amount;
         const char* result;
     } kRows[] = {
-        {"brighter",     &UColorSet::increaseBrightness, 64,        "red=ff8080 grey=c0c0c0 sea=4180c0 "},
-        {"white",        &UColorSet::increaseBrightness, INT32_MAX, "red=ffffff grey=ffffff sea=ffffff "},
+        {"as it is",     &UColorSet::increaseBrightness, 0,         "red=ff0000 grey=808080 sea=204060 "},
+        {"brighter",     &UColorSet::increaseBrightness, 64,        "red=ff0000 grey=c0c0c0 sea=356ba0 "},
+        {"brightest",    &UColorSet::increaseBrightness, INT32_MAX, "red=ff0000 grey=ffffff sea=55aaff "},
         {"black",        &UColorSet::decreaseBrightness, 300,       "red=000000 grey=000000 sea=000000 "},
-        {"grey",         &UColorSet::decreaseSaturation, 300,       "red=808080 grey=808080 sea=404040 "},
-        {"other way",    &UColorSet::decreaseBrightness, INT32_MIN, "red=ffffff grey=ffffff sea=ffffff "},
-        {"full colours", &UColorSet::increaseSaturation, 300,       "red=ff0000 grey=ff0101 sea=004080 "},
+        {"grey",         &UColorSet::decreaseSaturation, 300,       "red=ffffff grey=808080 sea=606060 "},
+        {"other way",    &UColorSet::decreaseBrightness, INT32_MIN, "red=ff0000 grey=ffffff sea=55aaff "},
+        {"full colours", &UColorSet::increaseSaturation, 300,       "red=ff0000 grey=800000 sea=003060 "},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.name);

@@ -31,6 +31,8 @@ const ColorRow kColors[] = {
     {"$0,100,100",        true,  0xFF00, 0,      0,      7,      "#FF000000"},
     {"$120/100,100,50",   true,  0x0100, 0xFF00, 0,      32767,  "#01FF007F"},
     {"$-120,100,999,200", true,  0,      0,      0,      65535,  "#000000"  }, // no sector has it
+    {"$-1,100,100",       true,  0xFF00, 0,      0,      7,      "#FF000000"}, // rounds up to 0
+    {"$-2,100,100",       true,  0,      0,      0,      7,      "#00000000"},
     {"$-120,0,50",        true,  0x8000, 0x8000, 0x8000, 7,      "#80808000"}, // grey needs none
     {"$120 50 50",        true,  0,      0,      0,      7,      "#00000000"}, // separators eat a digit
     {"#12345",            false, 1,      2,      3,      7,      "#00000000"},
@@ -103,6 +105,7 @@ TEST(UColor, ArithmeticWorksOnHighBytes) {
         {0xFF646464, [](UColor& c) { c.makeContrastColor(1); },     0xFF131313},
         {0xFF00FF00, [](UColor& c) { c.setHue(0); },                0xFFFF0000},
         {0xFF00FF00, [](UColor& c) { c.setHue(INT32_MAX); },        0xFF000000},
+        {0xFF885E5E, [](UColor& c) { c.setHue(88); },               0xFF5E8861}, // what is exact isn't cut
         {0xFFFF0000, [](UColor& c) { c.setSaturation(0); },         0xFFFFFFFF},
         {0xFF646464, [](UColor& c) { c.setHue(1000); },             0xFF646464},
         {0xFF646464, [](UColor& c) { c.blend(c, NAN); },            0xFF000000},
