@@ -52,6 +52,13 @@ AIMS_NS = {
     "FillRect": 200,
     "DrawNineCells": 2000,
     "DrawLabel": 2900,
+    "Desaturate": 0.5,
+    "AdjustHSL": 12,
+    "Tint": 5,
+    "Mirror": 0.3,
+    "Rotate": 2.5,
+    "Scale/333": 2e6,
+    "Scale/1500": 6e6,
     "ModuleLoad": 20e6,
     "StartWithCachedBundles/200": 20e6,
 }

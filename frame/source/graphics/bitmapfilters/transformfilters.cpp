@@ -55,22 +55,18 @@ TransformMatrix MatrixTransform::getMatrix(const Size& /*input*/) const {
 void MatrixTransform::process(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to) {
     TransformMatrix inverse;
     const bool usable = invert(getMatrix({double(from.getWidth()), double(from.getHeight())}), inverse);
-    for (int32_t y = 0; y < to.getHeight() && !usable; ++y)
-        std::fill_n(to.row(y), to.getWidth(), 0);
-    for (int32_t x = 0; x < to.getWidth() && usable; x += kStrip)
-        fillStrip(from, to, inverse, x);
-}
-
-void MatrixTransform::fillStrip(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to,
-                                const TransformMatrix& inverse, int32_t x) const {
-    const auto sample = interpolates() ? &Sampler::interpolated : &Sampler::nearest;
-    const int32_t count = std::min(kStrip, to.getWidth() - x);
     const Sampler sampler(from);
     for (int32_t y = 0; y < to.getHeight(); ++y) {
+        const Point start = mapped(inverse, 0.5, y + 0.5);
         const SampleLine line{
-            mapped(inverse, x + 0.5, y + 0.5), {inverse.xx, inverse.yx}
+            start, {inverse.xx, inverse.yx}
         };
-        (sampler.*sample)(to.row(y) + x, count, line);
+        if (!usable)
+            std::fill_n(to.row(y), to.getWidth(), 0);
+        else if (interpolates())
+            sampler.interpolated(to.row(y), to.getWidth(), line);
+        else
+            sampler.nearest(to.row(y), to.getWidth(), line);
     }
 }
 

@@ -15,13 +15,6 @@ protected:
 
     virtual bool interpolates() const { return true; }
     virtual TransformMatrix getMatrix(const Size& input) const;
-
-private:
-    /** Columns of the result, few enough for what they need of the input to stay near the processor. */
-    static constexpr int32_t kStrip = 128;
-
-    void fillStrip(const BitmapPixelAccessor& from, const BitmapPixelAccessor& to, const TransformMatrix& inverse,
-                   int32_t x) const;
 };
 
 /** "angle" is a part of a turn; a result that is to hold all moves to where the turned corners begin. */

@@ -46,11 +46,26 @@ CairoFonts::CairoFonts()
 }
 
 CairoFonts::~CairoFonts() {
+    settle();
     layouts.reset();
     pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(map.get()), nullptr);  // a map that goes would keep it
     map.reset();
     if (config)
         FcConfigDestroy(config);
+}
+
+void CairoFonts::settle() {
+    if (names.empty())
+        return;
+    const PangoHolder<PangoFontDescription> last(pango_font_description_from_string("none of this name"));
+    const PangoHolder<PangoFontset> fonts(
+        pango_font_map_load_fontset(map.get(), layouts->getContext(), last.get(), pango_language_get_default()));
+    int32_t seen = 0;
+    const auto isSecond = [](PangoFontset*, PangoFont*, void* count) -> gboolean {
+        return ++*static_cast<int32_t*>(count) > 1;
+    };
+    if (fonts)
+        pango_fontset_foreach(fonts.get(), isSecond, &seen);
 }
 
 void CairoFonts::readNames() {

@@ -29,6 +29,8 @@ public:
 
 private:
     void readNames();
+    /** Waits for pango's thread, which looks fonts up in the order they were asked for: it must not meet the map's end. */
+    void settle();
 
     FcConfig* const config;  // null: it can't be read
     PangoHolder<PangoFontMap> map;

@@ -7,7 +7,8 @@
 namespace Tessarine::Graphics {
 namespace {
 constexpr double kFarAway = 1e6;     // in pixels
-constexpr double kTooLarge = 20000;  // pixels of a font: what a font can't be scaled to would break it for the process
+constexpr double kLarge = 1000;      // pixels of a font: pictures of its letters may fail when they are flat
+constexpr double kTooLarge = 20000;  // a font that can't be scaled so far would be broken from then on
 
 double startOf(const Rect& rect, CairoFontFace* face, const tchar* text, unsigned alignment) {
     if (alignment & kAlignLeft)
@@ -26,10 +27,18 @@ double baselineOf(const Rect& rect, const FontMetrics& metrics, unsigned alignme
     return rect.y + (rect.height - (metrics.ascent + metrics.descent + 0.5)) / 2 + metrics.ascent;
 }
 
-bool fits(cairo_t* context, double size) {
+/** In pixels, in the direction that is stretched most. */
+double sizeOn(cairo_t* context, double size) {
     cairo_matrix_t m;
     cairo_get_matrix(context, &m);
-    return size * std::max(std::hypot(m.xx, m.yx), std::hypot(m.xy, m.yy)) < kTooLarge;
+    return size * std::max(std::hypot(m.xx, m.yx), std::hypot(m.xy, m.yy));
+}
+
+void show(cairo_t* context, PangoLayoutLine* line, double size) {
+    if (size < kLarge)
+        return pango_cairo_show_layout_line(context, line);
+    pango_cairo_layout_line_path(context, line);
+    cairo_fill(context);
 }
 
 /** On a whole pixel, so that text of one size looks the same wherever it stands. False: it is out of sight. */
@@ -49,9 +58,10 @@ bool drawText(cairo_t* context, const tchar* text, const Rect& rect, IFontFace* 
     CairoFontFace* ours = objectBehind<CairoFontFace>(face);
     if (!ours)
         return false;
+    const double size = sizeOn(context, ours->getHeight());
     const double baseline = baselineOf(rect, ours->getMetrics(), alignment);
-    if (fits(context, ours->getHeight()) && place(context, startOf(rect, ours, text, alignment), baseline))
-        pango_cairo_show_layout_line(context, ours->lineOf(text, antialiased));
+    if (size < kTooLarge && place(context, startOf(rect, ours, text, alignment), baseline))
+        show(context, ours->lineOf(text, antialiased), size);
     cairo_new_path(context);
     return true;
 }

@@ -84,9 +84,11 @@ bool drawBitmapCell(UBitmap* bitmap, const BitmapCell& cell, const URect& visibl
     if (columns.countTiles() * rows.countTiles() <= kManyTiles)
         return drawPieces(bitmap, columns, rows, draw);
     const int32_t timesX = columns.countGathered(), timesY = rows.countGathered();
-    const OPtr<UBitmap> pattern(timesX * timesY > 1 ? patternOf(bitmap, cell.source, timesX, timesY) : nullptr);
-    if (!pattern)
+    if (timesX * timesY == 1)
         return drawPieces(bitmap, columns, rows, draw);
+    const OPtr<UBitmap> pattern(patternOf(bitmap, cell.source, timesX, timesY));
+    if (!pattern)
+        return false;
     const BitmapCell larger = {URect(0, 0, pattern->getWidth(), pattern->getHeight()), cell.target, cell.repeats,
                                cell.offset};
     return drawPieces(pattern, across(larger, seen), down(larger, seen), draw);

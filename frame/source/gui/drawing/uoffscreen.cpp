@@ -17,8 +17,15 @@ OPtr<Graphics::IDrawDevice> deviceOf(UBitmap* bitmap) {
     return device && moveTo(device, bitmap->getOffset()) ? std::move(device) : nullptr;
 }
 
+/** No larger than the pixels that there are, whatever size the bitmap says it has. */
 URect boundsOf(UBitmap* bitmap) {
-    return bitmap ? URect(0, 0, bitmap->getWidth(), bitmap->getHeight()) : URect();
+    Graphics::IBitmap* pixels = bitmap ? bitmap->getBitmap() : nullptr;
+    if (!pixels)
+        return {};
+    const Graphics::Size size = pixels->getSize();
+    URect bounds(0, 0, bitmap->getWidth(), bitmap->getHeight());
+    bounds.intersect(URect(-bitmap->getOffset(), UPoint(int32_t(size.width), int32_t(size.height))));
+    return bounds;
 }
 }  // namespace
 

@@ -142,6 +142,10 @@ TEST_F(Device, WhatIsNoNumberDrawsNothing) {
     }),
               kInvalidArgument);
     canvas.boundary->drawBitmapStretched(source, {0, 0, 1e-20, 4}, {0, 0, 1e300, 4}, 1);
+    canvas.boundary->saveGlobalState();
+    canvas.boundary->concatTransformMatrix({0.8, -0.6, 0.6, 0.8, 0, 0});
+    canvas.boundary->drawBitmapStretched(source, {0, 0, 4, 4}, {0.5, 0, 1e-5, 4}, 1);
+    canvas.boundary->restoreGlobalState();
     EXPECT_TRUE(canvas.ink().isEmpty());
     EXPECT_EQ(createScaledDrawDevice(nullptr, 1), nullptr);
     EXPECT_EQ(createScaledDrawDevice(source, 0), nullptr);

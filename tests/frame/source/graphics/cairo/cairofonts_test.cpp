@@ -186,6 +186,32 @@ TEST_F(Fonts, StandAsTheyAreAligned) {
     EXPECT_EQ(canvas.ink().getHeight(), 9);
 }
 
+TEST_F(Fonts, NoSizeBreaksTheFontOrTheDevice) {
+    const TransformMatrix matrices[] = {
+        {900, 0,   0,   900, 0, 0},
+        {500, 0,   0,   0.5, 0, 0},
+        {1,   900, 0.1, 1,   0, 0}
+    };
+    int32_t fresh = 13;  // a size nobody has asked for
+    for (const TransformMatrix& matrix : matrices)
+        for (const double size : {12.0, 500.0}) {
+            const Canvas canvas(60, 40);
+            const UFont next = font(++fresh, UFont::kBold | UFont::kItalic);
+            const OPtr<IFontDescription> description(factory()->getFontCollection()->getFontByName(kInstalled));
+            const OPtr<IFontFace> face(description->createFace(size, kFontBold | kFontItalic));
+            canvas.boundary->setDrawAntialiased(1);
+            canvas.boundary->saveGlobalState();
+            canvas.boundary->concatTransformMatrix(matrix);
+            canvas.boundary->drawString(u"Hello", {0, 0, 9, 9}, face, 0xFF000000, kAlignLeft | kAlignTop);
+            canvas.boundary->restoreGlobalState();
+            canvas.boundary->clearRect({0, 0, 60, 40});
+            EXPECT_TRUE(canvas.ink().isEmpty());
+            canvas.device->setFont(next);
+            canvas.device->drawString(u"H", UPoint(9, 30));
+            EXPECT_GE(canvas.ink().getHeight(), 9) << matrix.xx << " " << size;
+        }
+}
+
 TEST_F(Fonts, SmoothingIsTheDevices) {
     for (const bool smooth : {false, true}) {
         const Canvas canvas(60, 20);

@@ -88,6 +88,7 @@ TEST_F(Weaver, StaysWithinBothClips) {
 
 TEST_F(Weaver, SmallTilesOverHugeAreasEndSoon) {
     const OPtr<UBitmap> target(new UBitmap(UPoint(3000, 2000), 32));
+    const OPtr<UBitmap> endless(new UDynamicBitmap(target, UPoint(INT32_MAX, INT32_MAX), URect()));
     const OPtr<UBitmap> tiles[] = {bitmapOf(Picture{"x"}), bitmapOf(kLetters)};
     for (const OPtr<UBitmap>& tile : tiles) {
         const double seconds = secondsOf([&] {
@@ -95,6 +96,7 @@ TEST_F(Weaver, SmallTilesOverHugeAreasEndSoon) {
             UBitmapWeaver::drawTiledArea(device, tile, kEverywhere, kEverywhere);
             for (const WeaveForm form : {kTiledHoriz, kTiledMarginVerti, kTiledMarginEdge, kScaledMarginArea})
                 UBitmapWeaver::weave(device, tile, form, kEverywhere, kEverywhere, URect(1, 0, 1, 0));
+            UBitmapWeaver::weave(endless, tile, kTiledMarginHoriz, URect());
         });
         EXPECT_LT(seconds, 5);
     }
