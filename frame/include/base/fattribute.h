@@ -174,6 +174,8 @@ public:
 
     /** Borrowed; null on a miss. */
     Attribute* getAttribute(Key key) const { return attributeAt(getAttributeIndex(key)); }
+    /** As getAttribute, at once for whoever asks for the same one again and again. */
+    Attribute* getAttributeAgain(Key key);
     /** -1 on a miss. */
     int32_t getAttributeIndex(Key key) const;
     /** Borrowed; null before the first attribute. */
@@ -194,8 +196,12 @@ public:
     CmObject* getObjAttribute(Key key, const char* className = nullptr) const;
     /** Without looking for its key. Takes the reference over; false: no memory. */
     bool addAttribute(Attribute* attribute) { return append(OPtr<Attribute>(attribute)) != nullptr; }
-    bool removeAttribute(Key key) { return attributes && attributes->removeAt(getAttributeIndex(key)); }
+    bool removeAttribute(Key key) {
+        lastFound = -1;
+        return attributes && attributes->removeAt(getAttributeIndex(key));
+    }
     void removeAllAttributes() {
+        lastFound = -1;
         if (attributes)
             attributes->removeAll();
         attributes.reset();
@@ -219,6 +225,7 @@ private:
     bool setAttribute(Key key, int32_t flags, Set set);
 
     mutable std::optional<Container> attributes;  // made on first use
+    int32_t lastFound = -1;                       // again; nothing is put in front of it
 };
 
 template <class Attribute, class Key, class Container>
@@ -238,6 +245,15 @@ void FAttributeList<Attribute, Key, Container>::takeAttributes(FAttributeList& o
         append(OPtr<Attribute>(static_cast<Attribute*>(attribute)));
     other.attributes->_ownsObjects = CmContainer::kBorrows;
     other.removeAllAttributes();
+}
+
+template <class Attribute, class Key, class Container>
+Attribute* FAttributeList<Attribute, Key, Container>::getAttributeAgain(Key key) {
+    Attribute* known = lastFound >= 0 ? attributeAt(lastFound) : nullptr;
+    if (known && known->compareID(key) == 0)
+        return known;
+    lastFound = getAttributeIndex(key);
+    return attributeAt(lastFound);
 }
 
 template <class Attribute, class Key, class Container>

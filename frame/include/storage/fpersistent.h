@@ -136,11 +136,14 @@ private:
     CmObject* objectAt(const char* key) const;
     template <class Kind>
     Kind* kindAt(const char* key) const;
+    /** As kindAt, for who asks for item after item. */
+    template <class Kind>
+    Kind* readerAt(const char* key) const;
     template <class Kind>
     Kind* listFor(const char* key);
     bool getNumberOrText(const char* key, FStringIDAttribute*& attribute) const;
 
-    List list;
+    mutable List list;  // knows what is being read item after item
 };
 
 bool FAttributes::get(const char* key, std::integral auto& number) const {

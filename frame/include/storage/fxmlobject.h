@@ -84,11 +84,12 @@ private:
 };
 
 /** Turns the live objects in a bag, in what they store and in what FXmlInstances hold, into FXmlInstances. An object that is
-    met twice becomes one of them; inside itself it is only referred to. Raw pointers stay; components that are no objects of
+    met twice becomes one of them; inside itself it is only referred to. Bags, lists and references within the bag become new
+    ones, since live objects may have lent them. Raw pointers stay; components that are no objects of
     ours go. */
 class FCmObjectStripper {
 public:
-    /** False: an object couldn't store all of itself, or bags are nested deeper than archives allow. No object is left alive in
+    /** False: an object couldn't store all of itself, a bag holds itself, or bags are nested deeper than archives allow. No object is left alive in
         either case. */
     bool strip(FAttributes& attributes);
 
@@ -100,17 +101,18 @@ private:
     };
 
     bool stripValue(FStringIDAttribute& attribute);
-    bool stripBags(FSubList& list);
+    OPtr<FAttributes> strippedBag(const FAttributes& bag, bool& whole);
+    OPtr<FSubList> strippedBags(const FSubList& list, bool& whole);
     bool stripList(FStringIDAttribute& attribute, const FObjectList& list);
     /** Null for null. */
     OPtr<CmObject> formOf(CmObject* object, bool& whole);
 
-    /** An object that is only referred to. */
-    void note(CmObject* object);
+    OPtr<CmObject> identityOf(CmObject* object);
     void redirect();
 
     std::unordered_map<const CmObject*, Stripped> known;
-    std::vector<IPtr<FXmlReference>> identities;  // met: they stand for live objects
+    std::vector<IPtr<FXmlReference>> identities;  // made: they stand for live objects
+    std::vector<const FAttributes*> openBags;
     int32_t depth = 0;
 };
 

@@ -417,14 +417,16 @@ bool FDefaultPool::storeAttributes(FAttributes& attributes) const {
 
 bool FDefaultPool::restoreAttributes(FAttributes& attributes) {
     std::vector<OPtr<FDefaults>> groups;
-    attributes.resetList(kEntries);
+    if (!attributes.resetList(kEntries) && attributes.containsAttribute(kEntries))
+        return false;
     while (FAttributes* stored = attributes.unqueueAttributes(kEntries)) {
         groups.emplace_back(new FDefaults);
         if (!groups.back()->restoreAttributes(*stored))
             return false;
     }
     std::ranges::sort(groups, precedes);
-    if (isTerminated || std::ranges::adjacent_find(groups, areEqual) != groups.end())
+    if (isTerminated || int32_t(groups.size()) != attributes.countQueueItems(kEntries) ||
+        std::ranges::adjacent_find(groups, areEqual) != groups.end())
         return false;
     std::vector<OPtr<FDefaults>> dropped;  // they die when all is in order again: who dies may come back
     index.clear();

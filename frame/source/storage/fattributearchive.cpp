@@ -3,9 +3,9 @@
 #include "collect/cmbuffer.h"
 #include "collect/cmvariant.h"
 #include "fobjectgraph.h"
+#include "fspread.h"
 #include "storage/fmstream.h"
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace Tessarine {
@@ -43,20 +43,8 @@ bool isHolder(CmObject* object) {
            classCast<CmVariant>(object);
 }
 
-/** Spreads ids so that no file can be made whose objects all fall into one bucket. */
 uint32_t hashID(const CmObject* object, uint32_t buckets) {
-    static const uint64_t kSeed = [] {
-        FUID id;
-        id.generate();
-        uint64_t seed;
-        std::memcpy(&seed, id.data, sizeof seed);
-        return seed;
-    }();
-    uint64_t mixed = static_cast<const FXmlObject*>(object)->getID() ^ kSeed;
-    for (int32_t round = 0; round < 2; ++round) {
-        mixed = (mixed ^ mixed >> 33) * 0xFF51AFD7ED558CCDu;
-    }
-    return static_cast<uint32_t>((mixed ^ mixed >> 33) % buckets);
+    return static_cast<uint32_t>(spread(static_cast<const FXmlObject*>(object)->getID()) % buckets);
 }
 
 /** The object behind a reference or an instance; itself, when there is none. */

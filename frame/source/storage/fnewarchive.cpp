@@ -1,4 +1,5 @@
 #include "storage/fnewarchive.h"
+#include "fspread.h"
 #include "fuserfile.h"
 #include "storage/fmstream.h"
 #include <algorithm>
@@ -14,7 +15,7 @@ constexpr int64_t kPositionsEnd = 0x7FFFFFFE;
 
 template <class Pair>
 int32_t hashPosition(const Pair& pair, int32_t buckets) {
-    return pair.key % buckets;
+    return static_cast<int32_t>(spread(static_cast<uint32_t>(pair.key)) % static_cast<uint32_t>(buckets));
 }
 }  // namespace
 
@@ -195,7 +196,7 @@ bool FNewArchive::storeObject(const char* name, const CmObject* object) {
 bool FNewArchive::restoreObject(const char* name, CmObject* object) {
     return object && readUserFile(name, fileType, [object](FStream& stream) {
                const OPtr<FMemoryStream> bytes(new FMemoryStream);
-               if (!stream.copyTo(*bytes))
+               if (!stream.copyTo(*bytes) || !stream.verify())
                    return false;
                bytes->rewind();
                FNewArchive archive(bytes, false);

@@ -44,9 +44,14 @@ OPtr<FAttributes> attributesOf(const CmObject& member) {
     return member.storeAttributes(*attributes) ? attributes : OPtr<FAttributes>();
 }
 
+CmObject* objectIn(const FAttributeValue& attribute) {
+    CmObject* object = attribute.getObj();
+    return object ? object : commonObject(attribute.getUnknown());
+}
+
 /** Gives a copied attribute its own copy of what a bag has to itself; objects are shared. */
 void copyOwnPart(FAttributeValue& attribute) {
-    const CmObject* object = attribute.getObj();
+    const CmObject* object = objectIn(attribute);
     if (!object ||
         !(object->isTypeOf(FAttributes::className(), true) || object->isTypeOf(FAttrList::className(), true)))
         return;
@@ -55,11 +60,6 @@ void copyOwnPart(FAttributeValue& attribute) {
 
 CmObject* ofClass(CmObject* object, const char* className) {
     return object && (!className || object->isTypeOf(className, true)) ? object : nullptr;
-}
-
-CmObject* objectIn(const FAttributeValue& attribute) {
-    CmObject* object = attribute.getObj();
-    return object ? object : commonObject(attribute.getUnknown());
 }
 
 FUnknown* targetOf(const FAttributeValue& attribute) {
@@ -181,6 +181,12 @@ Kind* FAttributes::kindAt(const char* key) const {
     return classCast<Kind>(objectAt(key));
 }
 
+template <class Kind>
+Kind* FAttributes::readerAt(const char* key) const {
+    const FStringIDAttribute* attribute = list.getAttributeAgain(key);
+    return attribute ? classCast<Kind>(objectIn(*attribute)) : nullptr;
+}
+
 /** The list of that kind under the key; whatever else stood there makes way for a new one. */
 template <class Kind>
 Kind* FAttributes::listFor(const char* key) {
@@ -259,23 +265,23 @@ bool FAttributes::queueAttributes(const char* key, FAttributes* attributes, bool
 }
 
 bool FAttributes::unqueueInt(const char* key, int64_t& number) const {
-    FIntList* numbers = kindAt<FIntList>(key);
+    FIntList* numbers = readerAt<FIntList>(key);
     return numbers && numbers->unqueue(number);
 }
 
 bool FAttributes::unqueueFloat(const char* key, double& number) const {
-    FFloatList* numbers = kindAt<FFloatList>(key);
+    FFloatList* numbers = readerAt<FFloatList>(key);
     return numbers && numbers->unqueue(number);
 }
 
 bool FAttributes::unqueueString(const char* key, String& text) const {
-    FStringList* texts = kindAt<FStringList>(key);
+    FStringList* texts = readerAt<FStringList>(key);
     const int32_t index = texts ? texts->step() : -1;
     return index >= 0 && texts->at(index)->getString(text);
 }
 
 CmObject* FAttributes::unqueueObject(const char* key, const char* className) const {
-    FObjectList* objects = kindAt<FObjectList>(key);
+    FObjectList* objects = readerAt<FObjectList>(key);
     return objects ? ofClass(objects->targetAt(objects->step()), className) : nullptr;
 }
 
@@ -290,7 +296,7 @@ bool FAttributes::unqueueMember(const char* key, CmObject& member) const {
 }
 
 FAttributes* FAttributes::unqueueAttributes(const char* key) const {
-    FSubList* bags = kindAt<FSubList>(key);
+    FSubList* bags = readerAt<FSubList>(key);
     return bags ? bags->at(bags->step()) : nullptr;
 }
 
@@ -381,7 +387,7 @@ int32_t FAttributes::get(const char* key, FVariant& value) {
 }
 
 int32_t FAttributes::unqueue(const char* key, FVariant& value) {
-    FAttrList* items = kindAt<FAttrList>(key);
+    FAttrList* items = readerAt<FAttrList>(key);
     return resultOf(items && items->getItem(items->step(), value));
 }
 

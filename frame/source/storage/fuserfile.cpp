@@ -26,7 +26,8 @@ bool copyFile(FNPath& from, const FNPath& to) {
     FStream* source = gFileSystem->openFile(&from, kOpenRead);
     if (!source)
         return false;
-    const bool copied = writeUserFile(to, [source](FStream& target) { return source->copyTo(target); });
+    const bool copied =
+        writeUserFile(to, [source](FStream& target) { return source->copyTo(target) && source->verify(); });
     gFileSystem->closeFile(source);
     return copied;
 }

@@ -135,7 +135,7 @@ bool FXmlArchiveParser::startTag(const char* name, CmContainer& attributes, bool
         finish(state);
         if (states.empty() && rootStarted)
             stopped = rootEnded = empty;
-        return empty;
+        return empty && bags <= FAttributeArchiveBase::kMaxDepth;
     }
     depth = bags;
     states.push_back(std::move(state));

@@ -1,17 +1,16 @@
 #include "storage/fxmlobject.h"
 #include "storage/fattributearchive.h"
+#include <algorithm>
 #include <vector>
 
 namespace Tessarine {
 namespace {
 thread_local std::vector<OPtr<CmObject>>* dropped = nullptr;  // while one is being dropped
 
-/** Of the bags that the object lends, too: they stay as they are while the copies are stripped. */
-bool storeCopy(const CmObject& object, FAttributes& form) {
-    const OPtr<FAttributes> lent(new FAttributes);
-    const bool stored = object.storeAttributes(*lent);
-    form.addAllFrom(*lent);
-    return stored;
+/** Bags and lists within are those of the source. */
+void shareAttributes(FAttributes& target, const FAttributes& source) {
+    for (int32_t i = 0; i < source.countAttributes(); ++i)
+        target.addAttribute(new FStringIDAttribute(*source.getAttribute(i)));
 }
 }  // namespace
 
@@ -85,9 +84,13 @@ bool FCmObjectStripper::strip(FAttributes& attributes) {
     return whole;
 }
 
-void FCmObjectStripper::note(CmObject* object) {
-    if (auto* reference = classCast<FXmlReference>(object))
-        identities.emplace_back(reference);
+/** One that only refers is another in the new place: the old one may be part of a live object. */
+OPtr<CmObject> FCmObjectStripper::identityOf(CmObject* object) {
+    const auto* reference = classCast<FXmlReference>(object);
+    if (!reference)
+        return OPtr<CmObject>(IPtr<CmObject>(object));
+    identities.emplace_back(OPtr<FXmlReference>(new FXmlReference(reference->getID())));
+    return OPtr<CmObject>(IPtr<CmObject>(identities.back().get()));
 }
 
 /** What stood for a live object stands for its form. */
@@ -108,30 +111,48 @@ bool FCmObjectStripper::stripValue(FStringIDAttribute& attribute) {
             attribute.empty();
         return true;
     }
-    const StoredForm form = storedFormOf(*object);
-    switch (form) {
+    bool whole = true;
+    switch (storedFormOf(*object)) {
     case kStoredBag:
-        return strip(static_cast<FAttributes&>(*object));
+        attribute.setObj(strippedBag(static_cast<FAttributes&>(*object), whole).detach(), FAttributeValue::kOwned);
+        return whole;
     case kStoredBags:
-        return stripBags(static_cast<FSubList&>(*object));
+        attribute.setObj(strippedBags(static_cast<FSubList&>(*object), whole).detach(), FAttributeValue::kOwned);
+        return whole;
     case kStoredObjects:
         return stripList(attribute, static_cast<FObjectList&>(*object));
     case kStoredObject:
         break;
     default:
-        note(object);
+        attribute.setObj(identityOf(object).detach(), FAttributeValue::kOwned);
         return true;
     }
-    bool whole = true;
     attribute.setObj(formOf(object, whole).detach(), FAttributeValue::kOwned);
     return whole;
 }
 
-bool FCmObjectStripper::stripBags(FSubList& list) {
-    bool whole = true;
-    for (int32_t i = 0; i < list.total(); ++i)
-        whole = strip(*list.at(i)) && whole;
-    return whole;
+/** Its own copy: whoever else holds the bag may be alive. */
+OPtr<FAttributes> FCmObjectStripper::strippedBag(const FAttributes& bag, bool& whole) {
+    OPtr<FAttributes> copy(new FAttributes);
+    if (std::ranges::find(openBags, &bag) != openBags.end()) {
+        whole = false;
+        return copy;
+    }
+    openBags.push_back(&bag);
+    shareAttributes(*copy, bag);
+    whole = strip(*copy) && whole;
+    openBags.pop_back();
+    return copy;
+}
+
+OPtr<FSubList> FCmObjectStripper::strippedBags(const FSubList& list, bool& whole) {
+    OPtr<FSubList> stripped(new FSubList);
+    for (int32_t i = 0; i < list.total(); ++i) {
+        OPtr<FAttributes> copy = strippedBag(*list.at(i), whole);
+        if (stripped->queue(copy))
+            copy.detach();
+    }
+    return stripped;
 }
 
 bool FCmObjectStripper::stripList(FStringIDAttribute& attribute, const FObjectList& list) {
@@ -153,16 +174,16 @@ OPtr<CmObject> FCmObjectStripper::formOf(CmObject* object, bool& whole) {
         object = instance->getObject();
     auto* unknown = classCast<FXmlInstance>(object);
     if (!object || (!unknown && object->isTypeOf(FXmlObject::className(), true))) {
-        note(object);
-        return OPtr<CmObject>(IPtr<CmObject>(object));
+        return identityOf(object);
     }
     auto found = known.find(object);
     if (found == known.end()) {
-        IPtr<FXmlInstance> form(unknown);
-        if (!form)
-            form = OPtr<FXmlInstance>(new FXmlInstance(reinterpret_cast<uintptr_t>(object), persistentNameOf(*object)));
-        known.emplace(object, Stripped{object, form, true});
-        const bool stored = unknown || storeCopy(*object, *form->getAttributes());
+        const uint64_t id = unknown ? unknown->getID() : reinterpret_cast<uintptr_t>(object);
+        const OPtr<FXmlInstance> form(new FXmlInstance(id, persistentNameOf(*object)));
+        known.emplace(object, Stripped{object, form.get(), true});
+        const bool stored = unknown || object->storeAttributes(*form->getAttributes());
+        if (unknown)
+            shareAttributes(*form->getAttributes(), *unknown->getAttributes());
         whole = strip(*form->getAttributes()) && stored && whole;
         found = known.find(object);
         found->second.isOpen = false;

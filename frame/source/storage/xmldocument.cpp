@@ -109,8 +109,8 @@ std::string lineOf(int32_t depth) {
 }
 
 /** A line that reformatting began here before: it says nothing of where the closing tag was. */
-bool isOwnLine(const ElementData& text, const Node* next, int32_t depth) {
-    return next && (next->isA("Element") || next->isA("Comment")) && textOf(text) == lineOf(depth);
+bool isOwnLine(const ElementData& text, Node* next, int32_t depth) {
+    return (nodeAs<Element>(next) || nodeAs<Comment>(next)) && textOf(text) == lineOf(depth);
 }
 
 OPtr<ElementData> newLine(int32_t depth) {
@@ -208,7 +208,7 @@ void Element::reformatChildren(int32_t depth) {
     for (size_t index = 0; index < old.size(); ++index) {
         Node* child = old[index];
         const auto* text = nodeAs<ElementData>(child);
-        const Node* next = index + 1 < old.size() ? old[index + 1].get() : nullptr;
+        Node* next = index + 1 < old.size() ? old[index + 1].get() : nullptr;
         if (text && !isOwnLine(*text, next, depth + 1))
             endsOnOwnLine = text->isFormatData();
         else if (nodeAs<Element>(child) || nodeAs<Comment>(child))

@@ -398,8 +398,8 @@ void LuaContext::searchWhenDue() {
         collect();
 }
 
-void LuaContext::stopWhenClosed(lua_State* state) const {
-    if (closing)
+void LuaContext::stopWhenOver(lua_State* state) const {
+    if (limits.isExpired())
         lua_sethook(state, onCount, LUA_MASKCOUNT, 1);
 }
 
@@ -414,8 +414,10 @@ int LuaContext::refer(lua_State* state, int index) {
 }
 
 void LuaContext::makeRoomForObject(lua_State* state) {
-    if (objectCount >= kMaxObjects)
+    if (objectCount >= kMaxObjects) {
+        checkTime(state);
         collect();
+    }
     if (objectCount >= kMaxObjects)
         luaL_error(state, "has more than %d objects", int(kMaxObjects));
 }
@@ -474,7 +476,7 @@ LuaContext::HostCall::~HostCall() {
     uselocale(own);
     context.call = outer;
     context.limits.spare(getMilliseconds());
-    context.stopWhenClosed(state);
+    context.stopWhenOver(state);
 }
 
 }  // namespace Tessarine

@@ -41,8 +41,8 @@ public:
     void checkTime(lua_State* state);
     /** Looks for garbage when it is time for it. */
     void searchWhenDue();
-    /** After close(), nothing that follows is run. */
-    void stopWhenClosed(lua_State* state) const;
+    /** After close() or the end of the time, nothing that follows is run. */
+    void stopWhenOver(lua_State* state) const;
     /** Raises when there are too many. */
     void makeRoomForObject(lua_State* state);
     void countObject() { ++objectCount; }

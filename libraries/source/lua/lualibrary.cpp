@@ -174,7 +174,7 @@ int guarded(lua_State* state) {
     context.checkTime(state);
     context.searchWhenDue();
     const int results = lua_tocfunction(state, lua_upvalueindex(1))(state);
-    context.stopWhenClosed(state);  // by a coroutine that it resumed
+    context.stopWhenOver(state);  // by a coroutine that it resumed
     return results;
 }
 

@@ -7,6 +7,7 @@
 namespace Tessarine {
 namespace {
 constexpr size_t kBigBlock = 64 << 10;  // bytes; what takes time to fill
+constexpr size_t kLateBytes = 1 << 20;  // more than allowed, until what has no time left ends: to refuse costs a search
 constexpr size_t kShortTexts = 1024;    // bytes of their table at first; of no other block before it
 }  // namespace
 
@@ -42,7 +43,11 @@ bool LuaLimits::mayGrow(const void* block, size_t oldBytes, size_t newBytes) con
         return true;
     const size_t others = usedBytes - oldBytes;
     const bool hasRoom = newBytes <= kMaxBlock && others <= maxBytes && newBytes <= maxBytes - others;
-    return hasRoom && ((newBytes < kBigBlock && !isTight) || !isExpired());
+    if (hasRoom && newBytes < kBigBlock && !isTight)
+        return true;
+    if (!isExpired())
+        return hasRoom;
+    return newBytes < kBigBlock && others + newBytes <= maxBytes + kLateBytes;
 }
 
 void* LuaLimits::refuse() {

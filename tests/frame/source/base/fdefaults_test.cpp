@@ -167,6 +167,9 @@ TEST_F(Defaults, WhatCannotBeTakenInLeavesMemoryAndACopyOfTheFile) {
         begin + "<item><member name=\"Values\"></member></item>" + end,
         begin + "<item><string name=\"Group\" value=\"A\"/></item>" + end,
         begin + group + group + end,
+        "<Defaults><int name=\"Entries\" value=\"3\"/></Defaults>",
+        "<Defaults><member name=\"Entries\"></member></Defaults>",
+        "<Defaults><list name=\"Entries\" type=\"int\"><item value=\"3\"/></list></Defaults>",
         "<Other></Other>",
     };
     for (size_t length = 0; length + 1 < good.size(); length += 3)

@@ -520,10 +520,17 @@ TEST_F(BinArchive, StripsNoBagOfALiveObject) {
     EXPECT_TRUE(bag.stripObjects());
     EXPECT_EQ(lender->kept->getObject("node", "StoredNode"), node.get());
     EXPECT_TRUE(bag.getObjectAttributes("lender")->getAttributes("lent")->getObjectAttributes("node"));
+    FAttributes stored;
+    lender->storeAttributes(stored);
+    lender->kept->queueAttributes("ring", lender->kept.get());
+    EXPECT_FALSE(stored.stripObjects()) << "it holds itself";
+    EXPECT_EQ(lender->kept->getObject("node", "StoredNode"), node.get());
+    lender->kept->removeAll();
 }
 
 TEST_F(BinArchive, StripsWithoutAnObjectLeftAlive) {
     const OPtr<FXmlReference> identity(new FXmlReference(0));
+    uint64_t alive = 0;
     FAttributes bag;
     {
         const OPtr<StoredNode> top = graph();
@@ -535,6 +542,7 @@ TEST_F(BinArchive, StripsWithoutAnObjectLeftAlive) {
         const OPtr<FXmlInstance> alien(new FXmlInstance(1, "AlienThing"));
         alien->getAttributes()->setObject("top", top.get());
         identity->setIdentity(top.get());
+        alive = identity->getID();
         alien->getAttributes()->queueObject("same", identity.get(), false);
         bag.setObject("alien", alien.get());
         EXPECT_TRUE(bag.stripObjects());
@@ -544,7 +552,9 @@ TEST_F(BinArchive, StripsWithoutAnObjectLeftAlive) {
     EXPECT_EQ(stripped->getInt("number"), 1);
     EXPECT_EQ(bag.lookupQueueObjectAttributes("list", 0), stripped) << "once";
     EXPECT_EQ(bag.getObjectAttributes("alien")->getObjectAttributes("top"), stripped);
-    EXPECT_EQ(identity->getID(), reinterpret_cast<uintptr_t>(bag.getObject("top")));
+    EXPECT_EQ(identity->getID(), alive) << "which isn't the bag's any more";
+    const auto* same = static_cast<FObjectList*>(bag.getObjectAttributes("alien")->getAttribute(1)->getObj());
+    EXPECT_EQ(static_cast<FXmlReference*>(same->at(0))->getID(), reinterpret_cast<uintptr_t>(bag.getObject("top")));
     EXPECT_TRUE(writer.saveAttributes(bag));
     stream.rewind();
     FAttributes back;

@@ -68,6 +68,10 @@ TEST_F(UserFiles, AreManagedByName) {
     EXPECT_TRUE(FXmlArchive::unbackupObjectArchive("Setup"));
     EXPECT_EQ(stored(), 1);
     EXPECT_EQ(user.names(), (Names{"Setup.xml", "Setup.xml.backup"}));
+    std::filesystem::remove(user / "Setup.xml.backup");
+    std::filesystem::create_symlink("/proc/self/mem", user / "Setup.xml.backup");
+    EXPECT_FALSE(FXmlArchive::unbackupObjectArchive("Setup")) << "what can't be read replaces nothing";
+    EXPECT_EQ(stored(), 1);
     EXPECT_TRUE(FXmlArchive::renameObjectArchive("Setup", "Other") && FXmlArchive::objectArchiveExists("Other"));
     EXPECT_FALSE(FXmlArchive::objectArchiveExists("Setup") || FXmlArchive::unbackupObjectArchive("Other"));
     std::filesystem::rename(user / "Other.xml", common / "Setup.xml");

@@ -199,6 +199,11 @@ const struct {
          "local t = {} for k = 0, 62 do t[1 << k] = 1 end while #t < 1 << 30 do t[#t + 1] = 1 end table.remove(t, 1)",
          "local function deep(n) return n > 0 and 1 + deep(n - 1) or 0 end pcall(deep, 1 << 20) local m = {} "
          "m.__call = setmetatable({}, m) while true do pcall(m.__call) end",
+         "local c, h = setmetatable({}, {__close = function() local t = {} end}) local s = ('x'):rep(70000) "
+         "local function fill() while true do h = {h} end end local function g(d) local a <close> = c if d > 0 then "
+         "g(d - 1) else local r = s .. s pcall(fill) r = nil while true do local t = s .. d end end end g(5000)",
+         "local k, c = {}, setmetatable({}, {__close = Probe}) local function g(d) local a <close> = c if d > 0 then "
+         "g(d - 1) else for i = 1, 20000 do k[i] = Probe() end error() end end g(8000)",
      }},
     {SErrorInfo::kMemory,
      {
