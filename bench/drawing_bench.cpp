@@ -10,7 +10,6 @@
 #include <benchmark/benchmark.h>
 #include <pango/pangocairo.h>
 #include <string>
-#include <utility>
 #include <vector>
 #ifdef BENCH_QTWIDGETS
 #include <QImage>

@@ -8,6 +8,7 @@
 #include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <vector>
 #ifdef BENCH_GDKPIXBUF  // before Qt, which defines words that it uses as names

@@ -4,8 +4,10 @@
 #include "frame/source/graphics/cairo/imagecodec.h"
 #include "gui/drawing/bitmappixelaccessor.h"
 #include "storage/fmstream.h"
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <jpeglib.h>
 #include <memory>

@@ -6,6 +6,7 @@
 #include "storage/fmstream.h"
 #include "tests/support/piecestream.h"
 #include <algorithm>
+#include <string>
 
 /** The reading of images from outside. */
 namespace ImageSubject {
@@ -58,5 +59,14 @@ inline void check(const std::string& file, size_t piece, size_t cut) {
     written->rewind();
     const Bitmap back = read(written);
     demand(back && areAlike(whole, back));
+}
+
+/** An input is two bytes, which say in which pieces the file behind them is read and where it is cut as well. */
+inline int checkInput(const uint8_t* data, size_t size) {
+    if (size >= 2) {
+        const std::string file(data + 2, data + size);
+        check(file, size_t(data[0]) + 1, file.size() * data[1] / 256);
+    }
+    return 0;
 }
 }  // namespace ImageSubject

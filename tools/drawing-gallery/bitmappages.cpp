@@ -3,11 +3,11 @@
 #include "gui/drawing/ufilmstrip.h"
 #include "gui/drawing/uoffscreen.h"
 #include "tools/drawing-gallery/page.h"
+#include <string>
 
-namespace Gallery {
+namespace Tessarine::Gallery {
 namespace {
 constexpr int32_t kSide = 64, kFrames = 5, kMargin = 12;
-constexpr float kWholeTurn = 6.2831855F;
 
 using BitmapHolder = OPtr<UBitmap>;
 
@@ -161,9 +161,8 @@ constexpr WeaveRow kForms[] = {
     {"scaled with margins",       kScaledMarginArea},
     {"scaled edges",              kScaledMarginEdge},
 };
-}  // namespace
 
-void drawBitmaps(UDrawDevice& device, UScheme& scheme) {
+void drawModes(Sheet& sheet, UDrawDevice& device) {
     constexpr struct {
         const char* caption;
         UBitmapMode mode;
@@ -173,13 +172,15 @@ void drawBitmaps(UDrawDevice& device, UScheme& scheme) {
         {"white is transparent",     kBitmapTransparent        },
         {"transparent and disabled", kBitmapTransparentDisabled},
     };
-    Sheet sheet(device, scheme, {154, 100}, 4);
     for (const auto& row : kModes) {
         const BitmapHolder picture = samplePicture();
         const URect place = sheet.next(row.caption, {kSide, kSide});
         checker(device, place);
         device.drawBitmap(picture, place.getOrigin(), row.mode);
     }
+}
+
+void drawAlphas(Sheet& sheet, UDrawDevice& device) {
     const BitmapHolder picture = samplePicture();
     for (const uint8_t alpha : {64, 128, 192, 255}) {
         const std::string caption = "alpha " + std::to_string(alpha);
@@ -187,6 +188,9 @@ void drawBitmaps(UDrawDevice& device, UScheme& scheme) {
         checker(device, place);
         device.alphaBlend(picture, {0, 0, kSide, kSide}, place, alpha);
     }
+}
+
+void drawParts(Sheet& sheet, UDrawDevice& device) {
     const struct {
         const char* caption;
         URect source;
@@ -197,11 +201,15 @@ void drawBitmaps(UDrawDevice& device, UScheme& scheme) {
         {"stretched",        {0, 0, kSide, kSide}, {140, 40}},
         {"reduced",          {0, 0, kSide, kSide}, {24, 24} },
     };
+    const BitmapHolder picture = samplePicture();
     for (const auto& row : kParts) {
         const URect place = sheet.next(row.caption, row.size);
         checker(device, place);
         device.drawBitmap(picture, row.source, place, kBitmapPlain);
     }
+}
+
+void drawStripAndFill(Sheet& sheet, UDrawDevice& device) {
     const OPtr<UFilmStrip> strip(new UFilmStrip(dialPicture(), kFrames, UFilmStrip::kHorizontal));
     for (const float value : {0.0F, 0.5F, 1.0F}) {
         const std::string caption = "film strip at " + std::to_string(int32_t(value * 100)) + " %";
@@ -211,6 +219,15 @@ void drawBitmaps(UDrawDevice& device, UScheme& scheme) {
     const URect place = sheet.next("fill, half", {96, 64});
     checker(device, place);
     device.drawBitmap(tint, {0, 0, 1, 1}, place, kBitmapPlain);
+}
+}  // namespace
+
+void drawBitmaps(UDrawDevice& device, UScheme& scheme) {
+    Sheet sheet(device, scheme, {154, 100}, 4);
+    drawModes(sheet, device);
+    drawAlphas(sheet, device);
+    drawParts(sheet, device);
+    drawStripAndFill(sheet, device);
 }
 
 void drawWeaver(UDrawDevice& device, UScheme& scheme) {
@@ -239,4 +256,4 @@ void drawFilters(UDrawDevice& device, UScheme& scheme) {
     for (const FilterRow& row : kFilters)
         drawPicture(sheet, device, row.caption, BitmapHolder(row.change(picture)));
 }
-}  // namespace Gallery
+}  // namespace Tessarine::Gallery

@@ -1,17 +1,16 @@
-#include "base/fhostclasses.h"
 #include "graphics/platformgraphics.h"
-#include "pluginterfaces/host/ihosttools.h"
-#include "storage/ffilesystem.h"
-#include "storage/ffstream.h"
+#include "gui/drawing/ubitmap.h"
+#include "storage/fpath.h"
 #include "tools/drawing-gallery/page.h"
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace {
-using namespace Gallery;
+using namespace Tessarine;
+using namespace Tessarine::Gallery;
 
 constexpr char kHelp[] = R"(drawing-gallery - pictures of what the framework draws
 
@@ -52,30 +51,13 @@ std::optional<Options> readOptions(const std::vector<std::string>& words) {
     return std::ranges::all_of(options.pages, isKnown) ? std::optional(options) : std::nullopt;
 }
 
-IPtr<Graphics::IBitmapCodec> pngCodec() {
-    Graphics::IBitmapFactory* bitmaps = bitmapFactory();
-    void* made = nullptr;
-    FHostClasses().createClassInstance(IList::iid, &made);
-    const OPtr<IList> codecs(static_cast<IList*>(made));
-    if (!codecs || !bitmaps || bitmaps->getCodecs(codecs) != kResultOk)
-        return nullptr;
-    for (int32_t index = 0; index < codecs->count(); ++index) {
-        const FUnknownPtr<Graphics::IBitmapCodec> codec(codecs->at(index));
-        if (codec && codec->canEncode() && std::strcmp(codec->getExtension(), "png") == 0)
-            return codec.get();
-    }
-    return nullptr;
-}
-
-bool write(Graphics::IBitmap* bitmap, Graphics::IBitmapCodec* codec, const std::string& name) {
+bool write(Graphics::IBitmap* bitmap, const std::string& name) {
     String text;
     FPath path;
     if (!text.fromUTF8(name.c_str()))
         return false;
     path.fromString(text.text16(), kFilePath);
-    FFileStream file(kOpenWrite | kOpenCreate);
-    file.setPath(path);
-    return file.open() && codec->encode(bitmap, &file) == kResultOk && file.close();
+    return OPtr<UBitmap>(new UBitmap(bitmap))->saveToFile(&path, nullptr);
 }
 
 int fail(const std::string& why) {
@@ -85,18 +67,14 @@ int fail(const std::string& why) {
 
 int run(const Options& options) {
     installTessarinePlatformGraphics();
-    const IPtr<Graphics::IBitmapCodec> codec = pngCodec();
-    if (!codec)
-        return fail("nothing here draws or writes pictures");
     for (const Page& page : allPages()) {
         const bool isWanted =
             options.pages.empty() || std::ranges::find(options.pages, page.name) != options.pages.end();
         const std::string name = options.folder + "/" + page.name + (options.scale == 2 ? "@2x.png" : ".png");
         if (!isWanted)
             continue;
-        const OPtr<Graphics::IBitmap> bitmap = pictureOf(page, options.scale);
-        if (!bitmap || !write(bitmap, codec, name))
-            return fail(name + ": can't be written");
+        if (!write(pictureOf(page, options.scale), name))
+            return fail(name + ": can't be made or written");
     }
     return 0;
 }

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace Gallery {
+namespace Tessarine::Gallery {
 namespace {
 struct PenRow {
     const char* caption;
@@ -78,8 +78,8 @@ constexpr FigureRow kFigures[] = {
     {"frame of a polygon", [](UDrawDevice& d, const URect& r) { d.framePoly(star(r, 5)); }      },
     {"filled polygon",     [](UDrawDevice& d, const URect& r) { d.paintPoly(star(r, 5)); }      },
     {"open polygon",       [](UDrawDevice& d, const URect& r) { d.polyLine(star(r, 7)); }       },
-    {"frame of an oval",   [](UDrawDevice& d, const URect& r) { d.frameOval(r, 0, 6.2831855F); }},
-    {"filled oval",        [](UDrawDevice& d, const URect& r) { d.paintOval(r, 0, 6.2831855F); }},
+    {"frame of an oval",   [](UDrawDevice& d, const URect& r) { d.frameOval(r, 0, kWholeTurn); }},
+    {"filled oval",        [](UDrawDevice& d, const URect& r) { d.paintOval(r, 0, kWholeTurn); }},
     {"arc",                [](UDrawDevice& d, const URect& r) { d.frameOval(r, 0.5F, 4.0F); }   },
     {"pie",                [](UDrawDevice& d, const URect& r) { d.paintOval(r, 0.5F, 4.0F); }   },
     {"frame",              [](UDrawDevice& d, const URect& r) { d.frameRect(r); }               },
@@ -106,4 +106,4 @@ void drawPolygons(UDrawDevice& device, UScheme& scheme) {
         row.draw(device, place);
     }
 }
-}  // namespace Gallery
+}  // namespace Tessarine::Gallery

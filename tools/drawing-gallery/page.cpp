@@ -3,7 +3,7 @@
 #include "gui/drawing/uphysicaldrawdevice.h"
 #include "pluginterfaces/graphics/ifactory.h"
 
-namespace Gallery {
+namespace Tessarine::Gallery {
 namespace {
 constexpr int32_t kGap = 12, kCaption = 16;
 
@@ -63,4 +63,4 @@ URect Sheet::next(const char* caption, const UPoint& size) {
     const URect place = next(caption);
     return {UPoint(place.left + (cell.x - size.x) / 2, place.top + (cell.y - size.y) / 2), size};
 }
-}  // namespace Gallery
+}  // namespace Tessarine::Gallery

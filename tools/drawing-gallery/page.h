@@ -2,10 +2,8 @@
 #include "gui/drawing/uscheme.h"
 #include "pluginterfaces/graphics/ibitmap.h"
 #include <span>
-#include <string>
 
-namespace Gallery {
-using namespace Tessarine;  // nothing else lives here
+namespace Tessarine::Gallery {
 
 /** A picture of one family of what can be drawn, in units. */
 struct Page {
@@ -20,6 +18,8 @@ std::span<const Page> allPages();
 Graphics::IBitmapFactory* bitmapFactory();
 /** The page, drawn with so many pixels to a unit. Null: there is no memory, or nothing that draws. */
 OPtr<Graphics::IBitmap> pictureOf(const Page& page, int32_t scale);
+
+inline constexpr float kWholeTurn = 6.2831855F;  // in radians
 
 /** Cells in rows, each with a caption below. */
 class Sheet {
@@ -49,4 +49,4 @@ void drawBitmaps(UDrawDevice& device, UScheme& scheme);
 void drawWeaver(UDrawDevice& device, UScheme& scheme);
 void drawFilters(UDrawDevice& device, UScheme& scheme);
 void drawColors(UDrawDevice& device, UScheme& scheme);
-}  // namespace Gallery
+}  // namespace Tessarine::Gallery

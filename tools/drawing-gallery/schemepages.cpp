@@ -1,6 +1,6 @@
 #include "tools/drawing-gallery/page.h"
 
-namespace Gallery {
+namespace Tessarine::Gallery {
 namespace {
 struct ShapeRow {
     const char* caption;
@@ -169,4 +169,4 @@ void drawColors(UDrawDevice& device, UScheme& scheme) {
         device.frameRect(place);
     }
 }
-}  // namespace Gallery
+}  // namespace Tessarine::Gallery

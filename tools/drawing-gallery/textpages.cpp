@@ -1,6 +1,7 @@
 #include "tools/drawing-gallery/page.h"
+#include <string>
 
-namespace Gallery {
+namespace Tessarine::Gallery {
 namespace {
 constexpr struct {
     const char* caption;
@@ -77,4 +78,4 @@ void drawScripts(UDrawDevice& device, UScheme& scheme) {
         y += metrics.descent + 4;
     }
 }
-}  // namespace Gallery
+}  // namespace Tessarine::Gallery

@@ -3,10 +3,13 @@
 #include "gui/drawing/bitmappixelaccessor.h"
 #include "gui/drawing/uphysicaldrawdevice.h"
 #include "storage/ffstream.h"
+#include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
-namespace Gallery {
+namespace Tessarine::Gallery {
 namespace {
 /** Fonts of another release smooth their edges a little differently; a line that moved by a pixel differs by 50. */
 constexpr int32_t kBlock = 8, kTolerance = 12;
@@ -63,4 +66,4 @@ TEST(Gallery, IsAsTheDocumentsShowIt) {
     UPhysicalDrawDevice::setFactory(nullptr);
 }
 }  // namespace
-}  // namespace Gallery
+}  // namespace Tessarine::Gallery

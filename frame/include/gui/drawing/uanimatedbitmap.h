@@ -23,7 +23,6 @@ public:
 
     /** Borrowed until another one, or null, takes its place. */
     void setAnimation(IBitmapAnimation* newAnimation) { animation = newAnimation; }
-    IBitmapAnimation* getAnimation() const { return animation; }
 
     bool draw(UPhysicalDrawDevice* device, const URect& source, const URect& rect, int16_t mode) override;
 

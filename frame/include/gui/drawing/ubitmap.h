@@ -97,7 +97,6 @@ public:
 
     double getAlphaFactor() const { return alphaFactor; }
     void setAlphaFactor(double factor) { alphaFactor = factor; }
-    bool isTransparent() const { return madeTransparent; }
 
 protected:
     friend class UBitmapCache;
@@ -111,6 +110,8 @@ protected:
     bool isBehind(UBitmap* bitmap) const;
     /** Gives a copy what belongs to the pixels but isn't of them. */
     void describe(UBitmap& copy);
+    /** A copy of another size, into which it is drawn; null: that failed. */
+    UBitmap* scaledByDrawing(const UPoint& newSize);
 
     IPtr<Graphics::IBitmap> graphicsObject;
     UPoint size;
@@ -126,7 +127,6 @@ private:
     /** From any, of one size; what that doesn't show becomes transparent. */
     bool copyShown(UBitmap* from, const URect& source, const URect& target);
     UBitmap* scaledByArea(const UPoint& newSize);
-    UBitmap* scaledByDrawing(const UPoint& newSize);
 
     bool isInPool = false;  // as a source of processed bitmaps
 };

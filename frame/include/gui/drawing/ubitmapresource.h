@@ -13,7 +13,7 @@ public:
     int32_t getID() const { return id; }
 
 private:
-    bool loadFromApplication();
+    void loadFromApplication();
 
     int32_t id;
 };

@@ -32,7 +32,6 @@ private:
     using DrawPart = std::function<bool(UBitmap* bitmap, const URect& source, const URect& rect)>;
     BitmapCell cellOf(const Marginator& cells, const UPoint& origin, int32_t column, int32_t row) const;
     bool drawCells(UPhysicalDrawDevice* device, const URect& source, const URect& rect, const DrawPart& drawPart);
-    UBitmap* drawn(const URect& source, const UPoint& newSize);
 
     UPoint size;  // 0: the target's
     URect center;

@@ -140,7 +140,8 @@ struct USkinColorEntry {
 
     Shapes    stay within their rectangle; one that is too small for a shape gets none, or a part. They leave a pen, a brush
               and a font of theirs behind. A text is optional.
-    Ranges    an index out of its range takes the first entry.
+    Ranges    an index out of its range takes the first entry. Rectangles lie within 2^20 units to each side of 0;
+              drawShape cuts them to that.
     Threads   the main thread. */
 class UScheme : public CmObject {
 public:

@@ -1,6 +1,5 @@
 #include "graphics/bitmapfilters/bitmapfilter.h"
 #include "pluginterfaces/base/smartpointer.h"
-#include <iterator>
 
 namespace Tessarine::Graphics {
 

@@ -3,7 +3,6 @@
 #include "gui/values/ucolorhsl.h"
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <vector>
 
 namespace Tessarine::Graphics::BitmapFilterImplementation {

@@ -1,6 +1,7 @@
 #include "frame/source/graphics/bitmapfilters/hslrows.h"
 #include "frame/source/graphics/bitmapfilters/pixelrows.h"
 #include "gui/values/ucolorhsl.h"
+#include <algorithm>
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif

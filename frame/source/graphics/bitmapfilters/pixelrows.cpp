@@ -1,6 +1,5 @@
 #include "frame/source/graphics/bitmapfilters/pixelrows.h"
 #include <algorithm>
-#include <cmath>
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -25,7 +24,6 @@ GrayRows::GrayRows(double grayFactor, double alphaFactor) {
     isFast = findParts(grays, grayFactor / 3, grayParts) && (keepsAlpha || findParts(alphas, alphaFactor, alphaParts));
 }
 
-/** False: there is none that gives all bytes of a table. */
 template <size_t size>
 bool GrayRows::findParts(const std::array<uint8_t, size>& table, double factor, FactorParts& parts) {
     if (factor >= 1)

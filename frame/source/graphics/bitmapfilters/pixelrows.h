@@ -59,7 +59,7 @@ public:
     void fast(uint32_t* to, const uint32_t* from, int32_t count) const;
 
 private:
-    /** What leaves 0 to 1 in a channel goes to the other two, each by share[channel]. */
+    /** What leaves 0 to 1 in a channel goes to the others, so that the brightness stays. */
     void level(float (&channels)[3]) const;
 
     float tint[3];   // red, green, blue; 0 to 1

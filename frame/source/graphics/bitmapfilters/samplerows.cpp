@@ -1,5 +1,4 @@
 #include "frame/source/graphics/bitmapfilters/samplerows.h"
-#include "frame/source/graphics/bitmapfilters/pixelrows.h"
 #include <algorithm>
 #include <cmath>
 #ifdef __SSE2__
@@ -157,7 +156,7 @@ void Sampler::interpolated(uint32_t* to, int32_t count, const SampleLine& line) 
 
 #ifdef __SSE2__
 namespace {
-/** Of the left two and the right two pixels around each of four places: the upper one's and the lower one's in one word. */
+/** The weights of one direction at the next four places. Only the low halves of places count, which may turn over. */
 struct FourWeights {
     FourWeights(__m128i across, __m128i down) {
         const __m128i up = _mm_sub_epi32(_mm_set1_epi32(kWhole), down);
@@ -183,10 +182,10 @@ struct FourWeights {
     __m128i right;
 };
 
-/** The weights of one direction at the next four places. */
+/** The weights of one direction at the next four places, of which the low halves, that may turn over, are enough. */
 class Fractions {
 public:
-    Fractions(int64_t start, int64_t step)
+    Fractions(uint64_t start, uint64_t step)
         : places(_mm_setr_epi32(int32_t(start), int32_t(start + step), int32_t(start + 2 * step),
                                 int32_t(start + 3 * step))),
           step(_mm_set1_epi32(int32_t(4 * step))) {}
@@ -204,7 +203,7 @@ private:
 }  // namespace
 
 void Sampler::putMeansInside(uint32_t* to, int32_t count, Places& places) const {
-    Fractions across(places.x, places.stepX), down(places.y, places.stepY);
+    Fractions across(uint64_t(places.x), uint64_t(places.stepX)), down(uint64_t(places.y), uint64_t(places.stepY));
     const uint32_t* const pixel = pixels.row(0);
     const ptrdiff_t stride = pixels.row(1) - pixel;
     int64_t x = places.x, y = places.y;

@@ -2,6 +2,7 @@
 #include "gui/drawing/bitmappixelaccessor.h"
 #include <algorithm>
 #include <bit>
+#include <cstdlib>
 #include <vector>
 
 namespace Tessarine::Graphics {

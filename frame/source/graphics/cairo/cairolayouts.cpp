@@ -1,6 +1,7 @@
 #include "frame/source/graphics/cairo/cairolayouts.h"
 #include "base/source/fstring.h"
 #include <algorithm>
+#include <string_view>
 
 namespace Tessarine::Graphics {
 namespace {

@@ -4,7 +4,6 @@
 #include <memory>
 #include <pango/pangocairo.h>
 #include <string>
-#include <string_view>
 
 namespace Tessarine::Graphics {
 
@@ -27,7 +26,7 @@ public:
 
     explicit CairoLayouts(PangoFontMap* map);
 
-    /** Borrowed, as below. */
+    /** Borrowed. */
     PangoContext* getContext() const { return contexts[0].get(); }
     uint64_t newFontNumber() { return ++lastNumber; }
     double widthOf(const Font& font, const tchar* text);

@@ -1,5 +1,6 @@
 #include "gui/drawing/ubitmap.h"
 #include "base/source/finitializer.h"
+#include "frame/source/gui/drawing/boundary.h"
 #include "graphics/bitmapfilters/bitmapfilter.h"
 #include "gui/drawing/bitmappixelaccessor.h"
 #include "gui/drawing/ubitmapcache.h"
@@ -21,10 +22,6 @@ constexpr uint32_t kColorBits = 0x00FFFFFF;
 constexpr int32_t kAlphaShift = 24;
 
 const OneTimeProcedure UBitmapTerminator(false, termUBitmap, "UBitmap", 25);
-
-Graphics::Rect boundary(const URect& rect) {
-    return {double(rect.left), double(rect.top), double(rect.right) - rect.left, double(rect.bottom) - rect.top};
-}
 
 /** Whole pixels; 0 for what isn't a size. */
 int32_t wholeSide(double side) {
@@ -237,7 +234,7 @@ UBitmap* UBitmap::scaledByArea(const UPoint& newSize) {
 }
 
 UBitmap* UBitmap::scaledByDrawing(const UPoint& newSize) {
-    OPtr<UBitmap> scaled(new UBitmap(newSize, depth));
+    OPtr<UBitmap> scaled(new UBitmap(newSize, getBitDepth()));
     UOffscreen device(scaled);
     if (!drawAlpha(&device, bounds(), scaled->bounds(), 1.0))
         return nullptr;

@@ -66,7 +66,7 @@ bool UBitmap::saveToStream(FStream* stream, IAttributes* /*attributes*/) {
 
 bool UBitmap::saveToFile(FPath* path, IAttributes* attributes) {
     const IPtr<IBitmapCodec> codec(path ? codecOf(*path) : nullptr);
-    if (!codec || !codec->canEncode() || !gFileSystem)
+    if (!codec || !codec->canEncode())
         return false;
     FAsideFile file(gFileSystem, *path);
     FStream* stream = file.getStream();

@@ -15,19 +15,18 @@ UBitmapResource::UBitmapResource(int32_t id, void* module) : id(id) {
         loadFromApplication();
 }
 
-bool UBitmapResource::loadFromApplication() {
+void UBitmapResource::loadFromApplication() {
     const FNPath* application = gController ? UController::getAppPath() : nullptr;
-    if (!application || !gFileSystem)
-        return false;
+    if (!application)
+        return;
     char name[24] = "";
     std::snprintf(name, sizeof name, "bitmap%05d", int(id));
     FNPath path(*application);
     path.goDown(u"Resources");
     path.descend(FString(name).text16(), kFilePath);
     FStream* file = gFileSystem->openFile(&path, kOpenRead);
-    const bool loaded = file && loadFromStream(file);
+    loadFromStream(file);
     gFileSystem->closeFile(file);
-    return loaded;
 }
 
 }  // namespace Tessarine

@@ -2,6 +2,7 @@
 #include "gui/values/ucolorhsl.h"
 #include "storage/fpersistent.h"
 #include <algorithm>
+#include <functional>
 
 namespace Tessarine {
 namespace {

@@ -1,7 +1,7 @@
 #include "gui/drawing/udynamicbitmap.h"
 #include "frame/source/gui/drawing/bitmapcells.h"
 #include "gui/drawing/ubitmapweaver.h"
-#include "gui/drawing/uoffscreen.h"
+#include "gui/drawing/uphysicaldrawdevice.h"
 #include <algorithm>
 
 namespace Tessarine {
@@ -75,24 +75,15 @@ bool UDynamicBitmap::drawAlpha(UPhysicalDrawDevice* device, const URect& source,
     });
 }
 
-UBitmap* UDynamicBitmap::drawn(const URect& source, const UPoint& newSize) {
-    OPtr<UBitmap> copy(new UBitmap(newSize, getBitDepth()));
-    UOffscreen device(copy);
-    if (!drawAlpha(&device, source, URect(UPoint(), newSize), 1.0))
-        return nullptr;
-    describe(*copy);
-    return copy.detach();
-}
-
 UBitmap* UDynamicBitmap::getSection(const URect& rect) {
-    OPtr<UBitmap> whole(drawn(bounds(), UPoint(getWidth(), getHeight())));
+    OPtr<UBitmap> whole(scaledByDrawing(bounds().getSize()));
     return !whole || rect == bounds() ? whole.detach() : whole->getSection(rect);
 }
 
 UBitmap* UDynamicBitmap::copyScaled(const Graphics::Point& newSize, ScalingAlgorithm /*algorithm*/) {
     constexpr int32_t kMaxSide = Graphics::IBitmapFactory::kMaxSide;
     const bool fits = newSize.x >= 1 && newSize.y >= 1 && newSize.x <= kMaxSide && newSize.y <= kMaxSide;
-    return fits ? drawn(bounds(), UPoint(int32_t(newSize.x), int32_t(newSize.y))) : nullptr;
+    return fits ? scaledByDrawing(UPoint(int32_t(newSize.x), int32_t(newSize.y))) : nullptr;
 }
 
 }  // namespace Tessarine

@@ -21,11 +21,10 @@ OPtr<IFontDescription> descriptionAt(uint32_t index) {
     return all ? all->getFontByIndex(index) : nullptr;
 }
 
-bool setup(UFont& font, IFontDescription* description) {
-    Graphics::IFontFace* face = UFontFaceCache::instance().getFontFace(description, font.getSize(), font.getStyle());
+bool setup(UFont& font, const tchar* name, Graphics::IFontFace* face) {
     if (!face)
         return false;
-    font.setName(description->getName());
+    font.setName(name);
     font.setGraphicsObject(face);
     return true;
 }
@@ -52,8 +51,7 @@ private:
 class FolderFiles : public FObject, public IFileIterator {
 public:
     FORWARD_REFCOUNT(FObject)
-    explicit FolderFiles(const FPath& folder)
-        : files(gFileSystem ? gFileSystem->newIterator(&folder, false) : nullptr) {}
+    explicit FolderFiles(const FPath& folder) : files(gFileSystem->newIterator(&folder, false)) {}
     int32_t queryInterface(const char* iid, void** obj) override {
         return answerInterface<IFileIterator>(this, iid, obj) ? kResultOk : FObject::queryInterface(iid, obj);
     }
@@ -91,17 +89,14 @@ int32_t UFontCollection::getIndexByName(const tchar* name) {
 }
 
 bool UFontCollection::setupFontByIndex(UFont& font, uint32_t index) {
-    return setup(font, descriptionAt(index));
+    const OPtr<IFontDescription> description = descriptionAt(index);
+    return description && setup(font, description->getName(),
+                                UFontFaceCache::instance().getFontFace(description, font.getSize(), font.getStyle()));
 }
 
 bool UFontCollection::setupFontByName(UFont& font, const tchar* name) {
-    Graphics::IFontFace* face =
-        UFontFaceCache::instance().getFontFace(ConstString(name), font.getSize(), font.getStyle());
-    if (!face)
-        return false;
-    font.setName(name);
-    font.setGraphicsObject(face);
-    return true;
+    return setup(font, name,
+                 UFontFaceCache::instance().getFontFace(ConstString(name), font.getSize(), font.getStyle()));
 }
 
 bool UFontCollection::registerApplicationFonts() {

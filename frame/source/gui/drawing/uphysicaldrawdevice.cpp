@@ -1,5 +1,6 @@
 #include "gui/drawing/uphysicaldrawdevice.h"
 #include "base/source/finitializer.h"
+#include "frame/source/gui/drawing/boundary.h"
 #include "gui/drawing/hooks.h"
 #include "gui/drawing/irealtimetranslator.h"
 #include "gui/drawing/ubitmap.h"
@@ -8,6 +9,7 @@
 #include "pluginterfaces/graphics/ifactory.h"
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 namespace Tessarine {
 using Graphics::IDrawDevice;
@@ -30,10 +32,6 @@ const OneTimeProcedure DrawingTerminator(false, endDrawing, "UPhysicalDrawDevice
 IPtr<IFactory>& hostFactory() {
     static IPtr<IFactory> factory;
     return factory;
-}
-
-Rect boundary(const URect& rect) {
-    return {double(rect.left), double(rect.top), double(rect.right) - rect.left, double(rect.bottom) - rect.top};
 }
 
 /** The middle of a line of one pixel inside of the rectangle. */

@@ -3,6 +3,7 @@
 #include "gui/drawing/bitmappixelaccessor.h"
 #include "gui/drawing/uphysicaldrawdevice.h"
 #include "pluginterfaces/graphics/ifactory.h"
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
