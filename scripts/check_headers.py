@@ -12,8 +12,11 @@ COMPILERS = ("clang++-16", "g++")
 WARNINGS = "-Wall -Wextra -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Werror".split()
 
 
-def glib_flags():
-    return subprocess.run(["pkg-config", "--cflags", "glib-2.0"], check=True, capture_output=True, text=True).stdout.split()
+def package_flags():
+    """Of all libraries that floors.txt finds by pkg-config."""
+    lines = (ROOT / "cmake/floors.txt").read_text().splitlines()
+    packages = [name for line in lines if line.startswith("pkgconfig") for name in line.partition("=")[2].split()]
+    return subprocess.run(["pkg-config", "--cflags", *packages], check=True, capture_output=True, text=True).stdout.split()
 
 
 def compile_alone(compiler, header, flags):
@@ -26,7 +29,7 @@ def compile_alone(compiler, header, flags):
 
 def main():
     headers = sorted(path for folder in FOLDERS for path in (ROOT / folder).rglob("*.h"))
-    flags, failed = glib_flags(), 0
+    flags, failed = package_flags(), 0
     jobs = [(compiler, header) for compiler in COMPILERS for header in headers]
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         for compiler, header, result in pool.map(lambda job: compile_alone(*job, flags), jobs):
