@@ -3,6 +3,7 @@
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/ffiletype.h"
 #include "storage/fobjectarchive.h"
+#include <unordered_map>
 
 namespace Tessarine {
 
@@ -38,8 +39,11 @@ public:
 
 private:
     using Positions = THashDictionary<const void*, int32_t>;
-    using Objects = THashDictionary<int32_t, IPtr<CmObject>>;
-    using Classes = THashDictionary<int32_t, ClassRecord>;
+    struct PositionHash {
+        size_t operator()(int32_t position) const;
+    };
+    using Objects = std::unordered_map<int32_t, IPtr<CmObject>, PositionHash>;
+    using Classes = std::unordered_map<int32_t, ClassRecord, PositionHash>;
     class Enclosing;
 
     bool writeClass(const MetaClass& metaClass);

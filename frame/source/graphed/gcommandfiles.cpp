@@ -125,7 +125,7 @@ bool GCommandManager::internalize(FArchive& archive) {
     bool read = archive.getStream().readInt32(count) && count >= 0 && (left < 0 || count <= left / kSmallestRecord);
     KeyCommands records;
     for (; read && count > 0; --count) {
-        records.push_back(readRecord(archive));
+        records.push_back(archive.hasLeft(kSmallestRecord) ? readRecord(archive) : nullptr);
         read = records.back() != nullptr;
     }
     if (read)

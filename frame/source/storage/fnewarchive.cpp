@@ -12,12 +12,11 @@ constexpr int32_t kBaseMark = -2;
 constexpr int32_t kBuckets = 1000;
 constexpr int64_t kSizeField = 4;
 constexpr int64_t kPositionsEnd = 0x7FFFFFFE;
-
-template <class Pair>
-int32_t hashPosition(const Pair& pair, int32_t buckets) {
-    return static_cast<int32_t>(spread(static_cast<uint32_t>(pair.key)) % static_cast<uint32_t>(buckets));
-}
 }  // namespace
+
+size_t FNewArchive::PositionHash::operator()(int32_t position) const {
+    return spread(static_cast<uint32_t>(position));
+}
 
 /** The object whose bytes are being read. */
 class FNewArchive::Enclosing {
@@ -34,7 +33,7 @@ private:
 
 FNewArchive::FNewArchive(FStream* stream, bool writing, IArchiveErrorHook* errorHook)
     : FObjectArchive(stream, writing, errorHook), start(stream->tell()), objectPositions(kBuckets, hashPointer),
-      classPositions(kBuckets, hashPointer), objects(kBuckets, hashPosition), classes(kBuckets, hashPosition) {
+      classPositions(kBuckets, hashPointer) {
     objectPositions.errorObject.value = -1;
     classPositions.errorObject.value = -1;
 }
@@ -101,10 +100,10 @@ CmObject* FNewArchive::readObject(const char* expectedClass, bool keepReference)
     if (!readReference(reference))
         return nullptr;
     if (reference > 0) {
-        CmObject* known = objects.lookupObject(reference);
-        if (!known)
+        const auto known = objects.find(reference);
+        if (known == objects.end())
             reportError(kUnreadableObject);
-        return handOutKnown(known, expectedClass);
+        return handOutKnown(known != objects.end() ? known->second.get() : nullptr, expectedClass);
     }
     ClassRecord record;
     int32_t size = 0;
@@ -125,13 +124,13 @@ OPtr<CmObject> FNewArchive::readNewObject(const ClassRecord& record, const char*
     if (!object || (expectedClass && !object->isTypeOf(expectedClass, true)))
         return {};
     if (keepReference)
-        objects.addKeyAndObject(id, object.get());
+        objects.emplace(id, object.get());
     const bool isRead = readContent(*object, record);
     if (isRead && stream->tell() <= enclosingEnd)
         return object;
     if (isRead)
         reportError(kUnreadableObject, record.name.text8());  // it took what isn't its own
-    objects.remove(TAssociation<int32_t, IPtr<CmObject>>(id));
+    objects.erase(id);
     return {};
 }
 
@@ -147,8 +146,11 @@ bool FNewArchive::readClass(int32_t reference, ClassRecord& record) {
     if (!(reference & kKnownClass))
         return false;
     const int32_t classPosition = reference & ~kKnownClass;
-    record = classes.lookupObject(classPosition);
-    return !record.name.isEmpty() || readClassAt(classPosition, record);
+    const auto known = classes.find(classPosition);
+    if (known == classes.end())
+        return readClassAt(classPosition, record);
+    record = known->second;
+    return true;
 }
 
 bool FNewArchive::readClassAt(int32_t classPosition, ClassRecord& record) {
@@ -165,8 +167,10 @@ bool FNewArchive::readClassAt(int32_t classPosition, ClassRecord& record) {
 
 bool FNewArchive::restoreMetaClass(ClassRecord& record) {
     const int64_t here = position() - kSizeField;  // of the mark
-    return here < kPositionsEnd && readClassRecord(record) &&
-           classes.addKeyAndObject(static_cast<int32_t>(here), record);
+    if (here >= kPositionsEnd || !readClassRecord(record))
+        return false;
+    classes.emplace(static_cast<int32_t>(here), record);
+    return true;
 }
 
 int64_t FNewArchive::position() const {

@@ -1,6 +1,7 @@
 #include "storage/fxmlobject.h"
 #include "storage/fattributearchive.h"
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace Tessarine {
@@ -109,6 +110,7 @@ bool FCmObjectStripper::stripValue(FStringIDAttribute& attribute) {
     if (!object) {
         if (attribute.is(FAttributeValue::kUnknown))
             attribute.empty();
+        attribute.makeStringOwner();
         return true;
     }
     bool whole = true;
@@ -123,8 +125,12 @@ bool FCmObjectStripper::stripValue(FStringIDAttribute& attribute) {
         return stripList(attribute, static_cast<FObjectList&>(*object));
     case kStoredObject:
         break;
-    default:
+    case kStoredReference:
         attribute.setObj(identityOf(object).detach(), FAttributeValue::kOwned);
+        return true;
+    default:
+        if (CmObject* copy = object->newCopy())
+            attribute.setObj(copy, FAttributeValue::kOwned);
         return true;
     }
     attribute.setObj(formOf(object, whole).detach(), FAttributeValue::kOwned);
@@ -184,7 +190,9 @@ OPtr<CmObject> FCmObjectStripper::formOf(CmObject* object, bool& whole) {
         const bool stored = unknown || object->storeAttributes(*form->getAttributes());
         if (unknown)
             shareAttributes(*form->getAttributes(), *unknown->getAttributes());
+        const auto outer = std::exchange(openBags, {});  // an object within may lend them once more
         whole = strip(*form->getAttributes()) && stored && whole;
+        openBags = outer;
         found = known.find(object);
         found->second.isOpen = false;
     } else if (found->second.isOpen) {

@@ -14,12 +14,10 @@ namespace Tessarine {
 namespace {
 constexpr int kInstructions = 100;  // between two looks at the clock
 constexpr int32_t kMaxObjects = 20000;
-constexpr int32_t kMaxNewMetatables = 10000;  // between two searches for garbage
 constexpr int32_t kMaxLine = 100000;
 constexpr size_t kMaxSource = 1 << 20;  // bytes
 constexpr size_t kPiece = 512;          // of it, that are read at once
 constexpr int kNeededStack = 16;
-enum CleanerStack : int { kMetatables = 1, kModeName };
 constexpr const char* kNoFile = "script";
 
 locale_t ownLocale() {
@@ -207,15 +205,9 @@ int LuaContext::prepare(lua_State* state) {
     openLuaLibrary(state);
     lua_State* thread = lua_newthread(state);
     luaL_ref(state, LUA_REGISTRYINDEX);
-    lua_newtable(state);
-    lua_createtable(state, 0, 1);
-    lua_pushliteral(state, "k");
-    lua_setfield(state, -2, "__mode");  // of the set, whose values keep nothing alive
-    lua_setmetatable(state, -2);
-    lua_pushliteral(state, "__mode");
-    lua_xmove(state, thread, kModeName);
     context.cleaner = thread;
-    context.limits.setRefusal([](void* self) { static_cast<LuaContext*>(self)->onRefusal(); }, &context);
+    // what the standard library is refused, it doesn't ask for again after a search: the next chance for one is taken
+    context.limits.setRefusal([](void* self) { static_cast<LuaContext*>(self)->collectAt = 0; }, &context);
     lua_gc(state, LUA_GCSTOP);
     return 0;
 }
@@ -424,46 +416,12 @@ void LuaContext::makeRoomForObject(lua_State* state) {
 
 // --- garbage
 
-void LuaContext::registerMetatable(lua_State* state, int index) {
-    if (++newMetatables > kMaxNewMetatables)
-        collect();
-    lua_pushvalue(cleaner, kMetatables);
-    lua_xmove(cleaner, state, 1);
-    lua_pushvalue(state, index);
-    lua_pushboolean(state, true);
-    lua_rawset(state, -3);
-    lua_pop(state, 1);
-}
-
 /** On the cleaner: where scripts have nested as deep as they may, the objects that go couldn't be given back. */
 void LuaContext::collect() {
-    removeWeakness();
     limits.setLifted(true);
     lua_gc(cleaner, LUA_GCCOLLECT);
     limits.setLifted(false);
-    newMetatables = 0;
     collectAt = limits.nextSearch(kFirstCollection);
-}
-
-/** What the standard library is refused, it doesn't ask for again after a search: the next chance for one is taken. */
-void LuaContext::onRefusal() {
-    removeWeakness();
-    collectAt = 0;
-}
-
-/** Allocates nothing: a key that is there is set to nothing. */
-void LuaContext::removeWeakness() {
-    lua_pushnil(cleaner);
-    while (lua_next(cleaner, kMetatables)) {
-        lua_pop(cleaner, 1);
-        lua_pushvalue(cleaner, kModeName);
-        if (lua_rawget(cleaner, -2) != LUA_TNIL) {
-            lua_pushvalue(cleaner, kModeName);
-            lua_pushnil(cleaner);
-            lua_rawset(cleaner, -4);
-        }
-        lua_pop(cleaner, 1);
-    }
 }
 
 // --- the host's turn

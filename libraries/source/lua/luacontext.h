@@ -14,8 +14,7 @@ namespace Tessarine {
               destructors, within runProtected; what has destructors, calls of objects above all, is in functions that never raise.
     Limits    a hook that counts instructions raises from the deadline on, at each instruction, so that nobody can catch it for
               long; the library has nothing that runs for long without instructions, nor are values large enough for that.
-    Garbage   is looked for when we say so, and weak tables are made strong before: finding out what their keys keep alive can
-              take hours. */
+    Garbage   is looked for when we say so. No table is weak: finding out what keys of weak tables keep alive can take hours. */
 class LuaContext final : public IScriptContext {
 public:
     /** Null: no memory. */
@@ -35,8 +34,6 @@ public:
     int32_t setLimits(uint32_t milliseconds, uint32_t bytes) override;
     void close() override;
 
-    /** Raises without memory. A metatable of scripts, at an index. */
-    void registerMetatable(lua_State* state, int index);
     /** Raises when the run takes too long. For library functions whose work grows with what they are given. */
     void checkTime(lua_State* state);
     /** Looks for garbage when it is time for it. */
@@ -92,8 +89,6 @@ private:
 
     static int prepare(lua_State* state);
     void collect();
-    void onRefusal();
-    void removeWeakness();
     LuaContext() = default;
     virtual ~LuaContext();
     bool open();
@@ -111,13 +106,13 @@ private:
     LuaLimits limits;
     lua_State* state = nullptr;    // owned; null once it is closed
     HostCall* call = nullptr;      // the innermost one
-    lua_State* cleaner = nullptr;  // another one; its stack has the set of all metatables of scripts, and "__mode"
+    lua_State* cleaner = nullptr;  // another one, to look for garbage on
     size_t collectAt = kFirstCollection;
     IScriptErrorHook* errorHook = nullptr;
     locale_t hostLocale = LC_GLOBAL_LOCALE;
     std::vector<int> dropped;
     int32_t depth = 0;  // runs within runs
-    int32_t objectCount = 0, newMetatables = 0, finalizing = 0;
+    int32_t objectCount = 0, finalizing = 0;
     bool closing = false;
 };
 

@@ -11,25 +11,60 @@ constexpr lua_Integer kMovedAtOnce = 10000;    // members of a table, between tw
 
 // --- of our own: those of the standard library may loop for ages without an instruction that is counted
 
-/** As the standard one, but no metatable with a finalizer, as these run with the hook switched off, and none that makes a
-    table weak; one that does so later has no effect. */
+/** What a value does by its metatable. What else stands there has no effect: finalizers run with the hook switched off, what is
+    weak takes ages to find out about, and where something ends nobody looks at the clock. */
+constexpr const char* kEvents[] = {"__add",       "__band", "__bnot", "__bor",      "__bxor",     "__call",  "__concat",
+                                   "__div",       "__eq",   "__idiv", "__index",    "__le",       "__len",   "__lt",
+                                   "__metatable", "__mod",  "__mul",  "__name",     "__newindex", "__pairs", "__pow",
+                                   "__shl",       "__shr",  "__sub",  "__tostring", "__unm"};
+constexpr const char* kRefused[] = {"__gc", "__mode", "__close"};
+constexpr lua_Integer kProtects = 1;  // of a copy: what it was made of has "__metatable"
+
+/** The member of a name of the table at an index, without metatables. */
+int pushMember(lua_State* state, int index, const char* name) {
+    lua_pushstring(state, name);
+    return lua_rawget(state, index);
+}
+
+/** Of the metatable at 2, with nothing but events; scripts see theirs instead. Nobody changes the copy later, so what holds now
+    always holds. What is called is a function: tables that call each other move all of the stack at each step. */
+void pushCopyOfMetatable(lua_State* state) {
+    lua_newtable(state);
+    for (const char* name : kEvents) {
+        pushMember(state, 2, name);
+        lua_setfield(state, 3, name);
+    }
+    const int called = pushMember(state, 3, "__call");
+    luaL_argcheck(state, called == LUA_TNIL || called == LUA_TFUNCTION, 2, "what is called is no function");
+    const bool isProtected = pushMember(state, 3, "__metatable") != LUA_TNIL;
+    lua_settop(state, 3);
+    if (isProtected) {
+        lua_pushboolean(state, true);
+        lua_rawseti(state, 3, kProtects);
+    } else {
+        lua_pushvalue(state, 2);
+        lua_setfield(state, 3, "__metatable");
+    }
+}
+
+/** As the standard one, but the value gets a copy: what changes in the metatable later has no effect. */
 int setMetatable(lua_State* state) {
     luaL_checktype(state, 1, LUA_TTABLE);
     const int type = lua_type(state, 2);
     luaL_argexpected(state, type == LUA_TNIL || type == LUA_TTABLE, 2, "nil or table");
-    if (luaL_getmetafield(state, 1, "__metatable") != LUA_TNIL)
+    lua_settop(state, 2);
+    if (lua_getmetatable(state, 1) && lua_rawgeti(state, 3, kProtects) != LUA_TNIL)
         return luaL_error(state, "cannot change a protected metatable");
     lua_settop(state, 2);
     if (type == LUA_TTABLE) {
-        for (const char* name : {"__gc", "__mode"}) {
-            lua_pushstring(state, name);
-            if (lua_rawget(state, 2) != LUA_TNIL)
+        for (const char* name : kRefused)
+            if (pushMember(state, 2, name) != LUA_TNIL)
                 return luaL_error(state, "a metatable cannot have '%s' here", name);
-        }
-        LuaContext::of(state).registerMetatable(state, 2);
         lua_settop(state, 2);
+        pushCopyOfMetatable(state);
     }
     lua_setmetatable(state, 1);
+    lua_settop(state, 1);
     return 1;
 }
 

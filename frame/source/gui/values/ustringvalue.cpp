@@ -131,7 +131,7 @@ bool UStringListValue::internalize(FArchive& archive) {
         return false;
     NewStrings read;
     FString text;
-    while (count > 0 && text.load(stream) && read.append(text))
+    while (count > 0 && archive.hasLeft(sizeof count) && text.load(stream) && read.append(text))
         --count;
     if (count > 0)
         return false;

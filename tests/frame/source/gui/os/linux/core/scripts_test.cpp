@@ -95,21 +95,23 @@ protected:
 
 TEST_F(Scripts, ValuesComeBackInTheirKind) {
     const std::tuple<const char*, uint16_t, const char*> rows[] = {
-        {"return 'a' .. 1.5",                                                            CmVariant::kString8,  "a1.5"                },
-        {"return '\\xFF' .. ('\\xBF'):rep(2)",                                           CmVariant::kString16, "\uFFFD\uFFFD\uFFFD"  },
-        {"return true",                                                                  CmVariant::kInteger,  "1"                   },
-        {"probe.a = 'G\u00FCte \U0001F600' return probe.a",                              CmVariant::kString16, "G\u00FCte \U0001F600"},
-        {"probe.a = ('x'):rep(400000) .. '\u00E9' return #probe.a",                      CmVariant::kInteger,  "400002"              },
-        {"probe.a = probe return probe.a == probe",                                      CmVariant::kInteger,  "1"                   },
-        {"probe.b = function() return 7 end return probe.b()",                           CmVariant::kInteger,  "7"                   },
-        {"probe.a = 1 probe.a = nil return probe.a",                                     CmVariant::kEmpty,    ""                    },
-        {"local r = Rect(1, 2, 3, 1e300) r.width = 5 return r.right .. ' ' .. r.bottom", CmVariant::kString8,
-         "6 2147483647"                                                                                                              },
-        {"local t = Timer(2.9) t.period = 7 return t.period",                            CmVariant::kInteger,  "7"                   },
-        {"return theApp.name",                                                           CmVariant::kString8,  "loop test"           },
-        {"local t = {} for i = 1, 20000 do t[i] = i end return #table.concat(t, ' ')",   CmVariant::kInteger,  "108893"              },
-        {"return ('x-y'):find('-') .. table.concat({1, 2}, ',')",                        CmVariant::kString8,  "21,2"                },
-        {"local t = {1, 3} table.insert(t, 2, 2) return table.remove(t, 1) + t[2] + #t", CmVariant::kInteger,  "6"                   },
+        {"return 'a' .. 1.5",                                                             CmVariant::kString8,  "a1.5"                },
+        {"return '\\xFF' .. ('\\xBF'):rep(2)",                                            CmVariant::kString16, "\uFFFD\uFFFD\uFFFD"  },
+        {"return true",                                                                   CmVariant::kInteger,  "1"                   },
+        {"probe.a = 'G\u00FCte \U0001F600' return probe.a",                               CmVariant::kString16, "G\u00FCte \U0001F600"},
+        {"local m = {__index = {a = 7}} local t = setmetatable({}, m) m.__index = nil "
+         "return getmetatable(t) == m and setmetatable({}, m).a == nil and t.a", CmVariant::kInteger,  "7"                   },
+        {"probe.a = ('x'):rep(400000) .. '\u00E9' return #probe.a",                       CmVariant::kInteger,  "400002"              },
+        {"probe.a = probe return probe.a == probe",                                       CmVariant::kInteger,  "1"                   },
+        {"probe.b = function() return 7 end return probe.b()",                            CmVariant::kInteger,  "7"                   },
+        {"probe.a = 1 probe.a = nil return probe.a",                                      CmVariant::kEmpty,    ""                    },
+        {"local r = Rect(1, 2, 3, 1e300) r.width = 5 return r.right .. ' ' .. r.bottom",  CmVariant::kString8,
+         "6 2147483647"                                                                                                               },
+        {"local t = Timer(2.9) t.period = 7 return t.period",                             CmVariant::kInteger,  "7"                   },
+        {"return theApp.name",                                                            CmVariant::kString8,  "loop test"           },
+        {"local t = {} for i = 1, 20000 do t[i] = i end return #table.concat(t, ' ')",    CmVariant::kInteger,  "108893"              },
+        {"return ('x-y'):find('-') .. table.concat({1, 2}, ',')",                         CmVariant::kString8,  "21,2"                },
+        {"local t = {1, 3} table.insert(t, 2, 2) return table.remove(t, 1) + t[2] + #t",  CmVariant::kInteger,  "6"                   },
     };
     for (const auto& [script, type, text] : rows) {
         SCOPED_TRACE(script);
@@ -133,6 +135,11 @@ TEST_F(Scripts, WhatIsWrongIsSaidOnTheConsole) {
         {"Timer(5).onTimer = Timer(5)",                                                                             "(1): Error 2: 'Timer' a property of 'Timer' cannot be set to this: 2"      },
         {"theApp:command('Edit')",                                                                                  "(1): Error 2: 'theApp' command of 'theApp' refuses: 2"                     },
         {"('x'):rep(1 << 60)",                                                                                      "(1): Error 2: 'rep' bad argument #1 to 'rep' (the text would be too long)" },
+        {"setmetatable({}, {__close = type})",                                                                      "(1): Error 2: '__close' a metatable cannot have '__close' here"            },
+        {"setmetatable({}, {__call = setmetatable({}, {})})",
+         "(1): Error 2: 'setmetatable' bad argument #2 to 'setmetatable' (what is called is no function)"                                                                                       },
+        {"setmetatable(setmetatable({}, {__metatable = 1}), {})",
+         "(1): Error 2: '' cannot change a protected metatable"                                                                                                                                 },
         {"setmetatable({}, {__mode = 'k'})",                                                                        "(1): Error 2: '__mode' a metatable cannot have '__mode' here"              },
         {"table.concat({}, '', 1, 1 << 60)",
          "(1): Error 2: 'concat' bad argument #3 to 'concat' (outside of the table)"                                                                                                            },
@@ -187,8 +194,7 @@ const struct {
      {
          "while true do end",
          "local function f() while true do coroutine.resume(coroutine.create(f)) end end f()",
-         "coroutine.resume(coroutine.create(function() local x <close> = setmetatable({}, {__close = function() "
-         "while true do end end}) while true do end end)) while true do end",
+         "coroutine.resume(coroutine.create(function() while true do end end)) while true do end",
          "while true do ('x'):rep(1 << 20):upper() end",
          "local t = {} for i = 1, 60000 do t[i] = i end while true do table.insert(t, 1, 0) table.remove(t, 1) end",
          "local n, m, o = 20000, {}, {} local w = setmetatable({}, m) m.__mode = 'k' for i = 1, n do o[i] = {} end "
@@ -199,11 +205,6 @@ const struct {
          "local t = {} for k = 0, 62 do t[1 << k] = 1 end while #t < 1 << 30 do t[#t + 1] = 1 end table.remove(t, 1)",
          "local function deep(n) return n > 0 and 1 + deep(n - 1) or 0 end pcall(deep, 1 << 20) local m = {} "
          "m.__call = setmetatable({}, m) while true do pcall(m.__call) end",
-         "local c, h = setmetatable({}, {__close = function() local t = {} end}) local s = ('x'):rep(70000) "
-         "local function fill() while true do h = {h} end end local function g(d) local a <close> = c if d > 0 then "
-         "g(d - 1) else local r = s .. s pcall(fill) r = nil while true do local t = s .. d end end end g(5000)",
-         "local k, c = {}, setmetatable({}, {__close = Probe}) local function g(d) local a <close> = c if d > 0 then "
-         "g(d - 1) else for i = 1, 20000 do k[i] = Probe() end error() end end g(8000)",
      }},
     {SErrorInfo::kMemory,
      {
