@@ -97,6 +97,10 @@ public:
 
     double getAlphaFactor() const { return alphaFactor; }
     void setAlphaFactor(double factor) { alphaFactor = factor; }
+    /** Gives a copy what belongs to the pixels but isn't of them. */
+    void describe(UBitmap& copy);
+    /** What was made of a copy for good, since it was drawn in place of this one, is made of this one too. */
+    void keepUpWith(const UBitmap& copy);
 
 protected:
     friend class UBitmapCache;
@@ -108,8 +112,6 @@ protected:
     UBitmap* pixelOwner();
     /** The bitmap, null or not, is this one or stands for it. */
     bool isBehind(UBitmap* bitmap) const;
-    /** Gives a copy what belongs to the pixels but isn't of them. */
-    void describe(UBitmap& copy);
     /** A copy of another size, into which it is drawn; null: that failed. */
     UBitmap* scaledByDrawing(const UPoint& newSize);
 

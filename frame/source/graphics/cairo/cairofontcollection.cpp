@@ -85,8 +85,7 @@ IFontDescription* CairoFontCollection::getFontByIndex(unsigned index) {
 
 IFontDescription* CairoFontCollection::getFontByName(const tchar* name) {
     const ConstString wanted(name);
-    const std::vector<FString>& installed = fonts->getNames();
-    if (std::binary_search(installed.begin(), installed.end(), wanted))
+    if (fonts->hasName(wanted))
         return new CairoFontDescription(fonts, wanted, toUtf8(wanted).c_str());
     const auto told =
         std::ranges::find_if(kToldNames, [&](const ToldName& row) { return FString(row.name) == wanted; });

@@ -21,14 +21,24 @@ const char* textOf(const FcPattern* font, const char* object, int32_t index) {
                                                                            : nullptr;
 }
 
-/** A font's English names, or those without a language. */
-void addNames(const FcPattern* font, std::vector<FString>& names) {
+void addNames(const FcPattern* font, std::vector<FString>& listed, std::vector<FString>& all) {
+    const size_t listedBefore = listed.size(), first = all.size();
     for (int32_t index = 0; const char* text = textOf(font, FC_FAMILY, index); ++index) {
-        const char* language = textOf(font, FC_FAMILYLANG, index);
         FString name;
-        if ((!language || ConstString(language).startsWith("en")) && name.fromUTF8(text))
-            names.push_back(name);
+        if (!name.fromUTF8(text))
+            continue;
+        all.push_back(name);
+        const char* language = textOf(font, FC_FAMILYLANG, index);
+        if (!language || ConstString(language).startsWith("en"))
+            listed.push_back(name);
     }
+    if (listed.size() == listedBefore && all.size() > first)
+        listed.push_back(all[first]);
+}
+
+void sortOnce(std::vector<FString>& names) {
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
 }
 }  // namespace
 
@@ -70,13 +80,18 @@ void CairoFonts::settle() {
 
 void CairoFonts::readNames() {
     names.clear();
+    namesInAnyLanguage.clear();
     for (const FcSetName kind : {FcSetSystem, FcSetApplication}) {
         const FcFontSet* fonts = config ? FcConfigGetFonts(config, kind) : nullptr;
         for (int32_t index = 0; fonts && index < fonts->nfont; ++index)
-            addNames(fonts->fonts[index], names);
+            addNames(fonts->fonts[index], names, namesInAnyLanguage);
     }
-    std::sort(names.begin(), names.end());
-    names.erase(std::unique(names.begin(), names.end()), names.end());
+    sortOnce(names);
+    sortOnce(namesInAnyLanguage);
+}
+
+bool CairoFonts::hasName(const ConstString& name) const {
+    return std::binary_search(namesInAnyLanguage.begin(), namesInAnyLanguage.end(), name);
 }
 
 bool CairoFonts::addFile(const char* path) {

@@ -18,8 +18,10 @@ public:
     CairoFonts(const CairoFonts&) = delete;
     CairoFonts& operator=(const CairoFonts&) = delete;
 
-    /** Names of families, each once, sorted. */
+    /** Names of families, each once, sorted: a font's English ones or those without a language, or else its first. */
     const std::vector<FString>& getNames() const { return names; }
+    /** Whether a font has this name of a family in any language. */
+    bool hasName(const ConstString& name) const;
     /** path in UTF-8. False: it holds no font. takeFiles() follows the last. */
     bool addFile(const char* path);
     void takeFiles();
@@ -29,13 +31,14 @@ public:
 
 private:
     void readNames();
-    /** Waits for pango's thread, which looks fonts up in the order they were asked for: it must not meet the map's end. */
+    /** Pango's threads must not meet the map's end, but each look-up has its own and none can be waited for. One more
+        look-up is waited for: those before it have mostly ended then, which isn't certain. */
     void settle();
 
     FcConfig* const config;  // null: it can't be read
     PangoHolder<PangoFontMap> map;
     std::optional<CairoLayouts> layouts;
-    std::vector<FString> names;
+    std::vector<FString> names, namesInAnyLanguage;  // sorted
 };
 
 /** Pango registers types that can't be registered twice: once it is loaded with a module, it stays. */

@@ -16,7 +16,8 @@ constexpr int32_t kMostScans = 100;       // programs that write progressive fil
 constexpr J_COLOR_SPACE kWords = std::endian::native == std::endian::little ? JCS_EXT_BGRA : JCS_EXT_ARGB;
 
 /** What is odd about a file and changes no pixel. */
-constexpr int kHarmless[] = {JWRN_EXTRANEOUS_DATA, JWRN_JFIF_MAJOR, JWRN_ADOBE_XFORM, JWRN_BOGUS_ICC};
+constexpr int kHarmless[] = {JWRN_EXTRANEOUS_DATA, JWRN_JFIF_MAJOR, JWRN_ADOBE_XFORM, JWRN_BOGUS_ICC,
+                             JWRN_NOT_SEQUENTIAL};
 
 /** How each colour space of files is read. */
 struct ColorSpaceRow {

@@ -58,7 +58,7 @@ OPtr<UBitmap> patternOf(UBitmap* bitmap, const URect& source, int32_t columns, i
     for (int32_t y = 0; y < out.getHeight(); ++y)
         for (int32_t x = 0; x < out.getWidth(); x += in.getWidth())
             std::copy_n(in.row(y % in.getHeight()), in.getWidth(), out.row(y) + x);
-    pattern->setAlphaFactor(part->getAlphaFactor());
+    part->describe(*pattern);
     return pattern;
 }
 
@@ -91,7 +91,9 @@ bool drawBitmapCell(UBitmap* bitmap, const BitmapCell& cell, const URect& visibl
         return false;
     const BitmapCell larger = {URect(0, 0, pattern->getWidth(), pattern->getHeight()), cell.target, cell.repeats,
                                cell.offset};
-    return drawPieces(pattern, across(larger, seen), down(larger, seen), draw);
+    const bool drawn = drawPieces(pattern, across(larger, seen), down(larger, seen), draw);
+    bitmap->keepUpWith(*pattern);
+    return drawn;
 }
 
 }  // namespace Tessarine

@@ -129,6 +129,12 @@ void UBitmap::describe(UBitmap& copy) {
     copy.madeTransparent = owner->madeTransparent;
 }
 
+void UBitmap::keepUpWith(const UBitmap& copy) {
+    UBitmap* owner = pixelOwner();
+    if (owner && copy.madeTransparent && !owner->madeTransparent)
+        owner->makeColorTransparent(UColor(UColor::getStandardColorSpec(kWhite)));
+}
+
 bool UBitmap::makeColorTransparent(const UColor& color) {
     const uint32_t spec = color.toColorSpec();
     madeTransparent |= changePixels(graphicsObject, [spec](uint32_t pixel) { return pixel == spec ? 0 : pixel; });

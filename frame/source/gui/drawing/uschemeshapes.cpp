@@ -222,8 +222,10 @@ void UScheme::drawGroupFrame(UDrawDevice& device, const URect& rect, const tchar
                            getColor(kSchemeFrameTop));
         painter.frameRound({frame.left, frame.top, frame.right - 1, frame.bottom - 1}, kFrameRadius, lineColor(*this));
     }
-    painter.text(text, {gapLeft, rect.top, std::min(gapRight, rect.right), rect.top + extents.getHeight()}, font,
-                 getColor(kSchemeLabelColor), kTextLeft | kTextTop, kTextInset);
+    const int32_t right = std::min(gapRight, rect.right),
+                  bottom = std::min(rect.top + extents.getHeight(), rect.bottom);
+    painter.text(text, {gapLeft, rect.top, right, bottom}, font, getColor(kSchemeLabelColor), kTextLeft | kTextTop,
+                 kTextInset);
 }
 
 void UScheme::drawButtonReleased(UDrawDevice& device, const URect& rect, const tchar* text) {

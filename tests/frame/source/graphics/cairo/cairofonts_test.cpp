@@ -67,6 +67,44 @@ std::string fileOf(const char* name) {
     FcPatternDestroy(found);
     return file;
 }
+
+std::string contentOf(const std::string& file) {
+    std::ostringstream read;
+    read << std::ifstream(file, std::ios::binary).rdbuf();
+    return read.str();
+}
+
+/** A collection of a configuration without fonts. */
+OPtr<IFontCollection> newCollection(const TemporaryFolder& folder) {
+    const std::string path = (folder.path / "fonts.conf").string();
+    std::ofstream(path) << "<fontconfig></fontconfig>";
+    const char* before = getenv("FONTCONFIG_FILE");
+    const std::string kept(before ? before : "");
+    setenv("FONTCONFIG_FILE", path.c_str(), 1);
+    OPtr<IFontCollection> fonts(new CairoFontCollection);
+    before ? setenv("FONTCONFIG_FILE", kept.c_str(), 1) : unsetenv("FONTCONFIG_FILE");
+    return fonts;
+}
+
+/** Makes the maker's name of a font's table of names a Japanese family, and, if wanted, all others German. */
+void translateNames(std::string& content, bool german) {
+    constexpr size_t kRecord = 12, kPlatform = 0, kLanguage = 4, kKind = 6;
+    const auto get = [&](size_t at) { return uint8_t(content[at]) << 8 | uint8_t(content[at + 1]); };
+    const auto set = [&](size_t at, int32_t value) {
+        content[at] = char(value >> 8);
+        content[at + 1] = char(value);
+    };
+    const size_t entry = content.find("name") + 8, table = size_t(get(entry)) << 16 | size_t(get(entry + 2));
+    for (int32_t index = 0; index < get(table + 2); ++index) {
+        const size_t record = table + 6 + size_t(index) * kRecord;
+        const bool windows = get(record + kPlatform) == 3;
+        if (windows && get(record + kKind) == 8) {
+            set(record + kKind, 1);
+            set(record + kLanguage, 0x411);
+        } else if (german)
+            set(record + kLanguage, windows ? 0x407 : 2);
+    }
+}
 }  // namespace
 
 class Fonts : public Drawing {
@@ -264,18 +302,9 @@ TEST_F(Fonts, ApplicationsBringTheirOwn) {
     TemporaryFolder folder;
     const auto path = [&folder](const char* name) { return (folder.path / name).string(); };
     const std::string file = fileOf("DejaVu Sans");
-    std::ofstream(path("fonts.conf")) << "<fontconfig></fontconfig>";
     std::ofstream(path("text.ttf")) << "no font";
-    std::string content;
-    std::ostringstream read;
-    read << std::ifstream(file, std::ios::binary).rdbuf();
-    content = read.str();
-    std::ofstream(path("broken.ttf"), std::ios::binary) << content.substr(0, 5000);
-    const char* before = getenv("FONTCONFIG_FILE");
-    const std::string kept(before ? before : "");
-    setenv("FONTCONFIG_FILE", path("fonts.conf").c_str(), 1);
-    const OPtr<IFontCollection> fonts(new CairoFontCollection);
-    before ? setenv("FONTCONFIG_FILE", kept.c_str(), 1) : unsetenv("FONTCONFIG_FILE");
+    std::ofstream(path("broken.ttf"), std::ios::binary) << contentOf(file).substr(0, 5000);
+    const OPtr<IFontCollection> fonts = newCollection(folder);
 
     EXPECT_EQ(fonts->countFonts(), 0u);
     const OPtr<IFontDescription> told(fonts->getFontByName(u"Monaco"));
@@ -293,6 +322,26 @@ TEST_F(Fonts, ApplicationsBringTheirOwn) {
     double measured = 0;
     face->getStringWidth(u"Wave Town", measured);
     EXPECT_NEAR(measured, width(12, u"Wave Town"), 1e-9);
+}
+
+TEST_F(Fonts, AreFoundByNamesInAnyLanguage) {
+    TemporaryFolder folder;
+    for (const bool german : {false, true}) {
+        const std::string path = (folder.path / (german ? "german.ttf" : "english.ttf")).string();
+        std::string content = contentOf(fileOf("DejaVu Sans"));
+        translateNames(content, german);
+        std::ofstream(path, std::ios::binary) << content;
+        const OPtr<IFontCollection> fonts = newCollection(folder);
+        const OPtr<Files> one(new Files({path}));
+        EXPECT_EQ(fonts->registerFonts(one), kResultOk);
+        ASSERT_EQ(fonts->countFonts(), 1u) << german;
+        EXPECT_TRUE(ConstString(OPtr(fonts->getFontByIndex(0))->getName()) == ConstString(kInstalled)) << german;
+        for (const tchar* name : {kInstalled, u"DejaVu fonts team"}) {
+            const OPtr<IFontDescription> found(fonts->getFontByName(name));
+            ASSERT_TRUE(found) << FString(name).text8() << german;
+            EXPECT_TRUE(OPtr<IFontFace>(found->createFace(12, 0)));
+        }
+    }
 }
 
 TEST_F(Fonts, CacheIsEmptiedByTheFirstThatDoesntFit) {

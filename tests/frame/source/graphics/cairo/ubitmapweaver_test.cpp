@@ -197,6 +197,25 @@ TEST_F(Weaver, DynamicBitmapsKeepTheirMargins) {
     EXPECT_EQ(scaled->getAlphaFactor(), 0.5) << "the copy has the factor, its pixels don't";
 }
 
+TEST_F(Weaver, ManyTilesMeanTheSameAsFew) {
+    constexpr int32_t kBoth = UDynamicBitmap::kRepeatHoriz | UDynamicBitmap::kRepeatVerti;
+    constexpr uint32_t kWhitePixel = 0xFFFFFFFF, kRedPixel = 0xFFFF0000;
+    for (const int32_t side : {16, 400})
+        for (const bool isRedGone : {false, true}) {
+            const OPtr<UBitmap> tile(bitmapOf(2, {kRedPixel, kWhitePixel, kWhitePixel, kWhitePixel}));
+            if (isRedGone)
+                tile->makeColorTransparent(UColor(kRedPixel));
+            const OPtr<UDynamicBitmap> dynamic(new UDynamicBitmap(tile, UPoint(), URect(0, 0, 2, 2), kBoth));
+            const URect all(0, 0, side, side);
+            const OPtr<UBitmap> target(new UBitmap(all.getSize(), 32));
+            UOffscreen device(target);
+            EXPECT_TRUE(dynamic->draw(&device, all, all, kBitmapTransparent));
+            EXPECT_EQ(pixelsOf(target).back(), isRedGone ? kWhitePixel : 0);
+            EXPECT_EQ(pixelsOf(target)[0], isRedGone ? 0 : kRedPixel);
+            EXPECT_EQ(pixelsOf(tile).back(), isRedGone ? kWhitePixel : 0) << "for good";
+        }
+}
+
 TEST_F(Weaver, FillsCoverWhateverTheyAreDrawnInto) {
     const OPtr<UBitmapFill> fill(new UBitmapFill(8, 8, UColor(0xFFFF0000), 0.5));
     const UPoint places[] = {

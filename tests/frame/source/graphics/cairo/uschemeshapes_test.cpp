@@ -41,6 +41,7 @@ TEST_F(SchemeShapes, StayWithinTheirRectangle) {
         {7,  2 },
         {7,  7 },
         {40, 20},
+        {40, 8 },
         {9,  60}
     };
     for (const double scale : {1.0, 2.0})
