@@ -14,8 +14,8 @@ endforeach()
 file(GLOB _pages CONFIGURE_DEPENDS man/*.1)
 install(FILES ${_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
-# All floors below the programs in one archive. Classes register themselves, so that it must be linked whole: the package
-# says so to whoever uses it.
+# The platform's core and all floors below it in one archive. Classes register themselves, so that it must be linked
+# whole: the package says so to whoever uses it.
 tessarine_objects_of(tessarine_platform_core _objects)
 file(WRITE ${CMAKE_BINARY_DIR}/tessarine.cpp "")
 add_library(tessarine STATIC ${CMAKE_BINARY_DIR}/tessarine.cpp)
@@ -25,10 +25,13 @@ foreach(_object IN LISTS _objects)
         target_sources(tessarine PRIVATE $<TARGET_OBJECTS:${_object}>)
     endif()
 endforeach()
+# what draws, for those who want it; whole too
+add_library(tessarine_graphics STATIC $<TARGET_OBJECTS:tessarine_drawing> $<TARGET_OBJECTS:tessarine_platform_graphics>)
+set_target_properties(tessarine_graphics PROPERTIES LINKER_LANGUAGE CXX)
 # what secures connections, for those who want it
 add_library(tessarine_openssl STATIC $<TARGET_OBJECTS:tessarine_network_openssl>)
 set_target_properties(tessarine_openssl PROPERTIES LINKER_LANGUAGE CXX)
-install(TARGETS tessarine tessarine_openssl ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS tessarine tessarine_graphics tessarine_openssl ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
 install(DIRECTORY pluginterfaces DESTINATION ${_include} FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY base/source DESTINATION ${_include}/base FILES_MATCHING PATTERN "*.h")

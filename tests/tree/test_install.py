@@ -9,24 +9,39 @@ BUILD = os.environ.get("TALV_BUILD_DIR", "")
 CMAKE = """
 cmake_minimum_required(VERSION 3.25)
 project(Consumer CXX)
-find_package(Tessarine REQUIRED COMPONENTS openssl)
+find_package(Tessarine REQUIRED COMPONENTS graphics openssl)
 add_executable(consumer main.cpp)
-target_link_libraries(consumer PRIVATE Tessarine::openssl)
+target_link_libraries(consumer PRIVATE Tessarine::graphics Tessarine::openssl)
 """
 MAIN = """
 #include "base/fmessage.h"
 #include "base/source/classfactory.h"
+#include "graphics/platformgraphics.h"
+#include "gui/drawing/bitmappixelaccessor.h"
+#include "gui/drawing/ubitmap.h"
+#include "gui/drawing/uoffscreen.h"
 #include "gui/os/linux/core/platformcore.h"
 #include "network/openssl/securenetwork.h"
 #include "pluginglue/uplugapp.h"
+static bool draws() {
+    using namespace Tessarine;
+    installTessarinePlatformGraphics();
+    const OPtr<UBitmap> bitmap(new UBitmap({8, 8}, 32));
+    const OPtr<UOffscreen> device(new UOffscreen(bitmap));
+    device->setBrush(UBrush(UColor(0xFFFF0000U)));
+    device->paintRect({2, 2, 6, 6});
+    const BitmapPixelAccessor pixels(bitmap->getBitmap(), Graphics::kLockRead);
+    return pixels.isValid() && pixels.row(4)[4] == 0xFFFF0000 && pixels.row(0)[0] == 0;
+}
 int main() {
     Tessarine::installTessarinePlatformCore();
     auto* application = new Tessarine::UPluginApplication("consumer");
     const bool started = application->initPlugin();
+    const bool drawn = draws() && Tessarine::ClassFactory::instance(true)->getMetaClassByName("UFilmStrip");
     const bool known = Tessarine::ClassFactory::instance(true)->getMetaClassByName("UStringListValue");
     const bool secure = Tessarine::installTessarineSecureNetwork();
     application->release();
-    return started && known && secure ? 0 : 1;
+    return started && drawn && known && secure ? 0 : 1;
 }
 """
 

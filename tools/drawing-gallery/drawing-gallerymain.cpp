@@ -36,7 +36,7 @@ std::optional<Options> readOptions(const std::vector<std::string>& words) {
     for (size_t index = 0; index < words.size(); ++index) {
         const std::string& word = words[index];
         const bool hasValue = index + 1 < words.size();
-        if (word == "--out" && hasValue)
+        if (word == "--out" && hasValue && !words[index + 1].empty())
             options.folder = words[++index];
         else if (word == "--scale" && hasValue && (words[index + 1] == "1" || words[index + 1] == "2"))
             options.scale = words[++index] == "2" ? 2 : 1;
