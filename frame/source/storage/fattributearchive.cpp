@@ -39,8 +39,10 @@ FAttributes* bagOf(CmObject* object) {
 }
 
 bool isHolder(CmObject* object) {
-    return bagOf(object) || classCast<CmContainer>(object) || classCast<CmAssociation>(object) ||
-           classCast<CmVariant>(object);
+    constexpr const char* kKeepers[] = {"FPreset", "FMultiPreset", "FPresetList", "FDefaults", "FDefaultPool"};
+    const auto isKind = [object](const char* name) { return object && object->isTypeOf(name, true); };
+    return std::ranges::any_of(kKeepers, isKind) || bagOf(object) || classCast<CmContainer>(object) ||
+           classCast<CmAssociation>(object) || classCast<CmVariant>(object);
 }
 
 uint32_t hashID(const CmObject* object, uint32_t buckets) {

@@ -6,6 +6,8 @@
 namespace Tessarine {
 namespace {
 constexpr lua_Integer kMaxUnpacked = 250;
+constexpr int kMaxGiven = 255;                 // values
+constexpr size_t kMaxGivenBytes = 8 << 20;     // of all texts among them
 constexpr lua_Integer kMaxRepeated = 1 << 20;  // bytes
 constexpr lua_Integer kMovedAtOnce = 10000;    // members of a table, between two looks at the clock
 
@@ -203,10 +205,23 @@ int unpack(lua_State* state) {
 
 // --- what there is
 
+/** What is converted or compared takes time for each of its bytes. */
+void checkGiven(lua_State* state) {
+    const int count = lua_gettop(state);
+    if (count > kMaxGiven)
+        luaL_error(state, "takes %d values at most", int(kMaxGiven));
+    size_t bytes = 0;
+    for (int i = 1; i <= count; ++i)
+        bytes += lua_type(state, i) == LUA_TSTRING ? lua_rawlen(state, i) : 0;
+    if (bytes > kMaxGivenBytes)
+        luaL_error(state, "is given too much text");
+}
+
 /** Looks at the clock first: its work grows with what it is given, and so does the garbage that it leaves. */
 int guarded(lua_State* state) {
     LuaContext& context = LuaContext::of(state);
     context.checkTime(state);
+    checkGiven(state);
     context.searchWhenDue();
     const int results = lua_tocfunction(state, lua_upvalueindex(1))(state);
     context.stopWhenOver(state);  // by a coroutine that it resumed
@@ -304,16 +319,23 @@ struct Library {
     lua_CFunction open;
     const Member* members;
     size_t count;
-    bool isGuarded;
 };
 constexpr Library kLibraries[] = {
-    {nullptr,     luaopen_base,      kBase,      std::size(kBase),      true },
-    {"string",    luaopen_string,    kString,    std::size(kString),    true },
-    {"table",     luaopen_table,     kTable,     std::size(kTable),     true },
-    {"math",      luaopen_math,      kMath,      std::size(kMath),      false},
-    {"utf8",      luaopen_utf8,      kUtf8,      std::size(kUtf8),      true },
-    {"coroutine", luaopen_coroutine, kCoroutine, std::size(kCoroutine), true },
+    {nullptr,     luaopen_base,      kBase,      std::size(kBase)     },
+    {"string",    luaopen_string,    kString,    std::size(kString)   },
+    {"table",     luaopen_table,     kTable,     std::size(kTable)    },
+    {"math",      luaopen_math,      kMath,      std::size(kMath)     },
+    {"utf8",      luaopen_utf8,      kUtf8,      std::size(kUtf8)     },
+    {"coroutine", luaopen_coroutine, kCoroutine, std::size(kCoroutine)},
 };
+
+/** On the top: a function of the library that keeps nothing between calls. */
+bool canBeGuarded(lua_State* state) {
+    const bool keeps = lua_iscfunction(state, -1) && lua_getupvalue(state, -1, 1);
+    if (keeps)
+        lua_pop(state, 1);
+    return lua_iscfunction(state, -1) && !keeps;
+}
 
 /** Copies what is allowed from the table at one index to that at another. */
 void copyMembers(lua_State* state, const Library& library, int from, int to) {
@@ -323,7 +345,7 @@ void copyMembers(lua_State* state, const Library& library, int from, int to) {
             lua_pushcfunction(state, member.own);
         else
             lua_getfield(state, from, member.name);
-        if (library.isGuarded && lua_iscfunction(state, -1))
+        if (canBeGuarded(state))
             lua_pushcclosure(state, guarded, 1);
         lua_setfield(state, to, member.name);
     }

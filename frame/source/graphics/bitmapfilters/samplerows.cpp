@@ -12,6 +12,7 @@ constexpr double kOne = 4294967296.0;
 constexpr int32_t kFractionBits = 32;
 constexpr int32_t kWeightBits = 7;
 constexpr uint32_t kWhole = 1U << kWeightBits;
+constexpr double kTie = 1.0 / (1 << 20);          // exactly between two pixels, all places take the same side
 constexpr double kToMiddle = 0.5 / kWhole - 0.5;  // from a pixel's edge, such that weights round to the nearest
 
 int64_t fixed(double value) {
@@ -121,7 +122,7 @@ void Sampler::nearest(uint32_t* to, int32_t count, const SampleLine& line) const
     std::fill_n(to, count, 0);
     if (!inRange(line, count))
         return;
-    Places places(line, 0);
+    Places places(line, kTie);
     const Span inside = places.within(0, pixels.getWidth(), pixels.getHeight(), count);
     places.skip(inside.begin);
     places.put(to + inside.begin, inside.count(),

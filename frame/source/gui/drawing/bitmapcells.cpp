@@ -1,10 +1,12 @@
 #include "frame/source/gui/drawing/bitmapcells.h"
 #include "gui/drawing/bitmappixelaccessor.h"
+#include "gui/drawing/uanimatedbitmap.h"
 #include <algorithm>
 
 namespace Tessarine {
 namespace {
 constexpr int64_t kManyTiles = 64;
+constexpr int64_t kMostTiles = 1 << 16;  // one by one
 constexpr int32_t kPatternSide = 256;
 
 /** One direction of a cell. */
@@ -62,6 +64,16 @@ OPtr<UBitmap> patternOf(UBitmap* bitmap, const URect& source, int32_t columns, i
     return pattern;
 }
 
+/** What it shows isn't its pixels alone. */
+bool drawsItself(UBitmap* bitmap) {
+    for (UBitmap *each = bitmap, *next = nullptr; each; each = next == each ? nullptr : next) {
+        if (each->isTypeOf(UAnimatedBitmap::className(), true))
+            return true;
+        next = each->getTargetBitmap();
+    }
+    return false;
+}
+
 bool drawPieces(UBitmap* bitmap, const Span& columns, const Span& rows, const DrawBitmapPart& draw) {
     bool drawn = false;
     eachPiece(rows, [&](int32_t fromY, int32_t fromHeight, int32_t y, int32_t height) {
@@ -81,14 +93,15 @@ bool drawBitmapCell(UBitmap* bitmap, const BitmapCell& cell, const URect& visibl
     if (cell.repeats == kStretchCell)
         return draw(bitmap, cell.source, cell.target);
     const Span columns = across(cell, seen), rows = down(cell, seen);
-    if (columns.countTiles() * rows.countTiles() <= kManyTiles)
+    const int64_t tiles = columns.countTiles() * rows.countTiles();
+    if (tiles <= kManyTiles || (tiles <= kMostTiles && drawsItself(bitmap)))
         return drawPieces(bitmap, columns, rows, draw);
     const int32_t timesX = columns.countGathered(), timesY = rows.countGathered();
     if (timesX * timesY == 1)
         return drawPieces(bitmap, columns, rows, draw);
     const OPtr<UBitmap> pattern(patternOf(bitmap, cell.source, timesX, timesY));
     if (!pattern)
-        return false;
+        return tiles <= kMostTiles && drawPieces(bitmap, columns, rows, draw);
     const BitmapCell larger = {URect(0, 0, pattern->getWidth(), pattern->getHeight()), cell.target, cell.repeats,
                                cell.offset};
     const bool drawn = drawPieces(pattern, across(larger, seen), down(larger, seen), draw);

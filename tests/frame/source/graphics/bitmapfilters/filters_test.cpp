@@ -198,6 +198,12 @@ TEST_F(Filters, MirrorAndQuarterTurnsMovePixels) {
     }
     const Point corner{0, 0};
     EXPECT_EQ(run(BitmapFilter::Rotate::create(factory, 0.5, false, false, &corner), 3, source), Pixels(6, 0));
+    // each place lies between two pixels
+    const auto inPlace = [&](double angle) {
+        return run(BitmapFilter::Rotate::create(factory, angle, false, false, nullptr), 3, source);
+    };
+    EXPECT_EQ(inPlace(0.25), (Pixels{3, 6, 0, 2, 5, 0}));
+    EXPECT_EQ(inPlace(-0.75), (Pixels{3, 6, 0, 2, 5, 0}));
     // each place lies between four pixels
     const Point between{2, 1.5};
     const Pixels turned = run(BitmapFilter::Rotate::create(factory, 0.25, true, false, &between), 4,

@@ -214,6 +214,8 @@ const struct {
      }},
     {SErrorInfo::kRuntime,
      {
+         "local s, t = ('\\0'):rep(1 << 17), {} for i = 1, 250 do t[i] = s end local function f(n, ...) if n == 0 then "
+         "return math.max(...) end return f(n - 1, s, s, s, s, s, s, s, s, ...) end f(1000)",
          "local t = {} while true do t[#t + 1] = Timer(100) end",
          "local function f() return setmetatable({}, {__index = f})[f] end f()",
      }},
