@@ -12,7 +12,7 @@ constexpr double kOne = 4294967296.0;
 constexpr int32_t kFractionBits = 32;
 constexpr int32_t kWeightBits = 7;
 constexpr uint32_t kWhole = 1U << kWeightBits;
-constexpr double kTie = 1.0 / (1 << 20);          // exactly between two pixels, all places take the same side
+constexpr double kTie = 1.0 / (1 << 16);          // exactly between two pixels, all places take the same side
 constexpr double kToMiddle = 0.5 / kWhole - 0.5;  // from a pixel's edge, such that weights round to the nearest
 
 int64_t fixed(double value) {
