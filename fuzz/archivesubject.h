@@ -98,10 +98,12 @@ inline const bool forgotten = forgetBorrowingClasses();
 inline std::string renumbered(const std::string& text) {
     std::map<std::string, size_t> numbers;
     std::string result;
-    for (size_t at = 0, next; at < text.size(); at = next) {
+    bool inValue = false;
+    for (size_t at = 0, next; at < text.size(); at = next, inValue = !inValue) {
         next = std::min(text.find('"', at), text.size() - 1) + 1;
         const std::string piece = text.substr(at, next - at);
-        const bool isID = result.ends_with("ID=\"") || (result.ends_with("<item value=\"") && piece.size() > 12);
+        const bool isID =
+            inValue && (result.ends_with(" ID=\"") || (result.ends_with("<item value=\"") && piece.size() > 12));
         result += isID ? std::to_string(numbers.emplace(piece, numbers.size() + 1).first->second) + '"' : piece;
     }
     return result;

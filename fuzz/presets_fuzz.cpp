@@ -7,12 +7,6 @@
 using namespace ArchiveFuzz;
 IMPLEMENT_FUZZ_CLASSES
 
-/** A preset keeps what its program doesn't know, and that may refer to the preset: a file can be made whose objects hold each
-    other for good. */
-extern "C" const char* __asan_default_options() {
-    return "detect_leaks=0";
-}
-
 namespace {
 constexpr size_t kShortFile = 300;
 

@@ -1,7 +1,7 @@
 #include "storage/fattributearchive.h"
-#include "collect/cmassociation.h"
 #include "collect/cmbuffer.h"
 #include "collect/cmvariant.h"
+#include "fholders.h"
 #include "fobjectgraph.h"
 #include "fspread.h"
 #include "storage/fmstream.h"
@@ -36,13 +36,6 @@ constexpr FormRow kForms[] = {
 /** A bag with an identity: it keeps what is in it, references too. */
 FAttributes* bagOf(CmObject* object) {
     return object && object->getClass() == &FAttributes::__fClass ? static_cast<FAttributes*>(object) : nullptr;
-}
-
-bool isHolder(CmObject* object) {
-    constexpr const char* kKeepers[] = {"FPreset", "FMultiPreset", "FPresetList", "FDefaults", "FDefaultPool"};
-    const auto isKind = [object](const char* name) { return object && object->isTypeOf(name, true); };
-    return std::ranges::any_of(kKeepers, isKind) || bagOf(object) || classCast<CmContainer>(object) ||
-           classCast<CmAssociation>(object) || classCast<CmVariant>(object);
 }
 
 uint32_t hashID(const CmObject* object, uint32_t buckets) {
@@ -214,7 +207,7 @@ bool FObjectLoader::end() {
     }
     const int32_t height = heights[open.back()];
     open.pop_back();
-    if (isHolder(object) && !open.empty())
+    if (holdsObjects(object) && !open.empty())
         heights[open.back()] = std::max(heights[open.back()], height + 1);
     if (!restored)
         FAttributeArchiveErrorHookScope::report(FArchive::kUnreadableObject, loaded->getClassID());
@@ -248,12 +241,12 @@ OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
 bool FObjectLoader::mayHold(const Loaded& known) {
     const FXmlInstance* owner = current();
     const bool isKnownClass = known.getObject() != nullptr;
-    if (!owner || !isHolder(owner->getObject()))
+    if (!owner || !holdsObjects(owner->getObject()))
         return true;
     const bool isOpen = std::ranges::find(open, known.number) != open.end();
     if (bagOf(owner->getObject()) && (isOpen || bagOf(known.getObject())))
         return false;  // it keeps a reference instead
-    if (isKnownClass && !isHolder(known.getObject()))
+    if (isKnownClass && !holdsObjects(known.getObject()))
         return true;
     const int32_t height = isKnownClass ? heights[known.number] + 1 : 0;
     if (isOpen || height > FAttributeArchiveBase::kMaxDepth)

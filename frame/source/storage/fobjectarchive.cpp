@@ -1,11 +1,7 @@
 #include "storage/fobjectarchive.h"
-#include "base/fattributelistimp.h"
-#include "base/fmessage.h"
-#include "collect/cmassociation.h"
-#include "collect/cmcontainer.h"
+#include "fholders.h"
 #include "pluginterfaces/base/smartpointer.h"
 #include "storage/fbstream.h"
-#include "storage/fpersistent.h"
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -13,18 +9,6 @@
 namespace Tessarine {
 namespace {
 constexpr int32_t kMaxName = 4096;  // bytes of a class name; they have some dozens
-
-/** Holds the objects that it reads. */
-bool isHolder(const CmObject* object) {
-    static constexpr const MetaClass* kHolders[] = {
-        &CmContainer::__fClass,     &CmAssociation::__fClass,     &FAttributes::__fClass, &FAttrList::__fClass,
-        &FAttributeValue::__fClass, &FAttributeListImp::__fClass, &FMessage::__fClass};
-    for (const MetaClass* each = object ? object->getClass() : nullptr; each; each = each->baseClass) {
-        if (std::ranges::find(kHolders, each) != std::end(kHolders))
-            return true;
-    }
-    return false;
-}
 }  // namespace
 
 int32_t hashPointer(const ArchivePointer& pointer, int32_t buckets) {
@@ -55,7 +39,10 @@ bool FObjectArchive::readClassRecord(ClassRecord& record) {
 }
 
 bool FObjectArchive::writeContent(const CmObject& object) {
-    if (object.externalize(*this))
+    open.push_back(&object);
+    const bool good = open.size() <= kMaxDepth && object.externalize(*this);
+    open.pop_back();
+    if (good)
         return true;
     reportError(kStreamError, object.isA());
     if (const String name(object.isA()); !failedClasses.contains(name))
@@ -75,9 +62,9 @@ CmObject* FObjectArchive::makeObject(const ClassRecord& record) {
 bool FObjectArchive::readContent(CmObject& object, const ClassRecord& record) {
     const int32_t outerVersion = std::exchange(version, record.version);
     heights.erase(&object);
-    reading.push_back(&object);
-    const bool good = reading.size() <= kMaxDepth && object.internalize(*this);
-    reading.pop_back();
+    open.push_back(&object);
+    const bool good = open.size() <= kMaxDepth && object.internalize(*this);
+    open.pop_back();
     noteHeight(&object);
     version = outerVersion;
     if (!good)
@@ -93,8 +80,8 @@ CmObject* FObjectArchive::handOut(CmObject* object, const char* expectedClass) {
 }
 
 CmObject* FObjectArchive::handOutKnown(CmObject* object, const char* expectedClass) {
-    const bool chains = !reading.empty() && isHolder(reading.back()) && isHolder(object);
-    if (chains && (std::ranges::find(reading, object) != reading.end() || heights[object] >= kMaxDepth)) {
+    const bool chains = !open.empty() && holdsObjects(open.back()) && holdsObjects(object);
+    if (chains && (std::ranges::find(open, object) != open.end() || heights[object] >= kMaxDepth)) {
         reportError(kUnreadableObject, object->isA());
         return nullptr;
     }
@@ -104,9 +91,9 @@ CmObject* FObjectArchive::handOutKnown(CmObject* object, const char* expectedCla
 
 /** An object has come into the one that is being read. */
 void FObjectArchive::noteHeight(const CmObject* held) {
-    if (reading.empty() || !isHolder(reading.back()) || !isHolder(held))
+    if (open.empty() || !holdsObjects(open.back()) || !holdsObjects(held))
         return;
-    int32_t& height = heights[reading.back()];
+    int32_t& height = heights[open.back()];
     height = std::max(height, heights[held] + 1);
 }
 

@@ -70,6 +70,9 @@ public:
     /** Borrowed; null: none. */
     Graphics::IDrawDevice* getDevice() const { return device; }
 
+    /** The clip of any device; of a physical one, only what a surface can have of it, so that work within it ends. */
+    static URect visibleOn(UDrawDevice& device);
+
     static void setFactory(Graphics::IFactory* factory);
     /** Borrowed. create: it is made when there is none. */
     static Graphics::IFactory* getFactory(bool create);

@@ -50,7 +50,7 @@ void eachPiece(const Span& span, const Show& show) {
 /** The part so many times in both directions. */
 OPtr<UBitmap> patternOf(UBitmap* bitmap, const URect& source, int32_t columns, int32_t rows) {
     const OPtr<UBitmap> part(bitmap->getSection(source));
-    if (!part)
+    if (!part || UPoint(part->getWidth(), part->getHeight()) != source.getSize())
         return nullptr;
     OPtr<UBitmap> pattern(new UBitmap(UPoint(source.getWidth() * columns, source.getHeight() * rows), 32));
     const BitmapPixelAccessor in(part->getBitmap(), Graphics::kLockRead);

@@ -1,4 +1,5 @@
 #include "frame/source/gui/drawing/schemepainter.h"
+#include "gui/drawing/uphysicaldrawdevice.h"
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -48,8 +49,7 @@ void SchemePainter::edges(const URect& rect, uint32_t sides, const UColor& color
 }
 
 void SchemePainter::ramp(const URect& rect, const UColor& top, const UColor& bottom) {
-    URect shown;
-    device.getClip(shown);
+    const URect shown = UPhysicalDrawDevice::visibleOn(device);
     const double last = std::max(rect.getHeight() - 1, 1);
     for (int32_t y = std::max(rect.top, shown.top); y < std::min(rect.bottom, shown.bottom); ++y)
         fill({rect.left, y, rect.right, y + 1}, mixed(top, bottom, float((double(y) - rect.top) / last)));

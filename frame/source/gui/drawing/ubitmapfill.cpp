@@ -21,10 +21,7 @@ bool drawTiled(UBitmap* tile, const URect& source, const URect& target, const UR
 }
 
 URect clipOf(UPhysicalDrawDevice* device) {
-    URect clip;
-    if (device)
-        device->getClip(clip);
-    return clip;
+    return device ? UPhysicalDrawDevice::visibleOn(*device) : URect();
 }
 }  // namespace
 

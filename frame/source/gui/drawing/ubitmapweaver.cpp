@@ -1,8 +1,8 @@
 #include "gui/drawing/ubitmapweaver.h"
 #include "frame/source/gui/drawing/bitmapcells.h"
 #include "gui/drawing/bitmappixelaccessor.h"
-#include "gui/drawing/udrawdevice.h"
 #include "gui/drawing/uoffscreen.h"
+#include "gui/drawing/uphysicaldrawdevice.h"
 #include <algorithm>
 
 namespace Tessarine {
@@ -126,7 +126,7 @@ void UBitmapWeaver::weave(UDrawDevice& device, UBitmap* bitmap, WeaveForm form, 
     const auto* row = std::ranges::find(kForms, form, &FormRow::form);
     URect outer, visible(area);
     device.getClip(outer);
-    if (row == std::end(kForms) || !bitmap || !visible.intersect(outer))
+    if (row == std::end(kForms) || !bitmap || !visible.intersect(UPhysicalDrawDevice::visibleOn(device)))
         return;
     const URect drawable(visible);
     if (!visible.intersect(clip))

@@ -1,4 +1,5 @@
 #include "gui/drawing/udrawport.h"
+#include "gui/drawing/uphysicaldrawdevice.h"
 #include <memory>
 
 namespace Tessarine {
@@ -15,7 +16,7 @@ UDrawPort::UDrawPort(UDrawDevice* device, const UPoint& origin, const URect& cli
     if (!device)
         return;
     device->getClip(savedClip);
-    this->clip.intersect(transform.reverse(savedClip));
+    this->clip.intersect(transform.reverse(UPhysicalDrawDevice::visibleOn(*device)));
     device->setClip(transform.forward(this->clip));
 }
 

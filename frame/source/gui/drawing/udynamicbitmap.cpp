@@ -13,6 +13,11 @@ int32_t length(int64_t from, int64_t to) {
     return UPoint::clip(std::max<int64_t>(to - from, 0));
 }
 
+/** Where the cut begins: what begins behind the middle shows more of the middle. */
+int32_t beginCut(int32_t source, int32_t middle, int32_t middleEnd, int32_t bitmapEnd) {
+    return source < std::min(middleEnd, bitmapEnd) ? source : std::max(middle, 0);
+}
+
 /** A tile is all that may be repeated, also where the source begins within it. */
 void beginTile(int32_t& cellStart, int32_t& offset, int32_t source, int32_t middle) {
     const int32_t tileStart = std::max(middle, 0);
@@ -49,12 +54,13 @@ bool UDynamicBitmap::drawCells(UPhysicalDrawDevice* device, const URect& source,
                                const DrawPart& drawPart) {
     if (!device || !target || source.isEmpty() || rect.isEmpty())
         return false;
-    const URect whole(source.left, source.top, target->getWidth(), target->getHeight());
-    const URect margins(length(source.left, center.left), length(source.top, center.top),
+    const int32_t width = target->getWidth(), height = target->getHeight();
+    const URect whole(beginCut(source.left, center.left, center.right, width),
+                      beginCut(source.top, center.top, center.bottom, height), width, height);
+    const URect margins(length(whole.left, center.left), length(whole.top, center.top),
                         length(std::min(center.right, source.right), whole.right),
                         length(std::min(center.bottom, source.bottom), whole.bottom));
-    URect visible;
-    device->getClip(visible);
+    const URect visible = UPhysicalDrawDevice::visibleOn(*device);
     const Marginator cells(whole, rect, visible, margins);
     bool drawn = false;
     for (int32_t row = 0; row < Marginator::kCells; ++row)

@@ -342,6 +342,14 @@ void UPhysicalDrawDevice::setClip(const URect& newClip) {
         device->setClip(boundary(newClip));
 }
 
+URect UPhysicalDrawDevice::visibleOn(UDrawDevice& device) {
+    URect visible;
+    device.getClip(visible);
+    if (device.isTypeOf(className(), true) && !visible.intersect({-kFarAway, -kFarAway, kFarAway, kFarAway}))
+        return {};
+    return visible;
+}
+
 void UPhysicalDrawDevice::resetAttributes() {
     setBrush(kWhite);
     setPen(kBlack);

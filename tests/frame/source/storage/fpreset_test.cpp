@@ -1,5 +1,6 @@
 #include "storage/fpreset.h"
 #include "base/fdefaults.h"
+#include "collect/cmarray.h"
 #include "storage/ffilesystem.h"
 #include "storage/fmstream.h"
 #include "storage/fnewarchive.h"
@@ -172,6 +173,32 @@ TEST_F(Presets, NoChainInAFileCostsStackOrStopsSaving) {
         EXPECT_TRUE(store()) << kind;
         auto* top = classCast<FPresetList>(list->getPresetObject(0));
         EXPECT_LT(top ? top->countItems(true, true, true) : 0, 300);
+    }
+}
+
+/** The leak checker would tell what holds itself. */
+TEST_F(Presets, NoFileMakesAPresetHoldItself) {
+    const OPtr<CmArray> array(new CmArray);
+    array->_ownsObjects = CmContainer::kShares;
+    const OPtr<FPreset> preset(new FPreset(IPtr<CmObject>(array.get()).detach(), u"of what it stands in"));
+    array->add(preset);
+    FMemoryStream objects, attributes;
+    EXPECT_TRUE(FNewArchive(&objects, true).save(array.get()));
+    {
+        FXmlArchive writer(&attributes, true);
+        EXPECT_TRUE(writer.addRoot("root", array) && writer.save("T"));
+    }
+    preset->setObject(nullptr);
+    objects.rewind();
+    attributes.rewind();
+    FXmlArchive reader(&attributes, false);
+    reader.load("T");
+    const OPtr<CmObject> read[] = {OPtr<CmObject>(FNewArchive(&objects, false).load("CmArray")),
+                                   OPtr<CmObject>(reader.getRoot("root"))};
+    for (const OPtr<CmObject>& each : read) {
+        const auto* again = classCast<CmArray>(each.get());
+        ASSERT_TRUE(again && again->total() == 1);
+        EXPECT_FALSE(static_cast<FPreset*>(again->at(0))->getObject());
     }
 }
 

@@ -93,6 +93,7 @@ TEST_F(Weaver, SmallTilesOverHugeAreasEndSoon) {
     for (const OPtr<UBitmap>& tile : tiles) {
         const double seconds = secondsOf([&] {
             UOffscreen device(target);
+            device.setClip(kEverywhere);
             UBitmapWeaver::drawTiledArea(device, tile, kEverywhere, kEverywhere);
             for (const WeaveForm form : {kTiledHoriz, kTiledMarginVerti, kTiledMarginEdge, kScaledMarginArea})
                 UBitmapWeaver::weave(device, tile, form, kEverywhere, kEverywhere, URect(1, 0, 1, 0));
@@ -171,6 +172,8 @@ TEST_F(Weaver, DynamicBitmapsKeepTheirMargins) {
         {kEven,    center,         {0, 0, 70, 50},               0,                            {"abbbc", "deeef", "deeef", "ghhhi"}},
         {kLetters, center,         {0, 0, 4, 3},                 kBoth,                        {"abcbd", "efgfh", "efgfh", "ijkjl"}},
         {kLetters, center,         {2, 0, 4, 3},                 kBoth,                        {"cbcbd", "gfgfh", "gfgfh", "kjkjl"}},
+        {kLetters, center,         {6, 0, 9, 3},                 kBoth,                        {"cbcbd", "gfgfh", "gfgfh", "kjkjl"}},
+        {kEven,    center,         {3, 5, 9, 9},                 0,                            {"eeeef", "hhhhi"}                  },
         {kEven,    center,         {0, 0, 4, 3},                 UDynamicBitmap::kRepeatVerti, {"abbbc", "deeef", "deeef", "ghhhi"}},
         {kEven,    center,         {0, 0, 4, 3},                 0,                            {"abc", "ghi"}                      },
         {kLetters, center,         {0, 0, 4, 3},                 0,                            {"il"}                              },
