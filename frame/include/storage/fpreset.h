@@ -370,6 +370,7 @@ private:
     FPresetList* findFileList(const tchar* id) const;
     void addRAMList(FPresetList* list);
     void merge(FPresetList* list);
+    void mergeAll(const std::vector<FPresetList*>& lists);
     bool loadFile(FNPath& path, const char* root, CmObject& object);
     bool loadOwnFile(FNPath& path);
     OPtr<FPresetPool> storablePart() const;

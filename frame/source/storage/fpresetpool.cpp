@@ -3,8 +3,11 @@
 #include "fpresetitems.h"
 #include "storage/ffilesystem.h"
 #include "storage/fnewarchive.h"
+#include <algorithm>
+#include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Tessarine {
@@ -191,6 +194,17 @@ void FPresetPool::merge(FPresetList* list) {
     addRAMList(list);
 }
 
+/** All of one file: what stands in one of an id may refer to another one of it, and must not come to stand in that. These go
+    into a list of the pool's own. */
+void FPresetPool::mergeAll(const std::vector<FPresetList*>& lists) {
+    std::map<std::u16string_view, int32_t> met;
+    for (const FPresetList* list : lists) {
+        if (++met[list->getID()] == 2)
+            getRAMList(list->getID(), false);
+    }
+    std::ranges::for_each(lists, [this](FPresetList* list) { merge(list); });
+}
+
 // --- files
 
 bool FPresetPool::loadFile(FNPath& path, const char* root, CmObject& object) {
@@ -269,13 +283,15 @@ bool FPresetPool::store(const FNPath& folder) {
 
 bool FPresetPool::internalize(FArchive& archive) {
     CmLinkedList container;
-    std::vector<OPtr<CmObject>> lists;
-    if (!readObjects(archive, container, lists))
+    std::vector<OPtr<CmObject>> objects;
+    std::vector<FPresetList*> lists;
+    if (!readObjects(archive, container, objects))
         return false;
-    for (const OPtr<CmObject>& each : lists) {
+    for (const OPtr<CmObject>& each : objects) {
         if (auto* list = classCast<FPresetList>(each.get()))
-            merge(list);
+            lists.push_back(list);
     }
+    mergeAll(lists);
     return true;
 }
 
@@ -294,11 +310,13 @@ bool FPresetPool::storeAttributes(FAttributes& attributes) const {
 }
 
 bool FPresetPool::restoreAttributes(FAttributes& attributes) {
+    std::vector<FPresetList*> lists;
     attributes.resetList(kLists);
     for (int32_t left = attributes.countQueueItems(kLists); left > 0; --left) {
         if (auto* list = classCast<FPresetList>(attributes.unqueueObject(kLists)))
-            merge(list);
+            lists.push_back(list);
     }
+    mergeAll(lists);
     return true;
 }
 

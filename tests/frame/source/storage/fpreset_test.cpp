@@ -145,6 +145,10 @@ constexpr std::pair<const char*, const char*> kTexts[] = {
      "<obj class='FPreset' ID='7'><string name='Name' value='m'/>"
      "<obj class='FMultiPreset' name='Object' ID='8'><list name='Objects' type='obj'><item value='7'/><item value='8'/>"
      "<obj class='FPreset' ID='9'><obj name='Object' ID='8'/></obj></list></obj></obj></list>",                  "x:p=none?;m=none?;"},
+    {"<list name='Items' type='obj'><obj class='FPreset' ID='6'><string name='Name' value='p'/></obj></list></obj>"
+     "<obj class='FPresetList' ID='7'><string name='ID' value='x'/>"  // another one of the id, around the first
+     "<list name='Items' type='obj'><obj class='FPreset' ID='8'><string name='Name' value='p'/>"
+     "<obj name='Object' ID='2'/></obj></list>",                                                                 "x:p=none?;"        },
 };
 
 TEST_F(Presets, FilesOfAllKindsAreRead) {
