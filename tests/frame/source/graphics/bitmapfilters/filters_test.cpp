@@ -204,6 +204,11 @@ TEST_F(Filters, MirrorAndQuarterTurnsMovePixels) {
     };
     EXPECT_EQ(inPlace(0.25), (Pixels{3, 6, 0, 2, 5, 0}));
     EXPECT_EQ(inPlace(-0.75), (Pixels{3, 6, 0, 2, 5, 0}));
+    const Pixels wide = noise(3 * 16384);  // the whole way across, all fall to one side
+    const auto turnedWide = [&](double angle) {
+        return run(BitmapFilter::Rotate::create(factory, angle, false, false, nullptr), 16384, wide);
+    };
+    EXPECT_TRUE(turnedWide(0.75) == turnedWide(-0.25));
     // each place lies between four pixels
     const Point between{2, 1.5};
     const Pixels turned = run(BitmapFilter::Rotate::create(factory, 0.25, true, false, &between), 4,
