@@ -187,7 +187,6 @@ FXmlInstance& FObjectLoader::begin(const char* className, uint64_t id) {
         byID.add(loaded);
     const OPtr<FUnknown> made(ClassFactory::instance(true)->createObjectByName(className));
     loaded->setObject(commonObject(made.get()));
-    keepsBags = keepsBags || !loaded->getObject() || bagOf(loaded->getObject());
     if (!loaded->getObject())
         FAttributeArchiveErrorHookScope::report(FArchive::kUnreadableObject, className);
     return *loaded;
@@ -223,12 +222,12 @@ OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
     Loaded* known = lookup(id);
     const bool isBag = owner && bagOf(owner->getObject());
     const bool isHeld = known && (!owner || owner->getObject()) && mayHold(*known);
+    if (known && !isHeld && owner && owner->getObject() && !isBag)
+        return {};
     if (owner)
-        met.push_back({open.back(), id, isHeld || (owner->getObject() && !isBag)});
+        met.push_back({open.back(), id, isHeld});
     if (isHeld)
         return OPtr<CmObject>(IPtr<CmObject>(known->getStandIn()));
-    if (known && owner && owner->getObject() && !isBag)
-        return {};
     const OPtr<FXmlReference> reference(new FXmlReference(id));
     reference->addRef();
     references.add(reference.get());
@@ -256,17 +255,18 @@ bool FObjectLoader::mayHold(const Loaded& known) {
 }
 
 void FObjectLoader::finish() {
-    const std::vector<int32_t> order = keepsBags && !met.empty() ? ranks() : std::vector<int32_t>();
+    const bool areAllHeld = std::ranges::none_of(owners, [](int32_t owner) { return owner >= 0; });
+    const FHoldingOrder order = areAllHeld ? FHoldingOrder(0) : holdingOrder();
     CmLinkedListIterator cursor(references);
     for (const int32_t owner : owners) {
         auto* reference = static_cast<FXmlReference*>(cursor.next());
         Loaded* target = lookup(reference->getID());
         if (!target)
             reference->setIdentity(nullptr);
-        else if (owner >= 0 && !order.empty() && order[target->number] <= order[owner])
-            reference->setIdentity(target->getStandIn());
-        else
+        else if (owner < 0 || order.mayHold(owner, target->number))
             reference->setObject(target->getStandIn());
+        else
+            reference->setIdentity(target->getStandIn());
     }
 }
 
@@ -275,58 +275,26 @@ FObjectLoader::Loaded* FObjectLoader::lookup(uint64_t id) const {
     return static_cast<Loaded*>(byID.lookup(&wanted));
 }
 
-/** Who may hold whom: an order in which holders come before what they hold. What stands in an object, what it holds already, and
-    what objects of known classes refer to, is held in any case; bags and objects of unknown classes hold what comes behind
-    them. It begins at the roots, so that all that they reach is held. */
-std::vector<int32_t> FObjectLoader::ranks() const {
-    const auto count = static_cast<size_t>(objects->total());
-    std::vector<std::vector<int32_t>> next(count);
-    std::vector<int32_t> holders(count), rank(count, -1), ready;
-    const auto hold = [&](int32_t from, int32_t to, bool inAnyCase) {
-        next[from].push_back(to);
-        holders[to] += inAnyCase ? 1 : 0;
-        if (inAnyCase)
-            next[from].back() = ~to;
-    };
-    for (size_t i = 0; i < count; ++i) {
+/** What stands in an object, and what it holds already, is held in any case. */
+FHoldingOrder FObjectLoader::holdingOrder() const {
+    FHoldingOrder order(static_cast<size_t>(objects->total()));
+    for (size_t i = 0; i < parents.size(); ++i) {
         if (parents[i] >= 0)
-            hold(parents[i], static_cast<int32_t>(i), true);
+            order.add(parents[i], static_cast<int32_t>(i), true);
     }
     for (const Reference& each : met) {
         if (const Loaded* target = lookup(each.id))
-            hold(each.owner, target->number, each.isHeld);
+            order.add(each.owner, target->number, each.isHeld);
     }
-    int32_t time = 0;
-    const auto walk = [&](int32_t start) {
-        ready.push_back(start);
-        while (!ready.empty()) {
-            const int32_t at = ready.back();
-            ready.pop_back();
-            if (rank[at] >= 0)
-                continue;
-            rank[at] = time++;
-            for (const int32_t edge : next[at])
-                holders[edge < 0 ? ~edge : edge] -= edge < 0 ? 1 : 0;
-            for (auto edge = next[at].rbegin(); edge != next[at].rend(); ++edge) {
-                if (const int32_t to = *edge < 0 ? ~*edge : *edge; holders[to] == 0)
-                    ready.push_back(to);
-            }
-        }
-    };
+    std::vector<int32_t> roots;
     CmLinkedListIterator cursor(references);
     for (const int32_t owner : owners) {
         const auto* reference = static_cast<FXmlReference*>(cursor.next());
-        const Loaded* root = owner < 0 ? lookup(reference->getID()) : nullptr;
-        if (root && holders[root->number] == 0)
-            walk(root->number);
+        if (const Loaded* root = owner < 0 ? lookup(reference->getID()) : nullptr)
+            roots.push_back(root->number);
     }
-    for (const bool inRings : {false, true}) {
-        for (size_t i = 0; i < count; ++i) {
-            if (rank[i] < 0 && (inRings || holders[i] == 0))
-                walk(static_cast<int32_t>(i));
-        }
-    }
-    return rank;
+    order.arrange(roots);
+    return order;
 }
 
 }  // namespace Tessarine

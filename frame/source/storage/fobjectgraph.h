@@ -1,6 +1,7 @@
 #pragma once
 #include "collect/cmhashtable.h"
 #include "collect/cmlinkedlist.h"
+#include "frame/source/storage/fholdingorder.h"
 #include "storage/fattributearchive.h"
 #include "storage/fxmlobject.h"
 #include <vector>
@@ -88,12 +89,12 @@ private:
     struct Reference {
         int32_t owner;  // -1: in no object
         uint64_t id;
-        bool isHeld;  // in any case
+        bool isHeld;  // from the beginning
     };
 
     Loaded* lookup(uint64_t id) const;
     bool mayHold(const Loaded& known);
-    std::vector<int32_t> ranks() const;
+    FHoldingOrder holdingOrder() const;
 
     OPtr<CmArray> objects;         // of Loaded, in the order of the file
     std::vector<int32_t> parents;  // of each object: what it stands in; -1: nothing
@@ -103,7 +104,6 @@ private:
     CmLinkedList references;      // of FXmlReference
     std::vector<int32_t> owners;  // of each of these: the object whose bag it stands in; -1: none
     std::vector<Reference> met;   // all references within objects
-    bool keepsBags = false;       // some object keeps its bag: its class is unknown, or it is a bag itself
 };
 
 }  // namespace Tessarine

@@ -108,6 +108,9 @@ protected:
     bool loadFromStream(IBStream* stream);
     void setGraphicsObject(Graphics::IBitmap* bitmap);
     URect bounds() { return {0, 0, getWidth(), getHeight()}; }
+    static bool showsDisabled(int16_t mode);
+    /** What disabled modes show of a part; null: nothing. */
+    OPtr<UBitmap> disabledSection(const URect& source);
     /** The one at the end of all targets; null: there is none. Borrowed. */
     UBitmap* pixelOwner();
     /** The bitmap, null or not, is this one or stands for it. */
@@ -123,7 +126,6 @@ protected:
     bool madeTransparent = false;
 
 private:
-    bool drawDisabled(UPhysicalDrawDevice* device, const URect& source, const URect& target);
     /** From one that has pixels of its own, cut to what is there on both sides. */
     bool copyPixels(UBitmap* from, const URect& source, const UPoint& target);
     /** From any, of one size; what that doesn't show becomes transparent. */

@@ -47,15 +47,40 @@ void eachPiece(const Span& span, const Show& show) {
     }
 }
 
+/** Tiles put together. It is drawn again and again and never changes: what disabled modes show is made once. */
+class Pattern : public UBitmap {
+public:
+    explicit Pattern(const UPoint& size) : UBitmap(size, 32) {}
+
+    bool draw(UPhysicalDrawDevice* device, const URect& source, const URect& target, int16_t mode) override {
+        if (!showsDisabled(mode) || !disabled || disabledMode != mode)
+            return drawFirst(device, source, target, mode);
+        return disabled->drawAlpha(device, source, target, disabled->getAlphaFactor());
+    }
+
+private:
+    bool drawFirst(UPhysicalDrawDevice* device, const URect& source, const URect& target, int16_t mode) {
+        const bool drawn = UBitmap::draw(device, source, target, mode);
+        if (showsDisabled(mode)) {
+            disabled = disabledSection(bounds());
+            disabledMode = mode;
+        }
+        return drawn;
+    }
+
+    OPtr<UBitmap> disabled;
+    int16_t disabledMode = 0;
+};
+
 /** The part so many times in both directions. */
 OPtr<UBitmap> patternOf(UBitmap* bitmap, const URect& source, int32_t columns, int32_t rows) {
     const OPtr<UBitmap> part(bitmap->getSection(source));
-    if (!part || UPoint(part->getWidth(), part->getHeight()) != source.getSize())
+    if (!part)
         return nullptr;
-    OPtr<UBitmap> pattern(new UBitmap(UPoint(source.getWidth() * columns, source.getHeight() * rows), 32));
+    OPtr<UBitmap> pattern(new Pattern(UPoint(source.getWidth() * columns, source.getHeight() * rows)));
     const BitmapPixelAccessor in(part->getBitmap(), Graphics::kLockRead);
     const BitmapPixelAccessor out(pattern->getBitmap(), Graphics::kLockWrite);
-    if (!in.isValid() || !out.isValid())
+    if (!out.isValid() || UPoint(in.getWidth(), in.getHeight()) != source.getSize())
         return nullptr;
     for (int32_t y = 0; y < out.getHeight(); ++y)
         for (int32_t x = 0; x < out.getWidth(); x += in.getWidth())

@@ -196,15 +196,19 @@ bool UBitmap::draw(UPhysicalDrawDevice* device, const URect& source, const URect
     const bool transparent = mode == kBitmapTransparent || mode == kBitmapTransparentDisabled;
     if (transparent && !madeTransparent)
         makeColorTransparent(UColor(UColor::getStandardColorSpec(kWhite)));
-    if (mode == kBitmapDisabled || mode == kBitmapTransparentDisabled)
-        return drawDisabled(device, source, target);
-    return drawAlpha(device, source, target, alphaFactor);
+    if (!showsDisabled(mode))
+        return drawAlpha(device, source, target, alphaFactor);
+    const OPtr<UBitmap> section(disabledSection(source));
+    return section && section->drawAlpha(device, section->bounds(), target, section->alphaFactor);
 }
 
-bool UBitmap::drawDisabled(UPhysicalDrawDevice* device, const URect& source, const URect& target) {
-    const OPtr<UBitmap> section(getSection(source));
-    return section && section->desaturate(kDisabledGray, kDisabledAlpha) &&
-           section->drawAlpha(device, section->bounds(), target, section->alphaFactor);
+bool UBitmap::showsDisabled(int16_t mode) {
+    return mode == kBitmapDisabled || mode == kBitmapTransparentDisabled;
+}
+
+OPtr<UBitmap> UBitmap::disabledSection(const URect& source) {
+    OPtr<UBitmap> section(getSection(source));
+    return section && section->desaturate(kDisabledGray, kDisabledAlpha) ? std::move(section) : nullptr;
 }
 
 bool UBitmap::drawAlpha(UPhysicalDrawDevice* device, const URect& source, const URect& target, double alpha) {

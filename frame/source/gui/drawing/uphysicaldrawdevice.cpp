@@ -343,10 +343,16 @@ void UPhysicalDrawDevice::setClip(const URect& newClip) {
 }
 
 URect UPhysicalDrawDevice::visibleOn(UDrawDevice& device) {
+    const auto nearest = [](int32_t& from, int32_t& to) {
+        if (int64_t(to) - from <= 2 * kFarAway)
+            return;
+        from = std::clamp(-kFarAway, from, to - 2 * kFarAway);
+        to = from + 2 * kFarAway;
+    };
     URect visible;
     device.getClip(visible);
-    if (device.isTypeOf(className(), true) && !visible.intersect({-kFarAway, -kFarAway, kFarAway, kFarAway}))
-        return {};
+    nearest(visible.left, visible.right);
+    nearest(visible.top, visible.bottom);
     return visible;
 }
 

@@ -171,6 +171,10 @@ TEST_F(XmlArchive, NeitherLeaksNorDanglesWhateverRefersToWhat) {
     const std::string plain = "<int name='number' value='5'/>", owns = "<int name='ownership' value='2'/>";
     const std::string node = object("StoredNode", 2, plain), root = object("X", 1, refers(2));
     const std::string isObject = "<int name='type' value='2'/>", owned = owns + holds("obj", item(1) + node);
+    const std::string other = object("StoredNode", 3, plain);
+    const auto pair = [](const std::string& bag) {
+        return object("CmAssociation", 1, "<member name='Obj'>" + bag + "</member>");
+    };
     // the class of the root "r", id 1, and the nodes that it keeps alive
     const std::tuple<const char*, std::string, const char*, int32_t> rows[] = {
         {"missing", "", nullptr, 0},
@@ -193,6 +197,17 @@ TEST_F(XmlArchive, NeitherLeaksNorDanglesWhateverRefersToWhat) {
         {"bag in itself", object("Attributes", 1, holds("l", item(1)) + node), "FAttributes", 1},
         {"bags in a ring", object("Attributes", 1, refers(3) + node) + object("Attributes", 3, refers(1)),
          "FAttributes", 1},
+        {"array in itself around an unknown one",
+         root + object("CmArray", 2, owns + holds("obj", item(1) + item(2) + other)), "FXmlInstance", 0},
+        {"around one that keeps nothing too",
+         root + object("CmArray", 2,
+         owns + holds("obj", item(1) + object("CmString", 4, refers(2) + "<string name='s' value='q'/>") +
+                                               other)),
+         "FXmlInstance", 0},
+        {"bags in pairs in a ring", pair(refers(2) + other) + object("CmAssociation", 2, "<obj name='Obj' ID='1'/>"),
+         "CmAssociation", 1},
+        {"a bag in a pair that is held later",
+         pair(refers(3)) + other + object("CmArray", 2, owns + holds("obj", item(1))), "CmAssociation", 1},
         {"no id", "<obj class='StoredNode'><obj name='parent'/>" + plain + "</obj>", nullptr, 0},
     };
     for (const auto& [name, objects, className, kept] : rows) {

@@ -91,10 +91,15 @@ TEST_F(Weaver, SmallTilesOverHugeAreasEndSoon) {
     const OPtr<UBitmap> endless(new UDynamicBitmap(target, UPoint(INT32_MAX, INT32_MAX), URect()));
     const OPtr<UBitmap> tiles[] = {bitmapOf(Picture{"x"}), bitmapOf(kLetters)};
     for (const OPtr<UBitmap>& tile : tiles) {
+        constexpr int32_t kBoth = UDynamicBitmap::kRepeatHoriz | UDynamicBitmap::kRepeatVerti;
+        const OPtr<UBitmap> repeated(new UDynamicBitmap(tile, UPoint(), URect(0, 0, 9, 9), kBoth));
         const double seconds = secondsOf([&] {
-            UOffscreen device(target);
+            const UOffscreen offscreen(target);
+            UPhysicalDrawDevice device(offscreen.getDevice());
             device.setClip(kEverywhere);
             UBitmapWeaver::drawTiledArea(device, tile, kEverywhere, kEverywhere);
+            for (const auto mode : {kBitmapPlain, kBitmapDisabled, kBitmapTransparentDisabled})
+                repeated->draw(&device, kEverywhere, kEverywhere, mode);
             for (const WeaveForm form : {kTiledHoriz, kTiledMarginVerti, kTiledMarginEdge, kScaledMarginArea})
                 UBitmapWeaver::weave(device, tile, form, kEverywhere, kEverywhere, URect(1, 0, 1, 0));
             UBitmapWeaver::weave(endless, tile, kTiledMarginHoriz, URect());
