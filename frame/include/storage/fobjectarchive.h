@@ -34,8 +34,8 @@ protected:
     bool writeClassRecord(const MetaClass& metaClass, int32_t mark);
     /** The same without the mark, which has been read. False also for a name of more than 4096 bytes. */
     bool readClassRecord(ClassRecord& record);
-    /** externalize, and the account of what failed. Objects within objects are refused at a depth of kMaxDepth: none could be
-        read again. */
+    /** externalize, and the account of what failed. Objects within objects are refused at a depth of kMaxDepth: none
+        could be read again. */
     bool writeContent(const CmObject& object);
     /** A new object of the class; null, and an error, when there is no such class. */
     CmObject* makeObject(const ClassRecord& record);
@@ -43,8 +43,8 @@ protected:
     bool readContent(CmObject& object, const ClassRecord& record);
     /** The object with a reference more; null for null, and when it isn't of the class. */
     static CmObject* handOut(CmObject* object, const char* expectedClass);
-    /** The same of an object that has been read already. Null too, and an error, for a container, association, bag or preset
-        that would own itself, and behind a chain of kMaxDepth of them, since a chain is torn down by recursion. */
+    /** The same of an object that has been read already. Null too, and an error, for one that holds objects and would
+        hold itself, and behind a chain of kMaxDepth of them, since a chain is torn down by recursion. */
     CmObject* handOutKnown(CmObject* object, const char* expectedClass);
     /** The stream makes no sense from here on: nothing more is read. */
     CmObject* breakOff();

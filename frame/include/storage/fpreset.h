@@ -161,6 +161,8 @@ public:
     /** Takes in another list, which stays as it is and has nothing to do with this one: items of the same name replace
         those that are here, the others come to the end. */
     void adjustTo(FPresetList* other);
+    /** The same for each, one after the other. */
+    void adjustToAll(const std::vector<FPresetList*>& others);
     /** A copy that shares the objects, without those that can't be saved: with this list as the bag of that depth. */
     OPtr<FPresetList> storablePart(int32_t level);
 
@@ -187,8 +189,9 @@ protected:
 private:
     int32_t placeOf(int32_t index, bool presets, bool lists);
     int32_t presetIndexOf(int32_t place) const;
-    void adjustList(IPtr<FPresetList> mine, FPresetList& theirs);
-    void adjustPreset(IPtr<FPreset> mine, const FPreset& theirs);
+    IPtr<FPresetList> addListLike(const FPresetList& theirs);
+    IPtr<FPreset> addPresetLike(const FPreset& theirs);
+    static void adjustPreset(FPreset& mine, const FPreset& theirs);
     /** At the end. */
     bool share(FPresetItem* item);
     bool takeLoaded(CmObject* loaded);

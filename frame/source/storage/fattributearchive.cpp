@@ -1,6 +1,5 @@
 #include "storage/fattributearchive.h"
 #include "collect/cmbuffer.h"
-#include "collect/cmvariant.h"
 #include "fholders.h"
 #include "fobjectgraph.h"
 #include "fspread.h"
@@ -226,6 +225,8 @@ OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
         return {};
     if (owner)
         met.push_back({open.back(), id, isHeld});
+    else
+        rootIDs.push_back(id);
     if (isHeld)
         return OPtr<CmObject>(IPtr<CmObject>(known->getStandIn()));
     const OPtr<FXmlReference> reference(new FXmlReference(id));
@@ -235,7 +236,7 @@ OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
     return OPtr<CmObject>(IPtr<CmObject>(reference.get()));
 }
 
-/** Containers, associations, variants and bags own what is in them: nothing that owns is put into one that stands in it, and
+/** Nothing that holds objects is put into one that stands in it, and
     chains of them end, since a chain is torn down by recursion. */
 bool FObjectLoader::mayHold(const Loaded& known) {
     const FXmlInstance* owner = current();
@@ -255,8 +256,8 @@ bool FObjectLoader::mayHold(const Loaded& known) {
 }
 
 void FObjectLoader::finish() {
-    const bool areAllHeld = std::ranges::none_of(owners, [](int32_t owner) { return owner >= 0; });
-    const FHoldingOrder order = areAllHeld ? FHoldingOrder(0) : holdingOrder();
+    const bool noneWaits = std::ranges::none_of(owners, [](int32_t owner) { return owner >= 0; });
+    const FHoldingOrder order = noneWaits ? FHoldingOrder(0) : holdingOrder();
     CmLinkedListIterator cursor(references);
     for (const int32_t owner : owners) {
         auto* reference = static_cast<FXmlReference*>(cursor.next());
@@ -287,10 +288,8 @@ FHoldingOrder FObjectLoader::holdingOrder() const {
             order.add(each.owner, target->number, each.isHeld);
     }
     std::vector<int32_t> roots;
-    CmLinkedListIterator cursor(references);
-    for (const int32_t owner : owners) {
-        const auto* reference = static_cast<FXmlReference*>(cursor.next());
-        if (const Loaded* root = owner < 0 ? lookup(reference->getID()) : nullptr)
+    for (const uint64_t id : rootIDs) {
+        if (const Loaded* root = lookup(id))
             roots.push_back(root->number);
     }
     order.arrange(roots);

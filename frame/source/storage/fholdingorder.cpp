@@ -1,6 +1,6 @@
 #include "fholdingorder.h"
 #include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace Tessarine {
 
@@ -59,41 +59,73 @@ FHoldingOrder::Graph FHoldingOrder::condensed() const {
     return between;
 }
 
-/** From the starts on, which come in their order, as soon as all that holds them in any case was there. */
-std::vector<int32_t> FHoldingOrder::ranksOf(const Graph& graph, const std::vector<int32_t>& starts) {
-    std::vector<int32_t> holders(graph.size()), rank(graph.size(), -1), ready;
-    for (const std::vector<Edge>& edges : graph)
-        for (const Edge& edge : edges)
-            holders[edge.to] += edge.inAnyCase ? 1 : 0;
-    int32_t time = 0;
-    const auto pass = [&](int32_t at) {
-        rank[at] = time++;
-        for (const Edge& edge : graph[at])
-            holders[edge.to] -= edge.inAnyCase ? 1 : 0;
-        for (auto edge = graph[at].rbegin(); edge != graph[at].rend(); ++edge)
-            if (holders[edge->to] == 0)
-                ready.push_back(edge->to);
-    };
-    for (const int32_t start : starts) {
-        if (holders[start] == 0)
-            ready.push_back(start);
+/** Passes what it can, in depth first order; what is held in any case comes behind all that holds it. */
+class FHoldingOrder::Ranking {
+public:
+    explicit Ranking(const Graph& graph) : graph(graph), ranks(graph.size(), -1), holders(graph.size()) {
+        for (size_t from = 0; from < graph.size(); ++from)
+            for (const Edge& edge : graph[from])
+                if (edge.inAnyCase)
+                    holders[edge.to].push_back(static_cast<int32_t>(from));
+    }
+
+    /** What isn't free yet waits. */
+    void passFrom(int32_t start) {
+        std::vector<int32_t> ready{start};
         while (!ready.empty()) {
             const int32_t at = ready.back();
             ready.pop_back();
-            if (rank[at] < 0)
-                pass(at);
+            if (ranks[at] >= 0)
+                continue;
+            if (isFree(at))
+                pass(at, ready);
+            else
+                waiting.push_back(at);
         }
     }
-    return rank;
-}
+    /** What waits, and all that holds it. */
+    void passWaiting() {
+        while (!waiting.empty()) {
+            const int32_t at = waiting.back();
+            if (ranks[at] < 0 && !isFree(at)) {
+                waiting.push_back(holders[at].back());
+                continue;
+            }
+            waiting.pop_back();
+            passFrom(at);
+        }
+    }
+    std::vector<int32_t> take() { return std::move(ranks); }
+
+private:
+    bool isFree(int32_t at) {
+        std::vector<int32_t>& left = holders[at];
+        while (!left.empty() && ranks[left.back()] >= 0)
+            left.pop_back();
+        return left.empty();
+    }
+    void pass(int32_t at, std::vector<int32_t>& ready) {
+        ranks[at] = time++;
+        std::for_each(graph[at].rbegin(), graph[at].rend(), [&](const Edge& edge) { ready.push_back(edge.to); });
+    }
+
+    const Graph& graph;
+    std::vector<int32_t> ranks;
+    std::vector<std::vector<int32_t>> holders;  // in any case, of which some aren't passed
+    std::vector<int32_t> waiting;
+    int32_t time = 0;
+};
 
 void FHoldingOrder::arrange(const std::vector<int32_t>& roots) {
     rings = ringsOf(graph, false);
     cores = ringsOf(graph, true);
-    std::vector<int32_t> starts;
-    std::ranges::transform(roots, std::back_inserter(starts), [this](int32_t root) { return cores[root]; });
-    starts.insert(starts.end(), cores.begin(), cores.end());
-    ranks = ranksOf(condensed(), starts);
+    const Graph between = condensed();
+    Ranking ranking(between);
+    std::ranges::for_each(roots, [&](int32_t root) { ranking.passFrom(cores[root]); });
+    ranking.passWaiting();
+    std::ranges::for_each(cores, [&](int32_t core) { ranking.passFrom(core); });
+    ranking.passWaiting();
+    ranks = ranking.take();
 }
 
 bool FHoldingOrder::mayHold(int32_t holder, int32_t held) const {

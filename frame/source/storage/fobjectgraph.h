@@ -100,10 +100,11 @@ private:
     std::vector<int32_t> parents;  // of each object: what it stands in; -1: nothing
     std::vector<int32_t> heights;  // of each object: how many that hold objects are below it
     std::vector<int32_t> open;
-    FGrowingTable byID;           // of Loaded
-    CmLinkedList references;      // of FXmlReference
-    std::vector<int32_t> owners;  // of each of these: the object whose bag it stands in; -1: none
-    std::vector<Reference> met;   // all references within objects
+    FGrowingTable byID;             // of Loaded
+    CmLinkedList references;        // of FXmlReference
+    std::vector<int32_t> owners;    // of each of these: the object whose bag it stands in; -1: none
+    std::vector<Reference> met;     // all references within objects
+    std::vector<uint64_t> rootIDs;  // of those that stand in none
 };
 
 }  // namespace Tessarine

@@ -36,30 +36,57 @@ bool isStorable(const FPreset& preset, int32_t level) {
     return preset.storeAttributes(*bag) && FXmlArchive::canSave(*bag, level);
 }
 
-/** Presets and lists that wait for another one of their name, the first of a name first. */
+/** Presets and lists that wait for others of their name, the first of a name first. */
 class ItemsByName {
 public:
     explicit ItemsByName(const CmArray& items) {
-        for (int32_t i = items.total() - 1; i >= 0; --i) {
+        for (int32_t i = 0; i < items.total(); ++i) {
             auto* item = static_cast<FPresetItem*>(items.at(i));
             if (item->isList() || classCast<FPreset>(item))
-                waiting[item->isList()][item->getName()].emplace_back(item);
+                rowOf(*item).items.emplace_back(item);
         }
     }
     /** Null: none waits any more. */
     template <class Item>
     IPtr<Item> take(const Item& like) {
-        std::vector<IPtr<FPresetItem>>& same = waiting[like.isList()][like.getName()];
-        if (same.empty())
+        Row& row = rowOf(like);
+        if (row.taken == row.items.size())
             return nullptr;
-        const IPtr<FPresetItem> first = same.back();
-        same.pop_back();
-        return IPtr<Item>(static_cast<Item*>(first.get()));
+        begun.push_back(&row);
+        return IPtr<Item>(static_cast<Item*>(row.items[row.taken++].get()));
+    }
+    /** One that will get the name of the other one, which has taken it. */
+    void addTaken(FPresetItem& item, const FPresetItem& like) {
+        Row& row = rowOf(like);
+        row.items.emplace_back(&item);
+        row.taken = row.items.size();
+        begun.push_back(&row);
+    }
+    /** All wait again. */
+    void restart() {
+        std::ranges::for_each(begun, [](Row* row) { row->taken = 0; });
+        begun.clear();
     }
 
 private:
-    std::unordered_map<std::u16string, std::vector<IPtr<FPresetItem>>> waiting[2];  // presets, lists
+    struct Row {
+        std::vector<IPtr<FPresetItem>> items;
+        size_t taken = 0;
+    };
+    Row& rowOf(const FPresetItem& item) { return rows[item.isList()][item.getName()]; }
+
+    std::map<std::u16string, Row> rows[2];
+    std::vector<Row*> begun;
 };
+
+/** The one of that name that waits, or a new one. */
+template <class Item, class Add>
+IPtr<Item> takeOrAdd(ItemsByName& known, const Item& theirs, const Add& add) {
+    IPtr<Item> mine = known.take(theirs);
+    if (!mine)
+        known.addTaken(*(mine = add()), theirs);
+    return mine;
+}
 }  // namespace
 
 IMPLEMENT_ABSTRACT_CLASS(FPresetItem, CmObject)
@@ -367,33 +394,51 @@ void FPresetList::removeAll(bool presets, bool lists) {
 }
 
 void FPresetList::adjustTo(FPresetList* other) {
-    if (!other || other == this)
-        return;
-    setName(other->getName());
+    if (other && other != this)
+        adjustToAll({other});
+}
+
+void FPresetList::adjustToAll(const std::vector<FPresetList*>& others) {
     refresh();
-    other->refresh();
     ItemsByName known(items);
-    for (CmObject* each : other->items) {
-        if (FPresetList* list = static_cast<FPresetItem*>(each)->toList())
-            adjustList(known.take<FPresetList>(*list), *list);
-        else if (const auto* preset = classCast<FPreset>(each))
-            adjustPreset(known.take<FPreset>(*preset), *preset);
+    std::vector<IPtr<FPresetList>> inner;
+    std::map<FPresetList*, std::vector<FPresetList*>> theirs;  // for each of these
+    for (FPresetList* other : others) {
+        setName(other->getName());
+        other->refresh();
+        for (CmObject* each : other->items) {
+            if (FPresetList* list = static_cast<FPresetItem*>(each)->toList()) {
+                inner.push_back(takeOrAdd(known, *list, [&] { return addListLike(*list); }));
+                theirs[inner.back()].push_back(list);
+            } else if (const auto* preset = classCast<FPreset>(each)) {
+                adjustPreset(*takeOrAdd(known, *preset, [&] { return addPresetLike(*preset); }), *preset);
+            }
+        }
+        known.restart();
+    }
+    for (const IPtr<FPresetList>& list : inner) {
+        if (const std::vector<FPresetList*> lists = std::exchange(theirs[list], {}); !lists.empty())
+            list->adjustToAll(lists);
     }
     changed();
 }
 
-void FPresetList::adjustList(IPtr<FPresetList> mine, FPresetList& theirs) {
-    if (!mine)
-        share(mine = OPtr<FPresetList>(new FPresetList(theirs.getID())));
-    mine->adjustTo(&theirs);
+IPtr<FPresetList> FPresetList::addListLike(const FPresetList& theirs) {
+    const OPtr<FPresetList> mine(new FPresetList(theirs.getID()));
+    share(mine);
+    return mine;
 }
 
-void FPresetList::adjustPreset(IPtr<FPreset> mine, const FPreset& theirs) {
-    if (!mine)
-        share(mine = OPtr<FPreset>(new FPreset(nullptr, theirs.getName())));
-    mine->setObject(IPtr<CmObject>(theirs.getObject()).detach());
-    mine->setFlags(theirs.getFlags());
-    mine->changed();
+IPtr<FPreset> FPresetList::addPresetLike(const FPreset& theirs) {
+    const OPtr<FPreset> mine(new FPreset(nullptr, theirs.getName()));
+    share(mine);
+    return mine;
+}
+
+void FPresetList::adjustPreset(FPreset& mine, const FPreset& theirs) {
+    mine.setObject(IPtr<CmObject>(theirs.getObject()).detach());
+    mine.setFlags(theirs.getFlags());
+    mine.changed();
 }
 
 OPtr<FPresetList> FPresetList::storablePart(int32_t level) {
@@ -405,7 +450,7 @@ OPtr<FPresetList> FPresetList::storablePart(int32_t level) {
         if (inner && level < FAttributeArchiveBase::kMaxDepth)
             part->insertAt(inner->storablePart(level + 1).detach(), -1);
         else if (preset && isStorable(*preset, level))
-            part->adjustPreset(nullptr, *preset);
+            adjustPreset(*part->addPresetLike(*preset), *preset);
     }
     return part;
 }

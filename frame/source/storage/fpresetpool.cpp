@@ -182,10 +182,7 @@ bool FPresetPool::removeFilePreset(FFilePresetList* list) {
     return fileLists.removeAbs(list);
 }
 
-/** A list in another one comes with that. */
 void FPresetPool::merge(FPresetList* list) {
-    if (list->getList())
-        return;
     if (FPresetList* known = findRAMList(list->getID())) {
         known->adjustTo(list);
         return;
@@ -194,15 +191,22 @@ void FPresetPool::merge(FPresetList* list) {
     addRAMList(list);
 }
 
-/** All of one file: what stands in one of an id may refer to another one of it, and must not come to stand in that. These go
-    into a list of the pool's own. */
+/** All of one file, but those in another one, which come with that. What stands in one of an id may refer to another one
+    of it, and must not come to stand in that: several of an id go into a list of the pool's own. */
 void FPresetPool::mergeAll(const std::vector<FPresetList*>& lists) {
-    std::map<std::u16string_view, int32_t> met;
-    for (const FPresetList* list : lists) {
-        if (++met[list->getID()] == 2)
-            getRAMList(list->getID(), false);
+    std::map<std::u16string_view, std::vector<FPresetList*>> byID;
+    std::set<const FPresetList*> met;
+    for (FPresetList* list : lists) {
+        if (!list->getList() && met.insert(list).second)
+            byID[list->getID()].push_back(list);
     }
-    std::ranges::for_each(lists, [this](FPresetList* list) { merge(list); });
+    for (FPresetList* list : lists) {
+        std::vector<FPresetList*> same(std::move(byID[list->getID()]));
+        if (same.size() == 1)
+            merge(list);
+        else if (FPresetList* mine = same.empty() ? nullptr : getRAMList(list->getID(), false))
+            mine->adjustToAll(same);
+    }
 }
 
 // --- files

@@ -109,6 +109,8 @@ protected:
     void setGraphicsObject(Graphics::IBitmap* bitmap);
     URect bounds() { return {0, 0, getWidth(), getHeight()}; }
     static bool showsDisabled(int16_t mode);
+    /** Transparent modes change the pixels, once. */
+    void becomeShown(int16_t mode);
     /** What disabled modes show of a part; null: nothing. */
     OPtr<UBitmap> disabledSection(const URect& source);
     /** The one at the end of all targets; null: there is none. Borrowed. */

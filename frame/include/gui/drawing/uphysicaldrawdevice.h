@@ -70,7 +70,8 @@ public:
     /** Borrowed; null: none. */
     Graphics::IDrawDevice* getDevice() const { return device; }
 
-    /** The clip of any device. Of a larger one, the 60000 pixels each way that are nearest to 0, so that work within it ends. */
+    /** The clip of any device. Of a larger one, the 60000 pixels each way that are nearest to 0, so that work within it
+        ends. */
     static URect visibleOn(UDrawDevice& device);
 
     static void setFactory(Graphics::IFactory* factory);

@@ -53,23 +53,16 @@ public:
     explicit Pattern(const UPoint& size) : UBitmap(size, 32) {}
 
     bool draw(UPhysicalDrawDevice* device, const URect& source, const URect& target, int16_t mode) override {
-        if (!showsDisabled(mode) || !disabled || disabledMode != mode)
-            return drawFirst(device, source, target, mode);
-        return disabled->drawAlpha(device, source, target, disabled->getAlphaFactor());
+        if (!showsDisabled(mode))
+            return UBitmap::draw(device, source, target, mode);
+        becomeShown(mode);
+        if (!disabled)
+            disabled = disabledSection(bounds());
+        return disabled && disabled->drawAlpha(device, source, target, disabled->getAlphaFactor());
     }
 
 private:
-    bool drawFirst(UPhysicalDrawDevice* device, const URect& source, const URect& target, int16_t mode) {
-        const bool drawn = UBitmap::draw(device, source, target, mode);
-        if (showsDisabled(mode)) {
-            disabled = disabledSection(bounds());
-            disabledMode = mode;
-        }
-        return drawn;
-    }
-
-    OPtr<UBitmap> disabled;
-    int16_t disabledMode = 0;
+    OPtr<UBitmap> disabled;  // of the one mode that it is drawn in
 };
 
 /** The part so many times in both directions. */
@@ -122,8 +115,6 @@ bool drawBitmapCell(UBitmap* bitmap, const BitmapCell& cell, const URect& visibl
     if (tiles <= kManyTiles || (tiles <= kMostTiles && drawsItself(bitmap)))
         return drawPieces(bitmap, columns, rows, draw);
     const int32_t timesX = columns.countGathered(), timesY = rows.countGathered();
-    if (timesX * timesY == 1)
-        return drawPieces(bitmap, columns, rows, draw);
     const OPtr<UBitmap> pattern(patternOf(bitmap, cell.source, timesX, timesY));
     if (!pattern)
         return tiles <= kMostTiles && drawPieces(bitmap, columns, rows, draw);

@@ -193,9 +193,7 @@ UBitmap* UBitmap::getSection(const URect& rect) {
 }
 
 bool UBitmap::draw(UPhysicalDrawDevice* device, const URect& source, const URect& target, int16_t mode) {
-    const bool transparent = mode == kBitmapTransparent || mode == kBitmapTransparentDisabled;
-    if (transparent && !madeTransparent)
-        makeColorTransparent(UColor(UColor::getStandardColorSpec(kWhite)));
+    becomeShown(mode);
     if (!showsDisabled(mode))
         return drawAlpha(device, source, target, alphaFactor);
     const OPtr<UBitmap> section(disabledSection(source));
@@ -204,6 +202,12 @@ bool UBitmap::draw(UPhysicalDrawDevice* device, const URect& source, const URect
 
 bool UBitmap::showsDisabled(int16_t mode) {
     return mode == kBitmapDisabled || mode == kBitmapTransparentDisabled;
+}
+
+void UBitmap::becomeShown(int16_t mode) {
+    const bool transparent = mode == kBitmapTransparent || mode == kBitmapTransparentDisabled;
+    if (transparent && !madeTransparent)
+        makeColorTransparent(UColor(UColor::getStandardColorSpec(kWhite)));
 }
 
 OPtr<UBitmap> UBitmap::disabledSection(const URect& source) {

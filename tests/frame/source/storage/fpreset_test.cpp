@@ -206,6 +206,29 @@ TEST_F(Presets, NoFileMakesAPresetHoldItself) {
     }
 }
 
+/** Lists of one id in a file: another one each time, one of them again and again, and one within another. */
+TEST_F(Presets, ManyListsOfAnIdAreMergedSoon) {
+    constexpr int32_t kMany = 20000;
+    const auto listOf = [](int32_t id, const std::string& items) {
+        return "<obj class='FPresetList' ID='" + std::to_string(id) + "'><string name='ID' value='x'/>" +
+               "<list name='Items' type='obj'>" + items + "</list></obj>";
+    };
+    std::string others = "</obj>", again = others;
+    for (int32_t i = 0; i < kMany; ++i) {
+        const std::string name = std::to_string(i);
+        others += listOf(10 + i, listOf(100000 + i, "<obj class='FPreset' ID='" + std::to_string(200000 + i) +
+                                                        "'><string name='Name' value='" + name + "'/></obj>"));
+        again += "<item value='2'/>";
+    }
+    for (std::string* text : {&others, &again})
+        *text += "<obj class='FPresetList' ID='7'><string name='ID' value='y'/>";
+    EXPECT_EQ(readList(others)->getSubList(0)->countPresets(false), kMany);
+    EXPECT_EQ(readList(again)->countItems(true, true, true), 0);
+    readList("<list name='Items' type='obj'>" + listOf(3, "") + listOf(4, "") + "</list></obj><item value='3'/>" +
+             "<item value='4'/><obj class='FPresetList' ID='7'><string name='ID' value='y'/>");
+    EXPECT_EQ(pool->countRAMLists(), 2);
+}
+
 TEST_F(Presets, WhatCannotBeTakenInLeavesMemoryAsItWas) {
     add(ramList(), u"A", u"a");
     ASSERT_TRUE(store());
