@@ -75,7 +75,7 @@ public:
     /** Borrowed; may be null. The path of a file, as long as that hasn't been read. */
     CmObject* getObject() const { return object; }
     /** Takes the reference over. */
-    void setObject(CmObject* newObject) { object = newObject; }
+    void setObject(CmObject* newObject) { object = OPtr<CmObject>(newObject); }
     bool canModify() const { return presetFlags & kCanModify; }
     bool isRenamed() const { return presetFlags & kRenamed; }
     void setRenamed(bool state) { presetFlags = state ? presetFlags | kRenamed : presetFlags & ~kRenamed; }
@@ -162,7 +162,8 @@ public:
         those that are here, the others come to the end. */
     void adjustTo(FPresetList* other);
     /** The same for each, one after the other. */
-    void adjustToAll(const std::vector<FPresetList*>& others);
+    using Lists = std::vector<IPtr<FPresetList>>;
+    void adjustToAll(const Lists& others);
     /** A copy that shares the objects, without those that can't be saved: with this list as the bag of that depth. */
     OPtr<FPresetList> storablePart(int32_t level);
 

@@ -7,8 +7,8 @@
 #include "storage/fxmlarchive.h"
 #include "storage/fxmlobject.h"
 #include <algorithm>
+#include <map>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -395,21 +395,22 @@ void FPresetList::removeAll(bool presets, bool lists) {
 
 void FPresetList::adjustTo(FPresetList* other) {
     if (other && other != this)
-        adjustToAll({other});
+        adjustToAll({IPtr<FPresetList>(other)});
 }
 
-void FPresetList::adjustToAll(const std::vector<FPresetList*>& others) {
+void FPresetList::adjustToAll(const Lists& others) {
     refresh();
     ItemsByName known(items);
-    std::vector<IPtr<FPresetList>> inner;
-    std::map<FPresetList*, std::vector<FPresetList*>> theirs;  // for each of these
+    Lists inner;
+    std::map<FPresetList*, Lists> theirs;  // for each of these
     for (FPresetList* other : others) {
         setName(other->getName());
         other->refresh();
-        for (CmObject* each : other->items) {
+        const std::vector<IPtr<CmObject>> stable(other->items.begin(), other->items.end());
+        for (CmObject* each : stable) {
             if (FPresetList* list = static_cast<FPresetItem*>(each)->toList()) {
                 inner.push_back(takeOrAdd(known, *list, [&] { return addListLike(*list); }));
-                theirs[inner.back()].push_back(list);
+                theirs[inner.back()].emplace_back(list);
             } else if (const auto* preset = classCast<FPreset>(each)) {
                 adjustPreset(*takeOrAdd(known, *preset, [&] { return addPresetLike(*preset); }), *preset);
             }
@@ -417,7 +418,7 @@ void FPresetList::adjustToAll(const std::vector<FPresetList*>& others) {
         known.restart();
     }
     for (const IPtr<FPresetList>& list : inner) {
-        if (const std::vector<FPresetList*> lists = std::exchange(theirs[list], {}); !lists.empty())
+        if (const Lists lists = std::exchange(theirs[list], {}); !lists.empty())
             list->adjustToAll(lists);
     }
     changed();
@@ -456,10 +457,11 @@ OPtr<FPresetList> FPresetList::storablePart(int32_t level) {
 }
 
 bool FPresetList::share(FPresetItem* item) {
-    if (!insertAt(item, -1))
-        return false;
-    item->addRef();
-    return true;
+    item->addRef();  // who is told may take it away again
+    if (insertAt(item, -1))
+        return true;
+    item->release();
+    return false;
 }
 
 /** Only what stands nowhere, or it would stand in two. */

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Tessarine {
@@ -194,14 +195,14 @@ void FPresetPool::merge(FPresetList* list) {
 /** All of one file, but those in another one, which come with that. What stands in one of an id may refer to another one
     of it, and must not come to stand in that: several of an id go into a list of the pool's own. */
 void FPresetPool::mergeAll(const std::vector<FPresetList*>& lists) {
-    std::map<std::u16string_view, std::vector<FPresetList*>> byID;
+    std::map<std::u16string_view, FPresetList::Lists> byID;
     std::set<const FPresetList*> met;
     for (FPresetList* list : lists) {
         if (!list->getList() && met.insert(list).second)
-            byID[list->getID()].push_back(list);
+            byID[list->getID()].emplace_back(list);
     }
     for (FPresetList* list : lists) {
-        std::vector<FPresetList*> same(std::move(byID[list->getID()]));
+        const FPresetList::Lists same = std::exchange(byID[list->getID()], {});
         if (same.size() == 1)
             merge(list);
         else if (FPresetList* mine = same.empty() ? nullptr : getRAMList(list->getID(), false))

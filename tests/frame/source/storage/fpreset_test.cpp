@@ -6,6 +6,7 @@
 #include "storage/fnewarchive.h"
 #include "storage/fxmlarchive.h"
 #include "tests/frame/source/storage/tempfolder.h"
+#include "tests/support/uncounted.h"
 #include "tests/support/utf8.h"
 #include <gtest/gtest.h>
 
@@ -227,6 +228,29 @@ TEST_F(Presets, ManyListsOfAnIdAreMergedSoon) {
     readList("<list name='Items' type='obj'>" + listOf(3, "") + listOf(4, "") + "</list></obj><item value='3'/>" +
              "<item value='4'/><obj class='FPresetList' ID='7'><string name='ID' value='y'/>");
     EXPECT_EQ(pool->countRAMLists(), 2);
+}
+
+TEST_F(Presets, MergingHoldsWhatItNeedsAndNoMore) {
+    class Remover : public CmObject {
+    public:
+        explicit Remover(FPresetList& list) : list(list) { list.addDependent(this); }
+        ~Remover() override { list.removeDependent(this); }
+        using CmObject::update;
+        void update(CmObject* /*changed*/, int32_t /*message*/) override { list.removeAll(true, true); }
+
+    private:
+        FPresetList& list;
+    };
+    const OPtr<FPresetList> mine(new FPresetList(u"mine")), theirs(new FPresetList(u"theirs"));
+    const OPtr<FNPath> object(new FNPath(u"o", kFilePath));
+    theirs->addPreset(IPtr<CmObject>(object.get()).detach(), u"p", true, -1);
+    theirs->addSubList(u"s");
+    for (int32_t i = 0; i < 3; ++i)
+        mine->adjustTo(theirs);
+    EXPECT_EQ(referencesOf(object), 3u);
+    const OPtr<Remover> remover(new Remover(*mine));
+    mine->adjustTo(theirs);
+    EXPECT_EQ(theirs->countItems(true, true, true), 2);
 }
 
 TEST_F(Presets, WhatCannotBeTakenInLeavesMemoryAsItWas) {
