@@ -173,8 +173,7 @@ bool FDefaults::restoreAttributes(FAttributes& attributes) {
         return false;
     group = name;
     version = int32_t(attributes.getInt(kVersion));
-    stored->addRef();
-    values = stored;
+    values = OPtr<FAttributes>(IPtr<FAttributes>(stored));
     return true;
 }
 

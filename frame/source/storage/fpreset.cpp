@@ -425,13 +425,13 @@ void FPresetList::adjustToAll(const Lists& others) {
 }
 
 IPtr<FPresetList> FPresetList::addListLike(const FPresetList& theirs) {
-    const OPtr<FPresetList> mine(new FPresetList(theirs.getID()));
+    IPtr<FPresetList> mine = OPtr<FPresetList>(new FPresetList(theirs.getID()));
     share(mine);
     return mine;
 }
 
 IPtr<FPreset> FPresetList::addPresetLike(const FPreset& theirs) {
-    const OPtr<FPreset> mine(new FPreset(nullptr, theirs.getName()));
+    IPtr<FPreset> mine = OPtr<FPreset>(new FPreset(nullptr, theirs.getName()));
     share(mine);
     return mine;
 }

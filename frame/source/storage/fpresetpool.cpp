@@ -204,7 +204,7 @@ void FPresetPool::mergeAll(const std::vector<FPresetList*>& lists) {
     for (FPresetList* list : lists) {
         const FPresetList::Lists same = std::exchange(byID[list->getID()], {});
         if (same.size() == 1)
-            merge(list);
+            merge(same.front());
         else if (FPresetList* mine = same.empty() ? nullptr : getRAMList(list->getID(), false))
             mine->adjustToAll(same);
     }

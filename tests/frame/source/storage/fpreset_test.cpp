@@ -228,6 +228,11 @@ TEST_F(Presets, ManyListsOfAnIdAreMergedSoon) {
     readList("<list name='Items' type='obj'>" + listOf(3, "") + listOf(4, "") + "</list></obj><item value='3'/>" +
              "<item value='4'/><obj class='FPresetList' ID='7'><string name='ID' value='y'/>");
     EXPECT_EQ(pool->countRAMLists(), 2);
+    const std::string q = "'><string name='ID' value='q'/>";
+    readList("<list name='Items' type='obj'><obj class='FPresetList' ID='3" + q +
+             "</obj></list></obj><item value='3'/>" + "<obj class='FPresetList' ID='7" + q +
+             "<list name='Items' type='obj'>" + listOf(8, "") + "</list>");
+    EXPECT_EQ(pool->getRAMList(u"q", false)->countSubLists(), 1);
 }
 
 TEST_F(Presets, MergingHoldsWhatItNeedsAndNoMore) {
