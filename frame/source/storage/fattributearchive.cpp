@@ -236,8 +236,8 @@ OPtr<CmObject> FObjectLoader::refer(uint64_t id) {
     return OPtr<CmObject>(IPtr<CmObject>(reference.get()));
 }
 
-/** Nothing that holds objects is put into one that stands in it, and
-    chains of them end, since a chain is torn down by recursion. */
+/** Nothing that holds objects is put into one that stands in it, and chains of them end, since a chain is torn down by
+    recursion. */
 bool FObjectLoader::mayHold(const Loaded& known) {
     const FXmlInstance* owner = current();
     const bool isKnownClass = known.getObject() != nullptr;

@@ -87,7 +87,7 @@ public:
 private:
     class Loaded;
     struct Reference {
-        int32_t owner;  // -1: in no object
+        int32_t owner;  // the object whose bag it stands in
         uint64_t id;
         bool isHeld;  // from the beginning
     };
